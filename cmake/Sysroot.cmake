@@ -13,9 +13,10 @@ target_include_directories(sysroot_headers SYSTEM INTERFACE
 # What a program or library needs to find the sysroot's libraries at run-time. DT_RPATH, not DT_RUNPATH: it must
 # hold for the libraries' own dependencies too.
 add_library(sysroot_rpath INTERFACE)
+set(QVX_SYSROOT_PATH ${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/lib/i386-linux-gnu:${QVX_SYSROOT}/usr/lib)
 target_link_options(sysroot_rpath INTERFACE
   -Wl,--disable-new-dtags
-  -Wl,-rpath,${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/usr/lib -Wl,-rpath-link,${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/usr/lib)
+  -Wl,-rpath,${QVX_SYSROOT_PATH} -Wl,-rpath-link,${QVX_SYSROOT_PATH})
 
 # sysroot_library(target file...): an imported library by its files below the sysroot.
 function(sysroot_library target)
