@@ -2,8 +2,6 @@
 //
 // Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns. A keyed
 // archive that holds an exact colour gives that. What can't be read gives nil.
-#include <stdlib.h>
-
 #import "ExactColours.h"
 #import "GNUstepColours.h"
 #import "MethodReplacement.h"
@@ -13,11 +11,13 @@ enum { kNameVersion = 3 };    // from this version on, an unkeyed colour starts 
 
 static QVXMethod stockInit;
 
-// The numbers "c m y k" or "c m y k a", as GNUstep writes them; nil if there are none.
-static NSColor* ColourFromCMYK(id bytes) {
-  if (![bytes isKindOfClass:[NSData class]]) return nil;
-  NSString* text = [[[NSString alloc] initWithData:bytes encoding:NSASCIIStringEncoding] autorelease];
-  NSScanner* scanner = [NSScanner scannerWithString:text ? text : @""];
+// From the numbers "c m y k" or "c m y k a", as GNUstep writes them; nil if there are none.
+static NSColor* KeyedCMYK(NSCoder* coder) {
+  NSUInteger size = 0;
+  const uint8_t* bytes = [coder decodeBytesForKey:@"NSCYMK" returnedLength:&size];
+  if (!bytes) return nil;
+  NSString* text = [[[NSString alloc] initWithBytes:bytes length:size encoding:NSISOLatin1StringEncoding] autorelease];
+  NSScanner* scanner = [NSScanner scannerWithString:text];
   float c[5] = {0, 0, 0, 0, 1};
   unsigned found = 0;
   while (found < 5 && [scanner scanFloat:&c[found]]) found++;
@@ -28,7 +28,7 @@ static id KeyedColour(NSColor* self, SEL selector, NSCoder* coder) {
   NSColor* color = QVXDecodeExactColour(coder);
   if (!color && [coder containsValueForKey:@"NSColorSpace"] &&
       [coder decodeIntForKey:@"NSColorSpace"] == kKeyedCMYK)
-    color = ColourFromCMYK([coder decodeObjectForKey:@"NSCYMK"]);
+    color = KeyedCMYK(coder);
   if (!color) return ((id(*)(id, SEL, NSCoder*))stockInit)(self, selector, coder);
   [self release];
   return [color retain];

@@ -11,7 +11,7 @@
   if (channels < 1 || channels > QVXMostChannels) return nil;
   if (!components || count != channels + 1)
     [NSException raise:NSInvalidArgumentException
-                format:@"*** +%@: wanted %d components for a colour in %@ (%d and the alpha), found %d; pass them all",
+                format:@"*** +%@ wanted %d components for a colour in %@ (%d and the alpha), found %d; pass them all",
                        NSStringFromSelector(_cmd), channels + 1, space, channels, components ? (int)count : 0];
   return QVXColourWithComponents(space, components);
 }
