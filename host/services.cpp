@@ -6,7 +6,9 @@ namespace qvx {
 constinit REALresolver gResolver = nullptr;
 constinit double rbversion = 0.0;
 
-void* AskResolver(const char* name) { return gResolver != nullptr ? gResolver(name) : nullptr; }
+void* AskResolver(const char* name) {
+  return gResolver != nullptr ? gResolver(name) : nullptr;
+}
 
 void* ServiceSlot::Ask() {
   found_ = AskResolver(name_);
