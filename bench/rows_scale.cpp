@@ -58,7 +58,7 @@ void AddScaleRows(Bundle& bundle, long live) {
           .limit = limit("conversion of one colour"),
           .target = target,
           .counted = counted},
-         [convert, one = walk->wrappers.front()] { Unlock(convert(one, 1.0)); });
+         [convert, one = make(0.5, 0.5, 0.5, 1.0)] { Unlock(convert(one, 1.0)); });
 
   const SEL selector = platform.sel_registerName("colorWithAlphaComponent:");
   AddRow(bundle, {.name = Name("bare look-up of any colour", live), .counted = false},
