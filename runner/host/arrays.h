@@ -11,7 +11,7 @@
 namespace hostrun {
 
 struct ArrayData {
-  const Type* element = nullptr;
+  const Type* element = TypeOf(Kind::Variant);
   std::vector<Value> items;
 };
 

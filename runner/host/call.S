@@ -1,9 +1,10 @@
 /* runner/host/call.S - calls a cdecl function with words laid out at run-time.
  *
  * uint64_t runner_call_words(void (*function)(void), const uint32_t* words, uint32_t count)
+ * double runner_call_words_for_real(the same)
  *
  * The words become the arguments in their order, on a stack aligned to 16 bytes. Whatever the function leaves
- * in eax, edx or st0 is the result: the caller picks by the type through which it calls.
+ * in eax, edx or st0 is the result: the caller picks by the name through which it calls.
  */
 	.text
 	.globl	runner_call_words
@@ -32,5 +33,8 @@ runner_call_words:
 	.cfi_restore %ebp
 	ret
 	.cfi_endproc
+	.globl	runner_call_words_for_real
+	.hidden	runner_call_words_for_real
+	.set	runner_call_words_for_real, runner_call_words
 	.size	runner_call_words, .-runner_call_words
 	.section	.note.GNU-stack,"",@progbits

@@ -3,12 +3,13 @@
 
 #include "runner/host/exceptions.h"
 
-extern "C" std::uint64_t runner_call_words(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);
+extern "C" {
+std::uint64_t runner_call_words(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);
+double runner_call_words_for_real(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);
+}
 
 namespace hostrun {
 namespace {
-
-using CallForDouble = double (*)(qvx::REALproc, const std::uint32_t*, std::uint32_t);
 
 constinit Surroundings surroundings;
 constinit std::uint64_t bundleCalls = 0;
@@ -69,8 +70,7 @@ Value Convert(std::uint64_t raw, const Type& type) {
 Value CallRaw(const Method& method, const ArgumentWords& words) {
   const Type& result = *method.signature.result;
   if (result.IsReal()) {
-    const auto call = reinterpret_cast<CallForDouble>(&runner_call_words);
-    return Value::Double(call(method.function, words.data(), words.count()));
+    return Value::Double(runner_call_words_for_real(method.function, words.data(), words.count()));
   }
   return Convert(runner_call_words(method.function, words.data(), words.count()), result);
 }
@@ -102,19 +102,24 @@ ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(typ
   const auto store = [this](auto v) { std::memcpy(&bits_, &v, sizeof v); };
   switch (kind_) {
     case Kind::Double:
-      return store(value.AsReal());
+      store(value.AsReal());
+      break;
     case Kind::Single:
-      return store(static_cast<float>(value.AsReal()));
+      store(static_cast<float>(value.AsReal()));
+      break;
     case Kind::String:
       LockString(value.string());
-      return store(value.string());
+      store(value.string());
+      break;
     case Kind::Object:
     case Kind::Array:
     case Kind::Variant:
       LockObject(value.object());
-      return store(value.object());
+      store(value.object());
+      break;
     default:
-      return store(value.AsInt64());
+      store(value.AsInt64());
+      break;
   }
 }
 

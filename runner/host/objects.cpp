@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "runner/host/call.h"
+#include "runner/host/position.h"
 #include "runner/host/registry.h"
 
 namespace hostrun {
 namespace {
 
 constinit Object* firstLive = nullptr;
-constinit std::int32_t currentLine = 0;
 
 // A long chain of owners must not become as deep a chain of calls: below kDeepest, the dead wait here.
 constexpr int kDeepest = 64;
@@ -51,7 +51,7 @@ Object* NewObject(Class& cls) {
   auto* const object = static_cast<Object*>(memory);
   object->cls = &cls;
   object->references = 1;
-  object->line = currentLine;
+  object->line = currentPosition.line;
   object->mark = kLiveMark;
   object->next = firstLive;
   if (firstLive != nullptr) firstLive->previous = object;
@@ -95,7 +95,5 @@ void*& NativePointerOf(Object* object) {
 bool IsKindOf(const Object* object, const Class& cls) { return object != nullptr && object->cls->IsA(cls); }
 
 const Object* FirstLiveObject() { return firstLive; }
-
-void SetCurrentLine(std::int32_t line) { currentLine = line; }
 
 }  // namespace hostrun

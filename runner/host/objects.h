@@ -3,9 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <new>
-#include <string>
 #include <utility>
 
 namespace hostrun {
@@ -56,8 +54,6 @@ bool IsKindOf(const Object* object, const Class& cls);
 
 // For the count of what is still alive.
 const Object* FirstLiveObject();
-// Objects made from now on are noted with this line of the program.
-void SetCurrentLine(std::int32_t line);
 
 // An owned reference.
 class ObjectRef {
