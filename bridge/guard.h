@@ -42,30 +42,26 @@ template <typename Body>
   return objc_exception_extract(&frame);
 }
 
-// Whether `exception` is an NSException.
-inline bool IsNSException(id exception) {
-  const id exceptionClass = PlatformClass<"NSException">();
-  return exceptionClass != nullptr &&
-         objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
-}
+// Answers the delivered exception if it is an NSException; any other is passed on and this does not return.
+id NSExceptionOrPassOn(id exception);
+
+// CatchNSException for a body that holds things, without its type: one frame for all of them.
+id CatchNSExceptionHolding(void (*body)(void* context, Holdings& holdings), void* context);
 
 // Runs the body, which takes nothing or its Holdings. Answers the NSException that ended it, autoreleased, or
 // nil after normal completion. Any other exception is passed on, after what the body held is given back.
 template <typename Body>
 id CatchNSException(Body&& body) {
-  id exception;
   if constexpr (std::is_invocable_v<Body&, Holdings&>) {
-    Holdings holdings;
-    auto withHoldings = [&body, &holdings] { body(holdings); };
-    exception = RunInFrame(withHoldings);
-    holdings.GiveBack();
+    using Plain = std::remove_reference_t<Body>;
+    return CatchNSExceptionHolding(
+        [](void* context, Holdings& holdings) { (*static_cast<Plain*>(context))(holdings); }, &body);
   } else {
-    exception = RunInFrame(body);
+    const id exception = RunInFrame(body);
+    if (exception == nullptr) [[likely]]
+      return nullptr;
+    return NSExceptionOrPassOn(exception);
   }
-  if (exception == nullptr || IsNSException(exception)) [[likely]] {
-    return exception;
-  }
-  objc_exception_throw(exception);
 }
 
 // The guard of methods, getters, destructors and factories: an NSException that ends the body is raised as a

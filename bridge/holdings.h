@@ -1,8 +1,6 @@
 // bridge/holdings.h - what a guarded body holds for a moment and owes back.
 #pragma once
 
-#include <cstdlib>
-
 #include "host/types.h"
 #include "platform/cocoa.h"
 
@@ -25,45 +23,22 @@ class Holdings {
   Holdings() = default;
   Holdings(const Holdings&) = delete;
   Holdings& operator=(const Holdings&) = delete;
+  // Something is still held only while a C++ exception unwinds.
   ~Holdings() {
-    // Something is still held only while a C++ exception unwinds: a second one would end the process.
-    while (count_ > 0) {
-      try {
-        GiveBack();
-      } catch (...) {  // NOLINT(bugprone-empty-catch): the first exception goes on
-      }
-    }
+    if (count_ > 0) GiveBackWhileUnwinding();
   }
 
   // Holds `handle` until Release or GiveBack hands it to `giveBack`. Null needs no giving back: the answer is
   // null.
-  Item* Hold(const void* handle, void (*giveBack)(Item& item)) {
-    if (handle == nullptr) return nullptr;
-    Item* item = NewItem(giveBack);
-    item->handle = const_cast<void*>(handle);
-    return item;
-  }
-  Item* Hold(const REALstringData& data, void (*giveBack)(Item& item)) {
-    Item* item = NewItem(giveBack);
-    item->data = data;
-    return item;
-  }
+  Item* Hold(const void* handle, void (*giveBack)(Item& item));
+  Item* Hold(const REALstringData& data, void (*giveBack)(Item& item));
   // Memory from malloc or calloc.
-  Item* HoldMemory(void* memory) {
-    return Hold(memory, [](Item& item) { std::free(item.handle); });
-  }
+  Item* HoldMemory(void* memory);
   // One reference to a Core Foundation object.
-  Item* HoldReference(CFTypeRef object) {
-    return Hold(object, [](Item& item) { CFRelease(item.handle); });
-  }
+  Item* HoldReference(CFTypeRef object);
 
   // Gives one item back now; null and an item given back before are nothing to do.
-  static void Release(Item* item) {
-    if (item == nullptr || item->giveBack == nullptr) return;
-    Item taken = *item;
-    item->giveBack = nullptr;
-    taken.giveBack(taken);
-  }
+  static void Release(Item* item);
   // The thing is somebody else's from now on.
   static void Forget(Item* item) {
     if (item != nullptr) item->giveBack = nullptr;
@@ -71,20 +46,15 @@ class Holdings {
 
   // Gives everything back that is still held.
   void GiveBack() {
-    while (count_ > 0) Release(&items_[--count_]);
+    while (count_ > 0) [[unlikely]] Release(&items_[--count_]);
   }
 
  private:
   // More than any body holds at a time: the deepest holds two URLs and two forms of a file name.
   static constexpr unsigned kCapacity = 6;
 
-  Item* NewItem(void (*giveBack)(Item& item)) {
-    while (count_ > 0 && items_[count_ - 1].giveBack == nullptr) --count_;
-    if (count_ == kCapacity) std::abort();
-    Item* item = &items_[count_++];
-    item->giveBack = giveBack;
-    return item;
-  }
+  Item* NewItem(void (*giveBack)(Item& item));
+  void GiveBackWhileUnwinding();
 
   unsigned count_ = 0;
   Item items_[kCapacity];

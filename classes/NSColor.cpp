@@ -84,13 +84,17 @@ double Component(REALobject self, std::int32_t /*parameter*/) {
 }
 
 // One descriptive string. An NSException is dropped here too, and gives the null string.
-template <FixedString Name>
-REALstring Text(REALobject self, std::int32_t /*parameter*/) {
+[[gnu::noinline]] REALstring TextOf(REALobject self, Selector& selector) {
   REALstring result = nullptr;
-  CatchNSException([self, &result](Holdings& holdings) {
-    if (self != nullptr) result = NSStringRB(Message<Name, id()>()(ClassData(self)), holdings);
+  CatchNSException([self, &selector, &result](Holdings& holdings) {
+    if (self != nullptr) result = NSStringRB(Send<id>(ClassData(self), selector), holdings);
   });
   return result;
+}
+
+template <FixedString Name>
+REALstring Text(REALobject self, std::int32_t /*parameter*/) {
+  return TextOf(self, kSelector<Name>);
 }
 
 std::int32_t numberOfComponents(REALobject self, std::int32_t /*parameter*/) {
@@ -370,9 +374,13 @@ REALobject colorWithPatternImage(REALobject image) {
   });
 }
 
+[[gnu::noinline]] REALobject PredefinedColorOf(Selector& selector) {
+  return Factory([&selector] { return Send<id>(NSColorClass(), selector); });
+}
+
 template <FixedString Name>
 REALobject PredefinedColor() {
-  return Factory([] { return Message<Name, id()>()(NSColorClass()); });
+  return PredefinedColorOf(kSelector<Name>);
 }
 
 template <FixedString... Names>

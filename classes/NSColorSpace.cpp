@@ -84,11 +84,15 @@ REALmemoryBlock ICCProfileData(REALobject self) {
   });
 }
 
+[[gnu::noinline]] REALstring TextOf(REALobject self, Selector& selector) {
+  return GuardedResult<REALstring>([self, &selector](REALstring& result, Holdings& holdings) {
+    if (self != nullptr) result = NSStringRB(Send<id>(ClassData(self), selector), holdings);
+  });
+}
+
 template <FixedString Name>
 REALstring Text(REALobject self) {
-  return GuardedResult<REALstring>([self](REALstring& result, Holdings& holdings) {
-    if (self != nullptr) result = NSStringRB(Message<Name, id()>()(ClassData(self)), holdings);
-  });
+  return TextOf(self, kSelector<Name>);
 }
 
 // A number, or a handle: the value of a pointer that stays the space's own.
@@ -220,12 +224,16 @@ REALarray availableColorSpacesWithModel(std::int32_t model) {
 }
 
 // A shared space of the platform. Deliberately without the guard, and the class is looked up on every call.
-template <FixedString Name>
-REALobject PredefinedSpace() {
+[[gnu::noinline]] REALobject PredefinedSpaceOf(Selector& selector) {
   CocoaInit();
   const auto spaceClass = reinterpret_cast<id>(objc_getClass("NSColorSpace"));
   if (spaceClass == nullptr) return nullptr;
-  return NewNSColorSpaceQVX(Message<Name, id()>()(spaceClass));
+  return NewNSColorSpaceQVX(Send<id>(spaceClass, selector));
+}
+
+template <FixedString Name>
+REALobject PredefinedSpace() {
+  return PredefinedSpaceOf(kSelector<Name>);
 }
 
 template <FixedString... Names>

@@ -1,4 +1,4 @@
-// host/services.cpp - the resolver and the host's version.
+// host/services.cpp - the resolver, the host's version, and the first look-up of a service.
 #include "host/services.h"
 
 namespace qvx {

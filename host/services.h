@@ -21,6 +21,19 @@ extern constinit double rbversion;
 // What the resolver knows under `name`, or null.
 void* AskResolver(const char* name);
 
+// A service by its name, without its type: asked for on first use and kept.
+class ServiceSlot {
+ public:
+  constexpr explicit ServiceSlot(const char* name) : name_(name) {}
+  void* Find() { return found_ != nullptr ? found_ : Ask(); }
+
+ private:
+  void* Ask();  // out of the way of every call
+
+  const char* name_;
+  void* found_ = nullptr;
+};
+
 template <typename Signature>
 class Service;
 
@@ -29,13 +42,10 @@ class Service<Result(Arguments...)> {
  public:
   using Procedure = Result (*)(Arguments...);
 
-  constexpr explicit Service(const char* name) : name_(name) {}
+  constexpr explicit Service(const char* name) : slot_(name) {}
 
   // The host's function, or null while the host does not know it.
-  Procedure Find() {
-    if (procedure_ == nullptr) procedure_ = reinterpret_cast<Procedure>(AskResolver(name_));
-    return procedure_;
-  }
+  Procedure Find() { return reinterpret_cast<Procedure>(slot_.Find()); }
 
   Result operator()(Arguments... arguments) {
     const Procedure procedure = Find();
@@ -44,8 +54,7 @@ class Service<Result(Arguments...)> {
   }
 
  private:
-  const char* name_;
-  Procedure procedure_ = nullptr;
+  ServiceSlot slot_;
 };
 
 // A service of two stages: it answers the procedure for one array, and that procedure does the work. Without
