@@ -8,9 +8,9 @@
 namespace hostrun {
 namespace {
 
-class Constant final : public Code {
+class ConstantCode final : public Code {
  public:
-  Constant(Position position, const Type* t, Value value) : Code(position, t), value_(std::move(value)) {}
+  ConstantCode(Position position, const Type* t, Value value) : Code(position, t), value_(std::move(value)) {}
   Value Eval(Frame&) const override { return value_; }
   double Real(Frame&) const override { return value_.AsReal(); }
   std::int64_t Whole(Frame&) const override { return value_.AsInt64(); }
@@ -340,7 +340,7 @@ CodePtr Unfolded(Position at, const std::string& op, CodePtr l, CodePtr r) {
 }  // namespace
 
 CodePtr MakeConstant(Position at, const Type* type, Value value) {
-  return std::make_unique<Constant>(at, type, std::move(value));
+  return std::make_unique<ConstantCode>(at, type, std::move(value));
 }
 
 CodePtr MakeUnary(Position at, const std::string& op, CodePtr operand) {
