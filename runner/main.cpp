@@ -1,4 +1,4 @@
-// runner/main.cpp - hostrun: runs programs of the host language, and will know more commands.
+// runner/main.cpp - hostrun: runs programs of the host language through a bundle.
 #include <CLI/CLI.hpp>
 
 #include <cstdio>

@@ -55,6 +55,7 @@ std::string StartHost(const HostOptions& options) {
   std::string problem = platform ? LoadPlatform(options.platform) : std::string();
   if (problem.empty() && platform && options.sibling) problem = InstallSibling();
   if (problem.empty()) problem = LoadBundle(options.bundle);
+  NoteStarted();
   return problem;
 }
 

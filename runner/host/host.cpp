@@ -14,6 +14,13 @@
 #include "runner/host/strings.h"
 
 namespace hostrun {
+namespace {
+
+constinit std::int32_t stringsAtStart = 0;
+
+}  // namespace
+
+void NoteStarted() { stringsAtStart = LiveStrings(); }
 
 void RegisterHostClasses() {
   RegisterExceptionClasses();
@@ -34,7 +41,7 @@ LiveCounts CountLive() {
     }
   }
   for (const auto& [place, count] : byPlace) counts.objects.push_back({place.first, place.second, count});
-  counts.strings = LiveStrings();
+  counts.strings = LiveStrings() - stringsAtStart;
   return counts;
 }
 

@@ -18,6 +18,9 @@ struct HostOptions {
 // Registers what every host knows. To be called once, before anything else.
 void RegisterHostClasses();
 
+// The host is started: strings that the registered declarations hold are no leak of a program.
+void NoteStarted();
+
 // What is still alive. An object of a built-in kind counts there and not by its class.
 struct LiveCounts {
   struct ByPlace {

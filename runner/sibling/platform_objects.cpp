@@ -21,7 +21,6 @@ void Find(F& function, const char* name, std::string& missing) {
 std::string FindObjectRuntime() {
   std::string missing;
   Find(runtime.getClass, "objc_getClass", missing);
-  Find(runtime.classOf, "object_getClass", missing);
   Find(runtime.selector, "sel_registerName", missing);
   Find(runtime.lookup, "objc_msg_lookup", missing);
   Find(runtime.addMethod, "class_addMethod", missing);
@@ -29,6 +28,8 @@ std::string FindObjectRuntime() {
 }
 
 const ObjectRuntime& TheObjectRuntime() { return runtime; }
+
+PlatformId ClassOf(PlatformId object) { return *static_cast<PlatformId*>(object); }
 
 PlatformId NewPlatformString(const std::string& utf8) {
   const auto text = DecodeStrictly(utf8, qvx::kEncodingUTF8);

@@ -15,7 +15,6 @@ using Selector = const void*;
 // The run-time's functions that the sibling part uses, looked up once.
 struct ObjectRuntime {
   PlatformId (*getClass)(const char* name) = nullptr;          // null: no such class
-  PlatformId (*classOf)(PlatformId object) = nullptr;          // of a class: its metaclass
   Selector (*selector)(const char* name) = nullptr;
   void* (*lookup)(PlatformId receiver, Selector selector) = nullptr;  // the method's function
   bool (*addMethod)(PlatformId cls, Selector selector, void* function, const char* types) = nullptr;
@@ -24,6 +23,9 @@ struct ObjectRuntime {
 // The name of the first function that is missing, or empty.
 std::string FindObjectRuntime();
 const ObjectRuntime& TheObjectRuntime();
+
+// The first word of every object; of a class, its metaclass.
+PlatformId ClassOf(PlatformId object);
 
 // Sends a message: the method's function is called with the receiver, the selector and the arguments. A message to
 // nil gives a zero result.

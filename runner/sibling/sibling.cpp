@@ -40,7 +40,7 @@ std::string InstallSibling() {
   cache = ThePlatform().newPointerDictionary();
   RegisterExceptionWrapper();
   RegisterImageWrapper();
-  const PlatformId metaclass = TheObjectRuntime().classOf(exceptionClass);
+  const PlatformId metaclass = ClassOf(exceptionClass);
   std::string problem = AddMethod(metaclass, "GetInstancesDictionaryQVX", &GetInstancesDictionary, "^v8@0:4");
   if (problem.empty()) problem = AddMethod(metaclass, "PrepareNSExceptionQVX", &PrepareException, "v8@0:4");
   if (problem.empty()) problem = AddMethod(metaclass, "NewNSExceptionQVX:", &NewException, "^v12@0:4@8");
