@@ -1,4 +1,5 @@
-// host/records.h - the definition records that registration hands to the host. Every byte position is the host's.
+// host/records.h - the definition records that registration hands to the host. Every byte position is the
+// host's.
 //
 // The structs are the current layout (versions 10 to 13). Hosts of layout version 9 and below know shorter
 // records: the first kOld... bytes of the same ones.
@@ -44,31 +45,31 @@ struct REALevent {
 
 // The old layout ends with sharedMethodCount.
 struct REALclassDefinition {
-  std::int32_t version;
-  const char* name;
-  const char* superName;
-  std::int32_t dataSize;
-  std::uint32_t dataOffset;  // 0 here; the host stores where the class data starts in an instance
-  void (*constructor)(REALobject);
-  void (*destructor)(REALobject);
-  REALproperty* properties;
-  std::int32_t propertyCount;
-  REALmethodDefinition* methods;
-  std::int32_t methodCount;
-  REALevent* events;
-  std::int32_t eventCount;
-  void* eventInstances;
-  std::int32_t eventInstanceCount;
-  const char* interfaces;
-  std::uint32_t zero[2];  // the old layout requires 0
-  REALconstant* constants;
-  std::int32_t constantCount;
-  std::uint32_t flags;
-  REALproperty* sharedProperties;
-  std::int32_t sharedPropertyCount;
-  REALmethodDefinition* sharedMethods;
-  std::int32_t sharedMethodCount;
-  std::uint32_t reserved[4];
+  std::int32_t version = 0;
+  const char* name = nullptr;
+  const char* superName = nullptr;
+  std::int32_t dataSize = 0;
+  std::uint32_t dataOffset = 0;  // 0 here; the host stores where the class data starts in an instance
+  void (*constructor)(REALobject) = nullptr;
+  void (*destructor)(REALobject) = nullptr;
+  REALproperty* properties = nullptr;
+  std::int32_t propertyCount = 0;
+  REALmethodDefinition* methods = nullptr;
+  std::int32_t methodCount = 0;
+  REALevent* events = nullptr;
+  std::int32_t eventCount = 0;
+  void* eventInstances = nullptr;
+  std::int32_t eventInstanceCount = 0;
+  const char* interfaces = nullptr;
+  std::uint32_t zero[2]{};  // the old layout requires 0
+  REALconstant* constants = nullptr;
+  std::int32_t constantCount = 0;
+  std::uint32_t flags = 0;
+  REALproperty* sharedProperties = nullptr;
+  std::int32_t sharedPropertyCount = 0;
+  REALmethodDefinition* sharedMethods = nullptr;
+  std::int32_t sharedMethodCount = 0;
+  std::uint32_t reserved[4]{};
 };
 
 inline constexpr std::size_t kOldMethodSize = 16;

@@ -24,8 +24,12 @@ using REALmemoryBlock = REALmemoryBlockStruct*;
 using REALfolderItem = REALfolderItemStruct*;
 
 // Arrays and memory blocks are objects too and may be locked and unlocked as such.
-inline REALobject AsObject(REALmemoryBlock block) { return reinterpret_cast<REALobject>(block); }
-inline REALobject AsObject(REALarray array) { return reinterpret_cast<REALobject>(array); }
+inline REALobject AsObject(REALmemoryBlock block) {
+  return reinterpret_cast<REALobject>(block);
+}
+inline REALobject AsObject(REALarray array) {
+  return reinterpret_cast<REALobject>(array);
+}
 
 // The host's one-byte truth value. Any value but 0 is true; the upper bits of the register are undefined.
 using REALboolean = std::uint8_t;

@@ -1,6 +1,7 @@
 // platform/cocoa.h - the platform symbols that the bundle imports, and nothing else.
 //
-// They are resolved from whatever the host process has loaded globally. Widths are those of the 32-bit platform.
+// They are resolved from whatever the host process has loaded globally. Widths are those of the 32-bit
+// platform.
 #pragma once
 
 #include <csetjmp>
@@ -49,8 +50,9 @@ struct ObjCExceptionFrame {
   void* reserved[4];
 };
 void objc_exception_try_enter(void* frame);
-void objc_exception_try_exit(void* frame);  // once for a frame left normally or by unwinding, never after a delivery
-id objc_exception_extract(void* frame);     // after a delivery
+void objc_exception_try_exit(
+    void* frame);  // once for a frame left normally or by unwinding, never after a delivery
+id objc_exception_extract(void* frame);  // after a delivery
 int objc_exception_match(Class exceptionClass, id exception);
 [[noreturn]] void objc_exception_throw(id exception);
 

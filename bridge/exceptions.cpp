@@ -1,0 +1,74 @@
+// bridge/exceptions.cpp - raising host exceptions.
+#include "bridge/exceptions.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "bridge/guard.h"
+#include "bridge/references.h"
+#include "bridge/strings.h"
+#include "host/services.h"
+#include "platform/messages.h"
+
+namespace qvx {
+
+void RaiseException(const char* exceptionClass, const char* message, std::uint32_t encoding,
+                    std::int32_t errorNumber) {
+  StringReference text;
+  if (message != nullptr) {
+    text.Take(REALBuildUnicodeString(message, static_cast<std::int64_t>(std::strlen(message)), encoding));
+  }
+  ObjectReference exception(REALnewInstance(exceptionClass));
+  // A host that lacks the class still gets the message.
+  if (!exception) exception.Take(REALnewInstance("RuntimeException"));
+  if (exception) {
+    REALSetPropValueString(exception.Get(), "Message", text.Get());
+    REALSetPropValueInt32(exception.Get(), "ErrorNumber", errorNumber);
+    REALRaiseException(exception.Get());
+    exception.Release();
+  }
+  text.Release();
+}
+
+void RaiseOutOfBoundsException(std::int64_t value, std::int64_t minimum, std::int64_t maximum,
+                               const char* parameterName, const char* methodName) {
+  constexpr std::size_t kBufferSize = 232;
+  struct Free {
+    void operator()(char* memory) const { std::free(memory); }
+  };
+  const std::unique_ptr<char, Free> buffer(static_cast<char*>(std::calloc(1, kBufferSize)));
+  if (buffer == nullptr) {
+    RaiseException("OutOfBoundsException", "Out of Bounds");
+    return;
+  }
+  const char* format =
+      value < minimum ? "Parameter %s to method %s is too small. Range is %lld to %lld, but value is %lld."
+                      : "Parameter %s to method %s is too big. Range is %lld to %lld, but value is %lld.";
+  std::snprintf(buffer.get(), kBufferSize, format, parameterName, methodName, minimum, maximum, value);
+  RaiseException("OutOfBoundsException", buffer.get());
+}
+
+void RaiseNSExceptionQVX(id exception) {
+  ObjectReference wrapper;
+  // In a frame of its own: this runs after the guard's frame is gone, and neither a log line that fails nor
+  // an absent sibling part may bring the host down.
+  CatchNSException([exception, &wrapper](Holdings& holdings) {
+    const id name = msg::name(exception);
+    const id reason = msg::reason(exception);
+    const id userInfo = msg::userInfo(exception);
+    const CFStringRef format = CFStringCreateWithCString(nullptr, "A %@: %@, Info: %@\n", kEncodingASCII);
+    if (format != nullptr) {
+      Holdings::Item* const held = holdings.HoldReference(format);
+      NSLog(AsPlatformString(format), name, reason, userInfo);
+      Holdings::Release(held);
+    }
+    wrapper.Take(static_cast<REALobject>(msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception)));
+  });
+  if (!wrapper) return;
+  REALRaiseException(wrapper.Get());
+  wrapper.Release();
+}
+
+}  // namespace qvx

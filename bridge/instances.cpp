@@ -1,0 +1,101 @@
+// bridge/instances.cpp - wrapper instances and the instance cache.
+#include "bridge/instances.h"
+
+#include "bridge/guard.h"
+#include "host/services.h"
+#include "platform/messages.h"
+
+namespace qvx {
+
+constinit CFMutableDictionaryRef instances = nullptr;
+constinit bool ExceptionsInitialized = false;
+
+namespace {
+
+template <FixedString Selector, typename Signature>
+bool RespondsTo(id receiver, const Message<Selector, Signature>& message) {
+  const SEL selector = message.Get();
+  return selector != nullptr && msg::respondsToSelector(receiver, selector) != 0;
+}
+
+REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
+  if (native == nullptr) return nullptr;
+  if (instances != nullptr) {
+    if (const void* found = CFDictionaryGetValue(instances, native)) {
+      const auto wrapper = static_cast<REALobject>(const_cast<void*>(found));
+      REALLockObject(wrapper);
+      return wrapper;
+    }
+  }
+  const REALobject wrapper = REALnewInstance(className);
+  if (wrapper == nullptr) return nullptr;
+  Holdings::Item* const held = holdings.Hold(
+      wrapper, [](Holdings::Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
+  ClassData(wrapper) = msg::retain(native);
+  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry.
+  EnterInCache(native, wrapper);
+  Holdings::Forget(held);
+  return wrapper;
+}
+
+}  // namespace
+
+void CocoaInit() {
+  if (instances == nullptr) {
+    const id exceptionClass = PlatformClass<"NSException">();
+    if (RespondsTo(exceptionClass, msg::GetInstancesDictionaryQVX)) {
+      instances = msg::GetInstancesDictionaryQVX(exceptionClass);
+    }
+  }
+  if (!ExceptionsInitialized) {
+    const id exceptionClass = PlatformClass<"NSException">();
+    if (RespondsTo(exceptionClass, msg::PrepareNSExceptionQVX)) {
+      msg::PrepareNSExceptionQVX(exceptionClass);
+      ExceptionsInitialized = true;
+    }
+  }
+}
+
+void EnterInCache(id native, REALobject instance) {
+  if (instances != nullptr) CFDictionarySetValue(instances, native, instance);
+}
+
+void RemoveFromCache(id native) {
+  if (instances != nullptr) CFDictionaryRemoveValue(instances, native);
+}
+
+void DestroyInstance(REALobject instance, std::size_t offset) {
+  CocoaInit();
+  Guarded([instance, offset] {
+    if (instance == nullptr) return;
+    id& native = ClassData(instance, offset);
+    if (native == nullptr) return;
+    RemoveFromCache(native);
+    msg::release(native);
+    native = nullptr;
+  });
+}
+
+REALobject NewNSColorQVX(id color, Holdings& holdings) {
+  return NewWrapper(color, "NSColorQVX", holdings);
+}
+
+REALobject NewNSColorQVX(id color) {
+  Holdings holdings;
+  return NewNSColorQVX(color, holdings);
+}
+
+REALobject NewNSColorSpaceQVX(id colorSpace, Holdings& holdings) {
+  return NewWrapper(colorSpace, "NSColorSpaceQVX", holdings);
+}
+
+REALobject NewNSColorSpaceQVX(id colorSpace) {
+  Holdings holdings;
+  return NewNSColorSpaceQVX(colorSpace, holdings);
+}
+
+REALobject NewNSImageQVX(id image, Holdings& holdings) {
+  return NewWrapper(image, "NSImageQVX", holdings);
+}
+
+}  // namespace qvx

@@ -1,0 +1,53 @@
+// bridge/instances.h - wrapper instances: host objects whose class data is one retained native object, and
+// the cache that gives one host object per native object.
+#pragma once
+
+#include "bridge/holdings.h"
+#include "host/types.h"
+#include "platform/cocoa.h"
+
+namespace qvx {
+
+// The class data starts this many bytes into a host object.
+inline constexpr std::size_t kClassDataOffset = 24;
+
+// The instance cache: native object to host object, without references. Owned by the sibling parts, null
+// without them; a null cache is not used.
+extern constinit CFMutableDictionaryRef instances;
+
+// Whether the sibling part's exception bridging has been prepared.
+extern constinit bool ExceptionsInitialized;
+
+// Fetches the instance cache and prepares exception bridging, each once, as soon as a sibling part offers it.
+void CocoaInit();
+
+// The class data `offset` bytes into an instance, which must not be null. While it is not nil, the instance
+// owns one retain of the native object.
+inline id& ClassData(REALobject instance, std::size_t offset = kClassDataOffset) {
+  return *reinterpret_cast<id*>(reinterpret_cast<char*>(instance) + offset);
+}
+
+// The native object of an instance of any wrapper class; nil for null and for an empty instance. Borrowed.
+inline id NativeOf(REALobject instance) {
+  return instance != nullptr ? ClassData(instance) : nullptr;
+}
+
+// Cache entries. Without a cache nothing is done.
+void EnterInCache(id native, REALobject instance);
+void RemoveFromCache(id native);
+
+// What the destructors do: inside the guard, removes the native object from the cache, releases it and clears
+// the class data. `offset` is where the class keeps its data; null instances are left alone.
+void DestroyInstance(REALobject instance, std::size_t offset);
+
+// The host object that wraps a native object, with one reference for the caller: the one in the cache, locked
+// once more, or a new instance that retains the native object and enters the cache. Null for nil, and when
+// the host has no such class.
+REALobject NewNSColorQVX(id color, Holdings& holdings);
+REALobject NewNSColorQVX(id color);
+REALobject NewNSColorSpaceQVX(id colorSpace, Holdings& holdings);
+REALobject NewNSColorSpaceQVX(id colorSpace);
+// The same for the sibling part's image class.
+REALobject NewNSImageQVX(id image, Holdings& holdings);
+
+}  // namespace qvx

@@ -1,0 +1,81 @@
+// bridge/memory_blocks.cpp - bytes between host memory blocks and platform data.
+#include "bridge/memory_blocks.h"
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+#include "bridge/exceptions.h"
+#include "bridge/references.h"
+#include "bridge/strings.h"
+#include "host/services.h"
+#include "platform/messages.h"
+
+namespace qvx {
+
+namespace {
+
+// The largest block that the host is asked for: 2^31 - 2 bytes.
+constexpr std::int32_t kLargestBlock = 0x7FFFFFFE;
+
+// A new block filled with `length` bytes, or null.
+REALmemoryBlock MakeBlock(const void* bytes, std::int32_t length) {
+  const REALmemoryBlock block = REALNewMemoryBlockOriginal(length);
+  if (block == nullptr) return nullptr;
+  ObjectReference halfMade(AsObject(block));
+  void* const target = REALMemoryBlockGetPtr(block);
+  if (target == nullptr) {
+    halfMade.Release();
+    return nullptr;
+  }
+  std::memcpy(target, bytes, static_cast<std::size_t>(length));
+  halfMade.Take(nullptr);
+  return block;
+}
+
+}  // namespace
+
+id NewNSData(REALmemoryBlock block, Holdings& holdings) {
+  if (block == nullptr) return nullptr;
+  HostDataScope scope(holdings);
+  scope.LockObject(AsObject(block));
+  const std::int32_t size = REALMemoryBlockGetSize(block);
+  const auto* const bytes = static_cast<const char*>(REALMemoryBlockGetPtr(block));
+  if (bytes != nullptr && size > 0) {
+    scope.bytes = bytes;
+    scope.length = size;
+  }
+  id data = nullptr;
+  if (scope.length != 0) {
+    data = msg::dataWithBytes(PlatformClass<"NSData">(), scope.bytes, static_cast<NSUInteger>(scope.length));
+  }
+  scope.Release();
+  return data;
+}
+
+id NewNSData(REALmemoryBlock block) {
+  Holdings holdings;
+  return NewNSData(block, holdings);
+}
+
+REALmemoryBlock NSDataRB(id data) {
+  if (data == nullptr) return nullptr;
+  const void* const bytes = msg::bytes(data);
+  const auto length = static_cast<std::int32_t>(msg::length(data));
+  if (bytes == nullptr || length <= 0) return nullptr;
+
+  if (length <= kLargestBlock) {
+    try {
+      if (const REALmemoryBlock block = MakeBlock(bytes, length)) return block;
+    } catch (
+        const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): told below, like a block that can't be made
+    }
+  }
+  char message[200] = {};
+  std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.",
+                static_cast<long long>(length));
+  RaiseException("OutOfMemoryException", message);
+  return nullptr;
+}
+
+}  // namespace qvx

@@ -1,0 +1,276 @@
+// bridge/strings.cpp - strings between host and platform.
+#include "bridge/strings.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "bridge/exceptions.h"
+#include "bridge/references.h"
+#include "host/services.h"
+#include "platform/messages.h"
+
+namespace qvx {
+
+namespace {
+
+constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
+
+// From this version on strings are read and built by the host's newer services.
+bool HostHasNewStrings() {
+  return rbversion >= 2012.0;
+}
+
+struct Free {
+  void operator()(void* memory) const { std::free(memory); }
+};
+using Buffer = std::unique_ptr<char, Free>;
+
+void DisposeStringData(REALstringData& record) {
+  if (REALDisposeStringData.Find() != nullptr) {
+    REALDisposeStringData(&record);
+  } else {
+    std::free(record.data);
+  }
+}
+
+// Copies `length` bytes and four zero bytes into a new buffer of `capacity` + 4 bytes.
+bool FillStringData(const char* bytes, std::int32_t length, std::int32_t capacity, std::uint32_t encoding,
+                    REALstringData* out) {
+  constexpr std::size_t kTerminator = 4;
+  if (length < 0 || (bytes == nullptr && length > 0)) return false;
+  const auto size = static_cast<std::size_t>(length);
+  char* const buffer = static_cast<char*>(std::malloc(static_cast<std::size_t>(capacity) + kTerminator));
+  if (buffer == nullptr) return false;
+  if (size > 0) std::memcpy(buffer, bytes, size);
+  std::memset(buffer + size, 0, kTerminator);
+  *out = {buffer, length, encoding};
+  return true;
+}
+
+// A temporary host string, re-encoded: gives up `temporary` and answers a new reference. Asks for the
+// conversion even of null.
+REALstring ConvertedToUTF8(StringReference& temporary) {
+  StringReference converted(REALConvertString(temporary.Get(), kEncodingUTF8));
+  temporary.Release();
+  const REALstring result = converted.Get();
+  converted.Take(nullptr);
+  return result;
+}
+
+REALstring BuildWithEncodingAsUTF8(const void* data, std::int32_t length, std::uint32_t encoding) {
+  StringReference temporary(REALBuildStringWithEncoding(data, length, encoding));
+  return ConvertedToUTF8(temporary);
+}
+
+REALstring BuildUTF16OnOldHost(const void* data, std::int32_t length) {
+  StringReference temporary(originalREALBuildString(data, length));
+  if (!temporary) return nullptr;
+  REALSetStringEncoding(temporary.Get(), kEncodingUTF16);
+  return ConvertedToUTF8(temporary);
+}
+
+// Old hosts don't know UTF-32: each unit becomes the UTF-16 unit of its low 16 bits. Deliberately no
+// surrogate pairs: a code point above U+FFFF loses its high bits.
+REALstring BuildUTF32OnOldHost(const char* data, std::int32_t length) {
+  constexpr std::int32_t kLongestOnStack = 799;
+  const std::int32_t count = length / 4;
+  UniChar onStack[200];
+  Buffer onHeap;
+  UniChar* units = onStack;
+  if (length > kLongestOnStack) {
+    onHeap.reset(static_cast<char*>(std::calloc(1, static_cast<std::size_t>(count) * 2 + 4)));
+    if (onHeap == nullptr) return nullptr;
+    units = reinterpret_cast<UniChar*>(onHeap.get());
+  }
+  for (std::int32_t i = 0; i < count; ++i) {
+    std::uint32_t unit;
+    std::memcpy(&unit, data + static_cast<std::ptrdiff_t>(i) * 4, sizeof unit);
+    units[i] = static_cast<UniChar>(unit);
+  }
+  StringReference temporary(originalREALBuildString(units, count * 2));
+  if (temporary) REALSetStringEncoding(temporary.Get(), kEncodingUTF16);
+  return ConvertedToUTF8(temporary);
+}
+
+REALstring BuildString(const char* data, std::int32_t length, std::uint32_t encoding) {
+  StringReference string(originalREALBuildString(data, length));
+  if (!string) return nullptr;
+  REALSetStringEncoding(string.Get(), encoding);
+  const REALstring result = string.Get();
+  string.Take(nullptr);
+  return result;
+}
+
+REALstring BuildInEncoding(const char* data, std::int32_t length, std::uint32_t encoding) {
+  switch (encoding) {
+    case kEncodingUTF16:
+      return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding)
+                                 : BuildUTF16OnOldHost(data, length);
+    case kEncodingUTF32:
+      return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding)
+                                 : BuildUTF32OnOldHost(data, length);
+    case kEncodingMacRoman:
+    case kEncodingWindowsLatin1:
+    case kEncodingUnknown: {
+      const bool plain =
+          std::all_of(data, data + length, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+      return BuildString(data, length, plain ? kEncodingASCII : encoding);
+    }
+    default:
+      return BuildString(data, length, encoding);
+  }
+}
+
+// "OutOfMemoryException", whose own message is a string that may fail the same way: then it is raised
+// without.
+void RaiseOutOfMemoryForString() {
+  static constinit bool raising = false;
+  if (raising) return;
+  struct Raising {
+    Raising() { raising = true; }
+    ~Raising() { raising = false; }
+  } const once;
+  RaiseException("OutOfMemoryException", "Failed to allocate memory for a string.");
+}
+
+}  // namespace
+
+void HostDataScope::LockString(REALstring string) {
+  if (REALLockString.Find() == nullptr) return;
+  REALLockString(string);
+  string_ = holdings_.Hold(
+      string, [](Holdings::Item& item) { REALUnlockString(static_cast<REALstring>(item.handle)); });
+}
+
+void HostDataScope::LockObject(REALobject object) {
+  if (REALLockObject.Find() == nullptr) return;
+  REALLockObject(object);
+  object_ = holdings_.Hold(
+      object, [](Holdings::Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
+}
+
+void HostDataScope::TakeData(const REALstringData& record) {
+  data_ = holdings_.Hold(record, [](Holdings::Item& item) { DisposeStringData(item.data); });
+  bytes = record.data;
+  length = record.length;
+}
+
+void HostDataScope::Release() {
+  Holdings::Release(string_);
+  Holdings::Release(object_);
+  Holdings::Release(data_);
+}
+
+id NewNSString(REALstring s, Holdings& holdings) {
+  if (s == nullptr) return nullptr;
+  if (HostHasNewStrings()) {
+    if (const void* copy = REALCopyStringCFString(s)) return msg::autorelease(AsPlatformString(copy));
+  }
+  // On new hosts this asks the same service a second time. Deliberate.
+  if (const void* copy = REALGetStringCFString(s, 0)) return msg::autorelease(AsPlatformString(copy));
+
+  std::uint32_t encoding = REALGetStringEncoding(s);
+  if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
+
+  HostDataScope scope(holdings);
+  if (!HostHasNewStrings()) {
+    scope.LockString(s);
+    const auto* const record = reinterpret_cast<const OldStringRecord*>(s);
+    if (record->buffer != nullptr) {
+      scope.bytes = record->buffer + 1;
+      scope.length = record->length;
+    }
+  } else {
+    REALstringData record = {};
+    // The fallback sizes its buffer by this length; a host with the service is not asked for more.
+    if (PluginGetStringData.Find() == nullptr) record.length = LenB(s);
+    if (REALGetStringData(s, kEncodingUnknown, &record)) scope.TakeData(record);
+  }
+
+  const CFStringRef string =
+      encoding == kEncodingUTF16
+          ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
+                                         scope.length / 2)
+          : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
+  scope.Release();
+  return msg::autorelease(AsPlatformString(string));
+}
+
+id NewNSString(REALstring s) {
+  Holdings holdings;
+  return NewNSString(s, holdings);
+}
+
+REALstring NSStringRB(id s, Holdings& holdings) {
+  constexpr CFIndex kLongestOnStack = 99;
+  constexpr std::int64_t kBytesPerUnit = 6;
+  const auto string = reinterpret_cast<CFStringRef>(s);
+  if (string == nullptr) return nullptr;
+  const CFIndex length = CFStringGetLength(string);
+  if (length <= 0) return nullptr;
+
+  if (length <= kLongestOnStack) {
+    char buffer[601] = {};
+    if (CFStringGetCString(string, buffer, sizeof buffer - 1, kEncodingUTF8) == 0) return nullptr;
+    return REALBuildUnicodeString(buffer, static_cast<std::int64_t>(std::strlen(buffer)), kEncodingUTF8);
+  }
+
+  const std::int64_t size = length * kBytesPerUnit;
+  if (size < 1 || size > kLargestBuffer) return nullptr;
+  char* const buffer = static_cast<char*>(std::calloc(1, static_cast<std::size_t>(size)));
+  if (buffer == nullptr) return nullptr;
+  Holdings::Item* const held = holdings.HoldMemory(buffer);
+  REALstring result = nullptr;
+  if (CFStringGetCString(string, buffer, static_cast<CFIndex>(size), kEncodingUTF8) != 0) {
+    result = REALBuildUnicodeString(buffer, static_cast<std::int64_t>(std::strlen(buffer)), kEncodingUTF8);
+  }
+  Holdings::Release(held);
+  return result;
+}
+
+REALstring NSStringRB(id s) {
+  Holdings holdings;
+  return NSStringRB(s, holdings);
+}
+
+REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std::uint32_t encoding) {
+  if (data == nullptr || byteLength <= 0 || byteLength > kLargestBuffer) return nullptr;
+  try {
+    return BuildInEncoding(static_cast<const char*>(data), static_cast<std::int32_t>(byteLength), encoding);
+  } catch (const std::bad_alloc&) {
+    RaiseOutOfMemoryForString();
+    return nullptr;
+  }
+}
+
+bool REALGetStringData(REALstring s, std::uint32_t encoding, REALstringData* out) {
+  if (PluginGetStringData.Find() != nullptr) return PluginGetStringData(s, encoding, out) != 0;
+
+  const bool hasBytes = StringGetCString.Find() != nullptr;
+  const bool hasLength = LenB.Find() != nullptr;
+  if (!hasBytes || !hasLength || s == nullptr) return false;
+
+  if (encoding == kEncodingUnknown) {
+    // Deliberate: the buffer is sized by what the caller put into `out`, not by what is copied. A host that
+    // answers a longer length now than it did to the caller gets no more bytes copied than fit.
+    const std::int32_t capacity = std::max(out->length, 0);
+    const std::int32_t length = std::min(LenB(s), capacity);
+    return FillStringData(StringGetCString(s), length, capacity, encoding, out);
+  }
+  if (REALGetStringEncoding(s) == encoding) {
+    const std::int32_t length = LenB(s);
+    return FillStringData(StringGetCString(s), length, length, encoding, out);
+  }
+  StringReference converted(REALConvertString(s, encoding));
+  if (!converted) return false;
+  const std::int32_t length = LenB(converted.Get());
+  const bool filled = FillStringData(StringGetCString(converted.Get()), length, length, encoding, out);
+  converted.Release();
+  return filled;
+}
+
+}  // namespace qvx

@@ -1,0 +1,60 @@
+// bridge/strings.h - strings between host and platform. Every string the host gets is UTF-8; nothing is
+// normalised.
+#pragma once
+
+#include "bridge/holdings.h"
+#include "host/types.h"
+#include "platform/cocoa.h"
+
+namespace qvx {
+
+// Platform strings and URLs are platform objects.
+inline id AsPlatformString(CFTypeRef string) {
+  return reinterpret_cast<id>(const_cast<void*>(string));
+}
+
+// What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.
+// Release gives back the string's lock, then the object's, then the string data; the Holdings do so on every
+// other way out.
+class HostDataScope {
+ public:
+  explicit HostDataScope(Holdings& holdings) : holdings_(holdings) {}
+
+  // Locks the string or object while its bytes are read.
+  void LockString(REALstring string);
+  void LockObject(REALobject object);
+  // Takes over string data that the host or REALGetStringData filled.
+  void TakeData(const REALstringData& record);
+  void Release();
+
+  const char* bytes = nullptr;
+  std::int32_t length = 0;
+
+ private:
+  Holdings& holdings_;
+  Holdings::Item* string_ = nullptr;
+  Holdings::Item* object_ = nullptr;
+  Holdings::Item* data_ = nullptr;
+};
+
+// The platform string for a host string, autoreleased; nil for null and for text the platform refuses.
+id NewNSString(REALstring s, Holdings& holdings);
+id NewNSString(REALstring s);
+
+// A new host string for a platform string; the caller owns its one reference. Null for nil, for an empty
+// string, and for text that can't be had as UTF-8.
+REALstring NSStringRB(id s, Holdings& holdings);
+REALstring NSStringRB(id s);
+
+// A new host string of `byteLength` bytes in `encoding`; the caller owns its one reference. UTF-16 and UTF-32
+// come back as UTF-8, 8-bit text that is plain ASCII is tagged so. Null for no bytes, for a length of 2^31 or
+// more, and when memory runs out ("OutOfMemoryException" is raised then).
+REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std::uint32_t encoding);
+
+// Fills `out` with the string's bytes in `encoding`, or as stored for 0xFFFF; true on success, and the caller
+// then owes REALDisposeStringData (or free where the host lacks it). On a host without "PluginGetStringData"
+// and for 0xFFFF, `out->length` must hold the string's byte length on entry: the buffer is sized by it, and
+// no more than that is copied.
+bool REALGetStringData(REALstring s, std::uint32_t encoding, REALstringData* out);
+
+}  // namespace qvx

@@ -1,0 +1,488 @@
+// classes/NSColor.cpp - the host class NSColorQVX: properties, methods and shared factories of one NSColor.
+#include <xmmintrin.h>
+
+#include <array>
+
+#include "bridge/exceptions.h"
+#include "bridge/guard.h"
+#include "bridge/instances.h"
+#include "bridge/strings.h"
+#include "classes/classes.h"
+#include "classes/tables.h"
+#include "host/services.h"
+#include "platform/messages.h"
+
+namespace qvx {
+
+namespace {
+
+void Constructor(REALobject /*self*/) {
+  CocoaInit();
+}
+
+void Destructor(REALobject self) {
+  DestroyInstance(self, kClassDataOffset);
+}
+
+id NSColorClass() {
+  return PlatformClass<"NSColor">();
+}
+
+CGFloat ToCGFloat(double value) {
+  return static_cast<CGFloat>(value);
+}
+
+struct RGBA {
+  CGFloat red = 0;
+  CGFloat green = 0;
+  CGFloat blue = 0;
+  CGFloat alpha = 0;
+};
+
+void SendGetRed(id color, RGBA& rgba) {
+  msg::getRed(color, &rgba.red, &rgba.green, &rgba.blue, &rgba.alpha);
+}
+
+// The colour's own RGB components or, if it has none, those it has in calibrated RGB; zeros if it can't be
+// converted. An NSException of the conversion is the caller's.
+RGBA RGBAOf(id color) {
+  RGBA rgba;
+  if (CatchNSException([color, &rgba] { SendGetRed(color, rgba); }) != nullptr) {
+    rgba = {};
+    SendGetRed(msg::colorUsingColorSpaceName(color, NSCalibratedRGBColorSpace), rgba);
+  }
+  return rgba;
+}
+
+// ---- Properties ----
+
+// A component as a field of a host colour: times 255, truncated toward zero, neither clamped nor masked. A
+// value out of the integer's range, or NaN, gives 0x80000000, as the processor's conversion does.
+REALcolor ColorField(CGFloat component) {
+  return static_cast<REALcolor>(_mm_cvttss_si32(_mm_set_ss(component * 255.0F)));
+}
+
+// 0x00RRGGBB. Components outside of 0..1 spill into the neighbouring fields; alpha is left out. Both
+// deliberate.
+REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
+  return GuardedResult<REALcolor>([self](REALcolor& result) {
+    const id color = NativeOf(self);
+    if (color == nullptr) return;
+    const RGBA rgba = RGBAOf(color);
+    result = (ColorField(rgba.red) << 16) | (ColorField(rgba.green) << 8) | ColorField(rgba.blue);
+  });
+}
+
+// One component. A colour of another kind gives 0.0 and raises nothing: its NSException is dropped.
+template <FixedString Name>
+double Component(REALobject self, std::int32_t /*parameter*/) {
+  double result = 0.0;
+  CatchNSException([self, &result] {
+    if (self != nullptr) result = Message<Name, CGFloat()>()(ClassData(self));
+  });
+  return result;
+}
+
+// One descriptive string. An NSException is dropped here too, and gives the null string.
+template <FixedString Name>
+REALstring Text(REALobject self, std::int32_t /*parameter*/) {
+  REALstring result = nullptr;
+  CatchNSException([self, &result](Holdings& holdings) {
+    if (self != nullptr) result = NSStringRB(Message<Name, id()>()(ClassData(self)), holdings);
+  });
+  return result;
+}
+
+std::int32_t numberOfComponents(REALobject self, std::int32_t /*parameter*/) {
+  return GuardedResult<std::int32_t>([self](std::int32_t& result) {
+    if (self != nullptr) result = msg::numberOfComponents(ClassData(self));
+  });
+}
+
+template <FixedString... Names>
+constexpr auto ComponentProperties() {
+  return Rows(Property(&Component<Names>, Names.text, "double")...);
+}
+
+template <FixedString... Names>
+constexpr auto TextProperties() {
+  return Rows(Property(&Text<Names>, Names.text, "string")...);
+}
+
+// ---- Methods ----
+
+// Names the class NSExceptionQVX in this one's interface, so that the host links it into every program that
+// uses colours. Not meant to be called.
+REALobject DummyException(REALobject /*self*/) {
+  return nullptr;
+}
+
+// `New NSColorQVX` gives an instance without a colour.
+void DummyConstructor(REALobject /*self*/) {}
+
+std::int32_t getCGColor(REALobject self) {
+  return GuardedResult<std::int32_t>([self](std::int32_t& result) {
+    if (const id color = NativeOf(self)) result = msg::CGColor(color);
+  });
+}
+
+REALarray getComponents(REALobject self) {
+  constexpr NSInteger kMostComponents = 32;
+  // Room for a platform that writes more components than are handed on.
+  constexpr std::size_t kRoom = 256;
+  const REALarray result = REALCreateArray(REALArrayType::kDouble, -1);
+  if (result == nullptr) return nullptr;
+  Guarded([self, result] {
+    const id color = NativeOf(self);
+    if (color == nullptr) return;
+    const NSInteger count = std::min(msg::numberOfComponents(color), NSInteger{kMostComponents});
+    CGFloat components[kRoom];
+    std::fill_n(components, kMostComponents, 0.0F);
+    msg::getComponents(color, components);
+    for (NSInteger i = 0; i < count; ++i) REALInsertArrayValueDouble(result, i, double{components[i]});
+  });
+  return result;
+}
+
+// The frame of every method that reads components by reference: the outputs are 0.0 before anything else, and
+// are written once `read` has filled as many values.
+template <std::size_t Count, typename Read>
+void ReadComponents(REALobject self, const std::array<double*, Count>& outputs, Read read) {
+  for (double* const output : outputs) *output = 0.0;
+  Guarded([self, &outputs, read] {
+    const id color = NativeOf(self);
+    if (color == nullptr) return;
+    std::array<CGFloat, Count> values{};
+    read(color, values.data());
+    for (std::size_t i = 0; i < Count; ++i) *outputs[i] = double{values[i]};
+  });
+}
+
+void getCyan(REALobject self, double* cyan, double* magenta, double* yellow, double* black) {
+  ReadComponents<4>(self, {cyan, magenta, yellow, black}, [](id color, CGFloat* values) {
+    msg::getCyan(color, &values[0], &values[1], &values[2], &values[3], nullptr);
+  });
+}
+
+void getWhite(REALobject self, double* white) {
+  ReadComponents<1>(self, {white},
+                    [](id color, CGFloat* values) { msg::getWhite(color, &values[0], nullptr); });
+}
+
+void getHue(REALobject self, double* hue, double* saturation, double* brightness) {
+  ReadComponents<3>(self, {hue, saturation, brightness}, [](id color, CGFloat* values) {
+    msg::getHue(color, &values[0], &values[1], &values[2], nullptr);
+  });
+}
+
+void getRed(REALobject self, double* red, double* green, double* blue) {
+  ReadComponents<3>(self, {red, green, blue}, [](id color, CGFloat* values) {
+    msg::getRed(color, &values[0], &values[1], &values[2], nullptr);
+  });
+}
+
+void getCyanA(REALobject self, double* cyan, double* magenta, double* yellow, double* black, double* alpha) {
+  ReadComponents<5>(self, {cyan, magenta, yellow, black, alpha}, [](id color, CGFloat* values) {
+    msg::getCyan(color, &values[0], &values[1], &values[2], &values[3], &values[4]);
+  });
+}
+
+void getWhiteA(REALobject self, double* white, double* alpha) {
+  ReadComponents<2>(self, {white, alpha},
+                    [](id color, CGFloat* values) { msg::getWhite(color, &values[0], &values[1]); });
+}
+
+void getRedA(REALobject self, double* red, double* green, double* blue, double* alpha) {
+  ReadComponents<4>(self, {red, green, blue, alpha}, [](id color, CGFloat* values) {
+    const RGBA rgba = RGBAOf(color);
+    values[0] = rgba.red;
+    values[1] = rgba.green;
+    values[2] = rgba.blue;
+    values[3] = rgba.alpha;
+  });
+}
+
+// Deliberate: this "getHSV" answers red, green, blue and alpha. Host programs rely on it.
+void getHueA(REALobject self, double* hue, double* saturation, double* brightness, double* alpha) {
+  getRedA(self, hue, saturation, brightness, alpha);
+}
+
+// The frame of every method that derives a colour from this one: what `derive` answers, as a host object.
+template <typename Derive>
+REALobject DerivedColor(REALobject self, Derive derive) {
+  return GuardedResult<REALobject>([self, derive](REALobject& result, Holdings& holdings) {
+    const id color = NativeOf(self);
+    if (color != nullptr) result = NewNSColorQVX(derive(color, holdings), holdings);
+  });
+}
+
+REALobject blendedColorWithFraction(REALobject self, double fraction, REALobject other) {
+  return DerivedColor(self, [fraction, other](id color, Holdings&) {
+    return msg::blendedColorWithFraction(color, ToCGFloat(fraction), NativeOf(other));
+  });
+}
+
+REALobject colorWithAlphaComponent(REALobject self, double alpha) {
+  return DerivedColor(
+      self, [alpha](id color, Holdings&) { return msg::colorWithAlphaComponent(color, ToCGFloat(alpha)); });
+}
+
+REALobject colorUsingColorSpaceName(REALobject self, REALstring name) {
+  return DerivedColor(self, [name](id color, Holdings& holdings) {
+    return msg::colorUsingColorSpaceName(color, NewNSString(name, holdings));
+  });
+}
+
+REALobject colorUsingColorSpace(REALobject self, REALobject space) {
+  return DerivedColor(
+      self, [space](id color, Holdings&) { return msg::colorUsingColorSpace(color, NativeOf(space)); });
+}
+
+REALobject shadowWithLevel(REALobject self, double level) {
+  return DerivedColor(self,
+                      [level](id color, Holdings&) { return msg::shadowWithLevel(color, ToCGFloat(level)); });
+}
+
+REALobject highlightWithLevel(REALobject self, double level) {
+  return DerivedColor(
+      self, [level](id color, Holdings&) { return msg::highlightWithLevel(color, ToCGFloat(level)); });
+}
+
+REALobject colorSpace(REALobject self) {
+  return GuardedResult<REALobject>([self](REALobject& result, Holdings& holdings) {
+    const id color = NativeOf(self);
+    if (color != nullptr) result = NewNSColorSpaceQVX(msg::colorSpace(color), holdings);
+  });
+}
+
+REALobject patternImage(REALobject self) {
+  return GuardedResult<REALobject>([self](REALobject& result, Holdings& holdings) {
+    const id color = NativeOf(self);
+    if (color != nullptr) result = NewNSImageQVX(msg::patternImage(color), holdings);
+  });
+}
+
+void writeToPasteboard(REALobject self) {
+  Guarded([self] {
+    const id color = NativeOf(self);
+    if (color == nullptr) return;
+    msg::writeToPasteboard(color, msg::generalPasteboard(PlatformClass<"NSPasteboard">()));
+  });
+}
+
+// ---- Shared factories ----
+
+// The frame of every factory: what `make` answers, as a host object.
+template <typename Make>
+REALobject Factory(Make make) {
+  CocoaInit();
+  return GuardedResult<REALobject>(
+      [make](REALobject& result, Holdings& holdings) { result = NewNSColorQVX(make(), holdings); });
+}
+
+// The element of a host array of doubles, or 0.0 where it can't be read. The reading service exists up to
+// host version 2015.011; a newer host is not asked, and a service it may have belongs here.
+double ElementOrZero(REALarray array, std::int32_t index) {
+  constexpr double kNewestHostWithElements = 2015.011;
+  double element = 0.0;
+  if (array != nullptr && rbversion <= kNewestHostWithElements)
+    REALGetArrayValueDouble(array, index, &element);
+  return element;
+}
+
+// The count of components is not compared with the space's own: the platform decides what a mismatch gives.
+REALobject colorWithColorSpace(REALobject space, REALarray components) {
+  constexpr std::int32_t kSmallestUpperBound = 1;
+  constexpr std::int32_t kLargestUpperBound = 19;
+  return Factory([space, components]() -> id {
+    const id nativeSpace = NativeOf(space);
+    if (nativeSpace == nullptr) {
+      RaiseException("NilObjectException", "Colorspace is nil!");
+      return nullptr;
+    }
+    const std::int32_t upperBound = REALGetArrayUBound(components);
+    if (upperBound < kSmallestUpperBound || upperBound > kLargestUpperBound) {
+      RaiseOutOfBoundsException(upperBound, kSmallestUpperBound, kLargestUpperBound, "values ubound",
+                                "colorWithColorSpace");
+      return nullptr;
+    }
+    CGFloat values[kLargestUpperBound + 1];
+    for (std::int32_t i = 0; i <= upperBound; ++i) values[i] = ToCGFloat(ElementOrZero(components, i));
+    return msg::colorWithColorSpace(NSColorClass(), nativeSpace, values, upperBound + 1);
+  });
+}
+
+REALobject colorWithGenericGamma22White(double white, double alpha) {
+  return Factory([white, alpha] {
+    return msg::colorWithGenericGamma22White(NSColorClass(), ToCGFloat(white), ToCGFloat(alpha));
+  });
+}
+
+REALobject colorWithCGColor(std::int32_t handle) {
+  return Factory([handle] { return msg::colorWithCGColor(NSColorClass(), reinterpret_cast<void*>(handle)); });
+}
+
+REALobject colorWithDeviceCyan(double cyan, double magenta, double yellow, double black, double alpha) {
+  return Factory([=] {
+    return msg::colorWithDeviceCyan(NSColorClass(), ToCGFloat(cyan), ToCGFloat(magenta), ToCGFloat(yellow),
+                                    ToCGFloat(black), ToCGFloat(alpha));
+  });
+}
+
+// The family of three components and alpha; the message names the space and the kind of components.
+template <const auto& message>
+REALobject FromThreeComponents(double first, double second, double third, double alpha) {
+  return Factory([=] {
+    return message(NSColorClass(), ToCGFloat(first), ToCGFloat(second), ToCGFloat(third), ToCGFloat(alpha));
+  });
+}
+constexpr auto& colorWithDeviceRed = FromThreeComponents<msg::colorWithDeviceRed>;
+constexpr auto& colorWithDeviceHue = FromThreeComponents<msg::colorWithDeviceHue>;
+constexpr auto& colorWithSRGBRed = FromThreeComponents<msg::colorWithSRGBRed>;
+constexpr auto& colorWithCalibratedRed = FromThreeComponents<msg::colorWithCalibratedRed>;
+constexpr auto& colorWithCalibratedHue = FromThreeComponents<msg::colorWithCalibratedHue>;
+
+REALobject colorWithDeviceWhite(double white, double alpha) {
+  return Factory([white, alpha] {
+    return msg::colorWithDeviceWhite(NSColorClass(), ToCGFloat(white), ToCGFloat(alpha));
+  });
+}
+
+REALobject colorWithCalibratedWhite(double white, double alpha) {
+  return Factory([white, alpha] {
+    return msg::colorWithCalibratedWhite(NSColorClass(), ToCGFloat(white), ToCGFloat(alpha));
+  });
+}
+
+REALobject colorFromPasteboard() {
+  return Factory([] {
+    const id pasteboard = msg::generalPasteboard(PlatformClass<"NSPasteboard">());
+    return msg::colorFromPasteboard(NSColorClass(), pasteboard);
+  });
+}
+
+// Takes any wrapper instance: its native object is taken to be an image, untested.
+REALobject colorWithPatternImage(REALobject image) {
+  return Factory([image]() -> id {
+    const id nativeImage = NativeOf(image);
+    if (nativeImage == nullptr) return nullptr;
+    return msg::colorWithPatternImage(NSColorClass(), nativeImage);
+  });
+}
+
+template <FixedString Name>
+REALobject PredefinedColor() {
+  return Factory([] { return Message<Name, id()>()(NSColorClass()); });
+}
+
+template <FixedString... Names>
+constexpr auto PredefinedColors() {
+  return Rows(Method(&PredefinedColor<Names>, kJoined<Names, " as NSColorQVX">.text)...);
+}
+
+// ---- Tables ----
+
+constinit auto NSColorProperties = MakeTable<REALproperty>(
+    Property(&colorValue, "colorValue", "Color"),
+    ComponentProperties<"blackComponent", "yellowComponent", "magentaComponent", "cyanComponent",
+                        "redComponent", "greenComponent", "blueComponent", "whiteComponent", "hueComponent",
+                        "saturationComponent", "brightnessComponent", "alphaComponent">(),
+    TextProperties<"colorSpaceName", "description", "catalogNameComponent", "colorNameComponent",
+                   "localizedCatalogNameComponent", "localizedColorNameComponent">(),
+    Property(&numberOfComponents, "numberOfComponents", "integer"));
+static_assert(NSColorProperties.kCount == 20);
+
+constinit auto NSColorMethods = MakeTable<REALmethodDefinition>(
+    Method(&DummyException, "_exception as NSExceptionQVX"),
+    Method(&DummyConstructor, "Constructor", kConstructorFlags),
+    Method(&getCGColor, "CGColorHandle as Integer"), Method(&getComponents, "Components as double()"),
+    Method(&getCyan,
+           "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, "
+           "byref black as double)"),
+    Method(&getWhite, "getWhite(byref white as double)"),
+    Method(&getHue, "getHSV(byref hue as double, byref saturation as double, byref brightness as double)"),
+    Method(&getRed, "getRGB(byref red as double, byref green as double, byref blue as double)"),
+    Method(&getCyanA,
+           "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, "
+           "byref black as double, byref alpha as double)"),
+    Method(&getWhiteA, "getWhite(byref white as double, byref alpha as double)"),
+    Method(&getHueA,
+           "getHSV(byref hue as double, byref saturation as double, byref brightness as double, "
+           "byref alpha as double)"),
+    Method(&getRedA,
+           "getRGB(byref red as double, byref green as double, byref blue as double, "
+           "byref alpha as double)"),
+    Method(&blendedColorWithFraction,
+           "blendedColorWithFraction(alpha as double, c as NSColorQVX) as NSColorQVX"),
+    Method(&colorWithAlphaComponent, "colorWithAlphaComponent(alpha as double) as NSColorQVX"),
+    Method(&colorUsingColorSpaceName, "colorUsingColorSpaceName(colorSpace as string) as NSColorQVX"),
+    Method(&colorUsingColorSpace, "colorUsingColorSpace(colorSpace as NSColorSpaceQVX) as NSColorQVX"),
+    Method(&shadowWithLevel, "shadowWithLevel(level as double) as NSColorQVX"),
+    Method(&highlightWithLevel, "highlightWithLevel(level as double) as NSColorQVX"),
+    Method(&colorSpace, "colorSpace as NSColorSpaceQVX"), Method(&patternImage, "patternImage as variant"),
+    Method(&writeToPasteboard, "writeToPasteboard"));
+static_assert(NSColorMethods.kCount == 21);
+
+constinit auto NSColorSharedMethods = MakeTable<REALmethodDefinition>(
+    Method(
+        &colorWithColorSpace,
+        "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, paramarray components as double) as NSColorQVX"),
+    Method(&colorWithColorSpace,
+           "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, components() as double) as NSColorQVX"),
+    Method(&colorWithGenericGamma22White,
+           "colorWithGenericGamma22White(white as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithCGColor, "colorWithCGColor(CGColorHandle as Integer) as NSColorQVX"),
+    Method(&colorWithDeviceCyan,
+           "colorWithDeviceCMYK(cyan as double, magenta as double, yellow as double, "
+           "black as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithDeviceRed,
+           "colorWithDeviceRGB(red as double, green as double, blue as double, "
+           "alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithDeviceHue,
+           "colorWithDeviceHSV(hue as double, saturation as double, brightness as double, "
+           "alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithDeviceWhite, "colorWithDeviceWhite(white as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithSRGBRed,
+           "colorWithSRGB(red as double, green as double, blue as double, "
+           "alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithCalibratedRed,
+           "colorWithCalibratedRGB(red as double, green as double, blue as double, "
+           "alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithCalibratedHue,
+           "colorWithCalibratedHSV(hue as double, saturation as double, "
+           "brightness as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithCalibratedWhite,
+           "colorWithCalibratedWhite(white as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorFromPasteboard, "colorFromPasteboard as NSColorQVX"),
+    Method(&colorWithPatternImage, "colorWithPatternImage(image as variant) as NSColorQVX"),
+    PredefinedColors<
+        "blackColor", "darkGrayColor", "lightGrayColor", "whiteColor", "grayColor", "redColor", "greenColor",
+        "blueColor", "cyanColor", "yellowColor", "magentaColor", "orangeColor", "purpleColor", "brownColor",
+        "clearColor", "controlShadowColor", "controlDarkShadowColor", "controlColor", "controlHighlightColor",
+        "controlLightHighlightColor", "controlTextColor", "controlBackgroundColor", "selectedControlColor",
+        "secondarySelectedControlColor", "selectedControlTextColor", "disabledControlTextColor", "textColor",
+        "textBackgroundColor", "selectedTextColor", "selectedTextBackgroundColor", "gridColor",
+        "keyboardFocusIndicatorColor", "windowBackgroundColor", "scrollBarColor", "knobColor",
+        "selectedKnobColor", "windowFrameColor", "windowFrameTextColor", "selectedMenuItemColor",
+        "selectedMenuItemTextColor", "highlightColor", "shadowColor", "headerColor", "headerTextColor",
+        "alternateSelectedControlColor", "alternateSelectedControlTextColor">());
+static_assert(NSColorSharedMethods.kCount == 60);
+
+}  // namespace
+
+constinit REALclassDefinition NSColorDefinition = {
+    .version = kCurrentLayout,
+    .name = "NSColorQVX",
+    .dataSize = sizeof(id),
+    .constructor = &Constructor,
+    .destructor = &Destructor,
+    .properties = NSColorProperties.records,
+    .propertyCount = NSColorProperties.kCount,
+    .methods = NSColorMethods.records,
+    .methodCount = NSColorMethods.kCount,
+    .flags = kClassFlags,
+    .sharedMethods = NSColorSharedMethods.records,
+    .sharedMethodCount = NSColorSharedMethods.kCount,
+};
+
+}  // namespace qvx

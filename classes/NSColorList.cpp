@@ -1,0 +1,181 @@
+// classes/NSColorList.cpp - the host class NSColorListQVX: one NSColorList, a named and ordered list of
+// colours.
+#include "bridge/guard.h"
+#include "bridge/instances.h"
+#include "bridge/strings.h"
+#include "classes/classes.h"
+#include "classes/tables.h"
+#include "host/services.h"
+#include "platform/messages.h"
+
+namespace qvx {
+
+namespace {
+
+// This class finds its data where the host said at registration.
+std::size_t DataOffset() {
+  return NSColorListDefinition.dataOffset;
+}
+
+id& ListData(REALobject self) {
+  return ClassData(self, DataOffset());
+}
+
+id ListOf(REALobject self) {
+  return self != nullptr ? ListData(self) : nullptr;
+}
+
+id NSColorListClass() {
+  return PlatformClass<"NSColorList">();
+}
+
+void Constructor(REALobject /*self*/) {
+  CocoaInit();
+}
+
+void Destructor(REALobject self) {
+  DestroyInstance(self, DataOffset());
+}
+
+// ---- Editing and queries ----
+
+// The index goes on unchanged: a negative one is a very large one for the platform, which refuses it.
+void insertColor(REALobject self, REALobject color, REALstring key, std::int32_t index) {
+  Guarded([=](Holdings& holdings) {
+    const id list = ListOf(self);
+    if (list == nullptr) return;
+    msg::insertColor(list, NativeOf(color), NewNSString(key, holdings), static_cast<NSUInteger>(index));
+  });
+}
+
+void setColor(REALobject self, REALobject color, REALstring key) {
+  Guarded([=](Holdings& holdings) {
+    const id list = ListOf(self);
+    if (list == nullptr) return;
+    msg::setColor(list, NativeOf(color), NewNSString(key, holdings));
+  });
+}
+
+REALobject colorWithKey(REALobject self, REALstring key) {
+  return GuardedResult<REALobject>([=](REALobject& result, Holdings& holdings) {
+    const id list = ListOf(self);
+    if (list == nullptr) return;
+    result = NewNSColorQVX(msg::colorWithKey(list, NewNSString(key, holdings)), holdings);
+  });
+}
+
+void removeColorWithKey(REALobject self, REALstring key) {
+  Guarded([=](Holdings& holdings) {
+    const id list = ListOf(self);
+    if (list == nullptr) return;
+    msg::removeColorWithKey(list, NewNSString(key, holdings));
+  });
+}
+
+REALboolean writeToFile(REALobject self, REALstring path) {
+  return GuardedResult<REALboolean>([=](REALboolean& result, Holdings& holdings) {
+    const id list = ListOf(self);
+    if (list == nullptr) return;
+    result = static_cast<REALboolean>(msg::writeToFile(list, NewNSString(path, holdings)));
+  });
+}
+
+void removeFile(REALobject self) {
+  Guarded([self] {
+    if (self != nullptr) msg::removeFile(ListData(self));
+  });
+}
+
+REALboolean isEditable(REALobject self) {
+  return GuardedResult<REALboolean>([self](REALboolean& result) {
+    if (self != nullptr) result = static_cast<REALboolean>(msg::isEditable(ListData(self)));
+  });
+}
+
+REALstring name(REALobject self) {
+  return GuardedResult<REALstring>([self](REALstring& result, Holdings& holdings) {
+    if (self != nullptr) result = NSStringRB(msg::name(ListData(self)), holdings);
+  });
+}
+
+// ---- Filling the instance ----
+
+// Gives up the held list before a new one is asked for, so that a failure leaves the instance empty.
+void GiveUpList(REALobject self) {
+  id& list = ListData(self);
+  msg::release(list);
+  list = nullptr;
+}
+
+// The frame of both Create methods: `make` answers a new list, whose one reference becomes the instance's.
+template <typename Make>
+REALboolean Create(REALobject self, Make make) {
+  return GuardedResult<REALboolean>([self, make](REALboolean& result, Holdings& holdings) {
+    if (self == nullptr) return;
+    if (const id old = ListData(self)) {
+      RemoveFromCache(old);
+      GiveUpList(self);
+    }
+    const id list = make(holdings);
+    if (list == nullptr) return;
+    ListData(self) = list;
+    result = 1;
+    EnterInCache(list, self);
+  });
+}
+
+REALboolean Create1(REALobject self, REALstring listName) {
+  return Create(self, [listName](Holdings& holdings) {
+    const id nativeName = NewNSString(listName, holdings);
+    return msg::initWithName(msg::alloc(NSColorListClass()), nativeName);
+  });
+}
+
+REALboolean Create2(REALobject self, REALstring listName, REALstring path) {
+  return Create(self, [listName, path](Holdings& holdings) {
+    const id nativeName = NewNSString(listName, holdings);
+    const id nativePath = NewNSString(path, holdings);
+    return msg::initWithNameFromFile(msg::alloc(NSColorListClass()), nativeName, nativePath);
+  });
+}
+
+// Deliberately without the cache: a loaded list is the platform's shared one and is not entered, and the
+// entry of the list that it replaces stays.
+REALboolean Load(REALobject self, REALstring listName) {
+  return GuardedResult<REALboolean>([self, listName](REALboolean& result, Holdings& holdings) {
+    if (self == nullptr) return;
+    if (ListData(self) != nullptr) GiveUpList(self);
+    const id list = msg::colorListNamed(NSColorListClass(), NewNSString(listName, holdings));
+    if (list == nullptr) return;
+    ListData(self) = msg::retain(list);
+    result = 1;
+  });
+}
+
+// ---- Table ----
+
+constinit auto NSColorListMethods = MakeTable<REALmethodDefinition>(
+    Method(&insertColor, "insertColor(theColor as NSColorQVX, key as string, index as integer)"),
+    Method(&setColor, "setColor(theColor as NSColorQVX, key as string)"),
+    Method(&colorWithKey, "colorWithKey(key as string) as NSColorQVX"),
+    Method(&removeColorWithKey, "removeColorWithKey(key as string)"),
+    Method(&writeToFile, "writeToFile(path as string) as boolean"), Method(&removeFile, "removeFile"),
+    Method(&isEditable, "isEditable as Boolean"), Method(&name, "name as string"),
+    Method(&Create1, "Create(name as string) as boolean"), Method(&Load, "Load(name as string) as boolean"),
+    Method(&Create2, "Create(name as string, path as string) as boolean"));
+static_assert(NSColorListMethods.kCount == 11);
+
+}  // namespace
+
+constinit REALclassDefinition NSColorListDefinition = {
+    .version = kCurrentLayout,
+    .name = "NSColorListQVX",
+    .dataSize = sizeof(id),
+    .constructor = &Constructor,
+    .destructor = &Destructor,
+    .methods = NSColorListMethods.records,
+    .methodCount = NSColorListMethods.kCount,
+    .flags = kClassFlags,
+};
+
+}  // namespace qvx

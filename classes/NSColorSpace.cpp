@@ -1,0 +1,316 @@
+// classes/NSColorSpace.cpp - the host class NSColorSpaceQVX: instances, shared factories and constants of one
+// NSColorSpace.
+#include <iterator>
+
+#include "bridge/exceptions.h"
+#include "bridge/guard.h"
+#include "bridge/instances.h"
+#include "bridge/memory_blocks.h"
+#include "bridge/strings.h"
+#include "classes/classes.h"
+#include "classes/tables.h"
+#include "host/services.h"
+#include "platform/messages.h"
+
+namespace qvx {
+
+namespace {
+
+void Constructor(REALobject /*self*/) {
+  CocoaInit();
+}
+
+void Destructor(REALobject self) {
+  DestroyInstance(self, kClassDataOffset);
+}
+
+id NSColorSpaceClass() {
+  return PlatformClass<"NSColorSpace">();
+}
+
+// A handle in the host is the value of the pointer.
+void* FromHandle(std::int32_t handle) {
+  return reinterpret_cast<void*>(handle);
+}
+
+// ---- Filling an instance ----
+
+enum class Cache { kEnter, kLeaveAlone };
+
+// The frame of the three initialisers: `make` answers a new space or nil, whose one reference becomes the
+// instance's.
+template <typename Make>
+void Fill(REALobject self, Cache cache, Make make) {
+  if (self == nullptr) return;
+  if (ClassData(self) != nullptr) {
+    RaiseException("UnsupportedOperationException",
+                   "Constructor called too often. Object is already initialized.");
+    return;
+  }
+  CocoaInit();
+  Guarded([=](Holdings& holdings) {
+    const id space = make(holdings);
+    ClassData(self) = space;
+    if (space != nullptr && cache == Cache::kEnter) EnterInCache(space, self);
+  });
+}
+
+// Data of nil is handed on as it is.
+void initWithICCProfileData(REALobject self, REALmemoryBlock profile) {
+  Fill(self, Cache::kEnter, [profile](Holdings& holdings) {
+    const id data = NewNSData(profile, holdings);
+    return msg::initWithICCProfileData(msg::alloc(NSColorSpaceClass()), data);
+  });
+}
+
+void initWithColorSyncProfile(REALobject self, std::int32_t handle) {
+  Fill(self, Cache::kEnter, [handle](Holdings&) {
+    return msg::initWithColorSyncProfile(msg::alloc(NSColorSpaceClass()), FromHandle(handle));
+  });
+}
+
+// Deliberately without the cache: a later conversion of the same native space makes a second host object.
+void initWithCGColorSpace(REALobject self, std::int32_t handle) {
+  Fill(self, Cache::kLeaveAlone, [handle](Holdings&) {
+    return msg::initWithCGColorSpace(msg::alloc(NSColorSpaceClass()), FromHandle(handle));
+  });
+}
+
+// ---- Queries; an empty instance is a message to nil ----
+
+REALmemoryBlock ICCProfileData(REALobject self) {
+  return GuardedResult<REALmemoryBlock>([self](REALmemoryBlock& result) {
+    if (self != nullptr) result = NSDataRB(msg::ICCProfileData(ClassData(self)));
+  });
+}
+
+template <FixedString Name>
+REALstring Text(REALobject self) {
+  return GuardedResult<REALstring>([self](REALstring& result, Holdings& holdings) {
+    if (self != nullptr) result = NSStringRB(Message<Name, id()>()(ClassData(self)), holdings);
+  });
+}
+
+// A number, or a handle: the value of a pointer that stays the space's own.
+template <FixedString Name>
+std::int32_t Number(REALobject self) {
+  return GuardedResult<std::int32_t>([self](std::int32_t& result) {
+    if (self != nullptr) result = Message<Name, NSInteger()>()(ClassData(self));
+  });
+}
+
+// ---- Shared factories ----
+
+// The frame of the guarded factories: `make` sets the result.
+template <typename Make>
+REALobject Factory(Make make) {
+  CocoaInit();
+  return GuardedResult<REALobject>(make);
+}
+
+// The host object for a space that the caller has just allocated, whose reference is given up; nil gives
+// null.
+void TakeAllocated(id space, REALobject& result, Holdings& holdings) {
+  Holdings::Item* const held =
+      holdings.Hold(space, [](Holdings::Item& item) { msg::release(static_cast<id>(item.handle)); });
+  result = NewNSColorSpaceQVX(space, holdings);
+  Holdings::Release(held);
+}
+
+// The URL of an existing item; null if the host or the platform can't tell.
+CFURLRef URLOfItem(REALfolderItem item) {
+  FSRef reference = {};
+  if (REALFSRefFromFolderItem(item, &reference, nullptr) == 0) return nullptr;
+  return CFURLCreateFromFSRef(nullptr, &reference);
+}
+
+// The URL of an item that may not exist yet: its parent folder's with the item's name, decomposed as file
+// names are. Null if any of it can't be had.
+CFURLRef URLThroughParent(REALfolderItem item, Holdings& holdings) {
+  HFSUniStr255 leafName = {};
+  FSRef reference = {};
+  if (REALFSRefFromFolderItem(item, &reference, &leafName) == 0) return nullptr;
+  const CFURLRef parent = CFURLCreateFromFSRef(nullptr, &reference);
+  if (parent == nullptr) return nullptr;
+  Holdings::Item* const heldParent = holdings.HoldReference(parent);
+
+  CFStringRef name = nullptr;
+  if (leafName.length != 0) name = CFStringCreateWithCharacters(nullptr, leafName.unicode, leafName.length);
+  if (name == nullptr) {
+    Holdings::Release(heldParent);
+    return nullptr;
+  }
+  Holdings::Item* heldName = holdings.HoldReference(name);
+  if (const CFMutableStringRef decomposed = CFStringCreateMutableCopy(nullptr, 0, name)) {
+    Holdings::Item* const heldDecomposed = holdings.HoldReference(decomposed);
+    CFStringNormalize(decomposed, kCFStringNormalizationFormD);
+    Holdings::Release(heldName);
+    heldName = heldDecomposed;
+    name = decomposed;
+  }
+  const CFURLRef url = CFURLCreateCopyAppendingPathComponent(nullptr, parent, name, 0);
+  Holdings::Item* const heldURL = holdings.HoldReference(url);
+  Holdings::Release(heldParent);
+  Holdings::Release(heldName);
+  Holdings::Forget(heldURL);
+  return url;
+}
+
+// The POSIX path of a folder item, autoreleased; nil if it can't be told.
+id PathOfItem(REALfolderItem item, Holdings& holdings) {
+  CFURLRef url = URLOfItem(item);
+  if (url == nullptr) url = URLThroughParent(item, holdings);
+  msg::autorelease(AsPlatformString(url));
+  if (url == nullptr) return nullptr;
+  const CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
+  return path != nullptr ? msg::autorelease(AsPlatformString(path)) : nullptr;
+}
+
+// Nothing that is not found raises: no item, no path, no file, no profile in it give null.
+REALobject ColorSpaceWithICCProfileFile(REALfolderItem file) {
+  return Factory([file](REALobject& result, Holdings& holdings) {
+    if (file == nullptr) return;
+    const id path = PathOfItem(file, holdings);
+    if (path == nullptr) return;
+    const id data = msg::dataWithContentsOfFile(PlatformClass<"NSData">(), path);
+    if (data == nullptr) return;
+    TakeAllocated(msg::initWithICCProfileData(msg::alloc(NSColorSpaceClass()), data), result, holdings);
+  });
+}
+
+REALobject ColorSpaceWithICCProfileData(REALmemoryBlock profile) {
+  return Factory([profile](REALobject& result, Holdings& holdings) {
+    const id data = NewNSData(profile, holdings);
+    if (data == nullptr) return;
+    TakeAllocated(msg::initWithICCProfileData(msg::alloc(NSColorSpaceClass()), data), result, holdings);
+  });
+}
+
+// The two factories from a handle; the message names its kind.
+template <const auto& initialize>
+REALobject FromNativeHandle(std::int32_t handle) {
+  return Factory([handle](REALobject& result, Holdings& holdings) {
+    if (handle == 0) return;
+    TakeAllocated(initialize(msg::alloc(NSColorSpaceClass()), FromHandle(handle)), result, holdings);
+  });
+}
+constexpr auto& ColorSpaceWithColorSyncProfile = FromNativeHandle<msg::initWithColorSyncProfile>;
+constexpr auto& ColorSpaceWithCGColorSpace = FromNativeHandle<msg::initWithCGColorSpace>;
+
+// The array is there before anything can fail, and is what the caller gets, as far as it is filled.
+REALarray availableColorSpacesWithModel(std::int32_t model) {
+  const REALarray result = REALCreateArray(REALArrayType::kObject, -1);
+  if (result == nullptr) return nullptr;
+  CocoaInit();
+  Guarded([model, result](Holdings& holdings) {
+    const id spaces = msg::availableColorSpacesWithModel(NSColorSpaceClass(), model);
+    if (spaces == nullptr) return;
+    const id enumerator = msg::objectEnumerator(spaces);
+    std::int32_t index = 0;
+    while (const id space = msg::nextObject(enumerator)) {
+      const REALobject object = NewNSColorSpaceQVX(space, holdings);
+      Holdings::Item* const held = holdings.Hold(
+          object, [](Holdings::Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
+      REALInsertArrayValueObject(result, index, object);
+      Holdings::Release(held);
+      ++index;
+    }
+  });
+  return result;
+}
+
+// A shared space of the platform. Deliberately without the guard, and the class is looked up on every call.
+template <FixedString Name>
+REALobject PredefinedSpace() {
+  CocoaInit();
+  const auto spaceClass = reinterpret_cast<id>(objc_getClass("NSColorSpace"));
+  if (spaceClass == nullptr) return nullptr;
+  return NewNSColorSpaceQVX(Message<Name, id()>()(spaceClass));
+}
+
+template <FixedString... Names>
+constexpr auto PredefinedSpaces() {
+  return Rows(Method(&PredefinedSpace<Names>, kJoined<Names, " as NSColorSpaceQVX">.text)...);
+}
+
+REALobject colorSpaceForColorSpaceName(REALstring name) {
+  return Factory([name](REALobject& result, Holdings& holdings) {
+    const id space = msg::colorSpaceForColorSpaceName(NSColorSpaceClass(), NewNSString(name, holdings));
+    result = NewNSColorSpaceQVX(space, holdings);
+  });
+}
+
+// ---- Tables ----
+
+constinit auto NSColorSpaceMethods = MakeTable<REALmethodDefinition>(
+    Method(&initWithICCProfileData, "Constructor(ICCProfileData as Memoryblock)"),
+    Method(&initWithColorSyncProfile, "initWithColorSyncProfile(ColorSyncProfileHandle as integer)"),
+    Method(&initWithCGColorSpace, "initWithCGColorSpace(CGColorSpaceHandle as integer)"),
+    Method(&ICCProfileData, "ICCProfileData as Memoryblock"),
+    Method(&Text<"localizedName">, "localizedName as string"),
+    Method(&Text<"colorSpaceName">, "colorSpaceName as string"),
+    Method(&Text<"description">, "description as string"),
+    Method(&Number<"colorSpaceModel">, "colorSpaceModel as integer"),
+    Method(&Number<"numberOfColorComponents">, "numberOfColorComponents as integer"),
+    Method(&Number<"colorSyncProfile">, "colorSyncProfileHandle as integer"),
+    Method(&Number<"CGColorSpace">, "CGColorSpaceHandle as integer"));
+static_assert(NSColorSpaceMethods.kCount == 11);
+
+constinit auto NSColorSpaceSharedMethods = MakeTable<REALmethodDefinition>(
+    Method(&ColorSpaceWithICCProfileFile,
+           "ColorSpaceWithICCProfileData(File as Folderitem) as NSColorSpaceQVX"),
+    Method(&ColorSpaceWithICCProfileData,
+           "ColorSpaceWithICCProfileData(ICCProfileData as Memoryblock) as NSColorSpaceQVX"),
+    Method(&ColorSpaceWithColorSyncProfile,
+           "ColorSpaceWithColorSyncProfile(ColorSyncProfileHandle as integer) as NSColorSpaceQVX"),
+    Method(&ColorSpaceWithCGColorSpace,
+           "ColorSpaceWithCGColorSpace(CGColorSpaceHandle as integer) as NSColorSpaceQVX"),
+    Method(&availableColorSpacesWithModel,
+           "availableColorSpacesWithModel(Model as integer) as NSColorSpaceQVX()"),
+    PredefinedSpaces<"genericRGBColorSpace", "genericGrayColorSpace", "genericCMYKColorSpace",
+                     "deviceRGBColorSpace", "deviceGrayColorSpace", "deviceCMYKColorSpace", "sRGBColorSpace",
+                     "adobeRGB1998ColorSpace", "genericGamma22GrayColorSpace">(),
+    Method(&colorSpaceForColorSpaceName, "colorSpaceForColorSpaceName(name as string) as NSColorSpaceQVX"));
+static_assert(NSColorSpaceSharedMethods.kCount == 15);
+
+// The two ways of writing "=" are deliberate: the host is shown the texts as they are.
+constinit REALconstant NSColorSpaceConstants[] = {
+    Constant("NSUnknownColorSpaceModel=-1"),
+    Constant("NSGrayColorSpaceModel=0"),
+    Constant("NSRGBColorSpaceModel=1"),
+    Constant("NSCMYKColorSpaceModel=2"),
+    Constant("NSLABColorSpaceModel=3"),
+    Constant("NSDeviceNColorSpaceModel=4"),
+    Constant("NSIndexedColorSpaceModel=5"),
+    Constant("NSPatternColorSpaceModel=6"),
+    Constant(R"(NSCalibratedWhiteColorSpace = "NSCalibratedWhiteColorSpace")"),
+    Constant(R"(NSCalibratedBlackColorSpace = "NSCalibratedBlackColorSpace")"),
+    Constant(R"(NSCalibratedRGBColorSpace = "NSCalibratedRGBColorSpace")"),
+    Constant(R"(NSDeviceWhiteColorSpace = "NSDeviceWhiteColorSpace")"),
+    Constant(R"(NSDeviceBlackColorSpace = "NSDeviceBlackColorSpace")"),
+    Constant(R"(NSDeviceRGBColorSpace = "NSDeviceRGBColorSpace")"),
+    Constant(R"(NSDeviceCMYKColorSpace = "NSDeviceCMYKColorSpace")"),
+    Constant(R"(NSNamedColorSpace = "NSNamedColorSpace")"),
+    Constant(R"(NSPatternColorSpace = "NSPatternColorSpace")"),
+    Constant(R"(NSCustomColorSpace = "NSCustomColorSpace")"),
+};
+static_assert(std::size(NSColorSpaceConstants) == 18);
+
+}  // namespace
+
+constinit REALclassDefinition NSColorSpaceDefinition = {
+    .version = kCurrentLayout,
+    .name = "NSColorSpaceQVX",
+    .dataSize = sizeof(id),
+    .constructor = &Constructor,
+    .destructor = &Destructor,
+    .methods = NSColorSpaceMethods.records,
+    .methodCount = NSColorSpaceMethods.kCount,
+    .constants = NSColorSpaceConstants,
+    .constantCount = std::size(NSColorSpaceConstants),
+    .flags = kClassFlags,
+    .sharedMethods = NSColorSpaceSharedMethods.records,
+    .sharedMethodCount = NSColorSpaceSharedMethods.kCount,
+};
+
+}  // namespace qvx

@@ -1,0 +1,44 @@
+// plugin/entry.cpp - the bundle's one exported function.
+#include "classes/classes.h"
+#include "host/services.h"
+#include "plugin/registration.h"
+
+namespace qvx {
+
+namespace {
+
+// The newest layout that a host of this version understands. A NaN counts as the oldest.
+std::int32_t LayoutVersionFor(double hostVersion) {
+  if (hostVersion >= 2013.04) return 13;
+  if (hostVersion >= 2013.03) return 12;
+  if (hostVersion >= 2013.0) return 11;
+  if (hostVersion >= 2012.0) return 10;
+  return 9;
+}
+
+void Enter(REALresolver resolver) {
+  gResolver = resolver;
+  // These two are asked for once and not kept.
+  using GetVersion = long double (*)();
+  if (const auto getVersion = reinterpret_cast<GetVersion>(AskResolver("REALGetRBVersion"))) {
+    rbversion = static_cast<double>(getVersion());
+  }
+  CurrentREALControlVersion = LayoutVersionFor(rbversion);
+  using RegisterVersion = std::int32_t (*)(std::int32_t);
+  if (const auto registerVersion = reinterpret_cast<RegisterVersion>(AskResolver("RegisterPluginVersion"))) {
+    registerVersion(CurrentREALControlVersion);
+  }
+  MyREALRegisterClass(&NSColorDefinition);
+  MyREALRegisterClass(&NSColorListDefinition);
+  MyREALRegisterClass(&NSColorSpaceDefinition);
+}
+
+}  // namespace
+
+}  // namespace qvx
+
+// Called once by the host, on its main thread, before anything else in the bundle. `resolver` answers a host
+// service's function by name, or null, for as long as the process lives.
+extern "C" [[gnu::visibility("default")]] void REALPluginMain(qvx::REALresolver resolver) {
+  qvx::Enter(resolver);
+}
