@@ -28,7 +28,7 @@ bool FloatingPointStackIsEmpty() {
   return (environment[2] & 0xFFFFU) == 0xFFFFU;
 }
 
-void Start(double version) {
+void Start(long double version) {
   TheHost().version = version;
   Call(&REALPluginMain, &Host::Resolve);
   Log().Clear();

@@ -82,6 +82,6 @@ Result GetProperty(std::string_view className, std::string_view name, Self&& sel
 bool FloatingPointStackIsEmpty();
 
 // Calls REALPluginMain as a host of that version, and forgets the events of the start.
-void Start(double version);
+void Start(long double version);
 
 }  // namespace scripted

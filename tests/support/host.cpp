@@ -102,7 +102,7 @@ HostString& Host::MakeString(std::string_view bytes, std::uint32_t encoding) {
   string->bytes = bytes;
   string->encoding = encoding;
   string->storage = "\x7F" + string->bytes + std::string(4, '\0');
-  if (version < 2012.0) {
+  if (version < 2012.0L) {
     string->record = {0xBADBAD00U, string->storage.c_str(), 0xBADBAD02U,
                       static_cast<std::int32_t>(bytes.size())};
   } else {

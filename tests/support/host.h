@@ -92,7 +92,7 @@ struct RaisedException {
 
 class Host {
  public:
-  double version = 2015.0;
+  long double version = 2015.0L;
   std::set<std::string, std::less<>> missing;         // services that the resolver does not know
   std::set<std::string, std::less<>> missingClasses;  // classes that "PluginNewInstance" does not know
   std::map<std::string, std::function<void()>, std::less<>>

@@ -44,7 +44,7 @@ std::string BytesOf(const void* bytes, std::int32_t length) {
 long double GetRBVersion() {
   const Outside outside;
   Note("REALGetRBVersion", {});
-  return static_cast<long double>(TheHost().version);
+  return TheHost().version;
 }
 
 std::int32_t RegisterPluginVersion(std::int32_t version) {
