@@ -8,5 +8,7 @@ namespace scripted {
 
 // Blocks that the bundle allocated and that nobody has freed.
 int LiveBundleBlocks();
+// Counts afresh: the shrunk tables of an old host live as long as the process.
+void ForgetBundleBlocks();
 
 }  // namespace scripted
