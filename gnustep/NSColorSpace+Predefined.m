@@ -3,7 +3,6 @@
 #include <stdlib.h>
 
 #import "ColourSpaces.h"
-#import "MethodReplacement.h"
 
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;

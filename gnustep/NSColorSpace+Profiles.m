@@ -1,7 +1,7 @@
 // gnustep/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out again.
 #import "ColourSpaces.h"
 #import "ExportedHandles.h"
-#import "MethodReplacement.h"
+#import "StockMethods.h"
 
 @implementation NSColorSpace (QVXFromProfiles)
 
@@ -74,26 +74,15 @@
   return (CGColorSpaceRef)self;
 }
 
-@end
-
-@interface QVXColorSpaceCorrections : NSObject
-@end
-
-static QVXMethod stockDealloc;
-
-@implementation NSColorSpace (QVXDealloc)
-// GNUstep's own dealloc, which runs after this, frees the data and knows nothing of the profile.
-- (void)qvx_dealloc {
+// GNUstep's own, which runs after this, frees the data and knows nothing of the profile.
+- (void)dealloc {
+  static QVXMethod stock;
   QVXForgetHandle(self);
   QVXProfileRelease(_colorSyncProfile);
   _colorSyncProfile = NULL;
-  ((void (*)(id, SEL))stockDealloc)(self, @selector(dealloc));
+  ((void (*)(id, SEL))QVXStockMethod("NSColorSpace", _cmd, &stock))(self, _cmd);
+  return;
+  [super dealloc];  // never reached: GNUstep's own does it
 }
-@end
 
-@implementation QVXColorSpaceCorrections
-+ (void)load {
-  Method own = class_getInstanceMethod(objc_getClass("NSColorSpace"), @selector(qvx_dealloc));
-  stockDealloc = QVXReplaceMethod("NSColorSpace", @selector(dealloc), (QVXMethod)method_getImplementation(own));
-}
 @end

@@ -41,6 +41,9 @@ NSString* SystemColours(void);
 NSData* ProfileNamed(NSString* fileName);  // of the installed free profiles
 NSColor* Pattern(void);
 
+// A colour that is archived as one of a kind that no reader knows.
+NSColor* Unheard(void);
+
 // Runs the function in a child process, so that this one has not touched a colour yet.
 void InChild(void (*function)(void));
 #else

@@ -60,6 +60,20 @@ NSColor* Pattern(void) {
   return [NSColor colorWithPatternImage:image];
 }
 
+@interface UnheardColor : NSColor
+@end
+
+@implementation UnheardColor
+- (Class)classForCoder {
+  return [NSColor class];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+  [coder encodeObject:@"UnheardOfColorSpace"];
+}
+@end
+
+NSColor* Unheard(void) { return [[UnheardColor new] autorelease]; }
+
 void InChild(void (*function)(void)) {
   pid_t child = fork();
   if (child == 0) {

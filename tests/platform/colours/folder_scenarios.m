@@ -32,12 +32,8 @@ static void WritePoison(void) {
 static void WriteUnreadable(void) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Unreadable"] autorelease];
-  [list setColor:[NSColor colorWithDeviceWhite:0 alpha:1] forKey:@"white"];
+  [list setColor:Unheard() forKey:@"unheard"];
   [list writeToFile:InScratch(@"Unreadable.clr")];
-  NSMutableData* data = [NSMutableData dataWithContentsOfFile:InScratch(@"Unreadable.clr")];
-  NSData* name = [@"NSDeviceWhiteColorSpace" dataUsingEncoding:NSASCIIStringEncoding];
-  [data replaceBytesInRange:[data rangeOfData:name options:0 range:NSMakeRange(0, [data length])] withBytes:"NSUnheardOfKindOfSpaceX"];
-  [data writeToFile:InScratch(@"Unreadable.clr") atomically:NO];
   [pool release];
 }
 

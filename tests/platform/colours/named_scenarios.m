@@ -140,8 +140,8 @@ static NSString* DefaultOverrides(void) {
 }
 
 static NSString* SystemListRefuses(void) {
-  NSColorList* system = [NSColorList colorListNamed:@"System"];
   NSColor* red = [NSColor redColor];
+  NSColorList* system = [NSColorList colorListNamed:@"System"];
   return Joined([NSArray arrayWithObjects:YesNo([system isEditable]), RAISED([system setColor:red forKey:@"controlColor"]),
                                           RAISED([system insertColor:red key:@"new" atIndex:0]),
                                           RAISED([system removeColorWithKey:@"gridColor"]), nil]);
@@ -154,6 +154,7 @@ static NSString* OwnListNamedSystem(void) {
 }
 
 static NSString* SystemListKeys(void) {
+  [NSColor redColor];
   return [NSString stringWithFormat:@"%u", (unsigned)[[[NSColorList colorListNamed:@"System"] allKeys] count]];
 }
 
