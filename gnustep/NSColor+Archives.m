@@ -1,20 +1,21 @@
 // gnustep/NSColor+Archives.m - reading colours back from archives.
 //
-// Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns. A keyed
-// archive that holds an exact colour gives that. What can't be read gives nil.
+// Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns.
+// A keyed archive that holds an exact colour gives that. What can't be read gives nil.
 #import "ExactColours.h"
 #import "GNUstepColours.h"
 #import "StockMethods.h"
 
-enum { kKeyedCMYK = 5 };      // GNUstep's number, under the key NSColorSpace
-enum { kNameVersion = 3 };    // from this version on, an unkeyed colour starts with its colour-space name
+enum { kKeyedCMYK = 5 };    // GNUstep's number, under the key NSColorSpace
+enum { kNameVersion = 3 };  // from this version on, an unkeyed colour starts with its colour-space name
 
 // From the numbers "c m y k" or "c m y k a", as GNUstep writes them; nil if there are none.
 static NSColor* KeyedCMYK(NSCoder* coder) {
   NSUInteger size = 0;
   const uint8_t* bytes = [coder decodeBytesForKey:@"NSCYMK" returnedLength:&size];
   if (!bytes) return nil;
-  NSString* text = [[[NSString alloc] initWithBytes:bytes length:size encoding:NSISOLatin1StringEncoding] autorelease];
+  NSString* text = [[[NSString alloc] initWithBytes:bytes length:size
+                                           encoding:NSISOLatin1StringEncoding] autorelease];
   NSScanner* scanner = [NSScanner scannerWithString:text];
   float c[5] = {0, 0, 0, 0, 1};
   unsigned found = 0;

@@ -1,7 +1,7 @@
 // gnustep/NSColor+Components.m - what a colour answers when it is asked for a component of another kind.
 //
-// GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods that every
-// kind of colour inherits where it has no such component.
+// GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods
+// that every kind of colour inherits where it has no such component.
 #import "ColourConversion.h"
 
 void QVXRefuseComponent(NSColor* color, SEL selector) {

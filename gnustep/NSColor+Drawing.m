@@ -1,6 +1,7 @@
 // gnustep/NSColor+Drawing.m - drawing with a colour in a process that draws nowhere.
 //
-// GNUstep follows a null pointer there; with no graphics context there is nothing to set, and nothing happens.
+// GNUstep follows a null pointer there; with no graphics context there is nothing to set, and nothing
+// happens.
 #import "GNUstepColours.h"
 #import "StockMethods.h"
 

@@ -6,7 +6,8 @@
 static NSString* const kSystemCatalogue = @"System";
 static NSString* const kUnderPage = @"underPageBackgroundColor";
 
-// What the lists hold for the name now; nil if nothing. GNUstep's list "System" lacks one of the platform's colours.
+// What the lists hold for the name now; nil if nothing. GNUstep's list "System" lacks one of the platform's
+// colours.
 static NSColor* ListedColour(NSString* catalogue, NSString* name) {
   NSColor* color = [[NSColorList colorListNamed:catalogue] colorWithKey:name];
   if (!color && [catalogue isEqual:kSystemCatalogue] && [name isEqual:kUnderPage])
@@ -43,7 +44,8 @@ NSColor* QVXConcreteColour(NSColor* color) {
 - (id)initWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
   static QVXMethod stock;
   if (catalogue && name)
-    return ((id(*)(id, SEL, id, id))QVXStockMethod("GSNamedColor", _cmd, &stock))(self, _cmd, catalogue, name);
+    return ((id(*)(id, SEL, id, id))QVXStockMethod("GSNamedColor", _cmd, &stock))(self, _cmd, catalogue,
+                                                                                  name);
   [self release];
   return nil;
 }

@@ -1,10 +1,10 @@
 // gnustep/NSColorList+Available.m - the lists that a program finds by name, and the one that it may not edit.
 //
-// GNUstep fills its table of lists while it initialises NSColor, with its lock held, and puts what it reads into an
-// array: one file that can't be read there would take down every program of the user. So a file that is no list gives
-// an empty one while the table is filled, and this file keeps it from being seen.
-#import "ColourLists.h"
+// GNUstep fills its table of lists while it initialises NSColor, with its lock held, and puts what it reads
+// into an array: one file that can't be read there would take down every program of the user. So a file that
+// is no list gives an empty one while the table is filled, and this file keeps it from being seen.
 #include <pthread.h>
+#import "ColourLists.h"
 
 #import "StockMethods.h"
 
@@ -54,8 +54,8 @@ BOOL QVXIsSystemList(NSColorList* list) {
   return [[NSColorList availableColorLists] indexOfObjectIdenticalTo:list] != NSNotFound;
 }
 
-// GNUstep's lists without the hidden ones, and with those that were written since. A list that was written takes the
-// place of one that GNUstep read from the same file.
+// GNUstep's lists without the hidden ones, and with those that were written since. A list that was written
+// takes the place of one that GNUstep read from the same file.
 static NSArray* Visible(NSArray* stock) {
   NSMutableArray* lists = [NSMutableArray array];
   pthread_mutex_lock(&tableLock);

@@ -5,8 +5,8 @@
 
 @implementation NSColorSpace (QVXFromProfiles)
 
-// The predefined spaces that are known by what their profile says. Generic CMYK is not among them: a space made
-// from the profile that it happens to carry is equal to it, but keeps the profile's own name.
+// The predefined spaces that are known by what their profile says. Generic CMYK is not among them: a space
+// made from the profile that it happens to carry is equal to it, but keeps the profile's own name.
 - (NSColorSpace*)qvx_predefinedSpaceOf:(QVXProfile*)profile {
   static const struct {
     QVXSpaceKind kind;
@@ -56,7 +56,8 @@
   size_t size = 0;
   const void* bytes = QVXProfileBytes(profile, &size);
   NSData* made = [[NSData alloc] initWithBytes:bytes length:size];
-  if (__atomic_compare_exchange_n(&_iccData, &data, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
+  if (__atomic_compare_exchange_n(&_iccData, &data, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    return made;
   [made release];
   return data;
 }

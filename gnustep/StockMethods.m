@@ -18,10 +18,11 @@ static QVXMethod Find(Class class, const char* className, char kind, SEL selecto
   }
   free(methods);
   if (found < 2) {
-    fprintf(stderr,
-            "libcocoa: wanted the method %c[%s %s] of GNUstep gui 0.29, found none; install the GNUstep version "
-            "that this library was built with\n",
-            kind, className, sel_getName(selector));
+    fprintf(
+        stderr,
+        "libcocoa: wanted the method %c[%s %s] of GNUstep gui 0.29, found none; install the GNUstep version "
+        "that this library was built with\n",
+        kind, className, sel_getName(selector));
     abort();
   }
   known = (QVXMethod)method_getImplementation(oldest);
@@ -35,5 +36,5 @@ QVXMethod QVXStockMethod(const char* className, SEL selector, QVXMethod* kept) {
 
 QVXMethod QVXStockClassMethod(const char* className, SEL selector, QVXMethod* kept) {
   Class class = objc_getClass(className);
-  return Find(class ? object_getClass((id)class) : Nil, className, '+', selector, kept);
+  return Find(class ? object_getClass((id) class) : Nil, className, '+', selector, kept);
 }

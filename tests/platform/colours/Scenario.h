@@ -1,7 +1,9 @@
-// tests/platform/colours/Scenario.h - a behaviour of the colour classes, and what it is with and without libcocoa.
+// tests/platform/colours/Scenario.h - a behaviour of the colour classes, and what it is with and without
+// libcocoa.
 //
-// A scenario is run in a process of its own, in a program linked with GNUstep alone and in one linked with this
-// project's library too. It answers with a text; the programs add what a scenario can't say itself: that it raised.
+// A scenario is run in a process of its own, in a program linked with GNUstep alone and in one linked with
+// this project's library too. It answers with a text; the programs add what a scenario can't say itself: that
+// it raised.
 #pragma once
 
 #include <stddef.h>
@@ -20,15 +22,15 @@ NSString* YesNo(BOOL value);
 NSString* Shown(NSColor* color);
 
 // What the block of code raises: the exception's name, or "nothing".
-#define RAISED(code)                                   \
-  ({                                                   \
-    NSString* raised = @"nothing";                     \
-    @try {                                             \
-      code;                                            \
-    } @catch (NSException * exception) {               \
-      raised = [exception name];                       \
-    }                                                  \
-    raised;                                            \
+#define RAISED(code)                     \
+  ({                                     \
+    NSString* raised = @"nothing";       \
+    @try {                               \
+      code;                              \
+    } @catch (NSException * exception) { \
+      raised = [exception name];         \
+    }                                    \
+    raised;                              \
   })
 
 // A path in the scenario's own folder, which is empty at first.
@@ -52,7 +54,7 @@ typedef void* (*ScenarioFunction)(void);
 
 typedef struct {
   const char* name;   // a sentence
-  const char* plain;  // the answer of GNUstep alone
+  const char* plain;  // the answer of GNUstep alone; "" where that is not the same from run to run
   const char* here;   // the answer with libcocoa
   ScenarioFunction run;
 } Scenario;

@@ -15,7 +15,8 @@ NSString* Shown(NSColor* color) {
   NSMutableString* text = [NSMutableString string];
   CGFloat components[32];
   [color getComponents:components];
-  for (NSInteger i = 0; i < [color numberOfComponents]; i++) [text appendFormat:@"%.3f ", (double)components[i]];
+  for (NSInteger i = 0; i < [color numberOfComponents]; i++)
+    [text appendFormat:@"%.3f ", (double)components[i]];
   NSString* kind = [[color colorSpaceName] stringByReplacingOccurrencesOfString:@"ColorSpace" withString:@""];
   [text appendString:[kind hasPrefix:@"NS"] ? [kind substringFromIndex:2] : kind];
   if ([kind isEqual:@"NSCustom"]) [text appendFormat:@" %@", [[color colorSpace] localizedName]];
@@ -25,14 +26,19 @@ NSString* Shown(NSColor* color) {
 static NSString* Environment(const char* name) {
   const char* value = getenv(name);
   if (!value) {
-    fprintf(stderr, "scenario: wanted %s in the environment, found nothing; run me through colour_behaviour_test\n", name);
+    fprintf(stderr,
+            "scenario: wanted %s in the environment, found nothing; run me through colour_behaviour_test\n",
+            name);
     exit(2);
   }
   return [NSString stringWithUTF8String:value];
 }
 
 static NSString* Made(NSString* folder) {
-  [[NSFileManager defaultManager] createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:NULL];
+  [[NSFileManager defaultManager] createDirectoryAtPath:folder
+                            withIntermediateDirectories:YES
+                                             attributes:nil
+                                                  error:NULL];
   return folder;
 }
 
@@ -50,8 +56,10 @@ NSString* SystemColours(void) {
 }
 
 NSData* ProfileNamed(NSString* fileName) {
-  NSData* data = [NSData dataWithContentsOfFile:[Environment("QVX_ICC_FOLDER") stringByAppendingPathComponent:fileName]];
-  if (!data) [NSException raise:@"NoSuchProfile" format:@"wanted the profile %@ below QVX_ICC_FOLDER", fileName];
+  NSData* data =
+      [NSData dataWithContentsOfFile:[Environment("QVX_ICC_FOLDER") stringByAppendingPathComponent:fileName]];
+  if (!data)
+    [NSException raise:@"NoSuchProfile" format:@"wanted the profile %@ below QVX_ICC_FOLDER", fileName];
   return data;
 }
 
@@ -86,14 +94,14 @@ void InChild(void (*function)(void)) {
   }
   int status = 1;
   waitpid(child, &status, 0);
-  if (status != 0) [NSException raise:@"ChildFailed" format:@"the child process ended with status %d", status];
+  if (status != 0)
+    [NSException raise:@"ChildFailed" format:@"the child process ended with status %d", status];
 }
 
 static const Scenario* Find(const char* wanted) {
-  static const Scenario* const tables[] = {spaceScenarios,      profileScenarios,  conversionScenarios,
-                                           colourScenarios,     namedScenarios,    archiveScenarios,
-                                           pasteboardScenarios, listScenarios,     listFileScenarios,
-                                           folderScenarios};
+  static const Scenario* const tables[] = {
+      spaceScenarios,   profileScenarios,    conversionScenarios, colourScenarios,   namedScenarios,
+      archiveScenarios, pasteboardScenarios, listScenarios,       listFileScenarios, folderScenarios};
   for (size_t i = 0; i < sizeof tables / sizeof *tables; i++)
     for (const Scenario* each = tables[i]; each->name; each++) {
       if (!wanted)
@@ -104,12 +112,15 @@ static const Scenario* Find(const char* wanted) {
   return NULL;
 }
 
-// Without an argument: every scenario's name and its two expected answers, a line each. With a name: its answer.
+// Without an argument: every scenario's name and its two expected answers, a line each. With a name: its
+// answer.
 int main(int argc, char** argv) {
   const Scenario* scenario = Find(argc > 1 ? argv[1] : NULL);
   if (argc < 2) return 0;
   if (!scenario) {
-    fprintf(stderr, "scenario: wanted a scenario's name, found \"%s\"; start me without arguments for a list\n", argv[1]);
+    fprintf(stderr,
+            "scenario: wanted a scenario's name, found \"%s\"; start me without arguments for a list\n",
+            argv[1]);
     return 2;
   }
   NSAutoreleasePool* pool = [NSAutoreleasePool new];

@@ -37,7 +37,9 @@ static void WriteUnreadable(void) {
   [pool release];
 }
 
-static void PutFromScratch(NSString* folder, NSString* name) { Put(folder, name, [NSData dataWithContentsOfFile:InScratch(name)]); }
+static void PutFromScratch(NSString* folder, NSString* name) {
+  Put(folder, name, [NSData dataWithContentsOfFile:InScratch(name)]);
+}
 
 static NSString* Found(void) {
   InChild(WriteGood);
@@ -63,10 +65,14 @@ static NSString* JunkInFolder(void) {
   Put(UserColours(), @"Junk.clr", [@"GNUstep archive of nothing" dataUsingEncoding:NSASCIIStringEncoding]);
   Put(UserColours(), @"Empty.clr", [NSData data]);
   Put(UserColours(), @"Prose.clr", [@"Dear reader,\n" dataUsingEncoding:NSASCIIStringEncoding]);
-  [[NSFileManager defaultManager] createDirectoryAtPath:[UserColours() stringByAppendingPathComponent:@"Folder.clr"] attributes:nil];
+  [[NSFileManager defaultManager]
+      createDirectoryAtPath:[UserColours() stringByAppendingPathComponent:@"Folder.clr"]
+                 attributes:nil];
   NSString* color = Shown([[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
-  return [NSString stringWithFormat:@"%@, %@", [color isEqual:@"nil"] ? @"no system colours" : @"system colours",
-                                    Joined([[Names() componentsSeparatedByString:@", "] sortedArrayUsingSelector:@selector(compare:)])];
+  return
+      [NSString stringWithFormat:@"%@, %@", [color isEqual:@"nil"] ? @"no system colours" : @"system colours",
+                                 Joined([[Names() componentsSeparatedByString:@", "]
+                                     sortedArrayUsingSelector:@selector(compare:)])];
 }
 
 static NSString* PoisonInFolder(void) {
@@ -112,7 +118,8 @@ static NSString* PoisonHoldsNoLock(void) {
 static NSString* UnreadableOnRequest(void) {
   InChild(WriteUnreadable);
   [NSColor redColor];
-  NSColorList* list = [[[NSColorList alloc] initWithName:@"x" fromFile:InScratch(@"Unreadable.clr")] autorelease];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"x"
+                                                fromFile:InScratch(@"Unreadable.clr")] autorelease];
   return list ? @"a list" : @"nil";
 }
 
@@ -121,7 +128,8 @@ static NSString* WrittenIsAvailable(void) {
   [list setColor:[NSColor redColor] forKey:@"red"];
   BOOL before = [NSColorList colorListNamed:@"Mine"] != nil;
   [list writeToFile:nil];
-  return Joined([NSArray arrayWithObjects:YesNo(before), YesNo([NSColorList colorListNamed:@"Mine"] == list), Names(), nil]);
+  return Joined([NSArray
+      arrayWithObjects:YesNo(before), YesNo([NSColorList colorListNamed:@"Mine"] == list), Names(), nil]);
 }
 
 static NSString* WrittenTwiceIsOnce(void) {
@@ -141,16 +149,25 @@ static NSString* NewerTakesPlace(void) {
 }
 
 const Scenario folderScenarios[] = {
-    {"a list in the user's folder is found by name", "?", "?", Found},
-    {"a list in the system's folder is found", "?", "?", FoundInSystem},
-    {"no list has an unknown name, or none", "?", "?", UnknownName},
-    {"junk in a colour folder is passed over", "?", "?", JunkInFolder},
-    {"a list with a pattern in a colour folder takes no program down", "?", "?", PoisonInFolder},
-    {"a list that nobody can read in a colour folder takes no program down", "?", "?", UnreadableInFolder},
-    {"a list that nobody can read leaves no lock held", "?", "?", PoisonHoldsNoLock},
-    {"a list that nobody can read is no list", "?", "?", UnreadableOnRequest},
-    {"a list written to the user's folder is available", "?", "?", WrittenIsAvailable},
-    {"a list written twice is available once", "?", "?", WrittenTwiceIsOnce},
-    {"a list written over another takes its place", "?", "?", NewerTakesPlace},
+    {"a list in the user's folder is found by name",
+     "System, Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB",
+     "Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB", Found},
+    {"a list in the system's folder is found", "Good, System", "Good, System", FoundInSystem},
+    {"no list has an unknown name, or none", "nil, nil", "nil, nil", UnknownName},
+    {"junk in a colour folder is passed over", "system colours, Empty, Folder, Good, Junk, Prose, System",
+     "system colours, Good, System", JunkInFolder},
+    {"a list with a pattern in a colour folder takes no program down", "NSInvalidArgumentException, ",
+     "nothing, Poison, System", PoisonInFolder},
+    {"a list that nobody can read in a colour folder takes no program down", "NSInvalidArgumentException, ",
+     "nothing, System", UnreadableInFolder},
+    {"a list that nobody can read leaves no lock held", "another thread hangs", "another thread goes on",
+     PoisonHoldsNoLock},
+    {"a list that nobody can read is no list", "raises NSInvalidArgumentException", "nil",
+     UnreadableOnRequest},
+    {"a list written to the user's folder is available", "no, yes, System, Mine", "no, yes, System, Mine",
+     WrittenIsAvailable},
+    {"a list written twice is available once", "Mine, System", "System, Mine", WrittenTwiceIsOnce},
+    {"a list written over another takes its place", "Good, System, Good, no", "System, Good, yes",
+     NewerTakesPlace},
     {NULL, NULL, NULL, NULL},
 };

@@ -11,7 +11,8 @@ static NSColorList* ABC(void) {
 
 static NSString* Keys(NSColorList* list) {
   NSMutableArray* shown = [NSMutableArray array];
-  for (NSString* key in [list allKeys]) [shown addObject:[list colorWithKey:key] ? key : [key stringByAppendingString:@"(lost)"]];
+  for (NSString* key in [list allKeys])
+    [shown addObject:[list colorWithKey:key] ? key : [key stringByAppendingString:@"(lost)"]];
   return [shown componentsJoinedByString:@""];
 }
 
@@ -44,7 +45,8 @@ static NSString* Removed(void) {
 static NSString* RangeNewKey(void) {
   NSColorList* list = ABC();
   NSString* raised = RAISED([list insertColor:[NSColor whiteColor] key:@"x" atIndex:4]);
-  return [NSString stringWithFormat:@"%@, %@, x %@", raised, Keys(list), [list colorWithKey:@"x"] ? @"is in" : @"is not in"];
+  return [NSString stringWithFormat:@"%@, %@, x %@", raised, Keys(list),
+                                    [list colorWithKey:@"x"] ? @"is in" : @"is not in"];
 }
 
 static NSString* RangeOldKey(void) {
@@ -56,18 +58,22 @@ static NSString* RangeOldKey(void) {
 static NSString* RangeNegative(void) {
   NSColorList* list = ABC();
   NSString* raised = RAISED([list insertColor:[NSColor whiteColor] key:@"x" atIndex:(unsigned)-1]);
-  return [NSString stringWithFormat:@"%@, %@, x %@", raised, Keys(list), [list colorWithKey:@"x"] ? @"is in" : @"is not in"];
+  return [NSString stringWithFormat:@"%@, %@, x %@", raised, Keys(list),
+                                    [list colorWithKey:@"x"] ? @"is in" : @"is not in"];
 }
 
 static NSString* NilArguments(void) {
   NSColorList* list = ABC();
-  return Joined([NSArray arrayWithObjects:RAISED([list setColor:nil forKey:@"x"]), RAISED([list setColor:[NSColor redColor] forKey:nil]),
-                                          RAISED([list insertColor:nil key:@"x" atIndex:0]), RAISED([list removeColorWithKey:nil]), Keys(list), nil]);
+  return Joined([NSArray arrayWithObjects:RAISED([list setColor:nil forKey:@"x"]),
+                                          RAISED([list setColor:[NSColor redColor] forKey:nil]),
+                                          RAISED([list insertColor:nil key:@"x" atIndex:0]),
+                                          RAISED([list removeColorWithKey:nil]), Keys(list), nil]);
 }
 
 static NSString* NoColour(void) {
   NSColorList* list = ABC();
-  return Joined([NSArray arrayWithObjects:RAISED([list setColor:(NSColor*)@"a string" forKey:@"x"]), Keys(list), nil]);
+  return Joined(
+      [NSArray arrayWithObjects:RAISED([list setColor:(NSColor*)@"a string" forKey:@"x"]), Keys(list), nil]);
 }
 
 static NSString* MutableKey(void) {
@@ -103,7 +109,10 @@ static NSString* UnknownKey(void) { return Shown([ABC() colorWithKey:@"x"]); }
 static NSString* NotifiedAtOnce(void) {
   NSColorList* list = ABC();
   Listener* listener = [[Listener new] autorelease];
-  [[NSNotificationCenter defaultCenter] addObserver:listener selector:@selector(hear:) name:NSColorListDidChangeNotification object:list];
+  [[NSNotificationCenter defaultCenter] addObserver:listener
+                                           selector:@selector(hear:)
+                                               name:NSColorListDidChangeNotification
+                                             object:list];
   [list setColor:[NSColor redColor] forKey:@"d"];
   [list insertColor:[NSColor redColor] key:@"e" atIndex:0];
   [list removeColorWithKey:@"a"];
@@ -120,25 +129,36 @@ static NSString* NotRetainedByEdits(void) {
 }
 
 static NSString* CodedListRefuses(void) {
-  NSColorList* list = [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:ABC()]];
-  return Joined([NSArray arrayWithObjects:Keys(list), YesNo([list isEditable]), RAISED([list removeColorWithKey:@"nothing"]), nil]);
+  NSColorList* list =
+      [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:ABC()]];
+  return Joined([NSArray arrayWithObjects:Keys(list), YesNo([list isEditable]),
+                                          RAISED([list removeColorWithKey:@"nothing"]), nil]);
 }
 
 const Scenario listScenarios[] = {
-    {"a colour is added last, or replaced in its place", "?", "?", AddedAndReplaced},
-    {"a colour is inserted up to the end", "?", "?", Inserted},
-    {"an inserted key leaves its old place first", "?", "?", Moved},
-    {"a removed colour is gone, a missing one is no error", "?", "?", Removed},
-    {"an index beyond the end changes nothing", "?", "?", RangeNewKey},
-    {"an index beyond the end for a key that is in changes nothing", "?", "?", RangeOldKey},
-    {"a negative index changes nothing", "?", "?", RangeNegative},
-    {"a missing colour or key changes nothing", "?", "?", NilArguments},
-    {"only colours can be members", "?", "?", NoColour},
-    {"a list keeps its own copy of a key", "?", "?", MutableKey},
-    {"a list keeps its own copy of its name", "?", "?", MutableName},
-    {"a key that is not in has no colour", "?", "?", UnknownKey},
-    {"each change is told at once", "?", "?", NotifiedAtOnce},
-    {"an edit does not keep a list alive", "?", "?", NotRetainedByEdits},
-    {"a list from a coder can't be edited", "?", "?", CodedListRefuses},
+    {"a colour is added last, or replaced in its place", "abc, 1.000 1.000 CalibratedWhite",
+     "abc, 1.000 1.000 CalibratedWhite", AddedAndReplaced},
+    {"a colour is inserted up to the end", "axbcy", "axbcy", Inserted},
+    {"an inserted key leaves its old place first", "bca", "bca", Moved},
+    {"a removed colour is gone, a missing one is no error", "ac", "ac", Removed},
+    {"an index beyond the end changes nothing", "NSRangeException, abc, x is in",
+     "NSRangeException, abc, x is not in", RangeNewKey},
+    {"an index beyond the end for a key that is in changes nothing",
+     "NSRangeException, bc, 1.000 1.000 CalibratedWhite",
+     "NSRangeException, abc, 1.000 0.000 0.000 1.000 CalibratedRGB", RangeOldKey},
+    {"a negative index changes nothing", "NSRangeException, abc, x is in",
+     "NSRangeException, abc, x is not in", RangeNegative},
+    {"a missing colour or key changes nothing",
+     "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing, abc",
+     "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing, abc",
+     NilArguments},
+    {"only colours can be members", "nothing, abc", "NSInvalidArgumentException, abc", NoColour},
+    {"a list keeps its own copy of a key", "abcd!(lost)", "abcd", MutableKey},
+    {"a list keeps its own copy of its name", "Name!", "Name", MutableName},
+    {"a key that is not in has no colour", "nil", "nil", UnknownKey},
+    {"each change is told at once", "0", "3", NotifiedAtOnce},
+    {"an edit does not keep a list alive", "2 reference", "1 reference", NotRetainedByEdits},
+    {"a list from a coder can't be edited", "abc, no, NSColorListNotEditableException",
+     "abc, no, NSColorListNotEditableException", CodedListRefuses},
     {NULL, NULL, NULL, NULL},
 };

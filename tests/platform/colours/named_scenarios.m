@@ -42,7 +42,8 @@ static NSString* PresetsSurvivePools(void) {
 }
 
 static NSString* SystemColours_(void) {
-  NSArray* names = [@"control controlText windowBackground selectedText grid" componentsSeparatedByString:@" "];
+  NSArray* names =
+      [@"control controlText windowBackground selectedText grid" componentsSeparatedByString:@" "];
   int same = 0;
   for (NSString* name in names)
     same += Preset(name) == Preset(name) && [[Preset(name) catalogNameComponent] isEqual:@"System"] &&
@@ -76,7 +77,8 @@ static volatile BOOL converted;
   (void)unused;
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   [[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
-  [[NSColor colorWithCatalogName:@"System" colorName:@"gridColor"] colorUsingColorSpaceName:NSDeviceRGBColorSpace];
+  [[NSColor colorWithCatalogName:@"System"
+                       colorName:@"gridColor"] colorUsingColorSpaceName:NSDeviceRGBColorSpace];
   converted = YES;
   [pool release];
 }
@@ -94,8 +96,9 @@ static NSString* NilNamesHoldNoLock(void) {
 
 static NSString* UnknownName(void) {
   NSColor* color = [NSColor colorWithCatalogName:@"Nowhere" colorName:@"Nothing"];
-  return Joined([NSArray arrayWithObjects:Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
-                                          Shown([color colorUsingColorSpace:[NSColorSpace genericRGBColorSpace]]), nil]);
+  return Joined([NSArray
+      arrayWithObjects:Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
+                       Shown([color colorUsingColorSpace:[NSColorSpace genericRGBColorSpace]]), nil]);
 }
 
 static NSColorList* ListInTable(NSString* name) {
@@ -110,7 +113,8 @@ static NSString* ChangedList(void) {
   NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"signal"];
   NSString* before = Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
   [list setColor:[NSColor colorWithCalibratedRed:0 green:1 blue:0 alpha:1] forKey:@"signal"];
-  return Joined([NSArray arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
+  return Joined([NSArray
+      arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
 }
 
 static NSString* AddedLater(void) {
@@ -118,7 +122,8 @@ static NSString* AddedLater(void) {
   NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"later"];
   NSString* before = Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
   [list setColor:[NSColor colorWithCalibratedRed:0 green:1 blue:0 alpha:1] forKey:@"later"];
-  return Joined([NSArray arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
+  return Joined([NSArray
+      arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
 }
 
 static NSString* NameOfAName(void) {
@@ -130,7 +135,8 @@ static NSString* NameOfAName(void) {
 
 static NSString* SameNamed(void) {
   NSColor* one = [NSColor colorWithCatalogName:@"System" colorName:@"controlColor"];
-  return Joined([NSArray arrayWithObjects:YesNo(one == [NSColor controlColor]), [one colorSpaceName], [one localizedColorNameComponent], nil]);
+  return Joined([NSArray arrayWithObjects:YesNo(one == [NSColor controlColor]), [one colorSpaceName],
+                                          [one localizedColorNameComponent], nil]);
 }
 
 static NSString* DefaultOverrides(void) {
@@ -142,7 +148,8 @@ static NSString* DefaultOverrides(void) {
 static NSString* SystemListRefuses(void) {
   NSColor* red = [NSColor redColor];
   NSColorList* system = [NSColorList colorListNamed:@"System"];
-  return Joined([NSArray arrayWithObjects:YesNo([system isEditable]), RAISED([system setColor:red forKey:@"controlColor"]),
+  return Joined([NSArray arrayWithObjects:YesNo([system isEditable]),
+                                          RAISED([system setColor:red forKey:@"controlColor"]),
                                           RAISED([system insertColor:red key:@"new" atIndex:0]),
                                           RAISED([system removeColorWithKey:@"gridColor"]), nil]);
 }
@@ -155,26 +162,44 @@ static NSString* OwnListNamedSystem(void) {
 
 static NSString* SystemListKeys(void) {
   [NSColor redColor];
-  return [NSString stringWithFormat:@"%u", (unsigned)[[[NSColorList colorListNamed:@"System"] allKeys] count]];
+  return
+      [NSString stringWithFormat:@"%u", (unsigned)[[[NSColorList colorListNamed:@"System"] allKeys] count]];
 }
 
 const Scenario namedScenarios[] = {
-    {"each predefined colour is one shared object", "?", "?", PresetsShared},
-    {"predefined colours have their documented values", "?", "?", PresetValues},
-    {"a predefined colour outlives every pool", "?", "?", PresetsSurvivePools},
-    {"system colours are shared, named and convertible", "?", "?", SystemColours_},
-    {"the colour under pages is a system colour", "?", "?", UnderPage},
-    {"a system colour converts to a space with a profile", "?", "?", SystemToSpace},
-    {"a named colour without its names is no colour", "?", "?", NilNames},
-    {"a named colour without its names holds no lock", "?", "?", NilNamesHoldNoLock},
-    {"a name that no list knows converts to nothing", "?", "?", UnknownName},
-    {"a named colour follows its list", "?", "?", ChangedList},
-    {"a named colour is found when its list has it later", "?", "?", AddedLater},
-    {"a name that stands for itself converts to nothing", "?", "?", NameOfAName},
-    {"a named colour is one object and tells its names", "?", "?", SameNamed},
-    {"a user default changes a system colour at once", "?", "?", DefaultOverrides},
-    {"the system's list can't be edited", "?", "?", SystemListRefuses},
-    {"a program's own list of that name can be edited", "?", "?", OwnListNamedSystem},
-    {"the system's list keeps its keys", "?", "?", SystemListKeys},
+    {"each predefined colour is one shared object", "0 of 15", "15 of 15", PresetsShared},
+    {"predefined colours have their documented values",
+     "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
+     "1/1, 1 1 0",
+     "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
+     "1/1, 1 1 0",
+     PresetValues},
+    {"a predefined colour outlives every pool", "another object", "1.000 0.000 0.000 1.000 CalibratedRGB",
+     PresetsSurvivePools},
+    {"system colours are shared, named and convertible", "5 of 5", "5 of 5", SystemColours_},
+    {"the colour under pages is a system colour", "raises NSInvalidArgumentException",
+     "yes, 0.500 0.500 0.500 1.000 CalibratedRGB", UnderPage},
+    {"a system colour converts to a space with a profile", "raises NSInvalidArgumentException",
+     "0.000 0.000 0.000 1.000 Custom sRGB IEC61966-2.1", SystemToSpace},
+    {"a named colour without its names is no colour",
+     "NSInvalidArgumentException, NSInvalidArgumentException", "nothing, nothing", NilNames},
+    {"a named colour without its names holds no lock", "another thread hangs", "another thread goes on",
+     NilNamesHoldNoLock},
+    {"a name that no list knows converts to nothing", "nil, nil", "nil, nil", UnknownName},
+    {"a named colour follows its list",
+     "1.000 0.000 0.000 1.000 CalibratedRGB, 1.000 0.000 0.000 1.000 CalibratedRGB",
+     "1.000 0.000 0.000 1.000 CalibratedRGB, 0.000 1.000 0.000 1.000 CalibratedRGB", ChangedList},
+    {"a named colour is found when its list has it later", "nil, nil",
+     "nil, 0.000 1.000 0.000 1.000 CalibratedRGB", AddedLater},
+    {"a name that stands for itself converts to nothing", "crashes with signal 11", "nil", NameOfAName},
+    {"a named colour is one object and tells its names", "yes, NSNamedColorSpace, controlColor",
+     "yes, NSNamedColorSpace, controlColor", SameNamed},
+    {"a user default changes a system colour at once", "0.100 0.200 0.300 1.000 CalibratedRGB",
+     "0.100 0.200 0.300 1.000 CalibratedRGB", DefaultOverrides},
+    {"the system's list can't be edited", "yes, nothing, nothing, nothing",
+     "no, NSColorListNotEditableException, NSColorListNotEditableException, NSColorListNotEditableException",
+     SystemListRefuses},
+    {"a program's own list of that name can be edited", "yes", "yes", OwnListNamedSystem},
+    {"the system's list keeps its keys", "39", "39", SystemListKeys},
     {NULL, NULL, NULL, NULL},
 };

@@ -39,10 +39,16 @@ static NSString* RoundTrip(NSColor* color) {
 
 static NSString* Empty(void) { return Shown([NSColor colorFromPasteboard:Board()]); }
 static NSString* NoBoard(void) { return Shown([NSColor colorFromPasteboard:nil]); }
-static NSString* Stock(void) { return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:1]); }
-static NSString* Custom(void) { return RoundTrip([NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:1]); }
+static NSString* Stock(void) {
+  return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:1]);
+}
+static NSString* Custom(void) {
+  return RoundTrip([NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:1]);
+}
 
-static NSString* Alpha(void) { return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:0.5]); }
+static NSString* Alpha(void) {
+  return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:0.5]);
+}
 
 static NSString* AlphaKept(void) {
   [NSColor setIgnoresAlpha:NO];
@@ -63,7 +69,8 @@ static NSString* PatternOnBoard(void) {
 }
 
 static NSString* Junk(void) {
-  return Shown([NSColor colorFromPasteboard:BoardWith([@"no archive" dataUsingEncoding:NSASCIIStringEncoding])]);
+  return Shown(
+      [NSColor colorFromPasteboard:BoardWith([@"no archive" dataUsingEncoding:NSASCIIStringEncoding])]);
 }
 
 static NSString* NoColour(void) {
@@ -72,16 +79,20 @@ static NSString* NoColour(void) {
 }
 
 const Scenario pasteboardScenarios[] = {
-    {"an empty pasteboard has no colour", "?", "?", Empty},
-    {"no pasteboard has no colour", "?", "?", NoBoard},
-    {"a stock colour comes back from the pasteboard", "?", "?", Stock},
-    {"a custom colour comes back from the pasteboard exactly", "?", "?", Custom},
-    {"a pasted colour is opaque where alpha is ignored", "?", "?", Alpha},
-    {"a pasted colour keeps its alpha where that counts", "?", "?", AlphaKept},
-    {"alpha is ignored at first", "?", "?", AlphaUnasked},
-    {"a user default says whether alpha is ignored", "?", "?", AlphaByDefault},
-    {"a pattern comes back from the pasteboard", "?", "?", PatternOnBoard},
-    {"junk on the pasteboard is no colour", "?", "?", Junk},
-    {"something else in an archive on the pasteboard is no colour", "?", "?", NoColour},
+    {"an empty pasteboard has no colour", "nil", "nil", Empty},
+    {"no pasteboard has no colour", "nil", "nil", NoBoard},
+    {"a stock colour comes back from the pasteboard", "0.250 0.500 0.750 1.000 DeviceRGB",
+     "0.250 0.500 0.750 1.000 DeviceRGB", Stock},
+    {"a custom colour comes back from the pasteboard exactly", "0.250 0.500 0.750 1.000 CalibratedRGB",
+     "0.250 0.500 0.750 1.000 Custom sRGB IEC61966-2.1", Custom},
+    {"a pasted colour is opaque where alpha is ignored", "0.250 0.500 0.750 0.500 DeviceRGB",
+     "0.250 0.500 0.750 1.000 DeviceRGB", Alpha},
+    {"a pasted colour keeps its alpha where that counts", "0.250 0.500 0.750 0.500 DeviceRGB",
+     "0.250 0.500 0.750 0.500 DeviceRGB", AlphaKept},
+    {"alpha is ignored at first", "yes", "yes", AlphaUnasked},
+    {"a user default says whether alpha is ignored", "yes", "no", AlphaByDefault},
+    {"a pattern comes back from the pasteboard", "nil", "NSPatternColorSpace", PatternOnBoard},
+    {"junk on the pasteboard is no colour", "raises NSRangeException", "nil", Junk},
+    {"something else in an archive on the pasteboard is no colour", "GSCInlineString", "nil", NoColour},
     {NULL, NULL, NULL, NULL},
 };

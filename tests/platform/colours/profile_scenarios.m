@@ -11,7 +11,8 @@ static NSString* Told(NSColorSpace* space) {
 }
 
 static NSString* EveryModel(void) {
-  return Joined([NSArray arrayWithObjects:Told(SpaceOf(ProfileNamed(@"sgray.icc"))), Told(SpaceOf(ProfileNamed(@"srgb.icc"))),
+  return Joined([NSArray arrayWithObjects:Told(SpaceOf(ProfileNamed(@"sgray.icc"))),
+                                          Told(SpaceOf(ProfileNamed(@"srgb.icc"))),
                                           Told(SpaceOf(ProfileNamed(@"default_cmyk.icc"))),
                                           Told(SpaceOf(ProfileNamed(@"lab.icc"))), nil]);
 }
@@ -41,15 +42,17 @@ static NSString* NilData(void) { return Told(SpaceOf(nil)); }
 static NSString* EmptyData(void) { return Told(SpaceOf([NSData data])); }
 
 static NSString* TextData(void) {
-  return Told(SpaceOf([@"This is no profile, but it is long enough to be one if nobody looked at what it says; "
-                        "a header alone has one hundred and twenty-eight bytes." dataUsingEncoding:NSASCIIStringEncoding]));
+  return Told(SpaceOf(
+      [@"This is no profile, but it is long enough to be one if nobody looked at what it says; "
+        "a header alone has one hundred and twenty-eight bytes." dataUsingEncoding:NSASCIIStringEncoding]));
 }
 
 static NSString* Truncated(void) {
   NSData* data = ProfileNamed(@"default_cmyk.icc");
-  return Joined([NSArray arrayWithObjects:Told(SpaceOf([data subdataWithRange:NSMakeRange(0, [data length] - 1)])),
-                                          Told(SpaceOf([data subdataWithRange:NSMakeRange(0, [data length] / 2)])),
-                                          Told(SpaceOf([data subdataWithRange:NSMakeRange(0, 131)])), nil]);
+  return Joined(
+      [NSArray arrayWithObjects:Told(SpaceOf([data subdataWithRange:NSMakeRange(0, [data length] - 1)])),
+                                Told(SpaceOf([data subdataWithRange:NSMakeRange(0, [data length] / 2)])),
+                                Told(SpaceOf([data subdataWithRange:NSMakeRange(0, 131)])), nil]);
 }
 
 static NSString* Oversized(void) {
@@ -66,13 +69,15 @@ static NSData* WithWord(NSData* data, NSUInteger at, const char* word) {
 
 static NSString* WrongClass(void) {
   NSData* data = ProfileNamed(@"srgb.icc");
-  return Joined([NSArray arrayWithObjects:Told(SpaceOf(WithWord(data, 12, "link"))), Told(SpaceOf(WithWord(data, 12, "abst"))),
+  return Joined([NSArray arrayWithObjects:Told(SpaceOf(WithWord(data, 12, "link"))),
+                                          Told(SpaceOf(WithWord(data, 12, "abst"))),
                                           Told(SpaceOf(WithWord(data, 12, "nmcl"))), nil]);
 }
 
 static NSString* Relabelled(void) {
   NSData* data = ProfileNamed(@"srgb.icc");
-  return Joined([NSArray arrayWithObjects:Told(SpaceOf(WithWord(data, 16, "CMYK"))), Told(SpaceOf(WithWord(data, 16, "abcd"))), nil]);
+  return Joined([NSArray arrayWithObjects:Told(SpaceOf(WithWord(data, 16, "CMYK"))),
+                                          Told(SpaceOf(WithWord(data, 16, "abcd"))), nil]);
 }
 
 static NSString* EqualData(void) {
@@ -136,34 +141,43 @@ static NSString* CGHandleRoundTrip(void) {
 
 static NSString* WildCGHandle(void) {
   NSString* text = @"no space";
-  return Joined([NSArray arrayWithObjects:Told([[[NSColorSpace alloc] initWithCGColorSpace:NULL] autorelease]),
-                                          Told([[[NSColorSpace alloc] initWithCGColorSpace:(CGColorSpaceRef)0x12345] autorelease]),
-                                          Told([[[NSColorSpace alloc] initWithCGColorSpace:(CGColorSpaceRef)text] autorelease]), nil]);
+  return Joined([NSArray
+      arrayWithObjects:Told([[[NSColorSpace alloc] initWithCGColorSpace:NULL] autorelease]),
+                       Told([[[NSColorSpace alloc] initWithCGColorSpace:(CGColorSpaceRef)0x12345]
+                           autorelease]),
+                       Told([[[NSColorSpace alloc] initWithCGColorSpace:(CGColorSpaceRef)text] autorelease]),
+                       nil]);
 }
 
 const Scenario profileScenarios[] = {
-    {"profiles of every model make spaces of that model", "?", "?", EveryModel},
-    {"a space made from a profile has the profile's name", "?", "?", NameFromProfile},
-    {"a space gives back the data that it was made from", "?", "?", DataKept},
-    {"bytes behind the profile are dropped", "?", "?", DataCutToSize},
-    {"a space keeps its own copy of the data", "?", "?", DataCopied},
-    {"no data makes no space", "?", "?", NilData},
-    {"empty data makes no space", "?", "?", EmptyData},
-    {"data that is no profile makes no space", "?", "?", TextData},
-    {"a truncated profile makes no space", "?", "?", Truncated},
-    {"a profile of 50 MiB makes no space", "?", "?", Oversized},
-    {"links, abstract profiles and named colours make no space", "?", "?", WrongClass},
-    {"a profile whose header belies its contents makes no space", "?", "?", Relabelled},
-    {"spaces from the same data are equal", "?", "?", EqualData},
-    {"spaces whose profiles differ in their date are equal", "?", "?", EqualButForDate},
-    {"spaces from different data are not equal", "?", "?", UnequalData},
-    {"a predefined space's own data gives that space", "?", "?", SingletonFromItsData},
-    {"a profile handle makes an equal space", "?", "?", ProfileHandleRoundTrip},
-    {"a predefined space's profile handle gives that space", "?", "?", ProfileHandleOfSingleton},
-    {"a space made from a handle outlives the space that gave it", "?", "?", ProfileHandleOutlivesSpace},
-    {"a null profile handle makes no space", "?", "?", NoProfileHandle},
-    {"a profile handle that never was one makes no space", "?", "?", WildProfileHandle},
-    {"a Core Graphics handle makes an equal space", "?", "?", CGHandleRoundTrip},
-    {"a Core Graphics handle that never was one makes no space", "?", "?", WildCGHandle},
+    {"profiles of every model make spaces of that model", "-1/0, -1/0, -1/0, -1/0", "0/1, 1/3, 2/4, 3/3",
+     EveryModel},
+    {"a space made from a profile has the profile's name", "unknown", "Artifex CMYK SWOP Profile",
+     NameFromProfile},
+    {"a space gives back the data that it was made from", "yes", "yes", DataKept},
+    {"bytes behind the profile are dropped", "no", "yes", DataCutToSize},
+    {"a space keeps its own copy of the data", "no", "yes", DataCopied},
+    {"no data makes no space", "-1/0", "nil", NilData},
+    {"empty data makes no space", "-1/0", "nil", EmptyData},
+    {"data that is no profile makes no space", "-1/0", "nil", TextData},
+    {"a truncated profile makes no space", "-1/0, -1/0, -1/0", "nil, nil, nil", Truncated},
+    {"a profile of 50 MiB makes no space", "-1/0", "nil", Oversized},
+    {"links, abstract profiles and named colours make no space", "-1/0, -1/0, -1/0", "nil, nil, nil",
+     WrongClass},
+    {"a profile whose header belies its contents makes no space", "-1/0, -1/0", "nil, nil", Relabelled},
+    {"spaces from the same data are equal", "unequal, hashes unequal", "equal, hashes equal", EqualData},
+    {"spaces whose profiles differ in their date are equal", "no", "yes", EqualButForDate},
+    {"spaces from different data are not equal", "no", "no", UnequalData},
+    {"a predefined space's own data gives that space", "raises NSInvalidArgumentException", "yes",
+     SingletonFromItsData},
+    {"a profile handle makes an equal space", "NULL, unequal", "a handle, equal", ProfileHandleRoundTrip},
+    {"a predefined space's profile handle gives that space", "no", "yes", ProfileHandleOfSingleton},
+    {"a space made from a handle outlives the space that gave it", "-1/0", "1/3", ProfileHandleOutlivesSpace},
+    {"a null profile handle makes no space", "-1/0", "nil", NoProfileHandle},
+    {"a profile handle that never was one makes no space", "-1/0", "nil", WildProfileHandle},
+    {"a Core Graphics handle makes an equal space", "raises NSInvalidArgumentException", "yes",
+     CGHandleRoundTrip},
+    {"a Core Graphics handle that never was one makes no space", "raises NSInvalidArgumentException",
+     "nil, nil, nil", WildCGHandle},
     {NULL, NULL, NULL, NULL},
 };

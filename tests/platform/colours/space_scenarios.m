@@ -29,7 +29,9 @@ static NSColorSpace* seen[8];
 
 static NSString* SharedAmongThreads(void) {
   for (int i = 0; i < 8; i++)
-    [NSThread detachNewThreadSelector:@selector(ask:) toTarget:[SpaceAsker class] withObject:[NSNumber numberWithInt:i]];
+    [NSThread detachNewThreadSelector:@selector(ask:)
+                             toTarget:[SpaceAsker class]
+                           withObject:[NSNumber numberWithInt:i]];
   [NSThread sleepForTimeInterval:0.1];
   go = YES;
   int same = 0;
@@ -59,7 +61,9 @@ static NSString* Describe(NSColorSpace* space) {
   NSData* data = [space ICCProfileData];
   BOOL signature = [data length] > 40 && memcmp((const char*)[data bytes] + 36, "acsp", 4) == 0;
   return [NSString stringWithFormat:@"%d/%d/%@", [space colorSpaceModel], [space numberOfColorComponents],
-                                    !data ? @"none" : signature ? @"acsp" : @"junk"];
+                                    !data       ? @"none"
+                                    : signature ? @"acsp"
+                                                : @"junk"];
 }
 
 static NSString* ModelsAndData(void) {
@@ -101,10 +105,11 @@ static NSString* AvailableNone(void) {
 }
 
 static NSString* SpacesOfNames(void) {
-  NSArray* names = [NSArray arrayWithObjects:NSCalibratedRGBColorSpace, NSCalibratedWhiteColorSpace,
-                                             NSCalibratedBlackColorSpace, NSDeviceRGBColorSpace, NSDeviceWhiteColorSpace,
-                                             NSDeviceBlackColorSpace, NSDeviceCMYKColorSpace, NSNamedColorSpace,
-                                             NSPatternColorSpace, NSCustomColorSpace, @"Nothing", nil];
+  NSArray* names =
+      [NSArray arrayWithObjects:NSCalibratedRGBColorSpace, NSCalibratedWhiteColorSpace,
+                                NSCalibratedBlackColorSpace, NSDeviceRGBColorSpace, NSDeviceWhiteColorSpace,
+                                NSDeviceBlackColorSpace, NSDeviceCMYKColorSpace, NSNamedColorSpace,
+                                NSPatternColorSpace, NSCustomColorSpace, @"Nothing", nil];
   NSMutableArray* found = [NSMutableArray array];
   for (NSString* name in names) {
     NSColorSpace* space = [NSColorSpace colorSpaceForColorSpaceName:name];
@@ -116,7 +121,8 @@ static NSString* SpacesOfNames(void) {
 
 static NSString* NamesOfSpaces(void) {
   NSMutableArray* names = [NSMutableArray array];
-  for (NSColorSpace* space in [NSColorSpace availableColorSpacesWithModel:-1]) [names addObject:[space colorSpaceName]];
+  for (NSColorSpace* space in [NSColorSpace availableColorSpacesWithModel:-1])
+    [names addObject:[space colorSpaceName]];
   return Joined(names);
 }
 
@@ -132,9 +138,10 @@ static NSString* KeyedRoundTrip(void) {
 }
 
 static NSString* UnkeyedRoundTrip(void) {
-  NSArray* spaces = [NSArray arrayWithObjects:[NSColorSpace genericRGBColorSpace],
-                                              [[[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(@"lab.icc")] autorelease],
-                                              @"what follows", nil];
+  NSArray* spaces = [NSArray
+      arrayWithObjects:[NSColorSpace genericRGBColorSpace],
+                       [[[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(@"lab.icc")] autorelease],
+                       @"what follows", nil];
   NSArray* back = [NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:spaces]];
   return YesNo([back isEqual:spaces]);
 }
@@ -145,22 +152,40 @@ static NSString* GenericCMYKProfile(void) {
 }
 
 const Scenario spaceScenarios[] = {
-    {"the three new predefined spaces are shared objects", "?", "?", SharedOnes},
-    {"the six stock spaces are shared objects, generic unlike device", "?", "?", StockOnesShared},
-    {"threads that ask for a space at once get the same object", "?", "?", SharedAmongThreads},
-    {"stock spaces have the platform's names", "?", "?", Names},
-    {"the new spaces have the platform's names", "?", "?", NewNames},
-    {"stock spaces tell model, components and profile", "?", "?", ModelsAndData},
-    {"the new spaces tell model, components and profile", "?", "?", NewModelsAndData},
-    {"a space's description names it", "?", "?", DescriptionNamesSpace},
-    {"all available spaces come in a fixed order", "?", "?", AvailableAll},
-    {"available gray spaces come in the same order", "?", "?", AvailableGray},
-    {"a model that no space has gives an empty array", "?", "?", AvailableNone},
-    {"each colour-space name stands for its space", "?", "?", SpacesOfNames},
-    {"each space tells the name of its colours", "?", "?", NamesOfSpaces},
-    {"a space can be copied, and the copy is itself", "?", "?", Copies},
-    {"a predefined space comes back from a keyed archive as itself", "?", "?", KeyedRoundTrip},
-    {"spaces come back from an unkeyed archive, and so does what follows", "?", "?", UnkeyedRoundTrip},
-    {"generic CMYK carries the CMYK profile that is installed", "?", "?", GenericCMYKProfile},
+    {"the three new predefined spaces are shared objects", "raises NSInvalidArgumentException", "yes",
+     SharedOnes},
+    {"the six stock spaces are shared objects, generic unlike device", "yes", "yes", StockOnesShared},
+    {"threads that ask for a space at once get the same object", "", "8 of 8 the same", SharedAmongThreads},
+    {"stock spaces have the platform's names", "RGB, Grayscale, CMYK, RGB, Grayscale, CMYK",
+     "Device RGB, Device Gray, Device CMYK, Generic RGB, Generic Gray, Generic CMYK", Names},
+    {"the new spaces have the platform's names", "raises NSInvalidArgumentException",
+     "sRGB IEC61966-2.1, Adobe RGB (1998), Generic Gray Gamma 2.2 Profile", NewNames},
+    {"stock spaces tell model, components and profile",
+     "1/3/none, 0/1/none, 2/4/none, 1/3/none, 0/1/none, 2/4/none",
+     "1/3/none, 0/1/none, 2/4/none, 1/3/acsp, 0/1/acsp, 2/4/acsp", ModelsAndData},
+    {"the new spaces tell model, components and profile", "raises NSInvalidArgumentException",
+     "1/3/acsp, 1/3/acsp, 0/1/acsp", NewModelsAndData},
+    {"a space's description names it", "no", "yes", DescriptionNamesSpace},
+    {"all available spaces come in a fixed order", "raises NSInvalidArgumentException",
+     "Device RGB, Device Gray, Device CMYK, Generic RGB, Generic Gray, Generic CMYK, sRGB IEC61966-2.1, "
+     "Adobe RGB (1998), Generic Gray Gamma 2.2 Profile",
+     AvailableAll},
+    {"available gray spaces come in the same order", "raises NSInvalidArgumentException",
+     "Device Gray, Generic Gray, Generic Gray Gamma 2.2 Profile", AvailableGray},
+    {"a model that no space has gives an empty array", "raises NSInvalidArgumentException",
+     "array of 0, array of 0", AvailableNone},
+    {"each colour-space name stands for its space", "raises NSInvalidArgumentException",
+     "Generic RGB, Generic Gray, Generic Gray, Device RGB, Device Gray, Device Gray, Device CMYK, nil, nil, "
+     "nil, nil, nil",
+     SpacesOfNames},
+    {"each space tells the name of its colours", "raises NSInvalidArgumentException",
+     "NSDeviceRGBColorSpace, NSDeviceWhiteColorSpace, NSDeviceCMYKColorSpace, NSCalibratedRGBColorSpace, "
+     "NSCalibratedWhiteColorSpace, NSCustomColorSpace, NSCustomColorSpace, NSCustomColorSpace, "
+     "NSCustomColorSpace",
+     NamesOfSpaces},
+    {"a space can be copied, and the copy is itself", "raises NSInvalidArgumentException", "yes", Copies},
+    {"a predefined space comes back from a keyed archive as itself", "no", "yes", KeyedRoundTrip},
+    {"spaces come back from an unkeyed archive, and so does what follows", "no", "yes", UnkeyedRoundTrip},
+    {"generic CMYK carries the CMYK profile that is installed", "no", "yes", GenericCMYKProfile},
     {NULL, NULL, NULL, NULL},
 };
