@@ -70,6 +70,22 @@ id CatchNSException(Body&& body) {
   return exception;
 }
 
+// What `read` answers, or the neutral value after an NSException, which is dropped. The shortest guard: no
+// result has to survive a delivery, so the frame's own function answers it.
+template <auto read, typename... Arguments>
+[[gnu::noinline]] auto ResultUnlessNSException(Arguments... arguments) {
+  using Result = decltype(read(arguments...));
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) == 0) {
+    const FrameExit exit(frame);
+    return read(arguments...);
+  }
+  const id exception = objc_exception_extract(&frame);
+  if (!IsNSException(exception)) objc_exception_throw(exception);
+  return Result();
+}
+
 // The guard of methods, getters, destructors and factories: an NSException that ends the body is raised as a
 // host exception, and the caller goes on.
 template <typename Body>
