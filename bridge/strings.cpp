@@ -194,7 +194,7 @@ id NewNSString(REALstring s, Holdings& holdings) {
   const CFStringRef string =
       encoding == kEncodingUTF16
           ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
-                                         scope.length / 2)
+                                         std::max(scope.length, 0) / 2)
           : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
   scope.Release();
   return msg::autorelease(AsPlatformString(string));

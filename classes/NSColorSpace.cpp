@@ -1,5 +1,6 @@
 // classes/NSColorSpace.cpp - the host class NSColorSpaceQVX: instances, shared factories and constants of one
 // NSColorSpace.
+#include <algorithm>
 #include <iterator>
 
 #include "bridge/exceptions.h"
@@ -138,8 +139,10 @@ CFURLRef URLThroughParent(REALfolderItem item, Holdings& holdings) {
   if (parent == nullptr) return nullptr;
   Holdings::Item* const heldParent = holdings.HoldReference(parent);
 
+  const auto length =
+      static_cast<CFIndex>(std::min<std::size_t>(leafName.length, std::size(leafName.unicode)));
   CFStringRef name = nullptr;
-  if (leafName.length != 0) name = CFStringCreateWithCharacters(nullptr, leafName.unicode, leafName.length);
+  if (length != 0) name = CFStringCreateWithCharacters(nullptr, leafName.unicode, length);
   if (name == nullptr) {
     Holdings::Release(heldParent);
     return nullptr;
