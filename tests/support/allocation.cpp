@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/support/event_log.h"
+#include "tests/support/host.h"
 
 namespace scripted {
 namespace {
@@ -44,6 +45,12 @@ int LiveBundleBlocks() {
 }
 
 }  // namespace scripted
+
+extern "C" void __real_free(void* block);
+
+void scripted::ForgetBundleBlocks() {
+  while (liveCount > 0) __real_free(live.at(static_cast<std::size_t>(--liveCount)));
+}
 
 using scripted::EventKind;
 
@@ -85,6 +92,8 @@ void __wrap_free(void* block) {
     const scripted::Outside outside;
     scripted::Log().Record(EventKind::kFree, "free", "free");
   }
+  // Without "PluginDisposeStringData" whoever owes string data frees its bytes.
+  if (scripted::InsideBundle()) std::erase(scripted::TheHost().liveStringData, block);
   __real_free(block);
 }
 

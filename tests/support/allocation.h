@@ -9,4 +9,7 @@ namespace scripted {
 // Blocks that the bundle allocated and that nobody has freed.
 int LiveBundleBlocks();
 
+// Frees those blocks: for whoever sets the bundle back to an earlier state, in which it does not know them.
+void ForgetBundleBlocks();
+
 }  // namespace scripted

@@ -142,8 +142,12 @@ HostObject& Host::NewInstance(std::string_view className) {
   HostObject& object = Make(HandleKind::kObject, className);
   for (const RegisteredClass& each : registered) {
     if (reinterpret_cast<const char*>(each.words[1]) == className) {
-      const Inside inside;
-      each.live->constructor(static_cast<qvx::REALobject>(object.Handle()));
+      object.constructed = false;
+      {
+        const Inside inside;
+        each.live->constructor(static_cast<qvx::REALobject>(object.Handle()));
+      }
+      object.constructed = true;
     }
   }
   return object;
@@ -225,6 +229,16 @@ const RegisteredClass& Host::Class(std::string_view name) {
   std::fprintf(stderr, "wanted the registered class %.*s, found none\n", static_cast<int>(name.size()),
                name.data());
   std::abort();
+}
+
+void Host::ForgetHandles() {
+  for (const HostObject* const object : objects_) delete object;
+  for (const HostString* const string : strings_) delete string;
+  for (char* const data : liveStringData) std::free(data);
+  Host fresh;
+  fresh.version = version;
+  fresh.registered = std::move(registered);
+  *this = std::move(fresh);
 }
 
 void Host::PutPath(FSRef* ref, std::string_view path) {

@@ -43,7 +43,7 @@ std::string BytesOf(const void* bytes, std::int32_t length) {
 
 long double GetRBVersion() {
   const Outside outside;
-  Note("REALGetRBVersion", {});
+  if (Note("REALGetRBVersion", {})) return 0.0L;
   return TheHost().version;
 }
 
