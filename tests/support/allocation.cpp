@@ -43,6 +43,9 @@ bool Fails(const char* name, std::size_t size) {
 int LiveBundleBlocks() {
   return liveCount;
 }
+void ForgetBundleBlocks() {
+  liveCount = 0;
+}
 
 }  // namespace scripted
 

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tests/support/allocation.h"
+
 extern "C" void REALPluginMain(void* (*resolver)(const char*));
 
 namespace scripted {
@@ -32,6 +34,7 @@ void Start(long double version) {
   TheHost().version = version;
   Call(&REALPluginMain, &Host::Resolve);
   Log().Clear();
+  ForgetBundleBlocks();
 }
 
 }  // namespace scripted
