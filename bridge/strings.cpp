@@ -137,7 +137,21 @@ void RaiseOutOfMemoryForString() {
   RaiseException("OutOfMemoryException", "Failed to allocate memory for a string.");
 }
 
+id AutoreleasedItem(CFTypeRef object, Holdings::Item* held) {
+  const id result = msg::autorelease(AsPlatformString(object));
+  if (result != nullptr) [[likely]] {
+    Holdings::Forget(held);
+  } else {
+    Holdings::Release(held);
+  }
+  return result;
+}
+
 }  // namespace
+
+id Autoreleased(CFTypeRef object, Holdings& holdings) {
+  return AutoreleasedItem(object, holdings.HoldReference(object));
+}
 
 void HostDataScope::LockString(REALstring string) {
   if (REALLockString.Find() == nullptr) return;
@@ -168,10 +182,10 @@ void HostDataScope::Release() {
 id NewNSString(REALstring s, Holdings& holdings) {
   if (s == nullptr) return nullptr;
   if (HostHasNewStrings()) {
-    if (const void* copy = REALCopyStringCFString(s)) return msg::autorelease(AsPlatformString(copy));
+    if (const void* copy = REALCopyStringCFString(s)) return Autoreleased(copy, holdings);
   }
   // On new hosts this asks the same service a second time. Deliberate.
-  if (const void* copy = REALGetStringCFString(s, 0)) return msg::autorelease(AsPlatformString(copy));
+  if (const void* copy = REALGetStringCFString(s, 0)) return Autoreleased(copy, holdings);
 
   std::uint32_t encoding = REALGetStringEncoding(s);
   if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
@@ -196,8 +210,9 @@ id NewNSString(REALstring s, Holdings& holdings) {
           ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
                                          std::max(scope.length, 0) / 2)
           : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
+  Holdings::Item* const held = holdings.HoldReference(string);
   scope.Release();
-  return msg::autorelease(AsPlatformString(string));
+  return AutoreleasedItem(string, held);
 }
 
 id NewNSString(REALstring s) {

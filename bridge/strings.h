@@ -13,6 +13,10 @@ inline id AsPlatformString(CFTypeRef string) {
   return reinterpret_cast<id>(const_cast<void*>(string));
 }
 
+// A platform object whose one reference is the caller's, autoreleased. Where that does not happen the reference
+// is given back, and the answer is nil. Nil stays nil.
+id Autoreleased(CFTypeRef object, Holdings& holdings);
+
 // What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.
 // Release gives back the string's lock, then the object's, then the string data; the Holdings do so on every
 // other way out.

@@ -167,10 +167,9 @@ CFURLRef URLThroughParent(REALfolderItem item, Holdings& holdings) {
 id PathOfItem(REALfolderItem item, Holdings& holdings) {
   CFURLRef url = URLOfItem(item);
   if (url == nullptr) url = URLThroughParent(item, holdings);
-  msg::autorelease(AsPlatformString(url));
-  if (url == nullptr) return nullptr;
+  if (Autoreleased(url, holdings) == nullptr) return nullptr;
   const CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
-  return path != nullptr ? msg::autorelease(AsPlatformString(path)) : nullptr;
+  return path != nullptr ? Autoreleased(path, holdings) : nullptr;
 }
 
 // Nothing that is not found raises: no item, no path, no file, no profile in it give null.
