@@ -31,9 +31,12 @@ REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
   if (wrapper == nullptr) return nullptr;
   Holdings::Item* const held = holdings.Hold(
       wrapper, [](Holdings::Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
-  ClassData(wrapper) = msg::retain(native);
-  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry.
-  EnterInCache(native, wrapper);
+  const id retained = msg::retain(native);
+  ClassData(wrapper) = retained;
+  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry. An
+  // instance that could not retain anything removes none, so it enters none.
+  if (retained != nullptr) [[likely]]
+    EnterInCache(native, wrapper);
   Holdings::Forget(held);
   return wrapper;
 }
