@@ -30,7 +30,7 @@ std::map<long double, std::vector<scripted::RegisteredClass>> registered;
 void ForgetTheWorld(const ImageState& image) {
   Log().Reset();
   scripted::ForgetFrames();
-  scripted::ForgetBundleBlocks();
+  scripted::FreeBundleBlocks();
   TheHost().ForgetHandles();
   scripted::ForgetNatives();
   ThePlatform() = scripted::Platform();
@@ -78,9 +78,14 @@ void SetUpPlatform(const Setting& setting) {
   if (setting.raising) {
     NativeObject* const exception = scripted::MakeException("NSPlatformException", "of the setting");
     for (const scripted::MethodTypes& method : scripted::DeclaredMethods()) {
-      if (IsColourClass(method.className) && method.selector != "alloc")
+      if (IsColourClass(method.className) && method.selector != "alloc" && method.selector != "name")
         platform.Raise(method.selector, exception);
     }
+    NativeObject* const name = scripted::MakeText("NSPlatformException");
+    platform.On("name", [=](scripted::Send& send) {  // the log line asks the exception for its name
+      if (send.Receiver() == exception) return send.Answer(name);
+      send.Raise(exception);
+    });
   }
   if (setting.rich) {
     const std::u16string text(150, u'\u00E9');
@@ -90,9 +95,9 @@ void SetUpPlatform(const Setting& setting) {
       platform.Answer(selector, scripted::MakeText(text));
     }
     NativeObject* const longName = scripted::MakeText(text);
-    NativeObject* const shortName = scripted::MakeText("NSException");
+    NativeObject* const exceptionName = scripted::MakeText("NSTestException");
     platform.On("name", [=](scripted::Send& send) {
-      send.Answer(send.Receiver()->className == "NSException" ? shortName : longName);
+      send.Answer(send.Receiver()->className == "NSException" ? exceptionName : longName);
     });
     platform.components.assign(40, 0.125F);
     ShareAnswers();

@@ -208,7 +208,9 @@ class Judge {
     }
     if (each.className == "OutOfBoundsException" || each.className == "RuntimeException") {
       if (each.message == "Out of Bounds" && Had(Fault::kNull)) return true;
-      if (each.message.ends_with("Range is 1 to 19, but value is 0.") && HadAt("RuntimeUBound")) return true;
+      const bool withoutBound = each.message.ends_with("Range is 1 to 19, but value is 0.") ||
+                                each.message.ends_with("Range is 1 to 19, but value is -1.");
+      if (withoutBound && HadAt("RuntimeUBound")) return true;
     }
     return std::ranges::any_of(baseline_.raised, [&](const RaisedException& usual) {
       const bool sameClass = usual.className == each.className || each.className == "RuntimeException";
@@ -389,7 +391,7 @@ const Allowance* Allowed(const Case& each, const std::vector<Step>& faulted, std
   for (const Allowance& allowance : Allowances()) {
     if (!has(each.target->declaration, allowance.target) || !has(promise, allowance.promise)) continue;
     const bool fits = allowance.event.empty() || std::ranges::any_of(faulted, [&](const Step& step) {
-      return step.name == allowance.event &&
+      return has(step.text, allowance.event) &&
              (allowance.fault == Fault::kNone || step.fault == allowance.fault);
     });
     if (fits) return &allowance;

@@ -25,7 +25,7 @@ std::vector<std::string> BrokenPromises(const Case& each, const Plan& plan, cons
 // anything.
 struct Allowance {
   std::string_view target;   // part of the declaration
-  std::string_view event;    // the name of the event with the fault
+  std::string_view event;    // part of the text of the event with the fault
   Fault fault;               // kNone: any
   std::string_view promise;  // part of the sentence that says what is broken
   std::string_view reason;

@@ -51,7 +51,7 @@ void ForgetBundleBlocks() {
 
 extern "C" void __real_free(void* block);
 
-void scripted::ForgetBundleBlocks() {
+void scripted::FreeBundleBlocks() {
   while (liveCount > 0) __real_free(live.at(static_cast<std::size_t>(--liveCount)));
 }
 

@@ -12,6 +12,6 @@ int LiveBundleBlocks();
 void ForgetBundleBlocks();
 
 // Frees those blocks: for whoever sets the bundle back to an earlier state, in which it does not know them.
-void ForgetBundleBlocks();
+void FreeBundleBlocks();
 
 }  // namespace scripted

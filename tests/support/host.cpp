@@ -8,6 +8,7 @@
 
 #include "tests/support/event_log.h"
 #include "tests/support/native_object.h"
+#include "tests/support/platform.h"
 
 namespace scripted {
 namespace {
@@ -165,6 +166,12 @@ void Host::Release(HostObject& object) {
   if (found != registered.end()) {
     const Inside inside;
     found->live->destructor(static_cast<qvx::REALobject>(object.Handle()));
+  } else if (NativeObject* const native = object.foreign || object.kind != HandleKind::kObject ? nullptr
+                                                                                               : object.Native()) {
+    // The destructor of a sibling's class does as the bundle's own.
+    if (ThePlatform().instances != nullptr) ThePlatform().instances->entries.erase(native);
+    GiveReference(native, "the sibling's destructor");
+    object.SetNative(nullptr);
   }
   for (void* const element : object.objects) Unlock(element);
   object.freed = true;
