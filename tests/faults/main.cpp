@@ -160,6 +160,57 @@ std::string ReadAll(FILE* file) {
   return text;
 }
 
+Plan PlanOf(const std::string& text) {
+  Plan plan;
+  for (std::size_t at = 0; at < text.size() && text != "none";) {
+    const std::size_t comma = std::min(text.find(',', at), text.size());
+    const std::size_t colon = text.find(':', at);
+    const std::string name = text.substr(colon + 1, comma - colon - 1);
+    for (int fault = 0; fault <= static_cast<int>(Fault::kRaiseOther); ++fault) {
+      if (name == NameOf(static_cast<Fault>(fault))) {
+        plan.push_back({static_cast<std::size_t>(std::atoi(text.c_str() + at)), static_cast<Fault>(fault)});
+      }
+    }
+    at = comma + 1;
+  }
+  return plan;
+}
+
+void Show(const Case& each, const Plan& plan) {
+  const Observation baseline = Make(each, {}, true);
+  const Observation observed = Make(each, plan, plan.size() < 2);
+  for (std::size_t i = 0; i < observed.steps.size(); ++i) {
+    const Step& step = observed.steps[i];
+    std::printf("%3zu %d %s%s%s\n", i, step.openFrames, step.text.c_str(),
+                step.fault == Fault::kNone ? "" : "   <- ", step.fault == Fault::kNone ? "" : NameOf(step.fault));
+  }
+  std::printf("result: %s\n", observed.result.empty() ? "neutral" : observed.result.c_str());
+  for (const auto& raised : observed.raised) {
+    std::printf("raised: %s \"%s\"\n", raised.className.c_str(), raised.message.c_str());
+  }
+  for (const std::string& sentence : BrokenPromises(each, plan, baseline, observed)) {
+    std::printf("broken: %s\n", sentence.c_str());
+  }
+}
+
+int Reproduce(const std::vector<Target>& targets, const std::string& wanted, const std::string& plan) {
+  for (const Target& target : targets) {
+    if (!wanted.starts_with(target.declaration + " | ")) continue;
+    for (const long double version : kVersions) {
+      for (const Choice& choice : Choices(target)) {
+        for (const Setting& setting : kSettings) {
+          const Case each{&target, choice, &setting, version};
+          if (Describe(each) != wanted) continue;
+          Show(each, PlanOf(plan));
+          return 0;
+        }
+      }
+    }
+  }
+  std::fprintf(stderr, "wanted a case as a report prints it, found \"%s\"\n", wanted.c_str());
+  return 2;
+}
+
 int RunAll(const std::vector<Target>& targets, bool pairs) {
   const auto start = std::chrono::steady_clock::now();
   auto* const area = static_cast<Shared*>(mmap(nullptr, targets.size() * sizeof(Shared), PROT_READ | PROT_WRITE,
@@ -228,6 +279,7 @@ int main(int argc, char** argv) {
   for (int i = 2; i < argc; ++i) {
     const std::string argument = argv[i];
     if (argument == "--single") pairs = false;
+    if (argument == "--reproduce" && i + 2 < argc) return Reproduce(targets, argv[i + 1], argv[i + 2]);
     if (argument == "--only" && i + 1 < argc) {
       const std::string wanted = argv[++i];
       std::erase_if(targets, [&](const Target& target) {

@@ -105,21 +105,22 @@ class Judge {
     return std::ranges::any_of(faults_, [fault](const Step* step) { return step->fault == fault; });
   }
 
-  // Whether the exception of the setting or of an earlier fault was being told to the host when `step` came: the
-  // frame around it is that of the telling.
-  [[nodiscard]] bool WhileTelling(const Step& step) const {
+  // Whether the log line about an exception was being written when `step` came, or its host exception made: the
+  // frame around it is that of the telling, and what is raised there is dropped.
+  [[nodiscard]] bool WhileTelling(const Step& step) const { return WhileLogging(step) || WhileConverting(step); }
+  [[nodiscard]] static bool WhileConverting(const Step& step) { return step.name == "NewNSExceptionQVX:"; }
+  [[nodiscard]] bool WhileLogging(const Step& step) const {
     const std::size_t index = static_cast<std::size_t>(&step - observed_.steps.data());
-    // The telling starts with the exception's name and ends with the host's raise.
-    bool telling = false;
+    bool logging = false;
     for (std::size_t i = 0; i <= index; ++i) {
       const Step& each = observed_.steps[i];
       if (each.kind == EventKind::kMessage && each.name == "name" &&
           each.text.starts_with("[NSException#")) {
-        telling = true;
+        logging = true;
       }
-      if (each.kind == EventKind::kFrame && each.name == "leave") telling = false;
+      if (each.kind == EventKind::kFrame && each.name == "leave") logging = false;
     }
-    return telling;
+    return logging;
   }
 
   // The first try of a function that tries again in calibrated RGB: a guard within the guard.
@@ -273,8 +274,10 @@ class Judge {
       if (observed_.logLines != 0) Say("a getter that drops exceptions wrote a log line");
     } else if (TriedAgain(step)) {
       wants(baseline_.raised.size(), "after a try that is made again");
-    } else if (WhileTelling(step)) {
-      wants(before, "after an exception while another one is told");
+    } else if (WhileLogging(step)) {
+      wants(baseline_.raised.size(), "after an exception while another one is logged");
+    } else if (WhileConverting(step)) {
+      wants(before, "after an exception while another one is made a host exception");
     } else {
       wants(before + 1, "after an exception in a body");
       if (raisedLast() == nullptr || raisedLast()->className != "NSExceptionQVX" ||

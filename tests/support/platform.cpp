@@ -136,6 +136,8 @@ void Platform::Dispatch(Send& send, bool viaFpret) {
       Log().Violation(text + ": the receiver has no such method");
     } else if (fault == Fault::kRaiseOther) {
       send.Raise(MakeNative("OtherThrowable"));
+    } else if (fault == Fault::kRaiseNSException) {
+      send.Raise(MakeException());
     } else if (fault != Fault::kNull) {
       send.Raise(MakeException("NSInvalidArgumentException", "unrecognized selector"));
     }
