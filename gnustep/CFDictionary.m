@@ -9,8 +9,6 @@
 @interface CFPointerDictionary : NSObject {
  @public
   NSMapTable *_table;
-  const void *_value_of_null;
-  BOOL _has_null;
 }
 @end
 
@@ -19,7 +17,7 @@
 - (instancetype)initWithCapacity:(NSUInteger)capacity {
   self = [super init];
   if (self != nil) {
-    _table = NSCreateMapTable(NSNonOwnedPointerMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks, capacity);
+    _table = NSCreateMapTable(NSNonOwnedPointerOrNullMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks, capacity);
   }
   return self;
 }
@@ -48,19 +46,17 @@ COCOA_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef all
 
 COCOA_EXPORT CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
   CFPointerDictionary *object = checked(dictionary);
-  return object == nil ? 0 : (CFIndex)NSCountMapTable(object->_table) + (object->_has_null ? 1 : 0);
+  return object == nil ? 0 : (CFIndex)NSCountMapTable(object->_table);
 }
 
 COCOA_EXPORT const void *CFDictionaryGetValue(CFDictionaryRef dictionary, const void *key) {
   CFPointerDictionary *object = checked(dictionary);
-  if (object == nil) return NULL;
-  return NSMapGet(object->_table, key);
+  return object == nil ? NULL : NSMapGet(object->_table, key);
 }
 
 COCOA_EXPORT void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void *key, const void *value) {
   CFPointerDictionary *object = checked(dictionary);
-  if (object == nil) return;
-  NSMapInsert(object->_table, key, value);
+  if (object != nil && key != NSNotAPointerMapKey) NSMapInsert(object->_table, key, value);
 }
 
 COCOA_EXPORT void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void *key) {

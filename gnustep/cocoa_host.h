@@ -40,7 +40,7 @@ OSStatus FSPathMakeRef(const uint8_t *path, FSRef *ref, Boolean *isDirectory);
 OSStatus FSRefMakePath(const FSRef *ref, uint8_t *path, uint32_t pathSize);
 
 // A dictionary from pointer to pointer. Neither keys nor values are retained, compared or looked into; null is a key
-// like any other. `keyCallBacks` and `valueCallBacks` must be null. The caller owns one reference and gives it up with CFRelease.
+// like any other, the pointer with all bits set is none. `keyCallBacks` and `valueCallBacks` must be null. The caller owns one reference and gives it up with CFRelease.
 CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef, CFIndex capacity, const void *keyCallBacks,
                                                  const void *valueCallBacks);
 CFIndex CFDictionaryGetCount(CFDictionaryRef);

@@ -88,7 +88,7 @@ static bool frame_in_last_function(struct survey *survey, uintptr_t top) {
   struct exception_frame *frame;
   while ((frame = exception_frame_at(0)) != NULL && (uintptr_t)frame < top) {
     if (exception_frame_is_armed(frame, survey->here) &&
-        (uintptr_t)_Unwind_FindEnclosingFunction((void *)exception_frame_pc(frame)) == survey->last_start) {
+        may_share_function(exception_frame_pc(frame), survey->last_start)) {
       survey->target = frame;
       survey->end = survey->last_bottom;
       return true;

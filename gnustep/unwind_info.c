@@ -62,11 +62,15 @@ static uintptr_t read_pointer(uint8_t encoding, const uint8_t *p, const struct e
   return result;
 }
 
+static const uint8_t *common_entry(const struct description_entry *entry) {
+  return (const uint8_t *)((uintptr_t)&entry->distance - (uintptr_t)entry->distance);
+}
+
 static uintptr_t personality_at(void *pc) {
   struct eh_bases bases;
   const struct description_entry *entry = _Unwind_Find_FDE(pc, &bases);
   if (entry == NULL) return 0;
-  const uint8_t *common = (const uint8_t *)((uintptr_t)&entry->distance - (uintptr_t)entry->distance);
+  const uint8_t *common = common_entry(entry);
   uint8_t version = common[8];
   const char *augmentation = (const char *)common + 9;
   if (augmentation[0] != 'z') return 0;
@@ -100,4 +104,40 @@ personality_routine objective_c_personality(struct _Unwind_Context *frame) {
   uintptr_t pc = _Unwind_GetIPInfo(frame, &before_instruction);
   if (!before_instruction) --pc;  // a return address may lie behind the function's end
   return personality_at((void *)pc) == (uintptr_t)__gnu_objc_personality_v0 ? __gnu_objc_personality_v0 : NULL;
+}
+
+// Call frame instructions, as far as they may stand at the head of an entry.
+enum {
+  kNop = 0x00,
+  kRememberState = 0x0a,
+  kDefineCfa = 0x0c,
+  kDefineCfaExpression = 0x0f,
+  kArgumentsSize = 0x2e,
+  kRegisterOffset = 0x80,
+  kPrimaryMask = 0xc0,
+};
+
+// A function starts with its return address on top of the stack, as its common entry says. A piece of one starts with a
+// frame already made, and its entry has to say so before the first instruction.
+static bool starts_with_a_frame(const struct description_entry *entry) {
+  const uint8_t *end = (const uint8_t *)&entry->distance + entry->length;
+  const uint8_t *p = (const uint8_t *)(&entry->distance + 1) + 2 * sizeof(uint32_t);  // past start and size
+  if (common_entry(entry)[9] == 'z') p += 1 + *p;
+  while (p < end) {
+    uint8_t instruction = *p++;
+    if ((instruction & kPrimaryMask) == kRegisterOffset || instruction == kArgumentsSize) {
+      p = skip_leb128(p);
+    } else if (instruction != kNop && instruction != kRememberState) {
+      return instruction >= kDefineCfa && instruction <= kDefineCfaExpression;
+    }
+  }
+  return false;
+}
+
+bool may_share_function(uintptr_t pc, uintptr_t other_pc) {
+  struct eh_bases bases, other_bases;
+  const struct description_entry *entry = _Unwind_Find_FDE((void *)pc, &bases);
+  const struct description_entry *other = _Unwind_Find_FDE((void *)other_pc, &other_bases);
+  if (entry == NULL || other == NULL) return entry == other;
+  return entry == other || starts_with_a_frame(entry) || starts_with_a_frame(other);
 }

@@ -3,6 +3,7 @@
 #define GNUSTEP_UNWIND_INFO_H
 
 #include <stdbool.h>
+#include <stdint.h>
 #include <unwind.h>
 
 typedef _Unwind_Reason_Code (*personality_routine)(int version, _Unwind_Action, _Unwind_Exception_Class,
@@ -13,5 +14,9 @@ personality_routine objective_c_personality(struct _Unwind_Context *frame);
 
 // Whether the frame has handlers or clean-ups of any language.
 bool has_unwind_actions(struct _Unwind_Context *frame);
+
+// Whether two program counters may belong to one function. Compilers move a function's unlikely blocks away from it,
+// with call frame information of their own; such a block may be any function's.
+bool may_share_function(uintptr_t pc, uintptr_t other_pc);
 
 #endif
