@@ -168,9 +168,15 @@ void RaiseOutOfMemoryForString() {
 
 }  // namespace
 
-id Autoreleased(CFTypeRef object) {
-  msg::autorelease(AsPlatformObject(object));
-  return AsPlatformObject(object);
+id Autoreleased(CFTypeRef object, Holdings& holdings) {
+  Holdings::Item* const held = holdings.HoldReference(object);
+  const id result = msg::autorelease(AsPlatformObject(object));
+  if (result != nullptr) [[likely]] {
+    holdings.Forget(held);
+  } else {
+    holdings.Release(held);
+  }
+  return result;
 }
 
 void HostDataScope::LockString(REALstring string) {
@@ -216,10 +222,10 @@ void HostDataScope::Release() {
 id NewNSString(REALstring s, Holdings& holdings) {
   if (s == nullptr) return nullptr;
   if (HostHasNewStrings()) {
-    if (const void* copy = REALCopyStringCFString(s)) return Autoreleased(copy);
+    if (const void* copy = REALCopyStringCFString(s)) return Autoreleased(copy, holdings);
   }
   // On new hosts this asks the same service a second time. Deliberate.
-  if (const void* copy = REALGetStringCFString(s, 0)) return Autoreleased(copy);
+  if (const void* copy = REALGetStringCFString(s, 0)) return Autoreleased(copy, holdings);
 
   std::uint32_t encoding = REALGetStringEncoding(s);
   if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
@@ -245,7 +251,7 @@ id NewNSString(REALstring s, Holdings& holdings) {
   Holdings::Item* const held = holdings.HoldReference(string);
   scope.Release();
   holdings.Forget(held);
-  return Autoreleased(string);
+  return Autoreleased(string, holdings);
 }
 
 REALstring NSStringRB(id s, Holdings& holdings) {

@@ -13,8 +13,9 @@ inline id AsPlatformObject(CFTypeRef object) {
   return reinterpret_cast<id>(const_cast<void*>(object));
 }
 
-// Hands the caller's reference to the autorelease pool and answers the object; nil is nil.
-id Autoreleased(CFTypeRef object);
+// Hands the caller's reference to the autorelease pool and answers the object; nil is nil. Where the platform
+// does not take it, the reference is given back and the answer is nil.
+id Autoreleased(CFTypeRef object, Holdings& holdings);
 
 // What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.
 // Release gives back the string's lock, then the object's, then the string data; the Holdings do so on every
