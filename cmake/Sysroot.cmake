@@ -1,6 +1,7 @@
 # Targets for the 32-bit libraries that tools/bootstrap unpacked below build/sysroot.
 set(QVX_SYSROOT ${PROJECT_BINARY_DIR}/sysroot CACHE PATH "32-bit libraries unpacked by tools/bootstrap")
 set(QVX_SYSROOT_LIB ${QVX_SYSROOT}/usr/lib/i386-linux-gnu)
+set(QVX_SYSROOT_LIBS ${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/usr/lib:${QVX_SYSROOT}/lib/i386-linux-gnu)
 if(NOT EXISTS ${QVX_SYSROOT_LIB})
   message(FATAL_ERROR "wanted 32-bit libraries below ${QVX_SYSROOT}, found none; run tools/bootstrap first")
 endif()
@@ -15,7 +16,7 @@ target_include_directories(sysroot_headers SYSTEM INTERFACE
 add_library(sysroot_rpath INTERFACE)
 target_link_options(sysroot_rpath INTERFACE
   -Wl,--disable-new-dtags
-  -Wl,-rpath,${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/usr/lib -Wl,-rpath-link,${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/usr/lib)
+  -Wl,-rpath,${QVX_SYSROOT_LIBS} -Wl,-rpath-link,${QVX_SYSROOT_LIBS})
 
 # sysroot_library(target file...): an imported library by its files below the sysroot.
 function(sysroot_library target)

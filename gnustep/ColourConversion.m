@@ -1,0 +1,105 @@
+// gnustep/ColourConversion.m - colours from one space to another: the rules, in one place.
+#import "ColourConversion.h"
+
+#include <string.h>
+
+#include "ColourTransforms.h"
+#import "GNUstepColours.h"
+#import "QVXProfileColor.h"
+
+enum { kMostComponents = QVXMostChannels + 1 };
+
+static double Positive(double value) { return value > 0 ? value : 0; }
+
+// The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
+static NSString* FormulaName(NSColorSpace* space) {
+  NSString* name = [space qvx_stockName];
+  if (name) return name;
+  return [space qvx_kind] == QVXGenericCMYKSpace && ![space qvx_profile] ? NSDeviceCMYKColorSpace : nil;
+}
+
+NSColor* QVXColourWithComponents(NSColorSpace* space, const CGFloat* c) {
+  switch ([space qvx_kind]) {
+    case QVXDeviceRGBSpace:
+      return [NSColor colorWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
+    case QVXGenericRGBSpace:
+      return [NSColor colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
+    case QVXDeviceGraySpace:
+      return [NSColor colorWithDeviceWhite:c[0] alpha:c[1]];
+    case QVXGenericGraySpace:
+      return [NSColor colorWithCalibratedWhite:c[0] alpha:c[1]];
+    case QVXDeviceCMYKSpace:
+      return [NSColor colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
+    default:
+      return [QVXProfileColor colorInSpace:space components:c];
+  }
+}
+
+// By GNUstep's formulas. Generic CMYK without a profile takes part as device CMYK.
+static NSColor* ConvertByFormula(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
+  CGFloat components[kMostComponents];
+  if (![from qvx_stockName]) {
+    [color getComponents:components];
+    color = QVXColourWithComponents(QVXSpaceOfKind(QVXDeviceCMYKSpace), components);
+  }
+  color = [color colorUsingColorSpaceName:FormulaName(to) device:nil];
+  if ([to qvx_stockName] || !color) return color;
+  [color getComponents:components];
+  return QVXColourWithComponents(to, components);
+}
+
+// Through Little CMS. A CMYK space without a profile is converted by formula to device RGB first, which is
+// sRGB.
+static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
+  CGFloat components[kMostComponents];
+  [color getComponents:components];
+  CGFloat alpha = components[[color numberOfComponents] - 1];
+  double source[QVXMostChannels];
+  double result[QVXMostChannels];
+  for (NSInteger i = 0; i < [color numberOfComponents] - 1; i++) source[i] = components[i];
+  QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
+  QVXProfile* fromProfile = [from qvx_workingProfile];
+  if (!fromProfile) {
+    for (int i = 0; i < 3; i++) source[i] = Positive(1 - source[3] - source[i]);
+    fromProfile = srgb;
+  }
+  QVXProfile* toProfile = [to qvx_workingProfile];
+  if (!fromProfile || !srgb) return nil;
+  if (fromProfile == (toProfile ? toProfile : srgb))
+    memcpy(result, source, sizeof result);
+  else if (!QVXConvert(fromProfile, source, toProfile ? toProfile : srgb, result))
+    return nil;
+  if (!toProfile) {
+    for (int i = 0; i < 3; i++) result[i] = 1 - result[i];
+    result[3] = 0;
+  }
+  int channels = [to numberOfColorComponents];
+  for (int i = 0; i < channels; i++) components[i] = (CGFloat)result[i];
+  components[channels] = alpha;
+  return QVXColourWithComponents(to, components);
+}
+
+NSColor* QVXColourInSpace(NSColor* color, NSColorSpace* to) {
+  if (!to || !color) return nil;
+  NSColorSpace* from = [color colorSpace];
+  if (from == to || [from isEqual:to]) return color;
+  color = QVXConcreteColour(color);
+  from = [color colorSpace];
+  if (!from) return nil;
+  if (from == to || [from isEqual:to]) return color;
+  if ([to numberOfColorComponents] < 1) return nil;
+  return FormulaName(from) && FormulaName(to) ? ConvertByFormula(color, from, to)
+                                              : ConvertByProfile(color, from, to);
+}
+
+NSUInteger QVXHashOfComponents(const CGFloat* components, unsigned count) {
+  NSUInteger hash = 2166136261u;
+  for (unsigned i = 0; i < count; i++) {
+    CGFloat value = components[i] == 0 ? 0 : components[i];  // minus zero equals zero
+    uint32_t bits;
+    memcpy(&bits, &value, sizeof bits);
+    hash = (hash ^ bits) * 16777619u;
+    hash ^= hash >> 15;
+  }
+  return hash;
+}

@@ -1,0 +1,117 @@
+// gnustep/ColourListContents.m - reading what a colour-list file holds, without trusting it.
+#include <math.h>
+#include <string.h>
+
+#import "ColourLists.h"
+#import "ExactColours.h"
+
+// A file above this size is no colour list.
+enum { kLargestFile = 64 * 1024 * 1024 };
+
+static const char kArchiveMagic[] = "GNUstep archive";
+
+@implementation QVXColourListContents
+
+- (id)init {
+  self = [super init];
+  colors = [NSMutableDictionary new];
+  keys = [NSMutableArray new];
+  return self;
+}
+
+- (void)dealloc {
+  [name release];
+  [colors release];
+  [keys release];
+  [super dealloc];
+}
+
+// Every key a string, each once, every value a colour: else there is no list.
++ (QVXColourListContents*)qvx_contentsOfList:(id)list {
+  if (![list isKindOfClass:[NSColorList class]]) return nil;
+  NSDictionary* colors = [list qvx_colors];
+  NSArray* keys = [list qvx_keys];
+  if (![colors isKindOfClass:[NSDictionary class]] || ![keys isKindOfClass:[NSArray class]]) return nil;
+  if ([colors count] != [keys count]) return nil;
+  QVXColourListContents* contents = [[QVXColourListContents new] autorelease];
+  if ([[list name] isKindOfClass:[NSString class]]) contents->name = [[list name] copy];
+  for (NSString* key in keys) {
+    id color = [key isKindOfClass:[NSString class]] ? [colors objectForKey:key] : nil;
+    if (![color isKindOfClass:[NSColor class]] || [contents->colors objectForKey:key]) return nil;
+    NSString* copy = [[key copy] autorelease];
+    [contents->colors setObject:color forKey:copy];
+    [contents->keys addObject:copy];
+  }
+  return contents;
+}
+
++ (QVXColourListContents*)qvx_contentsOfArchive:(NSData*)data {
+  QVXColourListContents* contents = [self qvx_contentsOfList:[NSUnarchiver unarchiveObjectWithData:data]];
+  if (!contents) return nil;
+  NSDictionary* exact = QVXExactColoursBehind(data);
+  for (NSString* key in exact)
+    if ([contents->colors objectForKey:key]) [contents->colors setObject:[exact objectForKey:key] forKey:key];
+  return contents;
+}
+
+static NSString* TextOf(NSData* data) {
+  NSString* text = [[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding];
+  if (!text) text = [[NSString alloc] initWithData:data encoding:NSISOLatin1StringEncoding];
+  return [text autorelease];
+}
+
+// "0 red green blue alpha name": method 0 is calibrated RGB, and there is no other.
+static BOOL ReadLine(NSString* line, QVXColourListContents* contents) {
+  NSScanner* scanner = [NSScanner scannerWithString:line];
+  int method;
+  float c[4];
+  if (![scanner scanInt:&method] || method != 0) return NO;
+  for (int i = 0; i < 4; i++)
+    if (![scanner scanFloat:&c[i]] || !isfinite(c[i])) return NO;
+  [scanner scanCharactersFromSet:[NSCharacterSet whitespaceCharacterSet] intoString:NULL];
+  NSString* key = [[line substringFromIndex:[scanner scanLocation]]
+      stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+  if ([key length] == 0) return NO;
+  if (![contents->colors objectForKey:key]) [contents->keys addObject:key];
+  [contents->colors setObject:[NSColor colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[3]]
+                       forKey:key];
+  return YES;
+}
+
+// The number of colours on the first line, then that many lines, and nothing else.
++ (QVXColourListContents*)qvx_contentsOfText:(NSData*)data {
+  NSArray* lines = [TextOf(data) componentsSeparatedByString:@"\n"];
+  NSScanner* first = [NSScanner scannerWithString:[lines count] ? [lines objectAtIndex:0] : @""];
+  int count;
+  if (![first scanInt:&count] || ![first isAtEnd] || count < 0 || (NSUInteger)count >= [lines count])
+    return nil;
+  QVXColourListContents* contents = [[QVXColourListContents new] autorelease];
+  NSCharacterSet* blank = [NSCharacterSet whitespaceAndNewlineCharacterSet];
+  for (NSUInteger i = 1; i < [lines count]; i++) {
+    NSString* line = [lines objectAtIndex:i];
+    if (i <= (NSUInteger)count ? !ReadLine(line, contents)
+                               : [[line stringByTrimmingCharactersInSet:blank] length] > 0)
+      return nil;
+  }
+  return contents;
+}
+
++ (QVXColourListContents*)contentsOfData:(NSData*)data {
+  size_t size = [data length];
+  const char* bytes = [data bytes];
+  if (size == 0 || size > kLargestFile) return nil;
+  QVXColourListContents* contents = nil;
+  @try {
+    if (size >= strlen(kArchiveMagic) && memcmp(bytes, kArchiveMagic, strlen(kArchiveMagic)) == 0)
+      contents = [self qvx_contentsOfArchive:data];
+    else if (*bytes == 'b' || *bytes == '<')
+      contents = [self qvx_contentsOfList:[NSKeyedUnarchiver unarchiveObjectWithData:data]];
+    else
+      contents = [self qvx_contentsOfText:data];
+  } @catch (NSException* exception) {
+    return nil;  // damaged: it is no colour list
+  }
+  return contents;
+}
+
+@end

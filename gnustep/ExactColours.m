@@ -1,0 +1,168 @@
+// gnustep/ExactColours.m - colours in spaces with a profile, written so that nothing is lost.
+#import "ExactColours.h"
+
+#include <string.h>
+
+#import "ColourConversion.h"
+
+static const char kMagic[8] = {'Q', 'V', 'X', 'e', 'x', 'a', 'c', 't'};
+static NSString* const kCoderKey = @"QVXExactColour";
+static NSString* const kSoleKey = @"";
+enum { kFirstProfile = 256, kWord = 4 };
+
+// --- writing
+
+static void AppendWord(NSMutableData* data, uint32_t word) {
+  const unsigned char bytes[kWord] = {(unsigned char)word, (unsigned char)(word >> 8),
+                                      (unsigned char)(word >> 16), (unsigned char)(word >> 24)};
+  [data appendBytes:bytes length:sizeof bytes];
+}
+
+static void AppendBlock(NSMutableData* data, NSData* block) {
+  AppendWord(data, (uint32_t)[block length]);
+  [data appendData:block];
+}
+
+static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* color,
+                         NSMutableArray* profiles) {
+  NSColorSpace* space = [color colorSpace];
+  uint32_t number = [space qvx_kind];
+  if (number == QVXOtherSpace) {
+    NSData* profile = [space ICCProfileData];
+    NSUInteger index = [profiles indexOfObject:profile];
+    if (index == NSNotFound) {
+      index = [profiles count];
+      [profiles addObject:profile];
+    }
+    number = kFirstProfile + (uint32_t)index;
+  }
+  CGFloat components[QVXMostChannels + 1];
+  [color getComponents:components];
+  AppendBlock(data, [key dataUsingEncoding:NSUTF8StringEncoding]);
+  AppendWord(data, number);
+  AppendWord(data, (uint32_t)[color numberOfComponents]);
+  for (NSInteger i = 0; i < [color numberOfComponents]; i++) {
+    uint32_t bits;
+    memcpy(&bits, &components[i], sizeof bits);
+    AppendWord(data, bits);
+  }
+}
+
+NSData* QVXArchiveWithExactColours(NSData* archive, NSDictionary* colors) {
+  NSMutableArray* profiles = [NSMutableArray array];
+  NSMutableData* written = [NSMutableData data];
+  uint32_t count = 0;
+  NSEnumerator* keys = [colors keyEnumerator];
+  for (NSString* key = [keys nextObject]; key; key = [keys nextObject]) {
+    id color = [colors objectForKey:key];
+    if (![color isKindOfClass:[QVXProfileColor class]]) continue;
+    AppendColour(written, key, color, profiles);
+    count++;
+  }
+  if (count == 0) return archive;
+  NSMutableData* body = [NSMutableData data];
+  AppendWord(body, (uint32_t)[profiles count]);
+  for (NSUInteger i = 0; i < [profiles count]; i++) AppendBlock(body, [profiles objectAtIndex:i]);
+  AppendWord(body, count);
+  [body appendData:written];
+  AppendWord(body, (uint32_t)[body length]);
+  [body appendBytes:kMagic length:sizeof kMagic];
+  NSMutableData* whole = [NSMutableData dataWithData:archive];
+  [whole appendData:body];
+  return whole;
+}
+
+// --- reading: damaged data ends in `failed`, never beyond the end
+
+typedef struct {
+  const unsigned char* at;
+  size_t left;
+  BOOL failed;
+} Cursor;
+
+static const unsigned char* Take(Cursor* cursor, size_t size) {
+  if (cursor->failed || size > cursor->left) {
+    cursor->failed = YES;
+    return NULL;
+  }
+  const unsigned char* bytes = cursor->at;
+  cursor->at += size;
+  cursor->left -= size;
+  return bytes;
+}
+
+static uint32_t TakeWord(Cursor* cursor) {
+  const unsigned char* b = Take(cursor, kWord);
+  return b ? b[0] | (uint32_t)b[1] << 8 | (uint32_t)b[2] << 16 | (uint32_t)b[3] << 24 : 0;
+}
+
+static NSArray* TakeSpaces(Cursor* cursor) {
+  NSMutableArray* spaces = [NSMutableArray array];
+  uint32_t count = TakeWord(cursor);
+  for (uint32_t i = 0; i < count && !cursor->failed; i++) {
+    uint32_t size = TakeWord(cursor);
+    const unsigned char* bytes = Take(cursor, size);
+    if (!bytes) break;
+    NSColorSpace* space = [[NSColorSpace alloc] initWithICCProfileData:[NSData dataWithBytes:bytes
+                                                                                      length:size]];
+    if (space)
+      [spaces addObject:space];
+    else
+      cursor->failed = YES;
+    [space release];
+  }
+  return spaces;
+}
+
+static void TakeColour(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colors) {
+  uint32_t keySize = TakeWord(cursor);
+  const unsigned char* keyBytes = Take(cursor, keySize);
+  uint32_t number = TakeWord(cursor);
+  uint32_t count = TakeWord(cursor);
+  const unsigned char* bits = count <= QVXMostChannels + 1 ? Take(cursor, count * kWord) : NULL;
+  NSColorSpace* space = nil;
+  if (number < kFirstProfile)
+    space = QVXSpaceOfKind((int)number);
+  else if (number - kFirstProfile < [spaces count])
+    space = [spaces objectAtIndex:number - kFirstProfile];
+  NSString* key = keyBytes ? [[[NSString alloc] initWithBytes:keyBytes
+                                                       length:keySize
+                                                     encoding:NSUTF8StringEncoding] autorelease]
+                           : nil;
+  cursor->failed =
+      cursor->failed || !bits || !key || !space || count != (uint32_t)[space numberOfColorComponents] + 1;
+  if (cursor->failed) return;
+  CGFloat components[QVXMostChannels + 1];
+  memcpy(components, bits, count * kWord);
+  NSColor* color = [QVXProfileColor colorInSpace:space components:components];
+  if (color) [colors setObject:color forKey:key];
+}
+
+NSDictionary* QVXExactColoursBehind(NSData* archive) {
+  NSMutableDictionary* colors = [NSMutableDictionary dictionary];
+  const unsigned char* bytes = [archive bytes];
+  size_t size = [archive length];
+  size_t footer = kWord + sizeof kMagic;
+  if (size < footer || memcmp(bytes + size - sizeof kMagic, kMagic, sizeof kMagic) != 0) return colors;
+  Cursor length = {bytes + size - footer, kWord, NO};
+  size_t body = TakeWord(&length);
+  if (body > size - footer) return colors;
+  Cursor cursor = {bytes + size - footer - body, body, NO};
+  NSArray* spaces = TakeSpaces(&cursor);
+  uint32_t count = TakeWord(&cursor);
+  for (uint32_t i = 0; i < count && !cursor.failed; i++) TakeColour(&cursor, spaces, colors);
+  return colors;
+}
+
+void QVXEncodeExactColour(QVXProfileColor* color, NSCoder* coder) {
+  NSData* data = QVXArchiveWithExactColours([NSData data], [NSDictionary dictionaryWithObject:color
+                                                                                       forKey:kSoleKey]);
+  [coder encodeObject:data forKey:kCoderKey];
+}
+
+NSColor* QVXDecodeExactColour(NSCoder* coder) {
+  if (![coder containsValueForKey:kCoderKey]) return nil;
+  NSData* data = [coder decodeObjectForKey:kCoderKey];
+  if (![data isKindOfClass:[NSData class]]) return nil;
+  return [QVXExactColoursBehind(data) objectForKey:kSoleKey];
+}

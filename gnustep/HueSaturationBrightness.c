@@ -1,0 +1,50 @@
+// gnustep/HueSaturationBrightness.c - the hexcone: red, green and blue as hue, saturation and brightness, and
+// back.
+#include "HueSaturationBrightness.h"
+
+#include <math.h>
+
+QVXHSB QVXHSBFromRGB(float red, float green, float blue) {
+  float most = fmaxf(red, fmaxf(green, blue));
+  float least = fminf(red, fminf(green, blue));
+  float range = most - least;
+  if (!(range > 0)) return (QVXHSB){0, 0, most};
+  float sixths;  // of the circle, from red
+  if (most == red)
+    sixths = (green - blue) / range;
+  else if (most == green)
+    sixths = 2 + (blue - red) / range;
+  else
+    sixths = 4 + (red - green) / range;
+  if (sixths < 0) sixths += 6;
+  return (QVXHSB){sixths / 6, range / most, most};
+}
+
+static float Clip(float value) {
+  return value > 0 ? (value < 1 ? value : 1) : 0;
+}
+
+QVXRGB QVXRGBFromHSB(float hue, float saturation, float brightness) {
+  float sixths = Clip(hue) * 6;
+  saturation = Clip(saturation);
+  brightness = Clip(brightness);
+  int sector = (int)sixths;
+  float within = sixths - (float)sector;
+  float low = brightness * (1 - saturation);
+  float falling = brightness * (1 - saturation * within);
+  float rising = brightness * (1 - saturation * (1 - within));
+  switch (sector) {
+    case 1:
+      return (QVXRGB){falling, brightness, low};
+    case 2:
+      return (QVXRGB){low, brightness, rising};
+    case 3:
+      return (QVXRGB){low, falling, brightness};
+    case 4:
+      return (QVXRGB){rising, low, brightness};
+    case 5:
+      return (QVXRGB){brightness, low, falling};
+    default:
+      return (QVXRGB){brightness, rising, low};
+  }
+}

@@ -1,0 +1,28 @@
+// gnustep/NSColor+CoreGraphics.m - colours as Core Graphics handles, and back.
+//
+// The handle of a colour is the colour itself: it stays valid while the colour lives, and comes back as the
+// same colour in the same space, patterns and named colours included.
+#import "ColourClasses.h"
+#import "ExportedHandles.h"
+
+@implementation NSColor (QVXCoreGraphics)
+
+- (CGColorRef)CGColor {
+  QVXExportHandle(self);
+  return (CGColorRef)self;
+}
+
+// nil for NULL and for anything that no live colour has handed out.
++ (NSColor*)colorWithCGColor:(CGColorRef)handle {
+  if (!QVXIsLiveHandle(handle)) return nil;
+  NSColor* color = (NSColor*)handle;
+  return [color isKindOfClass:[NSColor class]] ? [[color retain] autorelease] : nil;
+}
+
+// Reached from every kind of colour when it goes away.
+- (void)dealloc {
+  QVXForgetHandle(self);
+  [super dealloc];
+}
+
+@end

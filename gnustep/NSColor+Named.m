@@ -1,0 +1,61 @@
+// gnustep/NSColor+Named.m - named colours: what they stand for now, and names that are missing.
+#import "ColourConversion.h"
+#import "GNUstepColours.h"
+#import "StockMethods.h"
+
+static NSString* const kSystemCatalogue = @"System";
+static NSString* const kUnderPage = @"underPageBackgroundColor";
+
+// What the lists hold for the name now; nil if nothing. GNUstep's list "System" lacks one of the platform's
+// colours.
+static NSColor* ListedColour(NSString* catalogue, NSString* name) {
+  NSColor* color = [[NSColorList colorListNamed:catalogue] colorWithKey:name];
+  if (!color && [catalogue isEqual:kSystemCatalogue] && [name isEqual:kUnderPage])
+    color = [NSColor colorWithCalibratedWhite:0.5F alpha:1];
+  return color;
+}
+
+NSColor* QVXConcreteColour(NSColor* color) {
+  // A list may hold names in turn; a circle of names stands for nothing.
+  for (int depth = 0; depth < 8; depth++) {
+    if (![color isKindOfClass:[GSNamedColor class]]) return color;
+    color = ListedColour([color catalogNameComponent], [color colorNameComponent]);
+  }
+  return nil;
+}
+
+@implementation NSColor (QVXNamed)
+
++ (NSColor*)colorWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
+  static QVXMethod stock;
+  // GNUstep would raise with its lock held, and no named colour could ever be converted again.
+  if (!catalogue || !name) return nil;
+  return ((id(*)(id, SEL, id, id))QVXStockClassMethod("NSColor", _cmd, &stock))(self, _cmd, catalogue, name);
+}
+
++ (NSColor*)underPageBackgroundColor {
+  return [NSColor colorWithCatalogName:kSystemCatalogue colorName:kUnderPage];
+}
+
+@end
+
+@implementation GSNamedColor (QVXNamed)
+
+- (id)initWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
+  static QVXMethod stock;
+  if (catalogue && name)
+    return ((id(*)(id, SEL, id, id))QVXStockMethod("GSNamedColor", _cmd, &stock))(self, _cmd, catalogue,
+                                                                                  name);
+  [self release];
+  return nil;
+}
+
+// GNUstep remembers the last answer, nil included, whatever happens to the list.
+- (NSColor*)colorUsingColorSpaceName:(NSString*)space device:(NSDictionary*)device {
+  if ([space isEqual:NSNamedColorSpace]) return self;
+  if (!space) space = [device objectForKey:NSDeviceColorSpaceName];
+  return [QVXConcreteColour(self) colorUsingColorSpaceName:space ? space : NSCalibratedRGBColorSpace
+                                                    device:device];
+}
+
+@end

@@ -1,0 +1,54 @@
+// gnustep/NSColor+Pasteboard.m - colours on a pasteboard, and whether their alpha counts there.
+#import "ExactColours.h"
+
+static NSString* const kKey = @"";
+
+// NSIgnoreAlpha in the user defaults, until the program says otherwise. -1: not asked yet.
+static int ignoresAlpha = -1;
+
+@implementation NSColor (QVXPasteboard)
+
++ (BOOL)ignoresAlpha {
+  int known = __atomic_load_n(&ignoresAlpha, __ATOMIC_ACQUIRE);
+  if (known >= 0) return known != 0;
+  id value = [[NSUserDefaults standardUserDefaults] objectForKey:@"NSIgnoreAlpha"];
+  int asked = value ? [value boolValue] : YES;
+  // A program that has set it meanwhile wins.
+  if (__atomic_compare_exchange_n(&ignoresAlpha, &known, asked, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    return asked != 0;
+  return known != 0;
+}
+
++ (void)setIgnoresAlpha:(BOOL)flag {
+  __atomic_store_n(&ignoresAlpha, flag ? 1 : 0, __ATOMIC_RELEASE);
+}
+
+// Nothing happens if the pasteboard does not take colours.
+- (void)writeToPasteboard:(NSPasteboard*)pasteboard {
+  NSData* archive = nil;
+  @try {
+    archive = [NSArchiver archivedDataWithRootObject:self];
+  } @catch (NSException* exception) {
+    return;  // a colour that no archive can hold
+  }
+  archive = QVXArchiveWithExactColours(archive, [NSDictionary dictionaryWithObject:self forKey:kKey]);
+  [pasteboard setData:archive forType:NSColorPboardType];
+}
+
+// nil if there is no colour, or what is there can't be read as one. Opaque where alpha is ignored.
++ (NSColor*)colorFromPasteboard:(NSPasteboard*)pasteboard {
+  NSData* data = [pasteboard dataForType:NSColorPboardType];
+  if ([data length] == 0) return nil;
+  id color = [QVXExactColoursBehind(data) objectForKey:kKey];
+  if (!color) {
+    @try {
+      color = [NSUnarchiver unarchiveObjectWithData:data];
+    } @catch (NSException* exception) {
+      return nil;
+    }
+  }
+  if (![color isKindOfClass:[NSColor class]]) return nil;
+  return [self ignoresAlpha] ? [color colorWithAlphaComponent:1] : color;
+}
+
+@end

@@ -1,0 +1,102 @@
+// gnustep/NSColorList+Files.m - colour lists from files and to files.
+#import "ColourLists.h"
+#import "ExactColours.h"
+
+static NSString* const kExtension = @"clr";
+
+static BOOL IsDirectory(NSString* path) {
+  BOOL directory = NO;
+  return [[NSFileManager defaultManager] fileExistsAtPath:path isDirectory:&directory] && directory;
+}
+
+static BOOL IsFile(NSString* path) {
+  BOOL directory = NO;
+  return [[NSFileManager defaultManager] fileExistsAtPath:path isDirectory:&directory] && !directory;
+}
+
+// name.clr in the folder; nil if the name can't be a file's.
+static NSString* PathInFolder(NSString* folder, NSString* name) {
+  if ([name length] == 0 || [name rangeOfString:@"/"].length > 0) return nil;
+  return [folder stringByAppendingPathComponent:[name stringByAppendingPathExtension:kExtension]];
+}
+
+static BOOL IsInFolder(NSString* path, NSString* folder) {
+  return folder && [[path stringByStandardizingPath]
+                       hasPrefix:[[folder stringByStandardizingPath] stringByAppendingString:@"/"]];
+}
+
+@implementation NSColorList (QVXFiles)
+
+// A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if
+// there is no such file, or it is no colour list.
+- (id)initWithName:(NSString*)name fromFile:(NSString*)path {
+  self = [self initWithName:name];
+  if (!path) return self;
+  NSString* file = IsFile(path) ? path : PathInFolder(path, name);
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSData* data = file && IsFile(file) ? [NSData dataWithContentsOfFile:file] : nil;
+  QVXColourListContents* contents = [[QVXColourListContents contentsOfData:data] retain];
+  [pool release];
+  if (!contents) {
+    if (QVXIsLoadingLists()) {
+      QVXHideList(self);
+      return self;
+    }
+    [self release];
+    return nil;
+  }
+  [_colorDictionary setDictionary:contents->colors];
+  [_orderedColorKeys setArray:contents->keys];
+  if (!_name) _name = [contents->name copy];
+  [contents release];
+  _fullFileName = [file copy];
+  _is_editable = [[NSFileManager defaultManager] isWritableFileAtPath:file];
+  return self;
+}
+
+// nil is the user's own folder, which is made if it is missing; a folder stands for a file in it with the
+// list's name; any other path is taken as it is. The list belongs to the new file only after it has been
+// written.
+- (BOOL)writeToFile:(NSString*)path {
+  NSString* target = path;
+  if (!path) {
+    NSString* folder = QVXUserColourFolder();
+    if (![[NSFileManager defaultManager] createDirectoryAtPath:folder
+                                   withIntermediateDirectories:YES
+                                                    attributes:nil
+                                                         error:NULL])
+      return NO;
+    target = PathInFolder(folder, _name);
+  } else if (IsDirectory(path)) {
+    target = PathInFolder(path, _name);
+  }
+  if (!target || IsDirectory(target)) return NO;
+  @try {
+    NSData* archive = [NSArchiver archivedDataWithRootObject:self];
+    archive = QVXArchiveWithExactColours(archive, _colorDictionary);
+    if (![archive writeToFile:target atomically:YES]) return NO;
+  } @catch (NSException* exception) {
+    return NO;  // a colour that no archive can hold
+  }
+  NSString* own = [target copy];
+  [_fullFileName release];
+  _fullFileName = own;
+  for (NSString* folder in QVXColourFolders())
+    if (IsInFolder(own, folder)) {
+      QVXMakeListAvailable(self);
+      break;
+    }
+  return YES;
+}
+
+// Only a file in the user's own folder is removed; the list is then no longer available, and belongs to no
+// file.
+- (void)removeFile {
+  if (!_fullFileName || ![self isEditable] || !IsInFolder(_fullFileName, QVXUserColourFolder())) return;
+  if (![[NSFileManager defaultManager] removeFileAtPath:_fullFileName handler:nil]) return;
+  QVXHideList(self);
+  [_fullFileName release];
+  _fullFileName = nil;
+}
+
+@end

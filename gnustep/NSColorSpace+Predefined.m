@@ -1,0 +1,193 @@
+// gnustep/NSColorSpace+Predefined.m - the nine predefined spaces: one object each, made once, and found by
+// name.
+#include <pthread.h>
+#include <stdlib.h>
+
+#import "ColourSpaces.h"
+
+@interface NSColorSpace (StockInitialiser)
+- (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;
+@end
+
+typedef struct {
+  NSString* name;
+  NSString* stockName;  // of the GNUstep colours that live in the space
+  NSColorSpaceModel model;
+  int builtIn;         // the profile that the space carries, or kNoProfile
+  int workingBuiltIn;  // the profile for arithmetic, or kNoProfile
+} Predefined;
+
+enum { kNoProfile = -1 };
+
+// By QVXSpaceKind.
+static const Predefined predefined[QVXSpaceKinds] = {
+    {nil, nil, NSUnknownColorSpaceModel, kNoProfile, kNoProfile},
+    {@"Device RGB", @"NSDeviceRGBColorSpace", NSRGBColorSpaceModel, kNoProfile, QVXBuiltInSRGB},
+    {@"Device Gray", @"NSDeviceWhiteColorSpace", NSGrayColorSpaceModel, kNoProfile, QVXBuiltInGamma22Gray},
+    {@"Device CMYK", @"NSDeviceCMYKColorSpace", NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
+    {@"Generic RGB", @"NSCalibratedRGBColorSpace", NSRGBColorSpaceModel, QVXBuiltInGenericRGB,
+     QVXBuiltInGenericRGB},
+    {@"Generic Gray", @"NSCalibratedWhiteColorSpace", NSGrayColorSpaceModel, QVXBuiltInGenericGray,
+     QVXBuiltInGenericGray},
+    {@"Generic CMYK", nil, NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
+    {@"sRGB IEC61966-2.1", nil, NSRGBColorSpaceModel, QVXBuiltInSRGB, QVXBuiltInSRGB},
+    {@"Adobe RGB (1998)", nil, NSRGBColorSpaceModel, QVXBuiltInAdobeRGB, QVXBuiltInAdobeRGB},
+    {@"Generic Gray Gamma 2.2 Profile", nil, NSGrayColorSpaceModel, QVXBuiltInGamma22Gray,
+     QVXBuiltInGamma22Gray},
+};
+
+// Filled once, read without a lock: a stored object never changes.
+static NSColorSpace* spaces[QVXSpaceKinds];
+
+NSColorSpace* QVXSpaceOfKind(int kind) {
+  if (kind <= QVXOtherSpace || kind >= QVXSpaceKinds) return nil;
+  NSColorSpace* space = __atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE);
+  if (space) return space;
+  NSColorSpace* made = [[NSColorSpace alloc] _initWithColorSpaceModel:predefined[kind].model];
+  if (__atomic_compare_exchange_n(&spaces[kind], &space, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    return made;
+  [made release];  // another thread was first
+  return space;
+}
+
+static QVXProfile* ReadProfile(NSString* path) {
+  NSDictionary* attributes = [[NSFileManager defaultManager] fileAttributesAtPath:path traverseLink:YES];
+  if (![NSFileTypeRegular isEqual:[attributes fileType]] || [attributes fileSize] > QVXLargestProfile)
+    return NULL;
+  NSData* data = [NSData dataWithContentsOfFile:path];
+  return QVXProfileOpen([data bytes], [data length]);
+}
+
+static QVXProfile* installedCMYK;
+static void FindInstalledCMYK(void) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  const char* named = getenv("QVX_CMYK_PROFILE");
+  QVXProfile* profile =
+      ReadProfile(named ? [[NSFileManager defaultManager] stringWithFileSystemRepresentation:named
+                                                                                      length:strlen(named)]
+                        : @QVX_CMYK_PROFILE);
+  if (profile && QVXProfileModel(profile) != QVXCMYKModel) {
+    QVXProfileRelease(profile);
+    profile = NULL;
+  }
+  installedCMYK = profile;
+  [pool release];
+}
+
+// The CMYK profile of the machine, or the one that the environment names instead; NULL if there is none.
+static QVXProfile* InstalledCMYK(void) {
+  static pthread_once_t once = PTHREAD_ONCE_INIT;
+  pthread_once(&once, FindInstalledCMYK);
+  return installedCMYK;
+}
+
+@implementation NSColorSpace (QVXPredefined)
+
++ (NSColorSpace*)deviceRGBColorSpace {
+  return QVXSpaceOfKind(QVXDeviceRGBSpace);
+}
+
++ (NSColorSpace*)deviceGrayColorSpace {
+  return QVXSpaceOfKind(QVXDeviceGraySpace);
+}
+
++ (NSColorSpace*)deviceCMYKColorSpace {
+  return QVXSpaceOfKind(QVXDeviceCMYKSpace);
+}
+
++ (NSColorSpace*)genericRGBColorSpace {
+  return QVXSpaceOfKind(QVXGenericRGBSpace);
+}
+
++ (NSColorSpace*)genericGrayColorSpace {
+  return QVXSpaceOfKind(QVXGenericGraySpace);
+}
+
++ (NSColorSpace*)genericCMYKColorSpace {
+  return QVXSpaceOfKind(QVXGenericCMYKSpace);
+}
+
++ (NSColorSpace*)sRGBColorSpace {
+  return QVXSpaceOfKind(QVXSRGBSpace);
+}
+
++ (NSColorSpace*)adobeRGB1998ColorSpace {
+  return QVXSpaceOfKind(QVXAdobeRGBSpace);
+}
+
++ (NSColorSpace*)genericGamma22GrayColorSpace {
+  return QVXSpaceOfKind(QVXGamma22GraySpace);
+}
+
++ (NSArray*)availableColorSpacesWithModel:(NSColorSpaceModel)model {
+  NSMutableArray* found = [NSMutableArray array];
+  for (int kind = QVXOtherSpace + 1; kind < QVXSpaceKinds; kind++)
+    if (model == NSUnknownColorSpaceModel || model == predefined[kind].model)
+      [found addObject:QVXSpaceOfKind(kind)];
+  return found;
+}
+
++ (NSColorSpace*)colorSpaceForColorSpaceName:(NSString*)name {
+  if ([name isEqual:NSCalibratedBlackColorSpace]) name = NSCalibratedWhiteColorSpace;
+  if ([name isEqual:NSDeviceBlackColorSpace]) name = NSDeviceWhiteColorSpace;
+  for (int kind = QVXOtherSpace + 1; name && kind < QVXSpaceKinds; kind++)
+    if ([predefined[kind].stockName isEqual:name]) return QVXSpaceOfKind(kind);
+  return nil;
+}
+
+- (NSString*)colorSpaceName {
+  NSString* stockName = [self qvx_stockName];
+  return stockName ? stockName : NSCustomColorSpace;
+}
+
+- (NSString*)qvx_stockName {
+  return predefined[[self qvx_kind]].stockName;
+}
+
+- (QVXSpaceKind)qvx_kind {
+  for (int kind = QVXOtherSpace + 1; kind < QVXSpaceKinds; kind++)
+    if (__atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE) == self) return kind;
+  return QVXOtherSpace;
+}
+
+- (QVXProfile*)qvx_profile {
+  QVXSpaceKind kind = [self qvx_kind];
+  if (kind == QVXOtherSpace) return _colorSyncProfile;
+  if (kind == QVXGenericCMYKSpace) return InstalledCMYK();
+  int builtIn = predefined[kind].builtIn;
+  return builtIn == kNoProfile ? NULL : QVXProfileBuiltIn(builtIn);
+}
+
+- (QVXProfile*)qvx_workingProfile {
+  int builtIn = predefined[[self qvx_kind]].workingBuiltIn;
+  return builtIn == kNoProfile ? [self qvx_profile] : QVXProfileBuiltIn(builtIn);
+}
+
+- (NSString*)localizedName {
+  QVXSpaceKind kind = [self qvx_kind];
+  if (kind != QVXOtherSpace) return predefined[kind].name;
+  const char* description = _colorSyncProfile ? QVXProfileDescription(_colorSyncProfile) : "";
+  return *description ? [NSString stringWithUTF8String:description] : nil;
+}
+
+- (NSColorSpaceModel)colorSpaceModel {
+  return _colorSpaceModel;
+}
+
+- (int)numberOfColorComponents {
+  switch ([self colorSpaceModel]) {
+    case NSGrayColorSpaceModel:
+      return 1;
+    case NSRGBColorSpaceModel:
+    case NSLABColorSpaceModel:
+      return 3;
+    case NSCMYKColorSpaceModel:
+      return 4;
+    case NSDeviceNColorSpaceModel:
+      return _colorSyncProfile ? (int)QVXProfileChannels(_colorSyncProfile) : 0;
+    default:
+      return 0;
+  }
+}
+
+@end

@@ -1,0 +1,89 @@
+// gnustep/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out again.
+#import "ColourSpaces.h"
+#import "ExportedHandles.h"
+#import "StockMethods.h"
+
+@implementation NSColorSpace (QVXFromProfiles)
+
+// The predefined spaces that are known by what their profile says. Generic CMYK is not among them: a space
+// made from the profile that it happens to carry is equal to it, but keeps the profile's own name.
+- (NSColorSpace*)qvx_predefinedSpaceOf:(QVXProfile*)profile {
+  static const struct {
+    QVXSpaceKind kind;
+    QVXBuiltIn builtIn;
+  } known[] = {{QVXSRGBSpace, QVXBuiltInSRGB},
+               {QVXAdobeRGBSpace, QVXBuiltInAdobeRGB},
+               {QVXGenericRGBSpace, QVXBuiltInGenericRGB},
+               {QVXGenericGraySpace, QVXBuiltInGenericGray},
+               {QVXGamma22GraySpace, QVXBuiltInGamma22Gray}};
+  for (unsigned i = 0; i < sizeof known / sizeof *known; i++)
+    if (QVXProfileBuiltIn(known[i].builtIn) == profile) return QVXSpaceOfKind(known[i].kind);
+  return nil;
+}
+
+- (id)qvx_initWithProfile:(QVXProfile*)profile data:(NSData*)data {
+  NSColorSpace* predefined = profile ? [self qvx_predefinedSpaceOf:profile] : nil;
+  if (!profile || predefined) {
+    QVXProfileRelease(profile);
+    [self release];
+    return [predefined retain];
+  }
+  size_t size = 0;
+  const void* bytes = QVXProfileBytes(profile, &size);
+  if (data) bytes = [data bytes];
+  _colorSpaceModel = QVXProfileModel(profile);
+  _iccData = [[NSData alloc] initWithBytes:bytes length:size];
+  _colorSyncProfile = profile;
+  return self;
+}
+
+- (id)initWithICCProfileData:(NSData*)data {
+  return [self qvx_initWithProfile:QVXProfileOpen([data bytes], [data length]) data:data];
+}
+
+- (id)initWithColorSyncProfile:(void*)handle {
+  return [self qvx_initWithProfile:QVXProfileFromHandle(handle) data:nil];
+}
+
+- (void*)colorSyncProfile {
+  return [self qvx_profile];
+}
+
+- (NSData*)ICCProfileData {
+  NSData* data = __atomic_load_n(&_iccData, __ATOMIC_ACQUIRE);
+  QVXProfile* profile = data ? NULL : [self qvx_profile];
+  if (!profile) return data;
+  size_t size = 0;
+  const void* bytes = QVXProfileBytes(profile, &size);
+  NSData* made = [[NSData alloc] initWithBytes:bytes length:size];
+  if (__atomic_compare_exchange_n(&_iccData, &data, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    return made;
+  [made release];
+  return data;
+}
+
+- (id)initWithCGColorSpace:(CGColorSpaceRef)handle {
+  NSColorSpace* space = QVXIsLiveHandle(handle) ? [(id)handle retain] : nil;
+  [self release];
+  if ([space isKindOfClass:[NSColorSpace class]]) return space;
+  [space release];
+  return nil;
+}
+
+- (CGColorSpaceRef)CGColorSpace {
+  QVXExportHandle(self);
+  return (CGColorSpaceRef)self;
+}
+
+// GNUstep's own, which runs after this, frees the data and knows nothing of the profile.
+- (void)dealloc {
+  static QVXMethod stock;
+  QVXForgetHandle(self);
+  QVXProfileRelease(_colorSyncProfile);
+  _colorSyncProfile = NULL;
+  ((void (*)(id, SEL))QVXStockMethod("NSColorSpace", _cmd, &stock))(self, _cmd);
+  return;
+  [super dealloc];  // never reached: GNUstep's own does it
+}
+
+@end
