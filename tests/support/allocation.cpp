@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/support/event_log.h"
+#include "tests/support/host.h"
 
 namespace scripted {
 namespace {
@@ -48,6 +49,12 @@ void ForgetBundleBlocks() {
 
 }  // namespace scripted
 
+extern "C" void __real_free(void* block);
+
+void scripted::FreeBundleBlocks() {
+  while (liveCount > 0) __real_free(live.at(static_cast<std::size_t>(--liveCount)));
+}
+
 using scripted::EventKind;
 
 extern "C" {
@@ -88,6 +95,8 @@ void __wrap_free(void* block) {
     const scripted::Outside outside;
     scripted::Log().Record(EventKind::kFree, "free", "free");
   }
+  // Without "PluginDisposeStringData" whoever owes string data frees its bytes.
+  if (scripted::InsideBundle()) std::erase(scripted::TheHost().liveStringData, block);
   __real_free(block);
 }
 

@@ -11,4 +11,7 @@ int LiveBundleBlocks();
 // Counts afresh: the shrunk tables of an old host live as long as the process.
 void ForgetBundleBlocks();
 
+// Frees those blocks: for whoever sets the bundle back to an earlier state, in which it does not know them.
+void FreeBundleBlocks();
+
 }  // namespace scripted

@@ -53,6 +53,8 @@ class EventLog {
   void SetHook(Hook hook) { hook_ = std::move(hook); }
   // Forgets the events so far; violations stay.
   void Clear() { events_.clear(); }
+  // Forgets everything, the hook too.
+  void Reset() { *this = EventLog(); }
 
   [[nodiscard]] const std::vector<Event>& Events() const { return events_; }
   [[nodiscard]] const std::vector<std::string>& Violations() const { return violations_; }

@@ -87,6 +87,10 @@ NativeObject* PassedOn(const std::function<void()>& body) {
   return state.delivered[&frame];
 }
 
+void ForgetFrames() {
+  TheState() = State();
+}
+
 }  // namespace scripted
 
 using namespace scripted;  // NOLINT(google-build-using-namespace): the C functions below are this file's

@@ -25,4 +25,7 @@ int OpenFrames();
 // Runs the body inside a frame of the test's own and answers what the bundle let through, or null.
 NativeObject* PassedOn(const std::function<void()>& body);
 
+// Forgets every frame and the balance.
+void ForgetFrames();
+
 }  // namespace scripted

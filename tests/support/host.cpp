@@ -8,6 +8,7 @@
 
 #include "tests/support/event_log.h"
 #include "tests/support/native_object.h"
+#include "tests/support/platform.h"
 
 namespace scripted {
 namespace {
@@ -142,8 +143,12 @@ HostObject& Host::NewInstance(std::string_view className) {
   HostObject& object = Make(HandleKind::kObject, className);
   for (const RegisteredClass& each : registered) {
     if (reinterpret_cast<const char*>(each.words[1]) == className) {
-      const Inside inside;
-      each.live->constructor(static_cast<qvx::REALobject>(object.Handle()));
+      object.constructed = false;
+      {
+        const Inside inside;
+        each.live->constructor(static_cast<qvx::REALobject>(object.Handle()));
+      }
+      object.constructed = true;
     }
   }
   return object;
@@ -161,6 +166,12 @@ void Host::Release(HostObject& object) {
   if (found != registered.end()) {
     const Inside inside;
     found->live->destructor(static_cast<qvx::REALobject>(object.Handle()));
+  } else if (NativeObject* const native = object.foreign || object.kind != HandleKind::kObject ? nullptr
+                                                                                               : object.Native()) {
+    // The destructor of a sibling's class does as the bundle's own.
+    if (ThePlatform().instances != nullptr) ThePlatform().instances->entries.erase(native);
+    GiveReference(native, "the sibling's destructor");
+    object.SetNative(nullptr);
   }
   for (void* const element : object.objects) Unlock(element);
   object.freed = true;
@@ -225,6 +236,16 @@ const RegisteredClass& Host::Class(std::string_view name) {
   std::fprintf(stderr, "wanted the registered class %.*s, found none\n", static_cast<int>(name.size()),
                name.data());
   std::abort();
+}
+
+void Host::ForgetHandles() {
+  for (const HostObject* const object : objects_) delete object;
+  for (const HostString* const string : strings_) delete string;
+  for (char* const data : liveStringData) std::free(data);
+  Host fresh;
+  fresh.version = version;
+  fresh.registered = std::move(registered);
+  *this = std::move(fresh);
 }
 
 void Host::PutPath(FSRef* ref, std::string_view path) {

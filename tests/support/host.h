@@ -33,6 +33,7 @@ struct HostObject {
   int locks = 0;         // "REALLockObject" calls so far
   int unlocks = 0;
   bool freed = false;
+  bool constructed = true;           // false for good when an exception leaves the constructor
   std::vector<std::uint8_t> memory;  // header, class data, guard bytes
 
   std::map<std::string, std::string> properties;  // as text, for exceptions
@@ -98,6 +99,8 @@ class Host {
   std::map<std::string, std::function<void()>, std::less<>>
       before;  // runs when a service is called; may throw
 
+  std::int32_t upperBoundOfNull = -1;  // what "RuntimeUBound" answers for no array
+
   // The resolver, as the bundle gets it.
   static void* Resolve(const char* name);
 
@@ -127,6 +130,9 @@ class Host {
   [[nodiscard]] bool IsObject(const void* handle) const;
   [[nodiscard]] bool IsString(const void* handle) const;
   std::string Text(const void* string);  // "" for the null string
+
+  // Forgets every handle and all settings, but for the version and the registered classes.
+  void ForgetHandles();
 
   const RegisteredClass& Class(std::string_view name);
   std::vector<RegisteredClass> registered;  // in order of registration

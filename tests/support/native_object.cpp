@@ -15,7 +15,8 @@ namespace scripted {
 namespace {
 
 struct Registry {
-  std::vector<NativeObject*> objects;  // never freed: a message to a freed object must be seen
+  std::vector<NativeObject*> objects;  // never deleted when freed: a message to a freed object must be seen
+  std::size_t permanent = 0;           // so many of them outlive ForgetNatives
   std::unordered_set<const void*> known;
   std::map<std::string, NativeObject*, std::less<>> classes;
   std::map<std::string, int, std::less<>> counters;
@@ -172,6 +173,23 @@ void DrainPool() {
 
 const std::vector<NativeObject*>& AllNatives() {
   return All().objects;
+}
+
+void KeepNatives() {
+  All().permanent = All().objects.size();
+}
+
+void ForgetNatives() {
+  Registry& all = All();
+  for (std::size_t i = all.permanent; i < all.objects.size(); ++i) {
+    all.known.erase(all.objects[i]);
+    if (all.objects[i]->isClass) all.classes.erase(all.objects[i]->name);
+    delete all.objects[i];
+  }
+  all.objects.resize(all.permanent);
+  for (NativeObject* const object : all.objects) object->held = object->pooled = 0;
+  all.counters.clear();
+  all.hidden.clear();
 }
 
 std::string Describe(const void* pointer) {

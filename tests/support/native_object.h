@@ -73,6 +73,11 @@ void DrainPool();
 
 const std::vector<NativeObject*>& AllNatives();
 
+// The objects made so far are there for good; ForgetNatives deletes every later one and clears what those
+// hold.
+void KeepNatives();
+void ForgetNatives();
+
 // How the log writes any pointer: a native object, a host handle, or a number.
 std::string Describe(const void* pointer);
 

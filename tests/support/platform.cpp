@@ -131,8 +131,16 @@ void Platform::Dispatch(Send& send, bool viaFpret) {
       receiver == nullptr ? DeclaredAnywhere(send.Selector()) : Declared(*receiver, send.Selector());
   if (method == nullptr) {
     const std::string text = "[" + Describe(receiver) + " " + send.Selector() + "]";
-    Log().Record(EventKind::kMessage, send.Selector(), text);
-    Log().Violation(text + ": the receiver has no such method");
+    const Fault fault = Log().Record(EventKind::kMessage, send.Selector(), text);
+    if (!unknownMessagesRaise) {
+      Log().Violation(text + ": the receiver has no such method");
+    } else if (fault == Fault::kRaiseOther) {
+      send.Raise(MakeNative("OtherThrowable"));
+    } else if (fault == Fault::kRaiseNSException) {
+      send.Raise(MakeException());
+    } else if (fault != Fault::kNull) {
+      send.Raise(MakeException("NSInvalidArgumentException", "unrecognized selector"));
+    }
     return;
   }
   const std::string text = DescribeMessage(send, *method);

@@ -103,6 +103,9 @@ class Platform {
                                                     "NewNSExceptionQVX:"};
   NativeObject* instances = MakeDictionary("instances");
 
+  // A message that the receiver has no method for raises, as on a real platform; otherwise it is a violation.
+  bool unknownMessagesRaise = false;
+
   // What the C functions do.
   bool failCreateWithCharacters = false;
   bool failMutableCopy = false;

@@ -70,8 +70,9 @@ Class objc_getClass(const char* name) {
 
 SEL sel_registerName(const char* name) {
   const Outside outside;
-  Log().Record(EventKind::kLookup, "sel_registerName", "sel_registerName(" + Quoted(name) + ")");
-  return SelectorNamed(name);
+  const Fault fault =
+      Log().Record(EventKind::kLookup, "sel_registerName", "sel_registerName(" + Quoted(name) + ")");
+  return fault == Fault::kNull ? nullptr : SelectorNamed(name);
 }
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef /*allocator*/, const UniChar* characters,
