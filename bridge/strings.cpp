@@ -170,13 +170,9 @@ void RaiseOutOfMemoryForString() {
 
 id Autoreleased(CFTypeRef object, Holdings& holdings) {
   Holdings::Item* const held = holdings.HoldReference(object);
-  const id result = msg::autorelease(AsPlatformObject(object));
-  if (result != nullptr) [[likely]] {
-    holdings.Forget(held);
-  } else {
-    holdings.Release(held);
-  }
-  return result;
+  msg::autorelease(AsPlatformObject(object));
+  holdings.Forget(held);
+  return AsPlatformObject(object);
 }
 
 void HostDataScope::LockString(REALstring string) {

@@ -13,8 +13,7 @@ inline id AsPlatformObject(CFTypeRef object) {
   return reinterpret_cast<id>(const_cast<void*>(object));
 }
 
-// Hands the caller's reference to the autorelease pool and answers the object; nil is nil. Where the platform
-// does not take it, the reference is given back and the answer is nil.
+// Hands the caller's reference to the autorelease pool and answers the object; nil is nil.
 id Autoreleased(CFTypeRef object, Holdings& holdings);
 
 // What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.

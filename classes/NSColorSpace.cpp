@@ -177,7 +177,7 @@ id PathOfItem(REALfolderItem item, Holdings& holdings) {
   CFURLRef url = URLOfItem(item);
   if (url == nullptr) url = URLThroughParent(item, holdings);
   if (url == nullptr) return nullptr;
-  if (Autoreleased(url, holdings) == nullptr) return nullptr;
+  Autoreleased(url, holdings);
   const CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
   return path != nullptr ? Autoreleased(path, holdings) : nullptr;
 }

@@ -99,6 +99,8 @@ class Host {
   std::map<std::string, std::function<void()>, std::less<>>
       before;  // runs when a service is called; may throw
 
+  std::int32_t upperBoundOfNull = -1;  // what "RuntimeUBound" answers for no array
+
   // The resolver, as the bundle gets it.
   static void* Resolve(const char* name);
 

@@ -264,7 +264,8 @@ void* CreateArray(std::int32_t elementType, std::int32_t upperBound) {
 
 std::int32_t UBound(void* array) {
   const Outside outside;
-  if (Note("RuntimeUBound", {NameOf(array)}) || array == nullptr) return -1;
+  if (Note("RuntimeUBound", {NameOf(array)})) return -1;
+  if (array == nullptr) return TheHost().upperBoundOfNull;
   const HostObject& host = TheHost().Object(array);
   return static_cast<std::int32_t>(host.elementType == 2 ? host.numbers.size() : host.objects.size()) - 1;
 }

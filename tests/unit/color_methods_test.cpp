@@ -60,7 +60,9 @@ TEST_F(Components, InsertsEachComponentAtItsIndex) {
   EXPECT_THAT(Log().Services(), Contains("insert(array#1, 3, 1)"));
 }
 
-TEST_F(Components, TheArrayHasOneReferenceForTheCaller) { EXPECT_EQ(host.Object(Get()).references, 1); }
+TEST_F(Components, TheArrayHasOneReferenceForTheCaller) {
+  EXPECT_EQ(host.Object(Get()).references, 1);
+}
 
 TEST_F(Components, TakesAtMost32) {
   platform.components.assign(32, 0.25F);
@@ -114,17 +116,19 @@ struct Family {
 };
 
 std::vector<Family> Families() {
-  return {{"getCMYK", 4, "[color getCyan:out magenta:out yellow:out black:out alpha:null]",
-           "getCyan:magenta:yellow:black:alpha:", 4, false},
-          {"getWhite", 5, "[color getWhite:out alpha:null]", "getWhite:alpha:", 1, false},
-          {"getHSV", 6, "[color getHue:out saturation:out brightness:out alpha:null]",
-           "getHue:saturation:brightness:alpha:", 3, false},
-          {"getRGB", 7, "[color getRed:out green:out blue:out alpha:null]", "getRed:green:blue:alpha:", 3, false},
-          {"getCMYKA", 8, "[color getCyan:out magenta:out yellow:out black:out alpha:out]",
-           "getCyan:magenta:yellow:black:alpha:", 5, false},
-          {"getWhiteA", 9, "[color getWhite:out alpha:out]", "getWhite:alpha:", 2, false},
-          {"getHSVA", 10, "[color getRed:out green:out blue:out alpha:out]", "getRed:green:blue:alpha:", 4, true},
-          {"getRGBA", 11, "[color getRed:out green:out blue:out alpha:out]", "getRed:green:blue:alpha:", 4, true}};
+  return {
+      {"getCMYK", 4, "[color getCyan:out magenta:out yellow:out black:out alpha:null]",
+       "getCyan:magenta:yellow:black:alpha:", 4, false},
+      {"getWhite", 5, "[color getWhite:out alpha:null]", "getWhite:alpha:", 1, false},
+      {"getHSV", 6, "[color getHue:out saturation:out brightness:out alpha:null]",
+       "getHue:saturation:brightness:alpha:", 3, false},
+      {"getRGB", 7, "[color getRed:out green:out blue:out alpha:null]", "getRed:green:blue:alpha:", 3, false},
+      {"getCMYKA", 8, "[color getCyan:out magenta:out yellow:out black:out alpha:out]",
+       "getCyan:magenta:yellow:black:alpha:", 5, false},
+      {"getWhiteA", 9, "[color getWhite:out alpha:out]", "getWhite:alpha:", 2, false},
+      {"getHSVA", 10, "[color getRed:out green:out blue:out alpha:out]", "getRed:green:blue:alpha:", 4, true},
+      {"getRGBA", 11, "[color getRed:out green:out blue:out alpha:out]", "getRed:green:blue:alpha:", 4,
+       true}};
 }
 
 class ComponentFamily : public ColorMethod, public testing::WithParamInterface<Family> {
@@ -134,11 +138,21 @@ class ComponentFamily : public ColorMethod, public testing::WithParamInterface<F
     double v[5] = {9, 9, 9, 9, 9};
     const std::string& declaration = kColorMethods[GetParam().row];
     switch (GetParam().outputs) {
-      case 1: CallMethod<void>(kColor, declaration, object, &v[0]); break;
-      case 2: CallMethod<void>(kColor, declaration, object, &v[0], &v[1]); break;
-      case 3: CallMethod<void>(kColor, declaration, object, &v[0], &v[1], &v[2]); break;
-      case 4: CallMethod<void>(kColor, declaration, object, &v[0], &v[1], &v[2], &v[3]); break;
-      default: CallMethod<void>(kColor, declaration, object, &v[0], &v[1], &v[2], &v[3], &v[4]); break;
+      case 1:
+        CallMethod<void>(kColor, declaration, object, &v[0]);
+        break;
+      case 2:
+        CallMethod<void>(kColor, declaration, object, &v[0], &v[1]);
+        break;
+      case 3:
+        CallMethod<void>(kColor, declaration, object, &v[0], &v[1], &v[2]);
+        break;
+      case 4:
+        CallMethod<void>(kColor, declaration, object, &v[0], &v[1], &v[2], &v[3]);
+        break;
+      default:
+        CallMethod<void>(kColor, declaration, object, &v[0], &v[1], &v[2], &v[3], &v[4]);
+        break;
     }
     return {v, v + GetParam().outputs};
   }
@@ -191,9 +205,10 @@ TEST_P(ComponentFamily, AnotherColorSpaceIsAHostExceptionOrARetryThroughCalibrat
   if (GetParam().retries) {
     EXPECT_THAT(values, ElementsAre(0.25, 0.5, 0.75, 1));
     EXPECT_THAT(host.raised, IsEmpty());
-    EXPECT_THAT(Log().Messages(), ElementsAre(GetParam().message,
-                                              "[color colorUsingColorSpaceName:@\"NSCalibratedRGBColorSpace\"]",
-                                              "[NSColor#1 getRed:out green:out blue:out alpha:out]"));
+    EXPECT_THAT(
+        Log().Messages(),
+        ElementsAre(GetParam().message, "[color colorUsingColorSpaceName:@\"NSCalibratedRGBColorSpace\"]",
+                    "[NSColor#1 getRed:out green:out blue:out alpha:out]"));
   } else {
     EXPECT_EQ(values, Zeros());
     EXPECT_THAT(host.raised, SizeIs(1));
@@ -256,7 +271,9 @@ std::vector<Derived> DerivedColors() {
            }},
           {"colorWithAlphaComponent", 13, "[color colorWithAlphaComponent:0.100000001]", number(13, 0.1)},
           {"colorUsingColorSpaceName", 14, "[color colorUsingColorSpaceName:@\"name\"]",
-           [](void* self) { return CallMethod<void*>(kColor, kColorMethods[14], self, TheHost().NewString("name")); }},
+           [](void* self) {
+             return CallMethod<void*>(kColor, kColorMethods[14], self, TheHost().NewString("name"));
+           }},
           {"colorUsingNilColorSpaceName", 14, "[color colorUsingColorSpaceName:nil]",
            [](void* self) { return CallMethod<void*>(kColor, kColorMethods[14], self, nullptr); }},
           {"colorUsingColorSpace", 15, "[color colorUsingColorSpace:space]",

@@ -28,8 +28,9 @@ class ColorProperty : public NewHost {
 
 TEST_F(ColorProperty, ColorValueAsksTheColorItselfFirst) {
   ColorValue();
-  EXPECT_THAT(Log().Lines({EventKind::kMessage, EventKind::kFrame}),
-              ElementsAre("enter", "enter", "[color getRed:out green:out blue:out alpha:out]", "leave", "leave"));
+  EXPECT_THAT(
+      Log().Lines({EventKind::kMessage, EventKind::kFrame}),
+      ElementsAre("enter", "enter", "[color getRed:out green:out blue:out alpha:out]", "leave", "leave"));
 }
 
 TEST_F(ColorProperty, ColorValueTruncatesEachComponentTimes255) {
@@ -71,7 +72,7 @@ TEST_F(ColorProperty, ColorValueOfNumbersThatFitNoIntegerIsTheProcessorsAnswer) 
   const float infinity = std::numeric_limits<float>::infinity();
   for (const float value : {infinity, -infinity, std::nanf(""), 1e30F, -1e30F, 9e6F}) {
     EXPECT_EQ(ColorValueOf(0, 0, value), 0x80000000U) << value;
-    EXPECT_EQ(ColorValueOf(value, 0, 0), 0U) << value;      // shifted out
+    EXPECT_EQ(ColorValueOf(value, 0, 0), 0U) << value;  // shifted out
     EXPECT_EQ(ColorValueOf(0, value, 0), 0U) << value;
     EXPECT_EQ(ColorValueOf(0, 0, 1), 255U);
   }

@@ -23,8 +23,8 @@ TEST_F(Raising, BuildsMakesSetsRaisesAndReleasesInThisOrder) {
                           "PluginNewInstance(\"NilObjectException\")",
                           "REALSetPropValueString(NilObjectException#1, \"Message\", \"It is nil\")",
                           "REALSetPropValueInt(NilObjectException#1, \"ErrorNumber\", 0)",
-                          "RuntimeRaiseException(NilObjectException#1)", "REALUnlockObject(NilObjectException#1)",
-                          "REALUnlockString(\"It is nil\")"));
+                          "RuntimeRaiseException(NilObjectException#1)",
+                          "REALUnlockObject(NilObjectException#1)", "REALUnlockString(\"It is nil\")"));
 }
 
 TEST_F(Raising, SendsNoPlatformMessage) {
@@ -137,13 +137,15 @@ TEST_F(OutOfBounds, BelowTheMinimumIsTooSmall) {
   Raise(0);
   EXPECT_EQ(host.raised[0].className, "OutOfBoundsException");
   EXPECT_EQ(Message(),
-            "Parameter values ubound to method colorWithColorSpace is too small. Range is 1 to 19, but value is 0.");
+            "Parameter values ubound to method colorWithColorSpace is too small. Range is 1 to 19, but value "
+            "is 0.");
 }
 
 TEST_F(OutOfBounds, AboveTheMaximumIsTooBig) {
   Raise(20);
-  EXPECT_EQ(Message(),
-            "Parameter values ubound to method colorWithColorSpace is too big. Range is 1 to 19, but value is 20.");
+  EXPECT_EQ(
+      Message(),
+      "Parameter values ubound to method colorWithColorSpace is too big. Range is 1 to 19, but value is 20.");
 }
 
 TEST_F(OutOfBounds, AnythingFromTheMinimumUpIsTooBig) {
@@ -153,8 +155,9 @@ TEST_F(OutOfBounds, AnythingFromTheMinimumUpIsTooBig) {
 
 TEST_F(OutOfBounds, WritesNumbersOfSixtyFourBits) {
   Raise(-9000000000LL, -8000000000LL, 7000000000LL, "p", "m");
-  EXPECT_EQ(Message(),
-            "Parameter p to method m is too small. Range is -8000000000 to 7000000000, but value is -9000000000.");
+  EXPECT_EQ(
+      Message(),
+      "Parameter p to method m is too small. Range is -8000000000 to 7000000000, but value is -9000000000.");
 }
 
 TEST_F(OutOfBounds, CutsAMessageAt231Characters) {
@@ -179,7 +182,8 @@ TEST_F(OutOfBounds, UsesOneBufferOf232BytesAndFreesIt) {
 }
 
 TEST_F(OutOfBounds, RaisesAShortMessageWhenTheBufferCannotBeHad) {
-  Log().SetHook([](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
+  Log().SetHook(
+      [](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
   Raise(0);
   EXPECT_EQ(host.raised.at(0).className, "OutOfBoundsException");
   EXPECT_EQ(Message(), "Out of Bounds");
@@ -208,15 +212,17 @@ TEST_F(RaisingNative, LogsNameReasonAndUserInfoOfTheException) {
 
 TEST_F(RaisingNative, AsksTheSiblingWithoutTestingForIt) {
   RaiseIt();
-  EXPECT_THAT(Log().Messages(), ElementsAre("[" + exception->name + " name]", "[" + exception->name + " reason]",
-                                            "[" + exception->name + " userInfo]",
-                                            "[NSException NewNSExceptionQVX:" + exception->name + "]"));
+  EXPECT_THAT(Log().Messages(),
+              ElementsAre("[" + exception->name + " name]", "[" + exception->name + " reason]",
+                          "[" + exception->name + " userInfo]",
+                          "[NSException NewNSExceptionQVX:" + exception->name + "]"));
 }
 
 TEST_F(RaisingNative, LogsBeforeTheSiblingIsAsked) {
   RaiseIt();
   const Lines lines = Log().Lines();
-  const auto log = std::ranges::find_if(lines, [](const std::string& line) { return line.starts_with("NSLog"); });
+  const auto log =
+      std::ranges::find_if(lines, [](const std::string& line) { return line.starts_with("NSLog"); });
   const auto ask = std::ranges::find(lines, "[NSException NewNSExceptionQVX:" + exception->name + "]");
   EXPECT_LT(log, ask);
   EXPECT_NE(ask, lines.end());

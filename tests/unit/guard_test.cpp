@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <new>
 
+#include "bridge/instances.h"
 #include "tests/unit/guarded_functions.h"
 
 namespace unit {
@@ -51,13 +52,17 @@ TEST_P(Guard, SendsItsMessageInsideTheFrameAndNoneAfterIt) {
 }
 
 TEST_P(Guard, PreparesOnlyWhereItShouldAndBeforeTheFrame) {
-  // Nothing has prepared yet but the construction of self, which is forgotten here.
+  // The construction of self has prepared already: that is undone. And no instance may be made, whose
+  // constructor would prepare.
+  host.missing = {"PluginNewInstance"};
+  qvx::instances = nullptr;
+  qvx::ExceptionsInitialized = false;
   CallIsNeutral();
   const Lines lines = Log().Lines();
   const auto enter = std::ranges::find(lines, "enter");
   const auto ask = std::ranges::find_if(
       lines, [](const std::string& line) { return line.find("respondsToSelector:") != std::string::npos; });
-  if (GetParam().className != nullptr) {
+  if (!GetParam().preparesFirst) {
     EXPECT_EQ(ask, lines.end());
   } else {
     ASSERT_NE(ask, lines.end());
@@ -157,11 +162,15 @@ struct SwallowingGetter {
   std::string name;
   bool text;
 };
+void PrintTo(const SwallowingGetter& each, std::ostream* out) {
+  *out << each.name;
+}
 
 std::vector<SwallowingGetter> SwallowingGetters() {
   std::vector<SwallowingGetter> all;
   for (const PropertyDeclaration& each : kColorProperties) {
-    if (each.type == "double" || each.type == "string") all.push_back({std::string(each.name), each.type == "string"});
+    if (each.type == "double" || each.type == "string")
+      all.push_back({std::string(each.name), each.type == "string"});
   }
   return all;
 }
@@ -183,7 +192,9 @@ class SwallowingGuard : public NewHost, public testing::WithParamInterface<Swall
 INSTANTIATE_TEST_SUITE_P(Getters, SwallowingGuard, testing::ValuesIn(SwallowingGetters()),
                          [](const auto& each) { return each.param.name; });
 
-TEST_P(SwallowingGuard, IsOneOfEighteen) { EXPECT_EQ(SwallowingGetters().size(), 18U); }
+TEST_P(SwallowingGuard, IsOneOfEighteen) {
+  EXPECT_EQ(SwallowingGetters().size(), 18U);
+}
 
 TEST_P(SwallowingGuard, SwallowsAnNSExceptionSilently) {
   NativeObject* const exception = MakeException();
@@ -220,6 +231,8 @@ TEST_P(SwallowingGuard, AnEmptyInstanceGivesTheNeutralResult) {
 }
 
 TEST_P(SwallowingGuard, DoesNotPrepare) {
+  qvx::instances = nullptr;
+  qvx::ExceptionsInitialized = false;
   GetIsNeutral();
   EXPECT_EQ(Sends("respondsToSelector:"), 0);
 }

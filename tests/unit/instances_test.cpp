@@ -41,7 +41,8 @@ TEST_F(Preparation, IsTriedAgainWhileThereIsNoSiblingPart) {
   platform.ForgetSibling();
   Prepare();
   Prepare();
-  EXPECT_THAT(Log().Messages(), ElementsAre(kPreparation[0], kPreparation[2], kPreparation[0], kPreparation[2]));
+  EXPECT_THAT(Log().Messages(),
+              ElementsAre(kPreparation[0], kPreparation[2], kPreparation[0], kPreparation[2]));
   EXPECT_EQ(qvx::instances, nullptr);
   EXPECT_FALSE(qvx::ExceptionsInitialized);
 }
@@ -218,11 +219,12 @@ TEST_P(Convert, LooksMakesRetainsAndEntersInThisOrder) {
   NativeObject* const native = MakeWrapped();
   void* const object = ToHost(native);
   const std::string name = host.Object(object).name;
-  EXPECT_THAT(Log().Lines(), ElementsAre("CFDictionaryGetValue(instances, " + native->name + ")",
-                                         "resolve PluginNewInstance",
-                                         "PluginNewInstance(\"" + std::string(GetParam().className) + "\")",
-                                         "[" + native->name + " retain]",
-                                         "CFDictionarySetValue(instances, " + native->name + ", " + name + ")"));
+  EXPECT_THAT(
+      Log().Lines(),
+      ElementsAre("CFDictionaryGetValue(instances, " + native->name + ")", "resolve PluginNewInstance",
+                  "PluginNewInstance(\"" + std::string(GetParam().className) + "\")",
+                  "[" + native->name + " retain]",
+                  "CFDictionarySetValue(instances, " + native->name + ", " + name + ")"));
   EXPECT_EQ(host.Object(object).Native(), native);
   EXPECT_EQ(host.Object(object).references, 1);
   EXPECT_EQ(host.Object(object).locks, 0);

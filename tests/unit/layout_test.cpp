@@ -15,7 +15,9 @@ Lines Declarations(const Entries& entries) {
   return lines;
 }
 
-const char* Text(std::uint32_t word) { return reinterpret_cast<const char*>(static_cast<std::uintptr_t>(word)); }
+const char* Text(std::uint32_t word) {
+  return reinterpret_cast<const char*>(static_cast<std::uintptr_t>(word));
+}
 
 // The newest and the oldest layout.
 class Layout : public FreshBundle, public testing::WithParamInterface<long double> {
@@ -24,9 +26,8 @@ class Layout : public FreshBundle, public testing::WithParamInterface<long doubl
   static bool Old() { return GetParam() < 2012.0L; }
 };
 
-INSTANTIATE_TEST_SUITE_P(Hosts, Layout, testing::Values(2015.0L, 2012.0L, 2011.0L), [](const auto& each) {
-  return std::to_string(static_cast<int>(each.param));
-});
+INSTANTIATE_TEST_SUITE_P(Hosts, Layout, testing::Values(2015.0L, 2012.0L, 2011.0L),
+                         [](const auto& each) { return std::to_string(static_cast<int>(each.param)); });
 
 struct ExpectedClass {
   const char* name;
@@ -35,7 +36,8 @@ struct ExpectedClass {
   std::uint32_t constants;
   std::uint32_t sharedMethods;
 };
-constexpr ExpectedClass kExpected[] = {{kColor, 20, 21, 0, 60}, {kList, 0, 11, 0, 0}, {kSpace, 0, 11, 18, 15}};
+constexpr ExpectedClass kExpected[] = {
+    {kColor, 20, 21, 0, 60}, {kList, 0, 11, 0, 0}, {kSpace, 0, 11, 18, 15}};
 
 TEST_P(Layout, EveryWordOfTheThreeDefinitions) {
   for (const ExpectedClass& expected : kExpected) {

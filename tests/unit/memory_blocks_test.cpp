@@ -25,9 +25,10 @@ TEST_F(NewNSData, NullIsNilAndNoServiceIsCalled) {
 TEST_F(NewNSData, LocksMeasuresReadsCopiesAndUnlocksInThisOrder) {
   HostObject& block = host.NewBlock({7, 8, 9});
   NativeObject* const data = ToPlatform(block.Handle());
-  EXPECT_THAT(Log().Lines({EventKind::kService, EventKind::kMessage}),
-              ElementsAre("REALLockObject(block#1)", "memoryBlockGetSize(block#1)", "memoryBlockGetPtr(block#1)",
-                          "[NSData dataWithBytes:bytes length:3]", "REALUnlockObject(block#1)"));
+  EXPECT_THAT(
+      Log().Lines({EventKind::kService, EventKind::kMessage}),
+      ElementsAre("REALLockObject(block#1)", "memoryBlockGetSize(block#1)", "memoryBlockGetPtr(block#1)",
+                  "[NSData dataWithBytes:bytes length:3]", "REALUnlockObject(block#1)"));
   EXPECT_THAT(data->bytes, ElementsAre(7, 8, 9));
 }
 
@@ -102,7 +103,8 @@ TEST_F(NewNSData, UnlocksWhenTheHostThrows) {
 TEST_F(NewNSData, UnlocksWhenThePlatformRaises) {
   platform.RaiseOnce("dataWithBytes:length:", MakeException());
   HostObject& block = host.NewBlock({1});
-  CallShared<void*>(kSpace, "ColorSpaceWithICCProfileData(ICCProfileData as Memoryblock) as NSColorSpaceQVX", block);
+  CallShared<void*>(kSpace, "ColorSpaceWithICCProfileData(ICCProfileData as Memoryblock) as NSColorSpaceQVX",
+                    block);
   EXPECT_THAT(host.raised, SizeIs(1));
   EXPECT_EQ(block.references, 1);
 }
@@ -138,7 +140,8 @@ TEST_F(NSDataRB, ReadsMakesAndCopies) {
   EXPECT_THAT(block->bytes, ElementsAre(1, 2, 3));
   EXPECT_EQ(block->references, 1);
   EXPECT_THAT(Log().Lines({EventKind::kService, EventKind::kMessage}),
-              ElementsAre("[NSData#1 bytes]", "[NSData#1 length]", "newMemoryBlock(3)", "memoryBlockGetPtr(block#1)"));
+              ElementsAre("[NSData#1 bytes]", "[NSData#1 length]", "newMemoryBlock(3)",
+                          "memoryBlockGetPtr(block#1)"));
 }
 
 TEST_F(NSDataRB, CopiesSoThatNeitherSideSeesTheOther) {
@@ -167,7 +170,8 @@ TEST_F(NSDataRB, ALengthWithoutBytesIsNull) {
 }
 
 TEST_F(NSDataRB, ALengthAboveTwoGigabytesCountsAsNegative) {
-  for (const std::uint32_t length : {0x80000000U, 0xFFFFFFFFU}) EXPECT_THAT(ToHost(Claiming(length)), IsNull());
+  for (const std::uint32_t length : {0x80000000U, 0xFFFFFFFFU})
+    EXPECT_THAT(ToHost(Claiming(length)), IsNull());
   EXPECT_THAT(host.raised, IsEmpty());
 }
 

@@ -20,7 +20,9 @@ NativeObject* ToPlatform(qvx::REALstring string) {
   return Native(Call(static_cast<id (*)(qvx::REALstring)>(&qvx::NewNSString), string));
 }
 
-std::u16string TextOf(const NativeObject* string) { return string == nullptr ? u"(nil)" : string->text; }
+std::u16string TextOf(const NativeObject* string) {
+  return string == nullptr ? u"(nil)" : string->text;
+}
 
 // A service that answers null although it is there.
 void AnswerNull(const char* service) {
@@ -109,9 +111,10 @@ using NewNSStringOnNewHost = NewHost;
 TEST_F(NewNSStringOnNewHost, AsksForThePlatformStringTwiceBeforeItReadsBytes) {
   AnswerNull("REALGetStringCFString");
   ToPlatform(host.NewString("abc"));
-  EXPECT_THAT(Log().Services(), ElementsAre("REALGetStringCFString(\"abc\")", "REALGetStringCFString(\"abc\")",
-                                            "REALGetStringEncoding(\"abc\")", "PluginGetStringData(\"abc\", 0xffff)",
-                                            "PluginDisposeStringData(\"abc\")"));
+  EXPECT_THAT(Log().Services(),
+              ElementsAre("REALGetStringCFString(\"abc\")", "REALGetStringCFString(\"abc\")",
+                          "REALGetStringEncoding(\"abc\")", "PluginGetStringData(\"abc\", 0xffff)",
+                          "PluginDisposeStringData(\"abc\")"));
   EXPECT_EQ(Asked("REALGetStringCFString"), 2);
 }
 
@@ -132,8 +135,8 @@ TEST_F(NewNSStringOnNewHost, MakesTheStringBeforeTheBytesAreGivenBackAndAutorele
   EXPECT_EQ(string->autoreleases, 1);
   Lines order = Log().Lines({EventKind::kService, EventKind::kCall, EventKind::kMessage});
   EXPECT_THAT(order, ElementsAre("REALGetStringEncoding(\"abc\")", "PluginGetStringData(\"abc\", 0xffff)",
-                                 "CFStringCreateWithCString(\"abc\", 0x8000100)", "PluginDisposeStringData(\"abc\")",
-                                 "[@\"abc\" autorelease]"));
+                                 "CFStringCreateWithCString(\"abc\", 0x8000100)",
+                                 "PluginDisposeStringData(\"abc\")", "[@\"abc\" autorelease]"));
 }
 
 TEST_F(NewNSStringOnNewHost, NeitherLocksNorReadsTheRecord) {
@@ -339,7 +342,8 @@ TEST_F(StringDataFallback, AsksForStringDataAgainOnEveryUse) {
 }
 
 TEST_F(StringDataFallback, FreesNothingTwiceWhenTheCopyCannotBeMade) {
-  Log().SetHook([](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
+  Log().SetHook(
+      [](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
   REALstringData data{};
   EXPECT_FALSE(Get(host.NewString("abc", kEncodingUTF8), kEncodingASCII, &data));
   EXPECT_EQ(Calls("REALUnlockString"), 1);

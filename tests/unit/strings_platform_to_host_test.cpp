@@ -31,8 +31,12 @@ std::string Units32(std::u32string_view text) {
   return {reinterpret_cast<const char*>(text.data()), text.size() * 4};
 }
 
-std::string TextOf(void* string) { return TheHost().Text(string); }
-std::uint32_t EncodingOf(void* string) { return TheHost().String(string).encoding; }
+std::string TextOf(void* string) {
+  return TheHost().Text(string);
+}
+std::uint32_t EncodingOf(void* string) {
+  return TheHost().String(string).encoding;
+}
 
 using NSStringRB = NewHost;
 
@@ -65,8 +69,8 @@ TEST_F(NSStringRB, MeasuresReadsAndBuildsInThisOrder) {
   ToHost(MakeText("red"));
   EXPECT_THAT(Log().Lines(),
               ElementsAre("CFStringGetLength(@\"red\")", "CFStringGetCString(@\"red\", 600, 0x8000100)",
-                          "resolve REALBuildString", "REALBuildString(\"red\")", "resolve REALSetStringEncoding",
-                          "REALSetStringEncoding(\"red\", 0x8000100)"));
+                          "resolve REALBuildString", "REALBuildString(\"red\")",
+                          "resolve REALSetStringEncoding", "REALSetStringEncoding(\"red\", 0x8000100)"));
 }
 
 TEST_F(NSStringRB, UpTo99UnitsNothingIsAllocated) {
@@ -94,7 +98,8 @@ TEST_F(NSStringRB, NinetyNineUnitsOfThreeBytesFitTheStackBuffer) {
 }
 
 TEST_F(NSStringRB, AHeapBufferThatCannotBeHadGivesTheNullString) {
-  Log().SetHook([](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
+  Log().SetHook(
+      [](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
   EXPECT_THAT(ToHost(MakeText(std::string(100, 'x'))), IsNull());
   EXPECT_EQ(Log().Count(EventKind::kCall, "CFStringGetCString"), 0);
   EXPECT_THAT(host.raised, IsEmpty());
@@ -138,17 +143,18 @@ class BuildOnAnyHost : public FreshBundle, public testing::WithParamInterface<lo
   void SetUp() override { Start(GetParam()); }
 };
 
-INSTANTIATE_TEST_SUITE_P(Hosts, BuildOnAnyHost, testing::Values(2011.0L, 2012.0L, 2015.0L), [](const auto& each) {
-  return std::to_string(static_cast<int>(each.param));
-});
+INSTANTIATE_TEST_SUITE_P(Hosts, BuildOnAnyHost, testing::Values(2011.0L, 2012.0L, 2015.0L),
+                         [](const auto& each) { return std::to_string(static_cast<int>(each.param)); });
 
 TEST_P(BuildOnAnyHost, NoBytesGiveTheNullStringAndNoServiceIsCalled) {
   for (const std::uint32_t encoding : {kEncodingUTF8, kEncodingUTF16, kEncodingUTF32, kEncodingMacRoman}) {
-    EXPECT_THAT(Call(&qvx::REALBuildUnicodeString, static_cast<const void*>(nullptr), std::int64_t{3}, encoding),
-                IsNull());
-    for (const std::int64_t length :
-         {std::int64_t{0}, std::int64_t{-1}, std::int64_t{0x80000000LL}, std::int64_t{0x100000001LL}, INT64_MIN}) {
-      EXPECT_THAT(Call(&qvx::REALBuildUnicodeString, static_cast<const void*>("abc"), length, encoding), IsNull());
+    EXPECT_THAT(
+        Call(&qvx::REALBuildUnicodeString, static_cast<const void*>(nullptr), std::int64_t{3}, encoding),
+        IsNull());
+    for (const std::int64_t length : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{0x80000000LL},
+                                      std::int64_t{0x100000001LL}, INT64_MIN}) {
+      EXPECT_THAT(Call(&qvx::REALBuildUnicodeString, static_cast<const void*>("abc"), length, encoding),
+                  IsNull());
     }
   }
   EXPECT_THAT(Log().Lines(), IsEmpty());
@@ -273,9 +279,9 @@ using BuildOnNewHost = NewHost;
 
 TEST_F(BuildOnNewHost, BuildsWithTheEncodingConvertsAndReleasesTheTemporary) {
   Build(Units16(u"ab"), kEncodingUTF16);
-  EXPECT_THAT(Log().Services(),
-              ElementsAre("REALBuildStringWithEncoding(\"a\\x00b\\x00\", 0x100)",
-                          "REALConvertString(\"a\\x00b\\x00\", 0x8000100)", "REALUnlockString(\"a\\x00b\\x00\")"));
+  EXPECT_THAT(Log().Services(), ElementsAre("REALBuildStringWithEncoding(\"a\\x00b\\x00\", 0x100)",
+                                            "REALConvertString(\"a\\x00b\\x00\", 0x8000100)",
+                                            "REALUnlockString(\"a\\x00b\\x00\")"));
 }
 
 TEST_F(BuildOnNewHost, DoesTheSameForUTF32) {
@@ -307,9 +313,10 @@ using BuildOnOldHost = OldHost;
 
 TEST_F(BuildOnOldHost, BuildsTagsConvertsAndReleasesTheTemporary) {
   Build(Units16(u"ab"), kEncodingUTF16);
-  EXPECT_THAT(Log().Services(),
-              ElementsAre("REALBuildString(\"a\\x00b\\x00\")", "REALSetStringEncoding(\"a\\x00b\\x00\", 0x100)",
-                          "REALConvertString(\"a\\x00b\\x00\", 0x8000100)", "REALUnlockString(\"a\\x00b\\x00\")"));
+  EXPECT_THAT(
+      Log().Services(),
+      ElementsAre("REALBuildString(\"a\\x00b\\x00\")", "REALSetStringEncoding(\"a\\x00b\\x00\", 0x100)",
+                  "REALConvertString(\"a\\x00b\\x00\", 0x8000100)", "REALUnlockString(\"a\\x00b\\x00\")"));
 }
 
 TEST_F(BuildOnOldHost, WithoutATemporaryUTF16IsNotConverted) {
@@ -326,9 +333,10 @@ TEST_F(BuildOnOldHost, WithoutATemporaryTheConversionOfUTF32IsAskedForAllTheSame
 
 TEST_F(BuildOnOldHost, NarrowsUTF32TagsConvertsAndReleases) {
   Build(Units32(U"ab"), kEncodingUTF32);
-  EXPECT_THAT(Log().Services(),
-              ElementsAre("REALBuildString(\"a\\x00b\\x00\")", "REALSetStringEncoding(\"a\\x00b\\x00\", 0x100)",
-                          "REALConvertString(\"a\\x00b\\x00\", 0x8000100)", "REALUnlockString(\"a\\x00b\\x00\")"));
+  EXPECT_THAT(
+      Log().Services(),
+      ElementsAre("REALBuildString(\"a\\x00b\\x00\")", "REALSetStringEncoding(\"a\\x00b\\x00\", 0x100)",
+                  "REALConvertString(\"a\\x00b\\x00\", 0x8000100)", "REALUnlockString(\"a\\x00b\\x00\")"));
 }
 
 TEST_F(BuildOnOldHost, DropsTrailingBytesOfUTF32) {
@@ -360,7 +368,8 @@ TEST_F(BuildOnOldHost, NarrowsMoreInAHeapBufferOfTwoBytesPerUnitAndFour) {
 }
 
 TEST_F(BuildOnOldHost, GivesTheNullStringWhenTheHeapBufferCannotBeHad) {
-  Log().SetHook([](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
+  Log().SetHook(
+      [](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
   EXPECT_THAT(Build(Units32(std::u32string(200, U'x')), kEncodingUTF32), IsNull());
   EXPECT_THAT(Log().Services(), IsEmpty());
 }
