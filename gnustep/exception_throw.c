@@ -17,7 +17,8 @@
 #include "unwind_info.h"
 
 // What the runtime's personality routine expects an exception to be: its class, and the layout that it reads.
-static const char kObjectiveCExceptionClass[8] = "GNUCOBJC";
+// The class is the text GNUCOBJC, its first letter in the highest byte.
+static const _Unwind_Exception_Class kObjectiveCExceptionClass = 0x474E55434F424A43;
 
 struct native_exception {
   struct _Unwind_Exception header;
@@ -65,7 +66,7 @@ static void free_deliveries_below(uintptr_t address) {
 
 static void prepare_exception(struct native_exception *exception, id value) {
   memset(exception, 0, sizeof *exception);
-  memcpy(&exception->header.exception_class, kObjectiveCExceptionClass, sizeof kObjectiveCExceptionClass);
+  exception->header.exception_class = kObjectiveCExceptionClass;
   exception->value = value;
 }
 
@@ -86,14 +87,14 @@ struct survey {
 // that entered it has returned without leaving it, and another one uses its memory.
 static bool frame_in_last_function(struct survey *survey, uintptr_t top) {
   struct exception_frame *frame;
-  while ((frame = exception_frame_at(0)) != NULL && (uintptr_t)frame < top) {
+  while ((frame = innermost_exception_frame()) != NULL && (uintptr_t)frame < top) {
     if (exception_frame_is_armed(frame, survey->here) &&
         may_share_function(exception_frame_pc(frame), survey->last_start)) {
       survey->target = frame;
       survey->end = survey->last_bottom;
       return true;
     }
-    exception_frame_drop(frame);
+    exception_frames_leave(frame);
   }
   return false;
 }
@@ -124,12 +125,12 @@ static void survey_stack(struct survey *survey) {
   survey->caught = survey->last_catches;
   if (survey->caught) return;
   struct exception_frame *frame;
-  while ((frame = exception_frame_at(0)) != NULL) {
+  while ((frame = innermost_exception_frame()) != NULL) {
     if (exception_frame_is_armed(frame, survey->here)) {
       survey->target = frame;
       return;
     }
-    exception_frame_drop(frame);
+    exception_frames_leave(frame);
   }
 }
 
@@ -148,7 +149,8 @@ static _Noreturn void throw_natively(id exception) {
 }
 
 static _Noreturn void deliver(struct exception_frame *target, id exception) {
-  exception_frames_drop_to(target);
+  exception_frames_leave(target);
+  exception_frame_restore_locks(target);
   free_deliveries_below((uintptr_t)target);
   target->mark = 0;
   target->exception = exception;
@@ -214,9 +216,9 @@ static void forget_delivery(_Unwind_Reason_Code reason, struct _Unwind_Exception
 
 COCOA_EXPORT void objc_exception_throw(id exception) {
   uintptr_t here = (uintptr_t)__builtin_frame_address(0);
-  exception_frames_drop_to((const void *)here);
+  exception_frames_drop_below(here);
   free_deliveries_below(here - kMargin);
-  if (exception_frame_at(0) == NULL) throw_natively(exception);
+  if (innermost_exception_frame() == NULL) throw_natively(exception);
 
   struct survey survey = {.here = here};
   prepare_exception(&survey.probe, exception);

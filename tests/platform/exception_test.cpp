@@ -55,6 +55,21 @@ TEST(Exception, IsDeliveredFromTheFirstMessageThatInitialisesAClass) {
   EXPECT_EQ(NameOf(exception), "InInitialize");
 }
 
+TEST(Exception, LeavesTheRuntimeUnlockedWhenItComesFromAnInitializer) {
+  // A class's first message runs its initializer under the runtime's lock. Another thread would wait for it forever.
+  static constexpr const char* kFresh[] = {"RaisesInInitializeToo", "FreshA"};
+  EXPECT_EQ(NameOf(Guarded([] {
+              Message<"class", id()>()(reinterpret_cast<id>(objc_getClass(kFresh[0])));
+            })),
+            "InInitialize");
+  bool done = false;
+  std::thread([&] {
+    Message<"misalignmentOfInitialize", std::uintptr_t()>()(reinterpret_cast<id>(objc_getClass(kFresh[1])));
+    done = true;
+  }).join();
+  EXPECT_TRUE(done);
+}
+
 TEST(Exception, GoesToTheInnermostFrameOnly) {
   id inner = nullptr;
   int after = 0;
@@ -338,6 +353,36 @@ TEST(StaleFrame, MayBeLeftAfterTheOneOutsideIt) {
   EXPECT_EQ(NameOf(Guarded([] { RaiseBang(nullptr); })), "Bang");
 }
 
+// As an outer and an inner @try of one function lie, where a compiler makes frames of them. Counts deliveries.
+template <std::size_t Outer>
+[[gnu::noinline]] void RaiseInTwoFrames(int (&delivered)[2]) {
+  ObjCExceptionFrame frames[2];
+  ObjCExceptionFrame& outer = frames[Outer];
+  ObjCExceptionFrame& inner = frames[1 - Outer];
+  objc_exception_try_enter(&outer);
+  if (_setjmp(outer.buffer) != 0) {
+    ++delivered[0];
+    return;
+  }
+  objc_exception_try_enter(&inner);
+  if (_setjmp(inner.buffer) != 0) {
+    ++delivered[1];
+    objc_exception_throw(objc_exception_extract(&inner));
+  }
+  RaiseBang(nullptr);
+}
+
+TEST(NestedFrames, MayLieInOneFunctionInAnyOrder) {
+  int upwards[2] = {};
+  RaiseInTwoFrames<0>(upwards);
+  EXPECT_EQ(upwards[0], 1);
+  EXPECT_EQ(upwards[1], 1);
+  int downwards[2] = {};
+  RaiseInTwoFrames<1>(downwards);
+  EXPECT_EQ(downwards[0], 1);
+  EXPECT_EQ(downwards[1], 1);
+}
+
 TEST(StaleFrame, IsWhatAnEnteredFrameWithoutSetjmpCountsAs) {
   const id exception = Guarded([] {
     ObjCExceptionFrame frame;
@@ -388,12 +433,26 @@ TEST(NoFrame, LeavesTheExceptionToAnObjectiveCCatch) {
   EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang");
 }
 
+// Throws where no C++ function is on the stack: one would stop the exception.
+void ThrowOnABareThread(void* (*start)(void*)) {
+  pthread_t thread;
+  pthread_create(&thread, nullptr, start, nullptr);
+  pthread_join(thread, nullptr);
+}
+
 TEST(NoFrameDeathTest, EndsTheProcessAndNamesTheException) {
-  EXPECT_DEATH(RaiseBang(nullptr), "Bang.*for a test");
+  EXPECT_DEATH(ThrowOnABareThread([](void*) -> void* {
+                 RaiseBang(nullptr);
+                 return nullptr;
+               }),
+               "Bang.*for a test");
 }
 
 TEST(NoFrameDeathTest, EndsTheProcessForAThrownObjectThatIsNoException) {
-  EXPECT_DEATH(objc_exception_throw(Message<"new", id()>()(PlatformClass<"NSObject">())), "");
+  EXPECT_DEATH(ThrowOnABareThread([](void*) -> void* {
+                 objc_exception_throw(Message<"new", id()>()(PlatformClass<"NSObject">()));
+               }),
+               "");
 }
 
 // ---- threads

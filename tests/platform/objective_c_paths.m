@@ -177,6 +177,12 @@ static uintptr_t misalignment;
 
 @end
 
+@interface RaisesInInitializeToo : RaisesInInitialize
+@end
+
+@implementation RaisesInInitializeToo
+@end
+
 // Implements nothing and hands every message on.
 @interface Forwarder : NSObject {
   id _target;
