@@ -8,7 +8,9 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "gnustep/cocoa_host.h"
 #include "tests/platform/guarded.h"
 #include "tests/platform/paths.h"
 
@@ -457,18 +459,34 @@ TEST(NoFrameDeathTest, EndsTheProcessForAThrownObjectThatIsNoException) {
 
 // ---- threads
 
+// A thread with a pool of its own, as the platform wants it.
+class PooledThread {
+ public:
+  template <typename Body>
+  explicit PooledThread(const Body& body)
+      : thread_([body] {
+          void* const pool = objc_autoreleasePoolPush();
+          body();
+          objc_autoreleasePoolPop(pool);
+        }) {}
+  void Join() { thread_.join(); }
+
+ private:
+  std::thread thread_;
+};
+
 TEST(Threads, HaveFramesOfTheirOwn) {
   // The outer frame of this thread is none of the other's: there the exception goes to the other's own frame, and a @catch.
-  id on_thread = nullptr;
-  id caught_on_thread = nullptr;
+  std::string on_thread;
+  std::string caught_on_thread;
   const id here = Guarded([&] {
-    std::thread([&] {
-      on_thread = Guarded([] { RaiseBang(nullptr); });
-      caught_on_thread = ThroughCatch(&RaiseBang, nullptr);
-    }).join();
+    PooledThread([&] {
+      on_thread = NameOf(Guarded([] { RaiseBang(nullptr); }));
+      caught_on_thread = NameOf(ThroughCatch(&RaiseBang, nullptr));
+    }).Join();
   });
-  EXPECT_EQ(NameOf(on_thread), "Bang");
-  EXPECT_EQ(NameOf(caught_on_thread), "Bang");
+  EXPECT_EQ(on_thread, "Bang");
+  EXPECT_EQ(caught_on_thread, "Bang");
   EXPECT_EQ(here, nullptr);
 }
 
@@ -477,9 +495,9 @@ TEST(Threads, RaiseAndCatchAtTheSameTime) {
   constexpr int kRounds = 2000;
   std::array<int, kThreads> delivered{};
   std::array<int, kThreads> finallys{};
-  std::array<std::thread, kThreads> threads;
+  std::vector<PooledThread> threads;
   for (int i = 0; i < kThreads; ++i) {
-    threads[static_cast<std::size_t>(i)] = std::thread([&, index = static_cast<std::size_t>(i)] {
+    threads.emplace_back([&, index = static_cast<std::size_t>(i)] {
       const id mine = NewException("Mine", "");
       for (int round = 0; round < kRounds; ++round) {
         const id exception = Guarded([&] {
@@ -490,7 +508,7 @@ TEST(Threads, RaiseAndCatchAtTheSameTime) {
       }
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (PooledThread& thread : threads) thread.Join();
   for (std::size_t i = 0; i < kThreads; ++i) {
     EXPECT_EQ(delivered[i], kRounds);
     EXPECT_EQ(finallys[i], kRounds);
