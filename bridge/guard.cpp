@@ -3,23 +3,22 @@
 
 namespace qvx {
 
-id NSExceptionOrPassOn(id exception) {
+bool IsNSException(id exception) {
   const id exceptionClass = PlatformClass<"NSException">();
-  if (exceptionClass != nullptr &&
-      objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0) {
-    return exception;
-  }
-  objc_exception_throw(exception);
+  return exceptionClass != nullptr &&
+         objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
 }
 
-id CatchNSExceptionHolding(void (*body)(void* context, Holdings& holdings), void* context) {
+id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context) {
   Holdings holdings;
   auto withHoldings = [body, context, &holdings] { body(context, holdings); };
   const id exception = RunInFrame(withHoldings);
-  holdings.GiveBack();
-  if (exception == nullptr) [[likely]]
-    return nullptr;
-  return NSExceptionOrPassOn(exception);
+  // Each in a frame of its own, so that a platform exception on the way is dropped and the first one goes on.
+  while (!holdings.IsEmpty()) [[unlikely]] {
+      auto giveBack = [&holdings] { holdings.GiveBack(); };
+      RunInFrame(giveBack);
+    }
+  return exception;
 }
 
 }  // namespace qvx

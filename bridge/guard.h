@@ -11,6 +11,7 @@
 
 #include "bridge/exceptions.h"
 #include "bridge/holdings.h"
+#include "bridge/references.h"
 #include "platform/message.h"
 
 namespace qvx {
@@ -29,7 +30,7 @@ class FrameExit {
 };
 
 // Runs the body inside an exception frame and answers the exception that was delivered, nil for none. Never
-// inlined: the frame that _setjmp belongs to holds nothing that changes before the delivery.
+// inlined: the function that _setjmp belongs to holds nothing that changes before the delivery.
 template <typename Body>
 [[gnu::noinline]] id RunInFrame(Body& body) {
   ObjCExceptionFrame frame;
@@ -42,48 +43,77 @@ template <typename Body>
   return objc_exception_extract(&frame);
 }
 
-// Answers the delivered exception if it is an NSException; any other is passed on and this does not return.
-id NSExceptionOrPassOn(id exception);
+// RunInFrame for every body that holds things, without its type. What it still held is given back.
+id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context);
 
-// CatchNSException for a body that holds things, without its type: one frame for all of them.
-id CatchNSExceptionHolding(void (*body)(void* context, Holdings& holdings), void* context);
+// Runs the body, which takes nothing or its Holdings, and answers whatever exception was delivered.
+template <typename Body>
+id DeliveredBy(Body& body) {
+  if constexpr (std::is_invocable_v<Body&, Holdings&>) {
+    return RunInFrameHolding(
+        [](void* context, Holdings& holdings) { (*static_cast<Body*>(context))(holdings); }, &body);
+  } else {
+    return RunInFrame(body);
+  }
+}
 
-// Runs the body, which takes nothing or its Holdings. Answers the NSException that ended it, autoreleased, or
-// nil after normal completion. Any other exception is passed on, after what the body held is given back.
+bool IsNSException(id exception);
+
+// Runs the body and answers the NSException that ended it, nil after normal completion. Any other exception
+// is passed on, and this does not return.
 template <typename Body>
 id CatchNSException(Body&& body) {
-  if constexpr (std::is_invocable_v<Body&, Holdings&>) {
-    using Plain = std::remove_reference_t<Body>;
-    return CatchNSExceptionHolding(
-        [](void* context, Holdings& holdings) { (*static_cast<Plain*>(context))(holdings); }, &body);
-  } else {
-    const id exception = RunInFrame(body);
-    if (exception == nullptr) [[likely]]
-      return nullptr;
-    return NSExceptionOrPassOn(exception);
+  const id exception = DeliveredBy(body);
+  if (exception != nullptr && !IsNSException(exception)) [[unlikely]] {
+    objc_exception_throw(exception);
   }
+  return exception;
 }
 
 // The guard of methods, getters, destructors and factories: an NSException that ends the body is raised as a
-// host exception, and the caller goes on with its result as it stands.
+// host exception, and the caller goes on.
 template <typename Body>
 void Guarded(Body&& body) {
   const id exception = CatchNSException(body);
-  if (exception != nullptr) [[unlikely]]
+  if (exception != nullptr) [[unlikely]] {
     RaiseNSExceptionQVX(exception);
+  }
 }
 
-// The same with a result, which starts as the neutral value and is set by the body:
-// Guarded<double>([&](double& result) { ... }) or with a second parameter, Holdings&.
+// What follows a delivered exception: an NSException is raised as a host exception. Anything else is passed
+// on, and the result, which nobody gets then, is given back.
+template <typename Holder>
+[[gnu::noinline, gnu::cold]] void RaiseOrPassOn(id exception, Holder& result) {
+  if (!IsNSException(exception)) {
+    result.Release();
+    objc_exception_throw(exception);
+  }
+  RaiseNSExceptionQVX(exception);
+}
+
+// The same with a result, `initial` until the body sets it; a handle is an owned reference. After an
+// NSException the result is what it was by then.
+template <typename Result, typename Body>
+Result GuardedResult(Result initial, Body&& body) {
+  ResultHolder<Result> result(initial);
+  id exception;
+  if constexpr (std::is_invocable_v<Body&, Result&, Holdings&>) {
+    auto withResult = [&body, &result](Holdings& holdings) { body(result.Slot(), holdings); };
+    exception = DeliveredBy(withResult);
+  } else {
+    auto withResult = [&body, &result] { body(result.Slot()); };
+    exception = DeliveredBy(withResult);
+  }
+  if (exception != nullptr) [[unlikely]] {
+    RaiseOrPassOn(exception, result);
+  }
+  return result.Detach();
+}
+
+// GuardedResult from the neutral value.
 template <typename Result, typename Body>
 Result GuardedResult(Body&& body) {
-  Result result{};
-  if constexpr (std::is_invocable_v<Body&, Result&, Holdings&>) {
-    Guarded([&body, &result](Holdings& holdings) { body(result, holdings); });
-  } else {
-    Guarded([&body, &result] { body(result); });
-  }
-  return result;
+  return GuardedResult(Result{}, body);
 }
 
 }  // namespace qvx

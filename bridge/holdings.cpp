@@ -3,18 +3,22 @@
 
 #include <cstdlib>
 
+#include "host/services.h"
+
 namespace qvx {
 
-Holdings::Item* Holdings::Hold(const void* handle, void (*giveBack)(Item& item)) {
-  if (handle == nullptr) return nullptr;
-  Item* const item = NewItem(giveBack);
-  item->handle = const_cast<void*>(handle);
+Holdings::Item* Holdings::Reserve() {
+  if (count_ == kCapacity) return nullptr;
+  Item* const item = &items_[count_++];
+  *item = {.giveBack = nullptr, .data = {}};
   return item;
 }
 
-Holdings::Item* Holdings::Hold(const REALstringData& data, void (*giveBack)(Item& item)) {
-  Item* const item = NewItem(giveBack);
-  item->data = data;
+Holdings::Item* Holdings::Hold(const void* handle, void (*giveBack)(Item& item)) {
+  Item* const item = handle != nullptr ? Reserve() : nullptr;
+  if (item == nullptr) return nullptr;
+  item->handle = const_cast<void*>(handle);
+  item->giveBack = giveBack;
   return item;
 }
 
@@ -26,27 +30,39 @@ Holdings::Item* Holdings::HoldReference(CFTypeRef object) {
   return Hold(object, [](Item& item) { CFRelease(item.handle); });
 }
 
-void Holdings::Release(Item* item) {
-  if (item == nullptr || item->giveBack == nullptr) return;
-  Item taken = *item;
-  item->giveBack = nullptr;
-  taken.giveBack(taken);
+Holdings::Item* Holdings::HoldObject(REALobject object) {
+  return Hold(object, [](Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
 }
 
-Holdings::Item* Holdings::NewItem(void (*giveBack)(Item& item)) {
+void Holdings::Release(Item* item) {
+  if (item == nullptr) return;
+  const auto giveBack = item->giveBack;
+  item->giveBack = nullptr;
+  if (giveBack != nullptr) giveBack(*item);
+  DropReleased();
+}
+
+void Holdings::Forget(Item* item) {
+  if (item == nullptr) return;
+  item->giveBack = nullptr;
+  DropReleased();
+}
+
+void Holdings::DropReleased() {
   while (count_ > 0 && items_[count_ - 1].giveBack == nullptr) --count_;
-  if (count_ == kCapacity) std::abort();
-  Item* const item = &items_[count_++];
-  item->giveBack = giveBack;
-  return item;
+}
+
+void Holdings::GiveBack() {
+  while (count_ > 0) Release(&items_[count_ - 1]);
 }
 
 void Holdings::GiveBackWhileUnwinding() {
   while (count_ > 0) {
     try {
       GiveBack();
-    } catch (
-        ...) {  // NOLINT(bugprone-empty-catch): the first exception goes on, a second would end the process
+    } catch (...) {
+      // The first exception goes on; a second one would end the process.
+      DropReleased();
     }
   }
 }

@@ -73,7 +73,8 @@ static BOOL ReadLine(NSString* line, QVXColourListContents* contents) {
       stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
   if ([key length] == 0) return NO;
   if (![contents->colors objectForKey:key]) [contents->keys addObject:key];
-  [contents->colors setObject:[NSColor colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[3]] forKey:key];
+  [contents->colors setObject:[NSColor colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[3]]
+                       forKey:key];
   return YES;
 }
 
@@ -82,7 +83,8 @@ static BOOL ReadLine(NSString* line, QVXColourListContents* contents) {
   NSArray* lines = [TextOf(data) componentsSeparatedByString:@"\n"];
   NSScanner* first = [NSScanner scannerWithString:[lines count] ? [lines objectAtIndex:0] : @""];
   int count;
-  if (![first scanInt:&count] || ![first isAtEnd] || count < 0 || (NSUInteger)count >= [lines count]) return nil;
+  if (![first scanInt:&count] || ![first isAtEnd] || count < 0 || (NSUInteger)count >= [lines count])
+    return nil;
   QVXColourListContents* contents = [[QVXColourListContents new] autorelease];
   NSCharacterSet* blank = [NSCharacterSet whitespaceAndNewlineCharacterSet];
   for (NSUInteger i = 1; i < [lines count]; i++) {

@@ -23,7 +23,8 @@ static void AppendBlock(NSMutableData* data, NSData* block) {
   [data appendData:block];
 }
 
-static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* color, NSMutableArray* profiles) {
+static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* color,
+                         NSMutableArray* profiles) {
   NSColorSpace* space = [color colorSpace];
   uint32_t number = [space qvx_kind];
   if (number == QVXOtherSpace) {
@@ -102,8 +103,8 @@ static NSArray* TakeSpaces(Cursor* cursor) {
     uint32_t size = TakeWord(cursor);
     const unsigned char* bytes = Take(cursor, size);
     if (!bytes) break;
-    NSColorSpace* space =
-        [[NSColorSpace alloc] initWithICCProfileData:[NSData dataWithBytes:bytes length:size]];
+    NSColorSpace* space = [[NSColorSpace alloc] initWithICCProfileData:[NSData dataWithBytes:bytes
+                                                                                      length:size]];
     if (space)
       [spaces addObject:space];
     else
@@ -128,7 +129,8 @@ static void TakeColour(Cursor* cursor, NSArray* spaces, NSMutableDictionary* col
                                                        length:keySize
                                                      encoding:NSUTF8StringEncoding] autorelease]
                            : nil;
-  cursor->failed = cursor->failed || !bits || !key || !space || count != (uint32_t)[space numberOfColorComponents] + 1;
+  cursor->failed =
+      cursor->failed || !bits || !key || !space || count != (uint32_t)[space numberOfColorComponents] + 1;
   if (cursor->failed) return;
   CGFloat components[QVXMostChannels + 1];
   memcpy(components, bits, count * kWord);
@@ -153,7 +155,8 @@ NSDictionary* QVXExactColoursBehind(NSData* archive) {
 }
 
 void QVXEncodeExactColour(QVXProfileColor* color, NSCoder* coder) {
-  NSData* data = QVXArchiveWithExactColours([NSData data], [NSDictionary dictionaryWithObject:color forKey:kSoleKey]);
+  NSData* data = QVXArchiveWithExactColours([NSData data], [NSDictionary dictionaryWithObject:color
+                                                                                       forKey:kSoleKey]);
   [coder encodeObject:data forKey:kCoderKey];
 }
 

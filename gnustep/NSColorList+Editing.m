@@ -21,7 +21,8 @@
 - (void)qvx_checkEditable:(SEL)selector {
   if (![self isEditable])
     [NSException raise:NSColorListNotEditableException
-                format:@"*** -%@ wanted a colour list that may be edited, found %@; copy its colours into one of your own",
+                format:@"*** -%@ wanted a colour list that may be edited, found %@; copy its colours into "
+                       @"one of your own",
                        NSStringFromSelector(selector), _name];
 }
 

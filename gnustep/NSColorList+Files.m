@@ -27,8 +27,8 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 
 @implementation NSColorList (QVXFiles)
 
-// A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if there is no
-// such file, or it is no colour list.
+// A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if
+// there is no such file, or it is no colour list.
 - (id)initWithName:(NSString*)name fromFile:(NSString*)path {
   self = [self initWithName:name];
   if (!path) return self;
@@ -54,8 +54,9 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   return self;
 }
 
-// nil is the user's own folder, which is made if it is missing; a folder stands for a file in it with the list's name;
-// any other path is taken as it is. The list belongs to the new file only after it has been written.
+// nil is the user's own folder, which is made if it is missing; a folder stands for a file in it with the
+// list's name; any other path is taken as it is. The list belongs to the new file only after it has been
+// written.
 - (BOOL)writeToFile:(NSString*)path {
   NSString* target = path;
   if (!path) {
@@ -88,7 +89,8 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   return YES;
 }
 
-// Only a file in the user's own folder is removed; the list is then no longer available, and belongs to no file.
+// Only a file in the user's own folder is removed; the list is then no longer available, and belongs to no
+// file.
 - (void)removeFile {
   if (!_fullFileName || ![self isEditable] || !IsInFolder(_fullFileName, QVXUserColourFolder())) return;
   if (![[NSFileManager defaultManager] removeFileAtPath:_fullFileName handler:nil]) return;

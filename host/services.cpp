@@ -10,4 +10,9 @@ void* AskResolver(const char* name) {
   return gResolver != nullptr ? gResolver(name) : nullptr;
 }
 
+void* ServiceSlot::Ask() {
+  found_ = AskResolver(name_);
+  return found_;
+}
+
 }  // namespace qvx
