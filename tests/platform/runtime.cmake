@@ -33,6 +33,9 @@ target_link_libraries(platform_probe PRIVATE warnings dl)
 # Another process at a pasteboard.
 add_executable(platform_pasteboard_peer pasteboard_peer.m)
 target_link_libraries(platform_pasteboard_peer PRIVATE cocoa gnustep warnings)
+# It uses none of the library's own symbols, only what the library changes in GNUstep.
+target_link_options(platform_pasteboard_peer PRIVATE -Wl,--no-as-needed)
+set_target_properties(platform_pasteboard_peer PROPERTIES LINKER_LANGUAGE CXX)  # knows about run-time search paths
 
 # Starts the probe under conditions of its own.
 add_executable(platform_loading_tests loading_test.cpp child_process.cpp runtime_main.cpp)
