@@ -8,8 +8,8 @@
 
 enum { kStackUnits = 256 };
 
-// Text that NSString's own initialisers refuse or change: UTF-16 with a surrogate that has no partner, and text
-// that starts with what they take for a byte-order mark. Here it is kept unit by unit.
+// Text that NSString's own initialisers refuse or change: UTF-16 with a surrogate that has no partner, and
+// text that starts with what they take for a byte-order mark. Here it is kept unit by unit.
 @interface CFVerbatimString : NSString {
   unichar *_units;
   NSUInteger _length;
@@ -93,7 +93,9 @@ COCOA_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, con
   if (bytes == NULL || text_encoding_width(encoding) == 0) return NULL;
   size_t length = text_encoding_length(encoding, bytes);
   UniChar on_stack[kStackUnits];
-  UniChar *units = length <= kStackUnits ? on_stack : malloc(length * sizeof *units);  // no encoding has more units than bytes
+  UniChar *units = length <= kStackUnits
+                       ? on_stack
+                       : malloc(length * sizeof *units);  // no encoding has more units than bytes
   if (units == NULL) return NULL;
   size_t count;
   CFStringRef string = NULL;
@@ -122,9 +124,7 @@ COCOA_EXPORT Boolean CFStringGetCString(CFStringRef string, char *buffer, CFInde
   return whole;
 }
 
-COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) {
-  return (CFIndex)[(NSString *)string length];
-}
+COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) { return (CFIndex)[(NSString *)string length]; }
 
 // `maxLength` is a hint to the allocator elsewhere and has no use here.
 COCOA_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,

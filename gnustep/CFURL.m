@@ -10,7 +10,8 @@ enum { kPOSIXPathStyle = 0 };
 COCOA_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef *ref) {
   const char *path = file_reference_path(ref);
   if (path == NULL) return NULL;
-  NSString *text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path length:strlen(path)];
+  NSString *text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
+                                                                               length:strlen(path)];
   if (text == nil) return NULL;
   struct stat status;
   BOOL folder = stat(path, &status) == 0 && S_ISDIR(status.st_mode);

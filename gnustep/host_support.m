@@ -9,7 +9,7 @@ COCOA_EXPORT void *objc_autoreleasePoolPush(void) { return [[NSAutoreleasePool a
 
 COCOA_EXPORT void objc_autoreleasePoolPop(void *pool) { [(NSAutoreleasePool *)pool drain]; }
 
-COCOA_EXPORT const CFStringRef kCFRunLoopDefaultMode = (CFStringRef)@"NSDefaultRunLoopMode";
+COCOA_EXPORT const CFStringRef kCFRunLoopDefaultMode = (CFStringRef) @"NSDefaultRunLoopMode";
 
 // GNUstep turns a delay of 0 into a tenth of a millisecond. What is that near counts as due.
 static const NSTimeInterval kDue = 0.0002;
@@ -23,7 +23,8 @@ static NSDate *run_due(NSRunLoop *loop, NSString *mode) {
   return [loop limitDateForMode:mode];
 }
 
-COCOA_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled) {
+COCOA_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds,
+                                        Boolean returnAfterSourceHandled) {
   if (mode == NULL) return kCFRunLoopRunFinished;
   NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
   NSRunLoop *loop = [NSRunLoop currentRunLoop];
@@ -31,7 +32,8 @@ COCOA_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds
   int32_t result;
   do {
     NSDate *next = run_due(loop, (NSString *)mode);
-    [loop acceptInputForMode:(NSString *)mode beforeDate:seconds > 0 && next != nil ? [next earlierDate:end] : [NSDate distantPast]];
+    [loop acceptInputForMode:(NSString *)mode
+                  beforeDate:seconds > 0 && next != nil ? [next earlierDate:end] : [NSDate distantPast]];
     result = next != nil ? kCFRunLoopRunTimedOut : kCFRunLoopRunFinished;
   } while (result == kCFRunLoopRunTimedOut && !returnAfterSourceHandled && [end timeIntervalSinceNow] > 0);
   [pool drain];

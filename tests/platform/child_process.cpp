@@ -18,7 +18,8 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-[[noreturn]] void Become(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
+[[noreturn]] void Become(const std::vector<std::string>& arguments,
+                         const std::vector<std::string>& environment) {
   const std::vector<char*> argv = Pointers(arguments);
   const std::vector<char*> envp = Pointers(environment);
   ::execve(argv[0], argv.data(), envp.data());
@@ -51,7 +52,8 @@ std::string Written(int file) {
 
 }  // namespace
 
-Outcome RunProgram(const std::vector<std::string>& arguments, const std::vector<std::string>& environment, uid_t user) {
+Outcome RunProgram(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+                   uid_t user) {
   const int output = TemporaryFile();
   const int errors = TemporaryFile();
   const pid_t process = ::fork();
@@ -68,7 +70,8 @@ Outcome RunProgram(const std::vector<std::string>& arguments, const std::vector<
   return outcome;
 }
 
-Background::Background(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
+Background::Background(const std::vector<std::string>& arguments,
+                       const std::vector<std::string>& environment) {
   std::array<int, 2> ends{};
   if (::pipe(ends.data()) != 0) return;
   process_ = ::fork();

@@ -1,8 +1,8 @@
 // tests/platform/child_process.h - runs a program and keeps what it wrote.
 #pragma once
 
-#include <string>
 #include <sys/types.h>
+#include <string>
 #include <vector>
 
 struct Outcome {
@@ -12,7 +12,8 @@ struct Outcome {
 };
 
 // Runs the program with exactly these arguments and this environment. With a user other than 0, as that user.
-Outcome RunProgram(const std::vector<std::string>& arguments, const std::vector<std::string>& environment, uid_t user = 0);
+Outcome RunProgram(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+                   uid_t user = 0);
 
 // Starts it, waits for its first line, and ends it when the object goes.
 class Background {

@@ -19,9 +19,13 @@ namespace {
 using qvx::Message;
 using qvx::PlatformClass;
 
-void RaiseBang(void*) { Raise(NewException("Bang", "for a test")); }
+void RaiseBang(void*) {
+  Raise(NewException("Bang", "for a test"));
+}
 void Nothing(void*) {}
-void Call(void* context) { (*static_cast<const std::function<void()>*>(context))(); }
+void Call(void* context) {
+  (*static_cast<const std::function<void()>*>(context))();
+}
 
 // A body that calls `path` around `inner`, as a function and a context.
 template <typename Path>
@@ -58,11 +62,10 @@ TEST(Exception, IsDeliveredFromTheFirstMessageThatInitialisesAClass) {
 }
 
 TEST(Exception, LeavesTheRuntimeUnlockedWhenItComesFromAnInitializer) {
-  // A class's first message runs its initializer under the runtime's lock. Another thread would wait for it forever.
+  // A class's first message runs its initializer under the runtime's lock. Another thread would wait for it
+  // forever.
   static constexpr const char* kFresh[] = {"RaisesInInitializeToo", "FreshA"};
-  EXPECT_EQ(NameOf(Guarded([] {
-              Message<"class", id()>()(reinterpret_cast<id>(objc_getClass(kFresh[0])));
-            })),
+  EXPECT_EQ(NameOf(Guarded([] { Message<"class", id()>()(reinterpret_cast<id>(objc_getClass(kFresh[0]))); })),
             "InInitialize");
   bool done = false;
   std::thread([&] {
@@ -263,7 +266,8 @@ TEST(Exception, MayBeDeliveredToAnotherFrameInsideAFinallyBlockOnTheWay) {
     Through([](Body body, void* context) { ThroughFinallyCalling(&RaiseBang, nullptr, body, context); },
             [&] {
               int ran = 0;
-              state.inner = Guarded([&] { ThroughFinally([](void*) { Raise(NewException("Inner", "")); }, nullptr, &ran); });
+              state.inner = Guarded(
+                  [&] { ThroughFinally([](void*) { Raise(NewException("Inner", "")); }, nullptr, &ran); });
               state.ran += ran;
             });
   });
@@ -318,7 +322,8 @@ TEST(Exception, KeepsTheRegistersThatTheGuardsCallerOwns) {
 [[gnu::noinline]] void LeaveAStaleFrame() {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
-  if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "an exception was delivered into a function that had returned";
+  if (_setjmp(frame.buffer) != 0)
+    ADD_FAILURE() << "an exception was delivered into a function that had returned";
 }
 
 // Throws from a stack that spans the memory of LeaveAStaleFrame's frame without changing it.
@@ -355,7 +360,8 @@ TEST(StaleFrame, MayBeLeftAfterTheOneOutsideIt) {
   EXPECT_EQ(NameOf(Guarded([] { RaiseBang(nullptr); })), "Bang");
 }
 
-// As an outer and an inner @try of one function lie, where a compiler makes frames of them. Counts deliveries.
+// As an outer and an inner @try of one function lie, where a compiler makes frames of them. Counts
+// deliveries.
 template <std::size_t Outer>
 [[gnu::noinline]] void RaiseInTwoFrames(int (&delivered)[2]) {
   ObjCExceptionFrame frames[2];
@@ -476,7 +482,8 @@ class PooledThread {
 };
 
 TEST(Threads, HaveFramesOfTheirOwn) {
-  // The outer frame of this thread is none of the other's: there the exception goes to the other's own frame, and a @catch.
+  // The outer frame of this thread is none of the other's: there the exception goes to the other's own frame,
+  // and a @catch.
   std::string on_thread;
   std::string caught_on_thread;
   const id here = Guarded([&] {

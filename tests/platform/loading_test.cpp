@@ -1,4 +1,5 @@
-// tests/platform/loading_test.cpp - the library loaded by a program that links nothing of it, in bare surroundings.
+// tests/platform/loading_test.cpp - the library loaded by a program that links nothing of it, in bare
+// surroundings.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -31,7 +32,9 @@ class Loading : public testing::Test {
   std::filesystem::path folder_;
 };
 
-TEST_F(Loading, NeedsNoEnvironment) { ExpectSilentSuccess(RunProgram({PROBE, LIBRARY}, {})); }
+TEST_F(Loading, NeedsNoEnvironment) {
+  ExpectSilentSuccess(RunProgram({PROBE, LIBRARY}, {}));
+}
 
 TEST_F(Loading, GivesTheBundleEverySymbol) {
   ExpectSilentSuccess(RunProgram({PROBE, LIBRARY, BUNDLE}, {}), kUsed + "bundle: loaded\n");
@@ -84,10 +87,12 @@ TEST_F(Loading, NamesANeededLibraryThatIsMissingInOneLine) {
 
 TEST_F(Loading, SaysSoWhenTheRuntimeWasThereFirst) {
   const Outcome outcome = RunProgram({PROBE, LIBRARY}, {"LD_PRELOAD=libobjc.so.4"});
-  EXPECT_NE(outcome.errors.find("libcocoa: wanted to be loaded before the Objective-C runtime"), std::string::npos)
+  EXPECT_NE(outcome.errors.find("libcocoa: wanted to be loaded before the Objective-C runtime"),
+            std::string::npos)
       << outcome.errors;
-  EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.begin() + static_cast<std::ptrdiff_t>(
-                                                   std::min(outcome.errors.size(), outcome.errors.find('\n') + 1)),
+  EXPECT_EQ(std::count(outcome.errors.begin(),
+                       outcome.errors.begin() + static_cast<std::ptrdiff_t>(std::min(
+                                                    outcome.errors.size(), outcome.errors.find('\n') + 1)),
                        '\n'),
             1);
 }

@@ -28,7 +28,8 @@ int main(int argc, char **argv) {
     NSPasteboard *pasteboard = [NSPasteboard pasteboardWithName:@"between processes"];
     if (argc > 2) {
       [pasteboard declareTypes:[NSArray arrayWithObject:NSStringPboardType] owner:nil];
-      status = [pasteboard setString:[NSString stringWithUTF8String:argv[2]] forType:NSStringPboardType] ? 0 : 1;
+      status =
+          [pasteboard setString:[NSString stringWithUTF8String:argv[2]] forType:NSStringPboardType] ? 0 : 1;
     } else {
       NSString *text = [pasteboard stringForType:NSStringPboardType];
       puts(text != nil ? [text UTF8String] : "(nothing)");

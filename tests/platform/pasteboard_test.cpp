@@ -37,7 +37,9 @@ int Declare(id pasteboard, std::initializer_list<const char*> types, id owner = 
   return Message<"declareTypes:owner:", int(id, id)>()(pasteboard, Array(types), owner);
 }
 
-id NewOwner() { return Message<"new", id()>()(PlatformClass<"LazyOwner">()); }
+id NewOwner() {
+  return Message<"new", id()>()(PlatformClass<"LazyOwner">());
+}
 
 TEST(Pasteboard, IsThereWithoutAServer) {
   EXPECT_NE((Message<"generalPasteboard", id()>()(PlatformClass<"NSPasteboard">())), nullptr);
@@ -156,17 +158,19 @@ class StaleCount : public testing::Test {
  protected:
   id server_ = Message<"new", id()>()(PlatformClass<"CocoaPasteboardServer">());
   id pasteboard_ = Message<"pasteboardWithName:", id(id)>()(server_, Platform("stale"));
-  int old_ = Message<"declareTypes:owner:pasteboard:", int(id, id, id)>()(pasteboard_, Array({"A"}), nullptr, nullptr);
-  int now_ = Message<"declareTypes:owner:pasteboard:", int(id, id, id)>()(pasteboard_, Array({"A"}), nullptr, nullptr);
+  int old_ = Message<"declareTypes:owner:pasteboard:", int(id, id, id)>()(pasteboard_, Array({"A"}), nullptr,
+                                                                          nullptr);
+  int now_ = Message<"declareTypes:owner:pasteboard:", int(id, id, id)>()(pasteboard_, Array({"A"}), nullptr,
+                                                                          nullptr);
   id data_ = Message<"data", id()>()(PlatformClass<"NSData">());
 
   bool Set(int count) {
-    return Message<"setData:forType:isFile:oldCount:", BOOL(id, id, int, int)>()(pasteboard_, data_, Platform("A"), 0,
-                                                                                 count) != 0;
+    return Message<"setData:forType:isFile:oldCount:", BOOL(id, id, int, int)>()(
+               pasteboard_, data_, Platform("A"), 0, count) != 0;
   }
   id Get(int count, bool must_be_current) {
-    return Message<"dataForType:oldCount:mustBeCurrent:", id(id, int, int)>()(pasteboard_, Platform("A"), count,
-                                                                              must_be_current ? 1 : 0);
+    return Message<"dataForType:oldCount:mustBeCurrent:", id(id, int, int)>()(pasteboard_, Platform("A"),
+                                                                              count, must_be_current ? 1 : 0);
   }
 };
 

@@ -2,7 +2,8 @@
 //
 //   platform_probe LIBRARY [BUNDLE]    prints one line per step; status 1 if something could not be loaded
 //
-// This program links nothing of the platform: every symbol is looked up after the library was loaded globally.
+// This program links nothing of the platform: every symbol is looked up after the library was loaded
+// globally.
 #include <dlfcn.h>
 
 #include <cstdio>
@@ -20,19 +21,43 @@ Function Find(const char* name) {
 }
 
 // What the bundle imports.
-constexpr const char* kContract[] = {
-    "objc_msgSend", "objc_msgSend_fpret", "objc_getClass", "sel_registerName", "objc_exception_try_enter",
-    "objc_exception_try_exit", "objc_exception_extract", "objc_exception_match", "objc_exception_throw",
-    "CFStringCreateWithCharacters", "CFStringCreateWithCString", "CFStringGetCString", "CFStringGetLength",
-    "CFStringCreateMutableCopy", "CFStringNormalize", "CFURLCreateFromFSRef",
-    "CFURLCreateCopyAppendingPathComponent", "CFURLCopyFileSystemPath", "CFRelease", "CFDictionaryGetValue",
-    "CFDictionarySetValue", "CFDictionaryRemoveValue", "NSLog", "NSCalibratedRGBColorSpace"};
+constexpr const char* kContract[] = {"objc_msgSend",
+                                     "objc_msgSend_fpret",
+                                     "objc_getClass",
+                                     "sel_registerName",
+                                     "objc_exception_try_enter",
+                                     "objc_exception_try_exit",
+                                     "objc_exception_extract",
+                                     "objc_exception_match",
+                                     "objc_exception_throw",
+                                     "CFStringCreateWithCharacters",
+                                     "CFStringCreateWithCString",
+                                     "CFStringGetCString",
+                                     "CFStringGetLength",
+                                     "CFStringCreateMutableCopy",
+                                     "CFStringNormalize",
+                                     "CFURLCreateFromFSRef",
+                                     "CFURLCreateCopyAppendingPathComponent",
+                                     "CFURLCopyFileSystemPath",
+                                     "CFRelease",
+                                     "CFDictionaryGetValue",
+                                     "CFDictionarySetValue",
+                                     "CFDictionaryRemoveValue",
+                                     "NSLog",
+                                     "NSCalibratedRGBColorSpace"};
 
 // What a host needs besides.
-constexpr const char* kHostSupport[] = {
-    "CFRetain", "CFDictionaryCreateMutable", "CFDictionaryGetCount", "FSPathMakeRef", "FSRefMakePath",
-    "objc_autoreleasePoolPush", "objc_autoreleasePoolPop", "CFRunLoopRunInMode", "kCFRunLoopDefaultMode",
-    "QVXCountInstances", "QVXLiveInstances"};
+constexpr const char* kHostSupport[] = {"CFRetain",
+                                        "CFDictionaryCreateMutable",
+                                        "CFDictionaryGetCount",
+                                        "FSPathMakeRef",
+                                        "FSRefMakePath",
+                                        "objc_autoreleasePoolPush",
+                                        "objc_autoreleasePoolPop",
+                                        "CFRunLoopRunInMode",
+                                        "kCFRunLoopDefaultMode",
+                                        "QVXCountInstances",
+                                        "QVXLiveInstances"};
 
 id Send(id receiver, const char* selector) {
   static const auto send = Find<id (*)(id, SEL)>("objc_msgSend");
@@ -50,7 +75,8 @@ void RaiseAndCatch() {
   static const auto enter = Find<void (*)(void*)>("objc_exception_try_enter");
   static const auto leave = Find<void (*)(void*)>("objc_exception_try_exit");
   static const auto extract = Find<id (*)(void*)>("objc_exception_extract");
-  static const auto get_text = Find<Boolean (*)(CFStringRef, char*, CFIndex, std::uint32_t)>("CFStringGetCString");
+  static const auto get_text =
+      Find<Boolean (*)(CFStringRef, char*, CFIndex, std::uint32_t)>("CFStringGetCString");
   static const auto send_index = Find<id (*)(id, SEL, NSUInteger)>("objc_msgSend");
   static const auto selector_named = Find<SEL (*)(const char*)>("sel_registerName");
   ObjCExceptionFrame frame;
@@ -70,11 +96,12 @@ void MakeColour() {
   const auto make = Find<id (*)(id, SEL, CGFloat, CGFloat, CGFloat, CGFloat)>("objc_msgSend");
   const auto component = Find<CGFloat (*)(id, SEL)>("objc_msgSend_fpret");
   const auto selector_named = Find<SEL (*)(const char*)>("sel_registerName");
-  const id colour = make(ClassNamed("NSColor"), selector_named("colorWithCalibratedRed:green:blue:alpha:"), 0.25F,
-                         0.5F, 0.75F, 1.0F);
+  const id colour = make(ClassNamed("NSColor"), selector_named("colorWithCalibratedRed:green:blue:alpha:"),
+                         0.25F, 0.5F, 0.75F, 1.0F);
   std::printf("green: %g\n", static_cast<double>(component(colour, selector_named("greenComponent"))));
   std::printf("system colour: %s\n", Send(ClassNamed("NSColor"), "controlColor") != nullptr ? "yes" : "no");
-  std::printf("pasteboard: %s\n", Send(ClassNamed("NSPasteboard"), "generalPasteboard") != nullptr ? "yes" : "no");
+  std::printf("pasteboard: %s\n",
+              Send(ClassNamed("NSPasteboard"), "generalPasteboard") != nullptr ? "yes" : "no");
 }
 
 }  // namespace
