@@ -16,13 +16,13 @@ namespace qvx {
 
 void RaiseException(const char* exceptionClass, const char* message, std::uint32_t encoding,
                     std::int32_t errorNumber) {
-  StringReference text;
+  HostReference<REALstring> text;
   if (message != nullptr) {
-    text.Take(REALBuildUnicodeString(message, static_cast<std::int64_t>(std::strlen(message)), encoding));
+    text.Slot() = REALBuildUnicodeString(message, static_cast<std::int64_t>(std::strlen(message)), encoding);
   }
-  ObjectReference exception(REALnewInstance(exceptionClass));
+  HostReference<REALobject> exception(REALnewInstance(exceptionClass));
   // A host that lacks the class still gets the message.
-  if (!exception) exception.Take(REALnewInstance("RuntimeException"));
+  if (!exception) exception.Slot() = REALnewInstance("RuntimeException");
   if (exception) {
     REALSetPropValueString(exception.Get(), "Message", text.Get());
     REALSetPropValueInt32(exception.Get(), "ErrorNumber", errorNumber);
@@ -50,21 +50,23 @@ void RaiseOutOfBoundsException(std::int64_t value, std::int64_t minimum, std::in
   RaiseException("OutOfBoundsException", buffer.get());
 }
 
+// The guard's own frame is gone when this runs: platform exceptions that are raised here, by a log line that
+// fails or for want of the sibling part, are dropped in frames of their own.
 void RaiseNSExceptionQVX(id exception) {
-  ObjectReference wrapper;
-  // In a frame of its own: this runs after the guard's frame is gone, and neither a log line that fails nor
-  // an absent sibling part may bring the host down.
-  CatchNSException([exception, &wrapper](Holdings& holdings) {
+  CatchNSException([exception](Holdings& holdings) {
     const id name = msg::name(exception);
     const id reason = msg::reason(exception);
     const id userInfo = msg::userInfo(exception);
     const CFStringRef format = CFStringCreateWithCString(nullptr, "A %@: %@, Info: %@\n", kEncodingASCII);
-    if (format != nullptr) {
-      Holdings::Item* const held = holdings.HoldReference(format);
-      NSLog(AsPlatformString(format), name, reason, userInfo);
-      Holdings::Release(held);
-    }
-    wrapper.Take(static_cast<REALobject>(msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception)));
+    if (format == nullptr) return;
+    Holdings::Item* const held = holdings.HoldReference(format);
+    NSLog(AsPlatformObject(format), name, reason, userInfo);
+    holdings.Release(held);
+  });
+  HostReference<REALobject> wrapper;
+  CatchNSException([exception, &wrapper] {
+    wrapper.Slot() =
+        static_cast<REALobject>(msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception));
   });
   if (!wrapper) return;
   REALRaiseException(wrapper.Get());

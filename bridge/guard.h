@@ -11,6 +11,7 @@
 
 #include "bridge/exceptions.h"
 #include "bridge/holdings.h"
+#include "bridge/references.h"
 #include "platform/message.h"
 
 namespace qvx {
@@ -29,7 +30,7 @@ class FrameExit {
 };
 
 // Runs the body inside an exception frame and answers the exception that was delivered, nil for none. Never
-// inlined: the frame that _setjmp belongs to holds nothing that changes before the delivery.
+// inlined: the function that _setjmp belongs to holds nothing that changes before the delivery.
 template <typename Body>
 [[gnu::noinline]] id RunInFrame(Body& body) {
   ObjCExceptionFrame frame;
@@ -42,52 +43,77 @@ template <typename Body>
   return objc_exception_extract(&frame);
 }
 
-// Whether `exception` is an NSException.
-inline bool IsNSException(id exception) {
-  const id exceptionClass = PlatformClass<"NSException">();
-  return exceptionClass != nullptr &&
-         objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
+// RunInFrame for every body that holds things, without its type. What it still held is given back.
+id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context);
+
+// Runs the body, which takes nothing or its Holdings, and answers whatever exception was delivered.
+template <typename Body>
+id DeliveredBy(Body& body) {
+  if constexpr (std::is_invocable_v<Body&, Holdings&>) {
+    return RunInFrameHolding(
+        [](void* context, Holdings& holdings) { (*static_cast<Body*>(context))(holdings); }, &body);
+  } else {
+    return RunInFrame(body);
+  }
 }
 
-// Runs the body, which takes nothing or its Holdings. Answers the NSException that ended it, autoreleased, or
-// nil after normal completion. Any other exception is passed on, after what the body held is given back.
+bool IsNSException(id exception);
+
+// Runs the body and answers the NSException that ended it, nil after normal completion. Any other exception
+// is passed on, and this does not return.
 template <typename Body>
 id CatchNSException(Body&& body) {
-  id exception;
-  if constexpr (std::is_invocable_v<Body&, Holdings&>) {
-    Holdings holdings;
-    auto withHoldings = [&body, &holdings] { body(holdings); };
-    exception = RunInFrame(withHoldings);
-    holdings.GiveBack();
-  } else {
-    exception = RunInFrame(body);
+  const id exception = DeliveredBy(body);
+  if (exception != nullptr && !IsNSException(exception)) [[unlikely]] {
+    objc_exception_throw(exception);
   }
-  if (exception == nullptr || IsNSException(exception)) [[likely]] {
-    return exception;
-  }
-  objc_exception_throw(exception);
+  return exception;
 }
 
 // The guard of methods, getters, destructors and factories: an NSException that ends the body is raised as a
-// host exception, and the caller goes on with its result as it stands.
+// host exception, and the caller goes on.
 template <typename Body>
 void Guarded(Body&& body) {
   const id exception = CatchNSException(body);
-  if (exception != nullptr) [[unlikely]]
+  if (exception != nullptr) [[unlikely]] {
     RaiseNSExceptionQVX(exception);
+  }
 }
 
-// The same with a result, which starts as the neutral value and is set by the body:
-// Guarded<double>([&](double& result) { ... }) or with a second parameter, Holdings&.
+// What follows a delivered exception: an NSException is raised as a host exception. Anything else is passed
+// on, and the result, which nobody gets then, is given back.
+template <typename Holder>
+[[gnu::noinline, gnu::cold]] void RaiseOrPassOn(id exception, Holder& result) {
+  if (!IsNSException(exception)) {
+    result.Release();
+    objc_exception_throw(exception);
+  }
+  RaiseNSExceptionQVX(exception);
+}
+
+// The same with a result, `initial` until the body sets it; a handle is an owned reference. After an
+// NSException the result is what it was by then.
+template <typename Result, typename Body>
+Result GuardedResult(Result initial, Body&& body) {
+  ResultHolder<Result> result(initial);
+  id exception;
+  if constexpr (std::is_invocable_v<Body&, Result&, Holdings&>) {
+    auto withResult = [&body, &result](Holdings& holdings) { body(result.Slot(), holdings); };
+    exception = DeliveredBy(withResult);
+  } else {
+    auto withResult = [&body, &result] { body(result.Slot()); };
+    exception = DeliveredBy(withResult);
+  }
+  if (exception != nullptr) [[unlikely]] {
+    RaiseOrPassOn(exception, result);
+  }
+  return result.Detach();
+}
+
+// GuardedResult from the neutral value.
 template <typename Result, typename Body>
 Result GuardedResult(Body&& body) {
-  Result result{};
-  if constexpr (std::is_invocable_v<Body&, Result&, Holdings&>) {
-    Guarded([&body, &result](Holdings& holdings) { body(result, holdings); });
-  } else {
-    Guarded([&body, &result] { body(result); });
-  }
-  return result;
+  return GuardedResult(Result{}, body);
 }
 
 }  // namespace qvx

@@ -1,8 +1,6 @@
 // bridge/holdings.h - what a guarded body holds for a moment and owes back.
 #pragma once
 
-#include <cstdlib>
-
 #include "host/types.h"
 #include "platform/cocoa.h"
 
@@ -10,12 +8,12 @@ namespace qvx {
 
 // A short list of things to give back. It lives outside the exception frame, because a platform exception
 // jumps over destructors: the body gives back each thing itself as it goes, and whatever it still held when
-// an exception carried it away, the platform's or a C++ one, is given back here, last taken first.
+// an exception carried it away, the platform's or a C++ one, is given back by the guard, last taken first.
 class Holdings {
  public:
   // One thing held: a handle, or string data that the host filled.
   struct Item {
-    void (*giveBack)(Item& item);
+    void (*giveBack)(Item& item);  // null once the thing is given back
     union {
       void* handle;
       REALstringData data;
@@ -25,66 +23,41 @@ class Holdings {
   Holdings() = default;
   Holdings(const Holdings&) = delete;
   Holdings& operator=(const Holdings&) = delete;
+  // Something is still held only while a C++ exception unwinds.
   ~Holdings() {
-    // Something is still held only while a C++ exception unwinds: a second one would end the process.
-    while (count_ > 0) {
-      try {
-        GiveBack();
-      } catch (...) {  // NOLINT(bugprone-empty-catch): the first exception goes on
-      }
+    if (count_ > 0) [[unlikely]] {
+      GiveBackWhileUnwinding();
     }
   }
 
-  // Holds `handle` until Release or GiveBack hands it to `giveBack`. Null needs no giving back: the answer is
-  // null.
-  Item* Hold(const void* handle, void (*giveBack)(Item& item)) {
-    if (handle == nullptr) return nullptr;
-    Item* item = NewItem(giveBack);
-    item->handle = const_cast<void*>(handle);
-    return item;
-  }
-  Item* Hold(const REALstringData& data, void (*giveBack)(Item& item)) {
-    Item* item = NewItem(giveBack);
-    item->data = data;
-    return item;
-  }
+  // Holds `handle` until it is released, which hands it to `giveBack`, or forgotten. Null is held as nothing;
+  // what does not fit would be lost on a fault, never given back too early.
+  Item* Hold(const void* handle, void (*giveBack)(Item& item));
   // Memory from malloc or calloc.
-  Item* HoldMemory(void* memory) {
-    return Hold(memory, [](Item& item) { std::free(item.handle); });
-  }
+  Item* HoldMemory(void* memory);
   // One reference to a Core Foundation object.
-  Item* HoldReference(CFTypeRef object) {
-    return Hold(object, [](Item& item) { CFRelease(item.handle); });
-  }
+  Item* HoldReference(CFTypeRef object);
+  // One reference to a host object.
+  Item* HoldObject(REALobject object);
+  // Room for string data that is about to be filled; held once its `giveBack` is set. Null if nothing fits.
+  Item* Reserve();
 
-  // Gives one item back now; null and an item given back before are nothing to do.
-  static void Release(Item* item) {
-    if (item == nullptr || item->giveBack == nullptr) return;
-    Item taken = *item;
-    item->giveBack = nullptr;
-    taken.giveBack(taken);
-  }
-  // The thing is somebody else's from now on.
-  static void Forget(Item* item) {
-    if (item != nullptr) item->giveBack = nullptr;
-  }
+  // Gives one item back now, or leaves it to its next owner. Null and an item given back before are nothing
+  // to do.
+  void Release(Item* item);
+  void Forget(Item* item);
 
-  // Gives everything back that is still held.
-  void GiveBack() {
-    while (count_ > 0) Release(&items_[--count_]);
-  }
+  bool IsEmpty() const { return count_ == 0; }
+  // Gives back everything that is still held. May throw what the host's services throw; the rest is held
+  // then.
+  void GiveBack();
 
  private:
   // More than any body holds at a time: the deepest holds two URLs and two forms of a file name.
   static constexpr unsigned kCapacity = 6;
 
-  Item* NewItem(void (*giveBack)(Item& item)) {
-    while (count_ > 0 && items_[count_ - 1].giveBack == nullptr) --count_;
-    if (count_ == kCapacity) std::abort();
-    Item* item = &items_[count_++];
-    item->giveBack = giveBack;
-    return item;
-  }
+  void DropReleased();
+  void GiveBackWhileUnwinding();
 
   unsigned count_ = 0;
   Item items_[kCapacity];

@@ -12,8 +12,8 @@ constinit bool ExceptionsInitialized = false;
 
 namespace {
 
-template <FixedString Selector, typename Signature>
-bool RespondsTo(id receiver, const Message<Selector, Signature>& message) {
+template <FixedString Name, typename Signature>
+bool RespondsTo(id receiver, const Message<Name, Signature>& message) {
   const SEL selector = message.Get();
   return selector != nullptr && msg::respondsToSelector(receiver, selector) != 0;
 }
@@ -29,12 +29,11 @@ REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
   }
   const REALobject wrapper = REALnewInstance(className);
   if (wrapper == nullptr) return nullptr;
-  Holdings::Item* const held = holdings.Hold(
-      wrapper, [](Holdings::Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
+  Holdings::Item* const held = holdings.HoldObject(wrapper);
   ClassData(wrapper) = msg::retain(native);
   // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry.
   EnterInCache(native, wrapper);
-  Holdings::Forget(held);
+  holdings.Forget(held);
   return wrapper;
 }
 
@@ -80,18 +79,8 @@ REALobject NewNSColorQVX(id color, Holdings& holdings) {
   return NewWrapper(color, "NSColorQVX", holdings);
 }
 
-REALobject NewNSColorQVX(id color) {
-  Holdings holdings;
-  return NewNSColorQVX(color, holdings);
-}
-
 REALobject NewNSColorSpaceQVX(id colorSpace, Holdings& holdings) {
   return NewWrapper(colorSpace, "NSColorSpaceQVX", holdings);
-}
-
-REALobject NewNSColorSpaceQVX(id colorSpace) {
-  Holdings holdings;
-  return NewNSColorSpaceQVX(colorSpace, holdings);
 }
 
 REALobject NewNSImageQVX(id image, Holdings& holdings) {

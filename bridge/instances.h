@@ -44,9 +44,7 @@ void DestroyInstance(REALobject instance, std::size_t offset);
 // once more, or a new instance that retains the native object and enters the cache. Null for nil, and when
 // the host has no such class.
 REALobject NewNSColorQVX(id color, Holdings& holdings);
-REALobject NewNSColorQVX(id color);
 REALobject NewNSColorSpaceQVX(id colorSpace, Holdings& holdings);
-REALobject NewNSColorSpaceQVX(id colorSpace);
 // The same for the sibling part's image class.
 REALobject NewNSImageQVX(id image, Holdings& holdings);
 

@@ -20,17 +20,15 @@ constexpr std::int32_t kLargestBlock = 0x7FFFFFFE;
 
 // A new block filled with `length` bytes, or null.
 REALmemoryBlock MakeBlock(const void* bytes, std::int32_t length) {
-  const REALmemoryBlock block = REALNewMemoryBlockOriginal(length);
-  if (block == nullptr) return nullptr;
-  ObjectReference halfMade(AsObject(block));
-  void* const target = REALMemoryBlockGetPtr(block);
+  HostReference<REALmemoryBlock> block(REALNewMemoryBlockOriginal(length));
+  if (!block) return nullptr;
+  void* const target = REALMemoryBlockGetPtr(block.Get());
   if (target == nullptr) {
-    halfMade.Release();
+    block.Release();
     return nullptr;
   }
   std::memcpy(target, bytes, static_cast<std::size_t>(length));
-  halfMade.Take(nullptr);
-  return block;
+  return block.Detach();
 }
 
 }  // namespace
@@ -53,22 +51,17 @@ id NewNSData(REALmemoryBlock block, Holdings& holdings) {
   return data;
 }
 
-id NewNSData(REALmemoryBlock block) {
-  Holdings holdings;
-  return NewNSData(block, holdings);
-}
-
 REALmemoryBlock NSDataRB(id data) {
   if (data == nullptr) return nullptr;
   const void* const bytes = msg::bytes(data);
   const auto length = static_cast<std::int32_t>(msg::length(data));
   if (bytes == nullptr || length <= 0) return nullptr;
 
+  // A block that can't be made is told below, and so is a host that runs out of memory over it.
   if (length <= kLargestBlock) {
     try {
       if (const REALmemoryBlock block = MakeBlock(bytes, length)) return block;
-    } catch (
-        const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): told below, like a block that can't be made
+    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch)
     }
   }
   char message[200] = {};

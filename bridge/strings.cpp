@@ -37,7 +37,8 @@ void DisposeStringData(REALstringData& record) {
   }
 }
 
-// Copies `length` bytes and four zero bytes into a new buffer of `capacity` + 4 bytes.
+// Copies `length` bytes and four zero bytes into a new buffer of `capacity` + 4 bytes. False without bytes or
+// memory.
 bool FillStringData(const char* bytes, std::int32_t length, std::int32_t capacity, std::uint32_t encoding,
                     REALstringData* out) {
   constexpr std::size_t kTerminator = 4;
@@ -51,23 +52,53 @@ bool FillStringData(const char* bytes, std::int32_t length, std::int32_t capacit
   return true;
 }
 
+// Whether the host has both services of the fallback. Asks for the bytes first, and for both in any case.
+bool HasFallbackServices() {
+  const bool hasBytes = StringGetCString.Find() != nullptr;
+  const bool hasLength = LenB.Find() != nullptr;
+  return hasBytes && hasLength;
+}
+
+// REALGetStringData on a host without "PluginGetStringData" and with the services of the fallback.
+bool GetStringDataByFallback(REALstring s, std::uint32_t encoding, REALstringData* out) {
+  if (encoding == kEncodingUnknown) {
+    // Deliberate: the buffer is sized by what the caller put into `out`, not by what is copied. A host that
+    // answers a longer length now than it did to the caller gets no more bytes copied than fit.
+    const std::int32_t capacity = std::max(out->length, 0);
+    const std::int32_t length = std::min(LenB(s), capacity);
+    return FillStringData(StringGetCString(s), length, capacity, encoding, out);
+  }
+  if (REALGetStringEncoding(s) == encoding) {
+    const std::int32_t length = LenB(s);
+    return FillStringData(StringGetCString(s), length, length, encoding, out);
+  }
+  HostReference<REALstring> converted(REALConvertString(s, encoding));
+  if (!converted) return false;
+  const std::int32_t length = LenB(converted.Get());
+  REALstringData copy = {};
+  const bool filled = FillStringData(StringGetCString(converted.Get()), length, length, encoding, &copy);
+  Buffer owner(copy.data);
+  converted.Release();
+  owner.release();  // NOLINT(bugprone-unused-return-value): `out` owns it now
+  if (filled) *out = copy;
+  return filled;
+}
+
 // A temporary host string, re-encoded: gives up `temporary` and answers a new reference. Asks for the
 // conversion even of null.
-REALstring ConvertedToUTF8(StringReference& temporary) {
-  StringReference converted(REALConvertString(temporary.Get(), kEncodingUTF8));
+REALstring ConvertedToUTF8(HostReference<REALstring>& temporary) {
+  HostReference<REALstring> converted(REALConvertString(temporary.Get(), kEncodingUTF8));
   temporary.Release();
-  const REALstring result = converted.Get();
-  converted.Take(nullptr);
-  return result;
+  return converted.Detach();
 }
 
 REALstring BuildWithEncodingAsUTF8(const void* data, std::int32_t length, std::uint32_t encoding) {
-  StringReference temporary(REALBuildStringWithEncoding(data, length, encoding));
+  HostReference<REALstring> temporary(REALBuildStringWithEncoding(data, length, encoding));
   return ConvertedToUTF8(temporary);
 }
 
 REALstring BuildUTF16OnOldHost(const void* data, std::int32_t length) {
-  StringReference temporary(originalREALBuildString(data, length));
+  HostReference<REALstring> temporary(originalREALBuildString(data, length));
   if (!temporary) return nullptr;
   REALSetStringEncoding(temporary.Get(), kEncodingUTF16);
   return ConvertedToUTF8(temporary);
@@ -91,18 +122,16 @@ REALstring BuildUTF32OnOldHost(const char* data, std::int32_t length) {
     std::memcpy(&unit, data + static_cast<std::ptrdiff_t>(i) * 4, sizeof unit);
     units[i] = static_cast<UniChar>(unit);
   }
-  StringReference temporary(originalREALBuildString(units, count * 2));
+  HostReference<REALstring> temporary(originalREALBuildString(units, count * 2));
   if (temporary) REALSetStringEncoding(temporary.Get(), kEncodingUTF16);
   return ConvertedToUTF8(temporary);
 }
 
 REALstring BuildString(const char* data, std::int32_t length, std::uint32_t encoding) {
-  StringReference string(originalREALBuildString(data, length));
+  HostReference<REALstring> string(originalREALBuildString(data, length));
   if (!string) return nullptr;
   REALSetStringEncoding(string.Get(), encoding);
-  const REALstring result = string.Get();
-  string.Take(nullptr);
-  return result;
+  return string.Detach();
 }
 
 REALstring BuildInEncoding(const char* data, std::int32_t length, std::uint32_t encoding) {
@@ -139,6 +168,11 @@ void RaiseOutOfMemoryForString() {
 
 }  // namespace
 
+id Autoreleased(CFTypeRef object) {
+  msg::autorelease(AsPlatformObject(object));
+  return AsPlatformObject(object);
+}
+
 void HostDataScope::LockString(REALstring string) {
   if (REALLockString.Find() == nullptr) return;
   REALLockString(string);
@@ -149,60 +183,69 @@ void HostDataScope::LockString(REALstring string) {
 void HostDataScope::LockObject(REALobject object) {
   if (REALLockObject.Find() == nullptr) return;
   REALLockObject(object);
-  object_ = holdings_.Hold(
-      object, [](Holdings::Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
+  object_ = holdings_.HoldObject(object);
 }
 
-void HostDataScope::TakeData(const REALstringData& record) {
-  data_ = holdings_.Hold(record, [](Holdings::Item& item) { DisposeStringData(item.data); });
-  bytes = record.data;
-  length = record.length;
+void HostDataScope::ReadStringData(REALstring string) {
+  Holdings::Item* const item = holdings_.Reserve();
+  if (item == nullptr) return;
+  bool filled = false;
+  if (PluginGetStringData.Find() != nullptr) {
+    filled = REALGetStringData(string, kEncodingUnknown, &item->data);
+  } else if (HasFallbackServices()) {
+    // The fallback sizes its buffer by this length; a host that has the service is not asked for more.
+    item->data.length = LenB(string);
+    filled = GetStringDataByFallback(string, kEncodingUnknown, &item->data);
+  }
+  if (!filled) {
+    holdings_.Forget(item);
+    return;
+  }
+  item->giveBack = [](Holdings::Item& held) { DisposeStringData(held.data); };
+  data_ = item;
+  bytes = item->data.data;
+  length = item->data.length;
 }
 
 void HostDataScope::Release() {
-  Holdings::Release(string_);
-  Holdings::Release(object_);
-  Holdings::Release(data_);
+  holdings_.Release(string_);
+  holdings_.Release(object_);
+  holdings_.Release(data_);
 }
 
 id NewNSString(REALstring s, Holdings& holdings) {
   if (s == nullptr) return nullptr;
   if (HostHasNewStrings()) {
-    if (const void* copy = REALCopyStringCFString(s)) return msg::autorelease(AsPlatformString(copy));
+    if (const void* copy = REALCopyStringCFString(s)) return Autoreleased(copy);
   }
   // On new hosts this asks the same service a second time. Deliberate.
-  if (const void* copy = REALGetStringCFString(s, 0)) return msg::autorelease(AsPlatformString(copy));
+  if (const void* copy = REALGetStringCFString(s, 0)) return Autoreleased(copy);
 
   std::uint32_t encoding = REALGetStringEncoding(s);
   if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
 
   HostDataScope scope(holdings);
-  if (!HostHasNewStrings()) {
+  if (HostHasNewStrings()) {
+    scope.ReadStringData(s);
+  } else {
     scope.LockString(s);
+    // Old hosts hand out their own record as the handle.
     const auto* const record = reinterpret_cast<const OldStringRecord*>(s);
     if (record->buffer != nullptr) {
       scope.bytes = record->buffer + 1;
       scope.length = record->length;
     }
-  } else {
-    REALstringData record = {};
-    // The fallback sizes its buffer by this length; a host with the service is not asked for more.
-    if (PluginGetStringData.Find() == nullptr) record.length = LenB(s);
-    if (REALGetStringData(s, kEncodingUnknown, &record)) scope.TakeData(record);
   }
 
   const CFStringRef string =
       encoding == kEncodingUTF16
           ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
-                                         scope.length / 2)
+                                         std::max(scope.length, 0) / 2)
           : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
+  Holdings::Item* const held = holdings.HoldReference(string);
   scope.Release();
-  return msg::autorelease(AsPlatformString(string));
-}
-
-id NewNSString(REALstring s) {
-  Holdings holdings;
-  return NewNSString(s, holdings);
+  holdings.Forget(held);
+  return Autoreleased(string);
 }
 
 REALstring NSStringRB(id s, Holdings& holdings) {
@@ -228,13 +271,8 @@ REALstring NSStringRB(id s, Holdings& holdings) {
   if (CFStringGetCString(string, buffer, static_cast<CFIndex>(size), kEncodingUTF8) != 0) {
     result = REALBuildUnicodeString(buffer, static_cast<std::int64_t>(std::strlen(buffer)), kEncodingUTF8);
   }
-  Holdings::Release(held);
+  holdings.Release(held);
   return result;
-}
-
-REALstring NSStringRB(id s) {
-  Holdings holdings;
-  return NSStringRB(s, holdings);
 }
 
 REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std::uint32_t encoding) {
@@ -249,28 +287,8 @@ REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std
 
 bool REALGetStringData(REALstring s, std::uint32_t encoding, REALstringData* out) {
   if (PluginGetStringData.Find() != nullptr) return PluginGetStringData(s, encoding, out) != 0;
-
-  const bool hasBytes = StringGetCString.Find() != nullptr;
-  const bool hasLength = LenB.Find() != nullptr;
-  if (!hasBytes || !hasLength || s == nullptr) return false;
-
-  if (encoding == kEncodingUnknown) {
-    // Deliberate: the buffer is sized by what the caller put into `out`, not by what is copied. A host that
-    // answers a longer length now than it did to the caller gets no more bytes copied than fit.
-    const std::int32_t capacity = std::max(out->length, 0);
-    const std::int32_t length = std::min(LenB(s), capacity);
-    return FillStringData(StringGetCString(s), length, capacity, encoding, out);
-  }
-  if (REALGetStringEncoding(s) == encoding) {
-    const std::int32_t length = LenB(s);
-    return FillStringData(StringGetCString(s), length, length, encoding, out);
-  }
-  StringReference converted(REALConvertString(s, encoding));
-  if (!converted) return false;
-  const std::int32_t length = LenB(converted.Get());
-  const bool filled = FillStringData(StringGetCString(converted.Get()), length, length, encoding, out);
-  converted.Release();
-  return filled;
+  if (!HasFallbackServices() || s == nullptr) return false;
+  return GetStringDataByFallback(s, encoding, out);
 }
 
 }  // namespace qvx

@@ -9,9 +9,12 @@
 namespace qvx {
 
 // Platform strings and URLs are platform objects.
-inline id AsPlatformString(CFTypeRef string) {
-  return reinterpret_cast<id>(const_cast<void*>(string));
+inline id AsPlatformObject(CFTypeRef object) {
+  return reinterpret_cast<id>(const_cast<void*>(object));
 }
+
+// Hands the caller's reference to the autorelease pool and answers the object; nil is nil.
+id Autoreleased(CFTypeRef object);
 
 // What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.
 // Release gives back the string's lock, then the object's, then the string data; the Holdings do so on every
@@ -20,11 +23,11 @@ class HostDataScope {
  public:
   explicit HostDataScope(Holdings& holdings) : holdings_(holdings) {}
 
-  // Locks the string or object while its bytes are read.
+  // Locks the string or object while its bytes are read. A host that can't lock it is not asked to unlock it.
   void LockString(REALstring string);
   void LockObject(REALobject object);
-  // Takes over string data that the host or REALGetStringData filled.
-  void TakeData(const REALstringData& record);
+  // Reads the string's bytes as they are stored, through REALGetStringData.
+  void ReadStringData(REALstring string);
   void Release();
 
   const char* bytes = nullptr;
@@ -39,12 +42,10 @@ class HostDataScope {
 
 // The platform string for a host string, autoreleased; nil for null and for text the platform refuses.
 id NewNSString(REALstring s, Holdings& holdings);
-id NewNSString(REALstring s);
 
 // A new host string for a platform string; the caller owns its one reference. Null for nil, for an empty
 // string, and for text that can't be had as UTF-8.
 REALstring NSStringRB(id s, Holdings& holdings);
-REALstring NSStringRB(id s);
 
 // A new host string of `byteLength` bytes in `encoding`; the caller owns its one reference. UTF-16 and UTF-32
 // come back as UTF-8, 8-bit text that is plain ASCII is tagged so. Null for no bytes, for a length of 2^31 or

@@ -1,7 +1,8 @@
 // classes/NSColor.cpp - the host class NSColorQVX: properties, methods and shared factories of one NSColor.
 #include <xmmintrin.h>
 
-#include <array>
+#include <algorithm>
+#include <initializer_list>
 
 #include "bridge/exceptions.h"
 #include "bridge/guard.h"
@@ -48,7 +49,7 @@ void SendGetRed(id color, RGBA& rgba) {
 RGBA RGBAOf(id color) {
   RGBA rgba;
   if (CatchNSException([color, &rgba] { SendGetRed(color, rgba); }) != nullptr) {
-    rgba = {};
+    rgba = {};  // whatever the first try wrote must not pass for a colour that can't be converted
     SendGetRed(msg::colorUsingColorSpaceName(color, NSCalibratedRGBColorSpace), rgba);
   }
   return rgba;
@@ -73,7 +74,8 @@ REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
   });
 }
 
-// One component. A colour of another kind gives 0.0 and raises nothing: its NSException is dropped.
+// One component, the getter of its name; an empty instance is a message to nil. A colour of another kind
+// gives 0.0 and raises nothing: its NSException is dropped.
 template <FixedString Name>
 double Component(REALobject self, std::int32_t /*parameter*/) {
   double result = 0.0;
@@ -84,13 +86,17 @@ double Component(REALobject self, std::int32_t /*parameter*/) {
 }
 
 // One descriptive string. An NSException is dropped here too, and gives the null string.
-template <FixedString Name>
-REALstring Text(REALobject self, std::int32_t /*parameter*/) {
+[[gnu::noinline]] REALstring TextOf(REALobject self, Selector& selector) {
   REALstring result = nullptr;
-  CatchNSException([self, &result](Holdings& holdings) {
-    if (self != nullptr) result = NSStringRB(Message<Name, id()>()(ClassData(self)), holdings);
+  CatchNSException([self, &selector, &result](Holdings& holdings) {
+    if (self != nullptr) result = NSStringRB(Send<id>(ClassData(self), selector), holdings);
   });
   return result;
+}
+
+template <FixedString Name>
+REALstring Text(REALobject self, std::int32_t /*parameter*/) {
+  return TextOf(self, kSelector<Name>);
 }
 
 std::int32_t numberOfComponents(REALobject self, std::int32_t /*parameter*/) {
@@ -126,74 +132,75 @@ std::int32_t getCGColor(REALobject self) {
   });
 }
 
+// The array is there before anything can fail, and is what the caller gets, as far as it is filled.
 REALarray getComponents(REALobject self) {
-  constexpr NSInteger kMostComponents = 32;
-  // Room for a platform that writes more components than are handed on.
-  constexpr std::size_t kRoom = 256;
-  const REALarray result = REALCreateArray(REALArrayType::kDouble, -1);
-  if (result == nullptr) return nullptr;
-  Guarded([self, result] {
+  return GuardedResult(REALCreateArray(REALArrayType::kDouble, -1), [self](REALarray& result) {
+    constexpr NSInteger kMostComponents = 32;
+    // The platform writes as many components as it counts: room for more than any space has.
+    constexpr std::size_t kRoom = 256;
     const id color = NativeOf(self);
     if (color == nullptr) return;
-    const NSInteger count = std::min(msg::numberOfComponents(color), NSInteger{kMostComponents});
+    const NSInteger count = msg::numberOfComponents(color);
     CGFloat components[kRoom];
     std::fill_n(components, kMostComponents, 0.0F);
     msg::getComponents(color, components);
-    for (NSInteger i = 0; i < count; ++i) REALInsertArrayValueDouble(result, i, double{components[i]});
+    for (NSInteger i = 0; i < count && i < kMostComponents; ++i) {
+      if (result != nullptr) REALInsertArrayValueDouble(result, i, double{components[i]});
+    }
   });
-  return result;
 }
 
 // The frame of every method that reads components by reference: the outputs are 0.0 before anything else, and
 // are written once `read` has filled as many values.
-template <std::size_t Count, typename Read>
-void ReadComponents(REALobject self, const std::array<double*, Count>& outputs, Read read) {
+void ReadComponents(REALobject self, std::initializer_list<double*> outputs,
+                    void (*read)(id color, CGFloat* values)) {
+  constexpr std::size_t kMostOutputs = 5;
   for (double* const output : outputs) *output = 0.0;
-  Guarded([self, &outputs, read] {
+  Guarded([self, outputs, read] {
     const id color = NativeOf(self);
     if (color == nullptr) return;
-    std::array<CGFloat, Count> values{};
-    read(color, values.data());
-    for (std::size_t i = 0; i < Count; ++i) *outputs[i] = double{values[i]};
+    CGFloat values[kMostOutputs] = {};
+    read(color, values);
+    const CGFloat* value = values;
+    for (double* const output : outputs) *output = double{*value++};
   });
 }
 
 void getCyan(REALobject self, double* cyan, double* magenta, double* yellow, double* black) {
-  ReadComponents<4>(self, {cyan, magenta, yellow, black}, [](id color, CGFloat* values) {
+  ReadComponents(self, {cyan, magenta, yellow, black}, [](id color, CGFloat* values) {
     msg::getCyan(color, &values[0], &values[1], &values[2], &values[3], nullptr);
   });
 }
 
 void getWhite(REALobject self, double* white) {
-  ReadComponents<1>(self, {white},
-                    [](id color, CGFloat* values) { msg::getWhite(color, &values[0], nullptr); });
+  ReadComponents(self, {white}, [](id color, CGFloat* values) { msg::getWhite(color, &values[0], nullptr); });
 }
 
 void getHue(REALobject self, double* hue, double* saturation, double* brightness) {
-  ReadComponents<3>(self, {hue, saturation, brightness}, [](id color, CGFloat* values) {
+  ReadComponents(self, {hue, saturation, brightness}, [](id color, CGFloat* values) {
     msg::getHue(color, &values[0], &values[1], &values[2], nullptr);
   });
 }
 
 void getRed(REALobject self, double* red, double* green, double* blue) {
-  ReadComponents<3>(self, {red, green, blue}, [](id color, CGFloat* values) {
+  ReadComponents(self, {red, green, blue}, [](id color, CGFloat* values) {
     msg::getRed(color, &values[0], &values[1], &values[2], nullptr);
   });
 }
 
 void getCyanA(REALobject self, double* cyan, double* magenta, double* yellow, double* black, double* alpha) {
-  ReadComponents<5>(self, {cyan, magenta, yellow, black, alpha}, [](id color, CGFloat* values) {
+  ReadComponents(self, {cyan, magenta, yellow, black, alpha}, [](id color, CGFloat* values) {
     msg::getCyan(color, &values[0], &values[1], &values[2], &values[3], &values[4]);
   });
 }
 
 void getWhiteA(REALobject self, double* white, double* alpha) {
-  ReadComponents<2>(self, {white, alpha},
-                    [](id color, CGFloat* values) { msg::getWhite(color, &values[0], &values[1]); });
+  ReadComponents(self, {white, alpha},
+                 [](id color, CGFloat* values) { msg::getWhite(color, &values[0], &values[1]); });
 }
 
 void getRedA(REALobject self, double* red, double* green, double* blue, double* alpha) {
-  ReadComponents<4>(self, {red, green, blue, alpha}, [](id color, CGFloat* values) {
+  ReadComponents(self, {red, green, blue, alpha}, [](id color, CGFloat* values) {
     const RGBA rgba = RGBAOf(color);
     values[0] = rgba.red;
     values[1] = rgba.green;
@@ -312,12 +319,6 @@ REALobject colorWithColorSpace(REALobject space, REALarray components) {
   });
 }
 
-REALobject colorWithGenericGamma22White(double white, double alpha) {
-  return Factory([white, alpha] {
-    return msg::colorWithGenericGamma22White(NSColorClass(), ToCGFloat(white), ToCGFloat(alpha));
-  });
-}
-
 REALobject colorWithCGColor(std::int32_t handle) {
   return Factory([handle] { return msg::colorWithCGColor(NSColorClass(), reinterpret_cast<void*>(handle)); });
 }
@@ -330,29 +331,38 @@ REALobject colorWithDeviceCyan(double cyan, double magenta, double yellow, doubl
 }
 
 // The family of three components and alpha; the message names the space and the kind of components.
-template <const auto& message>
-REALobject FromThreeComponents(double first, double second, double third, double alpha) {
-  return Factory([=] {
-    return message(NSColorClass(), ToCGFloat(first), ToCGFloat(second), ToCGFloat(third), ToCGFloat(alpha));
-  });
-}
-constexpr auto& colorWithDeviceRed = FromThreeComponents<msg::colorWithDeviceRed>;
-constexpr auto& colorWithDeviceHue = FromThreeComponents<msg::colorWithDeviceHue>;
-constexpr auto& colorWithSRGBRed = FromThreeComponents<msg::colorWithSRGBRed>;
-constexpr auto& colorWithCalibratedRed = FromThreeComponents<msg::colorWithCalibratedRed>;
-constexpr auto& colorWithCalibratedHue = FromThreeComponents<msg::colorWithCalibratedHue>;
-
-REALobject colorWithDeviceWhite(double white, double alpha) {
-  return Factory([white, alpha] {
-    return msg::colorWithDeviceWhite(NSColorClass(), ToCGFloat(white), ToCGFloat(alpha));
+[[gnu::noinline]] REALobject FromThreeComponents(Selector& selector, double first, double second,
+                                                 double third, double alpha) {
+  return Factory([=, &selector] {
+    return Send<id>(NSColorClass(), selector, ToCGFloat(first), ToCGFloat(second), ToCGFloat(third),
+                    ToCGFloat(alpha));
   });
 }
 
-REALobject colorWithCalibratedWhite(double white, double alpha) {
-  return Factory([white, alpha] {
-    return msg::colorWithCalibratedWhite(NSColorClass(), ToCGFloat(white), ToCGFloat(alpha));
-  });
+template <FixedString Name>
+REALobject ThreeComponents(double first, double second, double third, double alpha) {
+  return FromThreeComponents(kSelector<Name>, first, second, third, alpha);
 }
+constexpr auto& colorWithDeviceRed = ThreeComponents<"colorWithDeviceRed:green:blue:alpha:">;
+constexpr auto& colorWithDeviceHue = ThreeComponents<"colorWithDeviceHue:saturation:brightness:alpha:">;
+constexpr auto& colorWithSRGBRed = ThreeComponents<"colorWithSRGBRed:green:blue:alpha:">;
+constexpr auto& colorWithCalibratedRed = ThreeComponents<"colorWithCalibratedRed:green:blue:alpha:">;
+constexpr auto& colorWithCalibratedHue =
+    ThreeComponents<"colorWithCalibratedHue:saturation:brightness:alpha:">;
+
+// The family of white and alpha.
+[[gnu::noinline]] REALobject FromWhite(Selector& selector, double white, double alpha) {
+  return Factory(
+      [=, &selector] { return Send<id>(NSColorClass(), selector, ToCGFloat(white), ToCGFloat(alpha)); });
+}
+
+template <FixedString Name>
+REALobject White(double white, double alpha) {
+  return FromWhite(kSelector<Name>, white, alpha);
+}
+constexpr auto& colorWithGenericGamma22White = White<"colorWithGenericGamma22White:alpha:">;
+constexpr auto& colorWithDeviceWhite = White<"colorWithDeviceWhite:alpha:">;
+constexpr auto& colorWithCalibratedWhite = White<"colorWithCalibratedWhite:alpha:">;
 
 REALobject colorFromPasteboard() {
   return Factory([] {
@@ -370,9 +380,14 @@ REALobject colorWithPatternImage(REALobject image) {
   });
 }
 
+// The getters of the predefined colours, one per name (getblackColor and so on).
+[[gnu::noinline]] REALobject PredefinedColorOf(Selector& selector) {
+  return Factory([&selector] { return Send<id>(NSColorClass(), selector); });
+}
+
 template <FixedString Name>
 REALobject PredefinedColor() {
-  return Factory([] { return Message<Name, id()>()(NSColorClass()); });
+  return PredefinedColorOf(kSelector<Name>);
 }
 
 template <FixedString... Names>

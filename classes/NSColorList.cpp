@@ -37,7 +37,7 @@ void Destructor(REALobject self) {
   DestroyInstance(self, DataOffset());
 }
 
-// ---- Editing and queries ----
+// ---- Editing and queries; the queries send to an empty instance's nil ----
 
 // The index goes on unchanged: a negative one is a very large one for the platform, which refuses it.
 void insertColor(REALobject self, REALobject color, REALstring key, std::int32_t index) {
@@ -100,7 +100,8 @@ REALstring name(REALobject self) {
 
 // ---- Filling the instance ----
 
-// Gives up the held list before a new one is asked for, so that a failure leaves the instance empty.
+// Gives up the held list before a new one is asked for, so that a failure leaves the instance empty. A list
+// that can't be released stays.
 void GiveUpList(REALobject self) {
   id& list = ListData(self);
   msg::release(list);
@@ -147,7 +148,8 @@ REALboolean Load(REALobject self, REALstring listName) {
     if (ListData(self) != nullptr) GiveUpList(self);
     const id list = msg::colorListNamed(NSColorListClass(), NewNSString(listName, holdings));
     if (list == nullptr) return;
-    ListData(self) = msg::retain(list);
+    msg::retain(list);
+    ListData(self) = list;
     result = 1;
   });
 }

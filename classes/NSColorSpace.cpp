@@ -1,5 +1,6 @@
 // classes/NSColorSpace.cpp - the host class NSColorSpaceQVX: instances, shared factories and constants of one
 // NSColorSpace.
+#include <algorithm>
 #include <iterator>
 
 #include "bridge/exceptions.h"
@@ -84,12 +85,19 @@ REALmemoryBlock ICCProfileData(REALobject self) {
   });
 }
 
-template <FixedString Name>
-REALstring Text(REALobject self) {
-  return GuardedResult<REALstring>([self](REALstring& result, Holdings& holdings) {
-    if (self != nullptr) result = NSStringRB(Message<Name, id()>()(ClassData(self)), holdings);
+[[gnu::noinline]] REALstring TextOf(REALobject self, Selector& selector) {
+  return GuardedResult<REALstring>([self, &selector](REALstring& result, Holdings& holdings) {
+    if (self != nullptr) result = NSStringRB(Send<id>(ClassData(self), selector), holdings);
   });
 }
+
+template <FixedString Name>
+REALstring Text(REALobject self) {
+  return TextOf(self, kSelector<Name>);
+}
+constexpr auto& localizedName = Text<"localizedName">;
+constexpr auto& colorSpaceName = Text<"colorSpaceName">;
+constexpr auto& description = Text<"description">;
 
 // A number, or a handle: the value of a pointer that stays the space's own.
 template <FixedString Name>
@@ -98,6 +106,11 @@ std::int32_t Number(REALobject self) {
     if (self != nullptr) result = Message<Name, NSInteger()>()(ClassData(self));
   });
 }
+
+constexpr auto& colorSpaceModel = Number<"colorSpaceModel">;
+constexpr auto& numberOfColorComponents = Number<"numberOfColorComponents">;
+constexpr auto& colorSyncProfile = Number<"colorSyncProfile">;
+constexpr auto& CGColorSpace = Number<"CGColorSpace">;
 
 // ---- Shared factories ----
 
@@ -114,7 +127,7 @@ void TakeAllocated(id space, REALobject& result, Holdings& holdings) {
   Holdings::Item* const held =
       holdings.Hold(space, [](Holdings::Item& item) { msg::release(static_cast<id>(item.handle)); });
   result = NewNSColorSpaceQVX(space, holdings);
-  Holdings::Release(held);
+  holdings.Release(held);
 }
 
 // The URL of an existing item; null if the host or the platform can't tell.
@@ -134,36 +147,39 @@ CFURLRef URLThroughParent(REALfolderItem item, Holdings& holdings) {
   if (parent == nullptr) return nullptr;
   Holdings::Item* const heldParent = holdings.HoldReference(parent);
 
+  const auto length =
+      static_cast<CFIndex>(std::min<std::size_t>(leafName.length, std::size(leafName.unicode)));
   CFStringRef name = nullptr;
-  if (leafName.length != 0) name = CFStringCreateWithCharacters(nullptr, leafName.unicode, leafName.length);
+  if (length != 0) name = CFStringCreateWithCharacters(nullptr, leafName.unicode, length);
   if (name == nullptr) {
-    Holdings::Release(heldParent);
+    holdings.Release(heldParent);
     return nullptr;
   }
   Holdings::Item* heldName = holdings.HoldReference(name);
   if (const CFMutableStringRef decomposed = CFStringCreateMutableCopy(nullptr, 0, name)) {
     Holdings::Item* const heldDecomposed = holdings.HoldReference(decomposed);
     CFStringNormalize(decomposed, kCFStringNormalizationFormD);
-    Holdings::Release(heldName);
+    holdings.Release(heldName);
     heldName = heldDecomposed;
     name = decomposed;
   }
   const CFURLRef url = CFURLCreateCopyAppendingPathComponent(nullptr, parent, name, 0);
   Holdings::Item* const heldURL = holdings.HoldReference(url);
-  Holdings::Release(heldParent);
-  Holdings::Release(heldName);
-  Holdings::Forget(heldURL);
+  holdings.Release(heldParent);
+  holdings.Release(heldName);
+  holdings.Forget(heldURL);
   return url;
 }
 
 // The POSIX path of a folder item, autoreleased; nil if it can't be told.
 id PathOfItem(REALfolderItem item, Holdings& holdings) {
+  if (REALFSRefFromFolderItem.Find() == nullptr) return nullptr;
   CFURLRef url = URLOfItem(item);
   if (url == nullptr) url = URLThroughParent(item, holdings);
-  msg::autorelease(AsPlatformString(url));
   if (url == nullptr) return nullptr;
+  Autoreleased(url);
   const CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
-  return path != nullptr ? msg::autorelease(AsPlatformString(path)) : nullptr;
+  return path != nullptr ? Autoreleased(path) : nullptr;
 }
 
 // Nothing that is not found raises: no item, no path, no file, no profile in it give null.
@@ -199,33 +215,36 @@ constexpr auto& ColorSpaceWithCGColorSpace = FromNativeHandle<msg::initWithCGCol
 
 // The array is there before anything can fail, and is what the caller gets, as far as it is filled.
 REALarray availableColorSpacesWithModel(std::int32_t model) {
-  const REALarray result = REALCreateArray(REALArrayType::kObject, -1);
-  if (result == nullptr) return nullptr;
+  HostReference<REALarray> array(REALCreateArray(REALArrayType::kObject, -1));
   CocoaInit();
-  Guarded([model, result](Holdings& holdings) {
+  return GuardedResult(array.Detach(), [model](REALarray& result, Holdings& holdings) {
     const id spaces = msg::availableColorSpacesWithModel(NSColorSpaceClass(), model);
     if (spaces == nullptr) return;
     const id enumerator = msg::objectEnumerator(spaces);
     std::int32_t index = 0;
     while (const id space = msg::nextObject(enumerator)) {
       const REALobject object = NewNSColorSpaceQVX(space, holdings);
-      Holdings::Item* const held = holdings.Hold(
-          object, [](Holdings::Item& item) { REALUnlockObject(static_cast<REALobject>(item.handle)); });
-      REALInsertArrayValueObject(result, index, object);
-      Holdings::Release(held);
+      Holdings::Item* const held = holdings.HoldObject(object);
+      if (result != nullptr) REALInsertArrayValueObject(result, index, object);
+      holdings.Release(held);
       ++index;
     }
   });
-  return result;
 }
 
-// A shared space of the platform. Deliberately without the guard, and the class is looked up on every call.
-template <FixedString Name>
-REALobject PredefinedSpace() {
+// The getters of the platform's shared spaces, one per name (getsRGBColorSpace and so on). Deliberately
+// without the guard, and the class is looked up on every call.
+[[gnu::noinline]] REALobject PredefinedSpaceOf(Selector& selector) {
   CocoaInit();
   const auto spaceClass = reinterpret_cast<id>(objc_getClass("NSColorSpace"));
   if (spaceClass == nullptr) return nullptr;
-  return NewNSColorSpaceQVX(Message<Name, id()>()(spaceClass));
+  Holdings holdings;
+  return NewNSColorSpaceQVX(Send<id>(spaceClass, selector), holdings);
+}
+
+template <FixedString Name>
+REALobject PredefinedSpace() {
+  return PredefinedSpaceOf(kSelector<Name>);
 }
 
 template <FixedString... Names>
@@ -247,13 +266,11 @@ constinit auto NSColorSpaceMethods = MakeTable<REALmethodDefinition>(
     Method(&initWithColorSyncProfile, "initWithColorSyncProfile(ColorSyncProfileHandle as integer)"),
     Method(&initWithCGColorSpace, "initWithCGColorSpace(CGColorSpaceHandle as integer)"),
     Method(&ICCProfileData, "ICCProfileData as Memoryblock"),
-    Method(&Text<"localizedName">, "localizedName as string"),
-    Method(&Text<"colorSpaceName">, "colorSpaceName as string"),
-    Method(&Text<"description">, "description as string"),
-    Method(&Number<"colorSpaceModel">, "colorSpaceModel as integer"),
-    Method(&Number<"numberOfColorComponents">, "numberOfColorComponents as integer"),
-    Method(&Number<"colorSyncProfile">, "colorSyncProfileHandle as integer"),
-    Method(&Number<"CGColorSpace">, "CGColorSpaceHandle as integer"));
+    Method(&localizedName, "localizedName as string"), Method(&colorSpaceName, "colorSpaceName as string"),
+    Method(&description, "description as string"), Method(&colorSpaceModel, "colorSpaceModel as integer"),
+    Method(&numberOfColorComponents, "numberOfColorComponents as integer"),
+    Method(&colorSyncProfile, "colorSyncProfileHandle as integer"),
+    Method(&CGColorSpace, "CGColorSpaceHandle as integer"));
 static_assert(NSColorSpaceMethods.kCount == 11);
 
 constinit auto NSColorSpaceSharedMethods = MakeTable<REALmethodDefinition>(

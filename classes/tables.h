@@ -5,6 +5,8 @@
 // records.
 #pragma once
 
+#include <algorithm>
+
 #include "host/records.h"
 #include "platform/message.h"
 
@@ -13,7 +15,7 @@ namespace qvx {
 template <typename Procedure>
 struct MethodRow {
   Procedure* function;
-  REALproc setter;
+  REALproc second;
   const char* declaration;
   std::uint32_t flags;
   std::uint32_t reserved[2];

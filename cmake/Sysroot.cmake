@@ -1,6 +1,7 @@
 # Targets for the 32-bit libraries that tools/bootstrap unpacked below build/sysroot.
 set(QVX_SYSROOT ${PROJECT_BINARY_DIR}/sysroot CACHE PATH "32-bit libraries unpacked by tools/bootstrap")
 set(QVX_SYSROOT_LIB ${QVX_SYSROOT}/usr/lib/i386-linux-gnu)
+set(QVX_SYSROOT_LIBS ${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/usr/lib:${QVX_SYSROOT}/lib/i386-linux-gnu)
 if(NOT EXISTS ${QVX_SYSROOT_LIB})
   message(FATAL_ERROR "wanted 32-bit libraries below ${QVX_SYSROOT}, found none; run tools/bootstrap first")
 endif()
@@ -13,10 +14,9 @@ target_include_directories(sysroot_headers SYSTEM INTERFACE
 # What a program or library needs to find the sysroot's libraries at run-time. DT_RPATH, not DT_RUNPATH: it must
 # hold for the libraries' own dependencies too.
 add_library(sysroot_rpath INTERFACE)
-set(QVX_SYSROOT_PATH ${QVX_SYSROOT_LIB}:${QVX_SYSROOT}/lib/i386-linux-gnu:${QVX_SYSROOT}/usr/lib)
 target_link_options(sysroot_rpath INTERFACE
   -Wl,--disable-new-dtags
-  -Wl,-rpath,${QVX_SYSROOT_PATH} -Wl,-rpath-link,${QVX_SYSROOT_PATH})
+  -Wl,-rpath,${QVX_SYSROOT_LIBS} -Wl,-rpath-link,${QVX_SYSROOT_LIBS})
 
 # sysroot_library(target file...): an imported library by its files below the sysroot.
 function(sysroot_library target)

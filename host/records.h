@@ -13,7 +13,7 @@ using REALproc = void (*)();
 
 struct REALmethodDefinition {
   REALproc function;
-  REALproc setter;  // always null here
+  REALproc second;  // a second function, always null here
   const char* declaration;
   std::uint32_t flags;
   std::uint32_t reserved[2];  // current layout only

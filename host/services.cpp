@@ -1,4 +1,4 @@
-// host/services.cpp - the resolver and the host's version.
+// host/services.cpp - the resolver, the host's version, and the first look-up of a service.
 #include "host/services.h"
 
 namespace qvx {
@@ -8,6 +8,11 @@ constinit double rbversion = 0.0;
 
 void* AskResolver(const char* name) {
   return gResolver != nullptr ? gResolver(name) : nullptr;
+}
+
+void* ServiceSlot::Ask() {
+  found_ = AskResolver(name_);
+  return found_;
 }
 
 }  // namespace qvx

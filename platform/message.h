@@ -15,46 +15,71 @@ struct FixedString {
   consteval FixedString(const char (&source)[Size]) { std::copy_n(source, Size, text); }  // NOLINT: implicit
 };
 
-// A message with the exact type of its method: Message<"insertColor:key:atIndex:", void(id, id, NSUInteger)>.
-// Calling it sends it; a nil receiver answers 0 or 0.0, and so does a selector that the platform can't
-// register.
-template <FixedString Selector, typename Signature>
-class Message;
-
-template <FixedString Selector, typename Result, typename... Arguments>
-class Message<Selector, Result(Arguments...)> {
+// A selector, looked up on first use and kept; null while the platform can't register it.
+class Selector {
  public:
-  Result operator()(id receiver, Arguments... arguments) const {
-    SEL selector = selector_;
-    if (selector == nullptr) [[unlikely]] {
-      selector = selector_ = sel_registerName(Selector.text);
-      if (selector == nullptr) return Result();
-    }
-    using Method = Result (*)(id, SEL, Arguments...);
-    if constexpr (std::is_floating_point_v<Result>) {
-      return reinterpret_cast<Method>(&objc_msgSend_fpret)(receiver, selector, arguments...);
-    } else {
-      return reinterpret_cast<Method>(&objc_msgSend)(receiver, selector, arguments...);
-    }
-  }
-
-  // For passing the selector itself to the platform.
-  static SEL Get() {
-    if (selector_ == nullptr) selector_ = sel_registerName(Selector.text);
-    return selector_;
-  }
+  constexpr explicit Selector(const char* name) : name_(name) {}
+  SEL Get() { return found_ != nullptr ? found_ : Register(); }
 
  private:
-  inline static constinit SEL selector_ = nullptr;
+  SEL Register();  // out of the way of every send
+
+  const char* name_;
+  SEL found_ = nullptr;
 };
 
-// The class object, or nil while the platform has no such class.
+template <FixedString Name>
+inline constinit Selector kSelector{Name.text};
+
+// Sends a message whose method has exactly the type Result(id, SEL, Arguments...). A nil receiver answers 0
+// or 0.0, and so does a selector that can't be registered.
+template <typename Result, typename... Arguments>
+Result Send(id receiver, Selector& selector, Arguments... arguments) {
+  const SEL registered = selector.Get();
+  if (registered == nullptr) [[unlikely]]
+    return Result();
+  using Method = Result (*)(id, SEL, Arguments...);
+  if constexpr (std::is_floating_point_v<Result>) {
+    return reinterpret_cast<Method>(&objc_msgSend_fpret)(receiver, registered, arguments...);
+  } else {
+    return reinterpret_cast<Method>(&objc_msgSend)(receiver, registered, arguments...);
+  }
+}
+
+// A message with the exact type of its method: Message<"insertColor:key:atIndex:", void(id, id, NSUInteger)>.
+// Calling it sends it.
+template <FixedString Name, typename Signature>
+class Message;
+
+template <FixedString Name, typename Result, typename... Arguments>
+class Message<Name, Result(Arguments...)> {
+ public:
+  Result operator()(id receiver, Arguments... arguments) const {
+    return Send<Result, Arguments...>(receiver, kSelector<Name>, arguments...);
+  }
+  // For passing the selector itself to the platform.
+  static SEL Get() { return kSelector<Name>.Get(); }
+};
+
+// A class, looked up on first use and kept; nil while the platform has no such class.
+class ClassSlot {
+ public:
+  constexpr explicit ClassSlot(const char* name) : name_(name) {}
+  id Get() { return found_ != nullptr ? found_ : Find(); }
+
+ private:
+  id Find();
+
+  const char* name_;
+  id found_ = nullptr;
+};
+
+template <FixedString Name>
+inline constinit ClassSlot kClass{Name.text};
+
 template <FixedString Name>
 id PlatformClass() {
-  static constinit id found = nullptr;
-  if (found == nullptr) [[unlikely]]
-    found = reinterpret_cast<id>(objc_getClass(Name.text));
-  return found;
+  return kClass<Name>.Get();
 }
 
 }  // namespace qvx

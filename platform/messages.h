@@ -1,7 +1,7 @@
 // platform/messages.h - every message that the bundle sends, once each, with the exact type of its method.
 //
-// The families that are generated from a list of names (component getters, predefined colours and colour
-// spaces) name their messages where they are generated.
+// Families of one type (component and text getters, colours from components, predefined colours and spaces)
+// name theirs where the family stands.
 #pragma once
 
 #include "platform/message.h"
@@ -14,7 +14,6 @@ inline constexpr Message<"retain", id()> retain;
 inline constexpr Message<"release", void()> release;
 inline constexpr Message<"autorelease", id()> autorelease;
 inline constexpr Message<"respondsToSelector:", BOOL(SEL)> respondsToSelector;
-inline constexpr Message<"description", id()> description;
 
 // NSException; the last three are class methods that the sibling parts add.
 inline constexpr Message<"name", id()> name;
@@ -36,26 +35,10 @@ inline constexpr Message<"generalPasteboard", id()> generalPasteboard;
 // NSColor: factories.
 inline constexpr Message<"colorWithColorSpace:components:count:", id(id, const CGFloat*, NSInteger)>
     colorWithColorSpace;
-inline constexpr Message<"colorWithGenericGamma22White:alpha:", id(CGFloat, CGFloat)>
-    colorWithGenericGamma22White;
 inline constexpr Message<"colorWithCGColor:", id(const void*)> colorWithCGColor;
 inline constexpr Message<"colorWithDeviceCyan:magenta:yellow:black:alpha:",
                          id(CGFloat, CGFloat, CGFloat, CGFloat, CGFloat)>
     colorWithDeviceCyan;
-inline constexpr Message<"colorWithDeviceRed:green:blue:alpha:", id(CGFloat, CGFloat, CGFloat, CGFloat)>
-    colorWithDeviceRed;
-inline constexpr Message<"colorWithDeviceHue:saturation:brightness:alpha:",
-                         id(CGFloat, CGFloat, CGFloat, CGFloat)>
-    colorWithDeviceHue;
-inline constexpr Message<"colorWithDeviceWhite:alpha:", id(CGFloat, CGFloat)> colorWithDeviceWhite;
-inline constexpr Message<"colorWithSRGBRed:green:blue:alpha:", id(CGFloat, CGFloat, CGFloat, CGFloat)>
-    colorWithSRGBRed;
-inline constexpr Message<"colorWithCalibratedRed:green:blue:alpha:", id(CGFloat, CGFloat, CGFloat, CGFloat)>
-    colorWithCalibratedRed;
-inline constexpr Message<"colorWithCalibratedHue:saturation:brightness:alpha:",
-                         id(CGFloat, CGFloat, CGFloat, CGFloat)>
-    colorWithCalibratedHue;
-inline constexpr Message<"colorWithCalibratedWhite:alpha:", id(CGFloat, CGFloat)> colorWithCalibratedWhite;
 inline constexpr Message<"colorFromPasteboard:", id(id)> colorFromPasteboard;
 inline constexpr Message<"colorWithPatternImage:", id(id)> colorWithPatternImage;
 

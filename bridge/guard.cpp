@@ -1,0 +1,24 @@
+// bridge/guard.cpp - the native-exception guard, where it needs no body's type.
+#include "bridge/guard.h"
+
+namespace qvx {
+
+bool IsNSException(id exception) {
+  const id exceptionClass = PlatformClass<"NSException">();
+  return exceptionClass != nullptr &&
+         objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
+}
+
+id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context) {
+  Holdings holdings;
+  auto withHoldings = [body, context, &holdings] { body(context, holdings); };
+  const id exception = RunInFrame(withHoldings);
+  // Each in a frame of its own, so that a platform exception on the way is dropped and the first one goes on.
+  while (!holdings.IsEmpty()) [[unlikely]] {
+      auto giveBack = [&holdings] { holdings.GiveBack(); };
+      RunInFrame(giveBack);
+    }
+  return exception;
+}
+
+}  // namespace qvx

@@ -1,0 +1,8 @@
+// gnustep/CFBase.m - references to Core Foundation objects: an object's own.
+#import <Foundation/Foundation.h>
+
+#include "core_foundation.h"
+
+COCOA_EXPORT CFTypeRef CFRetain(CFTypeRef object) { return [(id)object retain]; }
+
+COCOA_EXPORT void CFRelease(CFTypeRef object) { [(id)object release]; }

@@ -1,0 +1,62 @@
+// gnustep/start.m - what the library does when it is loaded.
+#define _GNU_SOURCE
+#import <Foundation/Foundation.h>
+#include <dlfcn.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+static const char kLibraries[] = "/usr/lib/libgnustep-base.so";
+
+// GNUstep's own folders, when its libraries were unpacked below a folder other than the file system's root. Without this it
+// would look for its resources below /usr, where there are none or another version's. The machine's own system
+// folder stays on the search path, in the place of the network's, which is the local one's twin.
+static void find_resources(void) {
+  Dl_info base;
+  if (dladdr((const void *)GNUstepConfig, &base) == 0) return;
+  char *resolved = realpath(base.dli_fname, NULL);
+  if (resolved == NULL) return;
+  NSString *file = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:resolved length:strlen(resolved)];
+  free(resolved);
+  NSRange libraries = [file rangeOfString:[NSString stringWithUTF8String:kLibraries] options:NSBackwardsSearch];
+  if (libraries.length == 0 || libraries.location == 0) return;
+  NSString *root = [file substringToIndex:libraries.location];
+  NSMutableDictionary *configuration = GNUstepConfig(nil);
+  NSString *machine = [configuration objectForKey:@"GNUSTEP_SYSTEM_LIBRARY"];
+  if (machine == nil) machine = @"/usr/lib/GNUstep";  // GNUstep's own default, without a configuration file
+  if ([machine hasPrefix:root]) return;
+  [configuration setObject:machine forKey:@"GNUSTEP_NETWORK_LIBRARY"];
+  [configuration setObject:[root stringByAppendingString:@"/usr/lib/GNUstep"] forKey:@"GNUSTEP_SYSTEM_LIBRARY"];
+  [configuration setObject:[root stringByAppendingString:@"/usr/lib"] forKey:@"GNUSTEP_SYSTEM_LIBRARIES"];
+  GNUstepConfig(configuration);
+}
+
+// Exceptions reach setjmp frames only if every library's raise binds to this library.
+static void check_load_order(void) {
+  Dl_info here, thrower;
+  void *found = dlsym(RTLD_DEFAULT, "objc_exception_throw");
+  if (found == NULL || dladdr(found, &thrower) == 0 || dladdr(kLibraries, &here) == 0) return;
+  if (thrower.dli_fbase == here.dli_fbase) return;
+  fprintf(stderr,
+          "libcocoa: wanted to be loaded before the Objective-C runtime, found %s loaded first; exceptions will not "
+          "reach their frames; load or link libcocoa.so ahead of it\n",
+          thrower.dli_fname);
+}
+
+// A plain constructor would come too early: this file's selectors are not known to the runtime before +load.
+@interface CocoaStart : NSObject
+@end
+
+@implementation CocoaStart
+
++ (void)load {
+  check_load_order();
+  // The bottom pool of the thread that loads the library. A host without pools of its own keeps what is autoreleased,
+  // and is not told so object by object.
+  [[NSAutoreleasePool alloc] init];
+  NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+  find_resources();
+  [pool drain];
+}
+
+@end

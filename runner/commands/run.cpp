@@ -1,0 +1,59 @@
+// runner/commands/run.cpp - "hostrun PROGRAM.bas": runs a program through the bundle.
+#include "runner/commands/run.h"
+
+#include <cstdio>
+
+#include "runner/commands/start.h"
+#include "runner/host/functions.h"
+#include "runner/host/platform.h"
+#include "runner/language/program.h"
+
+namespace hostrun {
+namespace {
+
+int Refuse(const std::string& line) {
+  std::fprintf(stderr, "%s\n", line.c_str());
+  return kExitUse;
+}
+
+int RunSource(const Source& source) {
+  try {
+    return RunProgram(Compile(source), source);
+  } catch (const ProgramError& error) {
+    return Refuse(source.Describe(error.at(), error.what()));
+  }
+}
+
+}  // namespace
+
+void AddRunOptions(CLI::App& app, RunOptions& options) {
+  AddHostOptions(app, options.host);
+  app.add_flag("--leaks", options.leaksAreErrors, "End with status 1 when anything is still alive at the end");
+  app.add_option("program", options.program, "The program to run")->option_text("PROGRAM.bas")->required();
+  app.add_option("arguments", options.arguments, "What Arguments gives the program")->option_text("[ARGUMENT...]");
+  app.prefix_command();
+}
+
+int Run(const RunOptions& options) {
+  try {
+    const Source source = Source::FromFile(options.program);
+    const std::string problem = StartHost(options.host);
+    if (!problem.empty()) return Refuse(problem);
+    SetProgramArguments(options.arguments);
+    const Platform& platform = ThePlatform();
+    void* const pool = platform.pushPool == nullptr ? nullptr : platform.pushPool();
+    int status = RunSource(source);
+    if (platform.turnRunLoop != nullptr) platform.turnRunLoop();
+    if (platform.popPool != nullptr) platform.popPool(pool);
+    const LiveCounts live = CountLive();
+    if (live.Any()) {
+      std::fprintf(stderr, "still alive at the end:\n%s", DescribeLive(live).c_str());
+      if (options.leaksAreErrors && status == kExitFine) status = kExitException;
+    }
+    return status;
+  } catch (const std::exception& error) {
+    return Refuse(error.what());
+  }
+}
+
+}  // namespace hostrun

@@ -1,0 +1,62 @@
+// runner/commands/start.cpp - what every sub-command that needs a host does first.
+#include "runner/commands/start.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "runner/host/bundle.h"
+#include "runner/host/platform.h"
+#include "runner/sibling/sibling.h"
+
+namespace hostrun {
+namespace {
+
+constexpr const char* kNoPlatform = "none";
+
+std::string BesideExecutable(const char* file) {
+  std::error_code error;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? file : (self.parent_path() / file).native();
+}
+
+}  // namespace
+
+void AddHostOptions(CLI::App& app, HostOptions& options) {
+  options.bundle = BesideExecutable("QVXColor.so");
+  options.platform = BesideExecutable("libcocoa.so");
+  const char* const group = "Host";
+  app.add_option("--bundle", options.bundle, "The bundle to load")->option_text("FILE")->group(group);
+  app.add_option("--platform", options.platform, "The platform library to load first; none for a bundle that needs none")
+      ->option_text("FILE")
+      ->group(group);
+  app.add_option("--host-version", options.identity.version, "Behave as a host of this version")
+      ->option_text("V (2015.0)")
+      ->group(group);
+  app.add_option("--without", options.identity.withheld, "Withhold a service by name; may be repeated")
+      ->option_text("SERVICE")
+      ->allow_extra_args(false)
+      ->check([](const std::string& name) {
+        const std::vector<std::string> known = ServiceNames();
+        const bool there = std::find(known.begin(), known.end(), name) != known.end();
+        return there ? std::string() : "wanted the name of a service, found " + name;
+      })
+      ->group(group);
+  app.add_flag("!--no-sibling", options.sibling, "Run without NSExceptionQVX, NSImageQVX and the instance cache")
+      ->group(group);
+}
+
+std::string StartHost(const HostOptions& options) {
+  SetHostIdentity(options.identity);
+  RegisterHostClasses();
+  if (options.identity.withheld.contains("RegisterPluginVersion")) {
+    return "--without RegisterPluginVersion: wanted a service that a bundle can do without, found one that it calls unasked";
+  }
+  const bool platform = options.platform != kNoPlatform;
+  std::string problem = platform ? LoadPlatform(options.platform) : std::string();
+  if (problem.empty() && platform && options.sibling) problem = InstallSibling();
+  if (problem.empty()) problem = LoadBundle(options.bundle);
+  NoteStarted();
+  return problem;
+}
+
+}  // namespace hostrun

@@ -1,0 +1,18 @@
+// runner/commands/start.h - what every sub-command that needs a host does first.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+#include "runner/host/host.h"
+
+namespace hostrun {
+
+// The options that describe the host, with their defaults: the files beside the executable.
+void AddHostOptions(CLI::App& app, HostOptions& options);
+
+// Starts the host. One line on failure, empty on success.
+std::string StartHost(const HostOptions& options);
+
+}  // namespace hostrun

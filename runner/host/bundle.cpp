@@ -1,0 +1,59 @@
+// runner/host/bundle.cpp - loads a bundle and lets it register.
+#include "runner/host/bundle.h"
+
+#include <dlfcn.h>
+#include <elf.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+#include "runner/host/registry.h"
+#include "runner/host/services.h"
+
+namespace hostrun {
+namespace {
+
+using EntryPoint = void (*)(void* (*resolver)(const char*));
+
+std::string Refusal(const std::string& file, const std::string& wanted, const std::string& found) {
+  return file + ": wanted " + wanted + ", found " + found;
+}
+
+}  // namespace
+
+std::string CheckBundleFile(const std::string& file) {
+  static constexpr const char* kWanted = "a bundle (32-bit ELF shared object for i386)";
+  std::ifstream in(file, std::ios::binary);
+  if (!in) return Refusal(file, kWanted, std::strerror(errno));
+  Elf32_Ehdr header{};
+  in.read(reinterpret_cast<char*>(&header), sizeof header);
+  if (in.gcount() < EI_NIDENT || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) {
+    return Refusal(file, kWanted, "a file that is not ELF");
+  }
+  if (header.e_ident[EI_CLASS] != ELFCLASS32) return Refusal(file, kWanted, "a 64-bit ELF file");
+  if (in.gcount() < static_cast<std::streamsize>(sizeof header)) return Refusal(file, kWanted, "a truncated ELF file");
+  if (header.e_machine != EM_386) {
+    return Refusal(file, kWanted, "an ELF file for machine " + std::to_string(header.e_machine));
+  }
+  if (header.e_type != ET_DYN) return Refusal(file, kWanted, "an ELF file that is no shared object");
+  return {};
+}
+
+std::string LoadBundle(const std::string& file) {
+  std::string problem = CheckBundleFile(file);
+  if (!problem.empty()) return problem;
+  // A path with a slash, so that it is never searched for elsewhere.
+  const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
+  void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) return Refusal(file, "a bundle that loads", dlerror());
+  const auto entry = reinterpret_cast<EntryPoint>(dlsym(library, "REALPluginMain"));
+  if (entry == nullptr) return Refusal(file, "an exported function REALPluginMain", "none");
+  entry(&ResolveService);
+  if (!TheRegistry().problems().empty()) {
+    return Refusal(file, "definition records that can be read", TheRegistry().problems().front());
+  }
+  return {};
+}
+
+}  // namespace hostrun

@@ -1,0 +1,91 @@
+// runner/host/call.h - calls the functions behind definition records: cdecl, arguments in declared order.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "runner/host/registry.h"
+#include "runner/host/value.h"
+
+namespace hostrun {
+
+// What surrounds each call into a bundle. Null: nothing does.
+struct Surroundings {
+  void* (*pushPool)() = nullptr;
+  void (*popPool)(void*) = nullptr;
+};
+void SetSurroundings(const Surroundings& surroundings);
+
+// Calls into the bundle so far.
+std::uint64_t BundleCalls();
+
+inline constexpr std::size_t kMostParameters = 30;
+
+// The argument words of one call.
+class ArgumentWords {
+ public:
+  void PushWord(std::uint32_t word) { words_[count_++] = word; }
+  void PushPointer(const void* pointer) { PushWord(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(pointer))); }
+  void PushInt64(std::int64_t i) {
+    std::memcpy(&words_[count_], &i, sizeof i);
+    count_ += 2;
+  }
+  void PushDouble(double d) {
+    std::memcpy(&words_[count_], &d, sizeof d);
+    count_ += 2;
+  }
+  void PushSingle(float f) {
+    std::memcpy(&words_[count_], &f, sizeof f);
+    count_ += 1;
+  }
+
+  // A value of a counted type: pushes its handle. The value must outlive the call.
+  void PushHandle(const Value& value) {
+    PushPointer(value.kind() == Kind::String ? static_cast<const void*>(value.string())
+                                             : static_cast<const void*>(value.object()));
+  }
+
+  const std::uint32_t* data() const { return words_.data(); }
+  std::uint32_t count() const { return count_; }
+
+ private:
+  std::array<std::uint32_t, 2 + 2 * kMostParameters> words_;  // only the first count_ are written
+  std::uint32_t count_ = 0;
+};
+
+// The memory behind a by-reference argument: holds a copy of the value during the call.
+class ReferencePlace {
+ public:
+  ReferencePlace(const Type& type, const Value& value);
+  void* address() { return &bits_; }
+  // The value after the call. To be called exactly once.
+  Value Take() const;
+
+ private:
+  Kind kind_;
+  std::uint64_t bits_ = 0;
+};
+
+// Hands a variant over as an object: an object as it is, anything else in a box.
+Value BoxedVariant(const Value& value);
+
+// Calls `method` with words laid out for it, self first where it has one. Throws HostException when the call
+// raised one. The result is converted by the declaration; its reference is the caller's.
+Value CallFunction(const Method& method, const ArgumentWords& words);
+
+// Calls with values that already have the parameters' types, defaults filled in and parameter arrays packed. A
+// by-reference argument is a Value of Kind::Reference whose place is read and written.
+Value Invoke(const Method& method, Object* self, const std::vector<Value>& arguments);
+
+Value GetProperty(const Property& property, Object* self);
+void SetProperty(const Property& property, Object* self, const Value& value);
+
+// A constructor or destructor of a definition.
+void CallLifecycle(const Class& cls, void (*function)(qvx::REALobject), Object* object);
+
+// The host object as the records' functions know it.
+inline qvx::REALobject HandleOf(Object* object) { return reinterpret_cast<qvx::REALobject>(object); }
+
+}  // namespace hostrun

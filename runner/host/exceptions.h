@@ -1,0 +1,60 @@
+// runner/host/exceptions.h - host exceptions: their classes, raising, and what waits for a call to return.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "runner/host/objects.h"
+#include "runner/host/strings.h"
+#include "runner/host/value.h"
+
+namespace hostrun {
+
+// A place in a program, for the stack of an exception.
+struct TraceLine {
+  std::string routine;  // empty: the program's own level
+  std::int32_t line = 0;
+  std::int32_t column = 0;
+};
+
+// The payload of "RuntimeException" and its descendants.
+struct ExceptionData {
+  StringRef message;
+  std::int32_t errorNumber = 0;
+  std::vector<TraceLine> trace;  // innermost first; empty until it is thrown
+};
+
+// A host exception on its way through the runner.
+class HostException {
+ public:
+  explicit HostException(ObjectRef object) : object_(std::move(object)) {}
+  Object* object() const { return object_.get(); }
+
+ private:
+  ObjectRef object_;
+};
+
+// Registers "RuntimeException" and its descendants, and the box of variants.
+void RegisterExceptionClasses();
+Class& VariantBoxClass();
+Value Unboxed(const Value& value);
+
+// A new exception of that class, or of "RuntimeException" when there is none.
+ObjectRef NewException(std::string_view className, std::string_view message);
+[[noreturn]] void RaiseHostException(std::string_view className, std::string_view message);
+[[noreturn]] void ThrowException(ObjectRef exception);
+
+// What "RuntimeRaiseException" was given; thrown once the call in progress has returned.
+void SetPendingException(Object* exception);
+void ThrowPendingException();
+
+// Fills the trace of an exception that is thrown for the first time.
+void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source);
+
+// "Class: message", as for an uncaught one.
+std::string DescribeException(Object* exception);
+
+}  // namespace hostrun

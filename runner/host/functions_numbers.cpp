@@ -1,0 +1,133 @@
+// runner/host/functions_numbers.cpp - the global functions of the host language that work on numbers and colours.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <random>
+
+#include "runner/host/arrays.h"
+#include "runner/host/functions.h"
+#include "runner/host/records.h"
+#include "runner/host/registry.h"
+
+namespace hostrun {
+namespace {
+
+std::vector<std::string>& ProgramArguments() {
+  static std::vector<std::string> arguments;
+  return arguments;
+}
+
+std::int64_t AbsInteger(std::int64_t n) { return n < 0 ? static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(n)) : n; }
+double AbsDouble(double x) { return std::fabs(x); }
+
+template <class Better>
+double Best(double first, Object* more, Better better) {
+  if (more == nullptr) return first;
+  for (const Value& item : ArrayDataOf(more).items) {
+    if (better(item.real(), first)) first = item.real();
+  }
+  return first;
+}
+double Min(double first, Object* more) { return Best(first, more, std::less<>()); }
+double Max(double first, Object* more) { return Best(first, more, std::greater<>()); }
+std::int64_t MinInteger(std::int64_t a, std::int64_t b) { return std::min(a, b); }
+std::int64_t MaxInteger(std::int64_t a, std::int64_t b) { return std::max(a, b); }
+
+double Round(double x) { return std::round(x); }  // halves away from zero
+double Floor(double x) { return std::floor(x); }
+double Ceil(double x) { return std::ceil(x); }
+double Truncate(double x) { return std::trunc(x); }
+double Sqrt(double x) { return std::sqrt(x); }
+double Pow(double x, double y) { return std::pow(x, y); }
+double Exp(double x) { return std::exp(x); }
+double Log(double x) { return std::log(x); }
+double Sin(double x) { return std::sin(x); }
+double Cos(double x) { return std::cos(x); }
+double Tan(double x) { return std::tan(x); }
+double ATan(double x) { return std::atan(x); }
+double ATan2(double y, double x) { return std::atan2(y, x); }
+std::int32_t Sign(double x) { return x > 0 ? 1 : x < 0 ? -1 : 0; }
+std::int32_t CLong(double x) { return static_cast<std::int32_t>(Value::Truncate(x)); }
+std::int64_t CInt64(double x) { return Value::Truncate(x); }
+
+double Rnd() {
+  static std::mt19937_64 engine{std::random_device{}()};
+  return std::uniform_real_distribution<double>(0, 1)(engine);
+}
+
+double Microseconds() {
+  using std::chrono::duration;
+  using std::chrono::steady_clock;
+  return duration<double, std::micro>(steady_clock::now().time_since_epoch()).count();
+}
+
+std::uint32_t Channel(double value) { return static_cast<std::uint32_t>(std::clamp(value, 0.0, 255.0)); }
+
+std::uint32_t Rgb(std::int32_t red, std::int32_t green, std::int32_t blue) {
+  return (Channel(red) << 16U) | (Channel(green) << 8U) | Channel(blue);
+}
+
+std::uint32_t FromFractions(double red, double green, double blue) {
+  const auto channel = [](double x) { return static_cast<std::int32_t>(std::lround(std::clamp(x, 0.0, 1.0) * 255)); };
+  return Rgb(channel(red), channel(green), channel(blue));
+}
+
+std::uint32_t Hsv(double hue, double saturation, double value) {
+  const double sector = (hue - std::floor(hue)) * 6;
+  const auto channel = [=](double shift) {
+    const double k = std::fmod(shift + sector, 6);
+    return value - value * saturation * std::clamp(std::min(k, 4 - k), 0.0, 1.0);
+  };
+  return FromFractions(channel(5), channel(3), channel(1));
+}
+
+std::uint32_t Cmy(double cyan, double magenta, double yellow) { return FromFractions(1 - cyan, 1 - magenta, 1 - yellow); }
+
+Object* Arguments() {
+  ObjectRef array = ObjectRef::Adopt(NewArray(*TypeOf(Kind::String), -1));
+  for (const std::string& argument : ProgramArguments()) {
+    ArrayDataOf(array.get()).items.push_back(Value::Text(argument));
+  }
+  return array.release();
+}
+
+}  // namespace
+
+void SetProgramArguments(std::vector<std::string> arguments) { ProgramArguments() = std::move(arguments); }
+
+void RegisterNumberFunctions() {
+  const auto add = [](const char* declaration, auto function) {
+    TheRegistry().AddFunction(declaration, Proc(function));
+  };
+  add("Abs(n as int64) as int64", &AbsInteger);
+  add("Abs(x as double) as double", &AbsDouble);
+  add("Min(a as int64, b as int64) as int64", &MinInteger);
+  add("Min(first as double, paramarray more as double) as double", &Min);
+  add("Max(a as int64, b as int64) as int64", &MaxInteger);
+  add("Max(first as double, paramarray more as double) as double", &Max);
+  add("Round(x as double) as double", &Round);
+  add("Floor(x as double) as double", &Floor);
+  add("Ceil(x as double) as double", &Ceil);
+  add("Truncate(x as double) as double", &Truncate);
+  add("Sqrt(x as double) as double", &Sqrt);
+  add("Pow(x as double, y as double) as double", &Pow);
+  add("Exp(x as double) as double", &Exp);
+  add("Log(x as double) as double", &Log);
+  add("Sin(x as double) as double", &Sin);
+  add("Cos(x as double) as double", &Cos);
+  add("Tan(x as double) as double", &Tan);
+  add("ATan(x as double) as double", &ATan);
+  add("ATan2(y as double, x as double) as double", &ATan2);
+  add("Sign(x as double) as integer", &Sign);
+  add("CLong(x as double) as integer", &CLong);
+  add("CInt64(x as double) as int64", &CInt64);
+  add("Rnd as double", &Rnd);
+  add("Microseconds as double", &Microseconds);
+  add("RGB(red as integer, green as integer, blue as integer) as color", &Rgb);
+  add("HSV(hue as double, saturation as double, value as double) as color", &Hsv);
+  add("CMY(cyan as double, magenta as double, yellow as double) as color", &Cmy);
+  add("Arguments as string()", &Arguments);
+}
+
+}  // namespace hostrun

@@ -1,0 +1,99 @@
+// runner/host/objects.cpp - the host's objects: a header of 24 bytes, the class data, the host's own payload.
+#include "runner/host/objects.h"
+
+#include <cstdlib>
+#include <vector>
+
+#include "runner/host/call.h"
+#include "runner/host/position.h"
+#include "runner/host/registry.h"
+
+namespace hostrun {
+namespace {
+
+constinit Object* firstLive = nullptr;
+
+// A long chain of owners must not become as deep a chain of calls: below kDeepest, the dead wait here.
+constexpr int kDeepest = 64;
+constexpr std::uint32_t kDoomedMark = 0x4D4F4F44;
+constinit int depth = 0;
+std::vector<Object*>& Doomed() {
+  static std::vector<Object*> doomed;
+  return doomed;
+}
+
+void RunConstructors(Class& cls, Object* object) {
+  if (cls.super != nullptr) RunConstructors(*cls.super, object);
+  if (cls.definition != nullptr && cls.definition->constructor != nullptr) {
+    CallLifecycle(cls, cls.definition->constructor, object);
+  }
+}
+
+void Destroy(Object* object) {
+  object->references = 1;  // while destructors run: a lock and unlock in there must not end it again
+  for (Class* cls = object->cls; cls != nullptr; cls = cls->super) {
+    if (cls->definition != nullptr && cls->definition->destructor != nullptr) {
+      CallLifecycle(*cls, cls->definition->destructor, object);
+    }
+  }
+  if (object->cls->payload.destroy != nullptr) object->cls->payload.destroy(RawPayloadOf(object));
+  (object->previous == nullptr ? firstLive : object->previous->next) = object->next;
+  if (object->next != nullptr) object->next->previous = object->previous;
+  object->mark = 0;
+  std::free(object);
+}
+
+}  // namespace
+
+Object* NewObject(Class& cls) {
+  void* const memory = std::calloc(1, cls.payloadOffset + cls.payload.size);
+  if (memory == nullptr) throw std::bad_alloc();
+  auto* const object = static_cast<Object*>(memory);
+  object->cls = &cls;
+  object->references = 1;
+  object->line = currentPosition.line;
+  object->mark = kLiveMark;
+  object->next = firstLive;
+  if (firstLive != nullptr) firstLive->previous = object;
+  firstLive = object;
+  if (cls.payload.create != nullptr) cls.payload.create(RawPayloadOf(object));
+  RunConstructors(cls, object);
+  return object;
+}
+
+void LockObject(Object* object) {
+  if (object != nullptr) ++object->references;
+}
+
+void UnlockObject(Object* object) {
+  if (object == nullptr || --object->references > 0 || object->mark == kDoomedMark) return;
+  if (depth >= kDeepest) {
+    object->mark = kDoomedMark;
+    Doomed().push_back(object);
+    return;
+  }
+  ++depth;
+  Destroy(object);
+  --depth;
+  while (depth == 0 && !Doomed().empty()) {
+    Object* const next = Doomed().back();
+    Doomed().pop_back();
+    next->mark = kLiveMark;
+    if (next->references > 0) continue;  // somebody found it meanwhile and holds it again
+    ++depth;
+    Destroy(next);
+    --depth;
+  }
+}
+
+void* RawPayloadOf(Object* object) { return reinterpret_cast<char*>(object) + object->cls->payloadOffset; }
+
+void*& NativePointerOf(Object* object) {
+  return *reinterpret_cast<void**>(reinterpret_cast<char*>(object) + kClassDataOffset);
+}
+
+bool IsKindOf(const Object* object, const Class& cls) { return object != nullptr && object->cls->IsA(cls); }
+
+const Object* FirstLiveObject() { return firstLive; }
+
+}  // namespace hostrun

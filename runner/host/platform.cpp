@@ -1,0 +1,69 @@
+// runner/host/platform.cpp - what the runner needs of the platform library, looked up when it is loaded.
+#include "runner/host/platform.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include "runner/host/call.h"
+
+namespace hostrun {
+namespace {
+
+Platform platform;
+
+std::int32_t (*makeReference)(const std::uint8_t*, ::FSRef*, unsigned char*) = nullptr;
+void* (*createDictionary)(const void*, long, const void*, const void*) = nullptr;
+std::int32_t (*runLoop)(const void* mode, double seconds, unsigned char once) = nullptr;
+const void* defaultMode = nullptr;
+
+bool MakeFileReference(const char* path, ::FSRef* reference) {
+  return makeReference(reinterpret_cast<const std::uint8_t*>(path), reference, nullptr) == 0;
+}
+
+void* NewPointerDictionary() { return createDictionary(nullptr, 0, nullptr, nullptr); }
+
+void TurnRunLoop() { runLoop(defaultMode, 0, 0); }
+
+template <class F>
+void Find(F& function, const char* name, std::string& missing) {
+  function = reinterpret_cast<F>(GlobalSymbol(name));
+  if (function == nullptr) missing = name;
+}
+
+}  // namespace
+
+void* GlobalSymbol(const char* name) { return dlsym(RTLD_DEFAULT, name); }
+
+std::string LoadPlatform(const std::string& file) {
+  if (access(file.c_str(), R_OK) != 0) {
+    return file + ": wanted the platform library, found no such file; build it with tools/build cocoa";
+  }
+  const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
+  if (dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
+    return file + ": wanted a platform library that loads, found: " + dlerror();
+  }
+  std::string missing;
+  Find(platform.pushPool, "objc_autoreleasePoolPush", missing);
+  Find(platform.popPool, "objc_autoreleasePoolPop", missing);
+  Find(platform.newString, "CFStringCreateWithCharacters", missing);
+  Find(platform.release, "CFRelease", missing);
+  Find(makeReference, "FSPathMakeRef", missing);
+  Find(createDictionary, "CFDictionaryCreateMutable", missing);
+  Find(runLoop, "CFRunLoopRunInMode", missing);
+  const void* const* mode = nullptr;
+  Find(mode, "kCFRunLoopDefaultMode", missing);
+  if (!missing.empty()) {
+    platform = {};
+    return file + ": wanted a platform library, found a library without " + missing;
+  }
+  defaultMode = *mode;
+  platform.turnRunLoop = &TurnRunLoop;
+  platform.makeFileReference = &MakeFileReference;
+  platform.newPointerDictionary = &NewPointerDictionary;
+  SetSurroundings({platform.pushPool, platform.popPool});
+  return {};
+}
+
+const Platform& ThePlatform() { return platform; }
+
+}  // namespace hostrun

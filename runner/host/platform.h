@@ -1,0 +1,32 @@
+// runner/host/platform.h - what the runner needs of the platform library, looked up when it is loaded.
+//
+// The runner links nothing of the platform: the library is loaded globally before the bundle, which finds its own
+// symbols in it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct FSRef;
+
+namespace hostrun {
+
+// Null members: no platform library is loaded.
+struct Platform {
+  void* (*pushPool)() = nullptr;
+  void (*popPool)(void*) = nullptr;
+  void (*turnRunLoop)() = nullptr;
+  bool (*makeFileReference)(const char* path, ::FSRef* reference) = nullptr;  // false: no such file
+  void* (*newPointerDictionary)() = nullptr;
+  const void* (*newString)(const void* allocator, const std::uint16_t* units, long count) = nullptr;
+  void (*release)(const void*) = nullptr;
+};
+
+// Loads the library. On failure the text says in one line what was wanted and found; empty on success.
+std::string LoadPlatform(const std::string& file);
+const Platform& ThePlatform();
+
+// The address of a global symbol, or null.
+void* GlobalSymbol(const char* name);
+
+}  // namespace hostrun

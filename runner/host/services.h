@@ -1,0 +1,29 @@
+// runner/host/services.h - the services that a plugin finds by name, and the version of the host that gives them.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace hostrun {
+
+struct HostIdentity {
+  double version = 2015.0;
+  std::set<std::string> withheld;  // service names that the resolver does not know
+};
+
+// To be called before any string or plugin exists: it also chooses the form of string records.
+void SetHostIdentity(HostIdentity identity);
+const HostIdentity& TheHostIdentity();
+
+// The names of all services, in the order of the contract.
+std::vector<std::string> ServiceNames();
+
+// The resolver handed to plugins: null for a name that is unknown or withheld.
+void* ResolveService(const char* name);
+
+// The layout version that the plugin announced; 0 before it did.
+std::int32_t AnnouncedLayout();
+
+}  // namespace hostrun

@@ -1,0 +1,118 @@
+// runner/host/value.h - one value of the host language: a number, or an owned reference to a string or an object.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "runner/host/objects.h"
+#include "runner/host/strings.h"
+#include "runner/host/types.h"
+
+namespace hostrun {
+
+class Value {
+ public:
+  Value() = default;
+  static Value Nil() { return {Kind::Nil, std::int64_t{0}}; }
+  static Value Boolean(bool b) { return {Kind::Boolean, std::int64_t{b}}; }
+  static Value Integer(std::int32_t i) { return {Kind::Integer, std::int64_t{i}}; }
+  static Value Int64(std::int64_t i) { return {Kind::Int64, i}; }
+  static Value Color(std::uint32_t rgb) { return {Kind::Color, std::int64_t{rgb}}; }
+  static Value Double(double d) {
+    Value v;
+    v.kind_ = Kind::Double;
+    v.d_ = d;
+    return v;
+  }
+  // Takes over the caller's reference; a null object is Nil, a null string the empty one.
+  static Value Adopt(HostString* s) {
+    Value v;
+    v.kind_ = Kind::String;
+    v.s_ = s;
+    return v;
+  }
+  static Value Adopt(Object* o) {
+    if (o == nullptr) return Nil();
+    Value v;
+    v.kind_ = Kind::Object;
+    v.o_ = o;
+    return v;
+  }
+  static Value Share(HostString* s) {
+    LockString(s);
+    return Adopt(s);
+  }
+  static Value Share(Object* o) {
+    LockObject(o);
+    return Adopt(o);
+  }
+  static Value Text(std::string_view utf8) { return Adopt(NewString(utf8)); }
+  static Value Reference(Value* place) {
+    Value v;
+    v.kind_ = Kind::Reference;
+    v.place_ = place;
+    return v;
+  }
+  // What a variable of the type holds before anything is assigned.
+  static Value DefaultOf(const Type& type);
+
+  Value(const Value& other) : kind_(other.kind_), i_(other.i_) { Lock(); }
+  Value(Value&& other) noexcept : kind_(other.kind_), i_(other.i_) { other.kind_ = Kind::Nothing; }
+  Value& operator=(const Value& other) {
+    Value copy(other);
+    return *this = std::move(copy);
+  }
+  // The old value goes last: what it frees may look at this variable again.
+  Value& operator=(Value&& other) noexcept {
+    std::swap(kind_, other.kind_);
+    std::swap(i_, other.i_);
+    Value gone(std::move(other));
+    return *this;
+  }
+  ~Value() { Unlock(); }
+
+  Kind kind() const { return kind_; }
+  bool IsNil() const { return kind_ == Kind::Nil || kind_ == Kind::Nothing; }
+  bool boolean() const { return i_ != 0; }
+  std::int32_t integer() const { return static_cast<std::int32_t>(i_); }
+  std::int64_t int64() const { return i_; }
+  double real() const { return d_; }
+  std::uint32_t color() const { return static_cast<std::uint32_t>(i_); }
+  HostString* string() const { return kind_ == Kind::String ? s_ : nullptr; }
+  Object* object() const { return kind_ == Kind::Object ? o_ : nullptr; }
+  Value* place() const { return place_; }
+  void SetReal(double d) { d_ = d; }  // of a value that is a Double already
+
+  // A numeric value as the other kind; 0 for what is no number.
+  double AsReal() const { return kind_ == Kind::Double ? d_ : static_cast<double>(i_); }
+  std::int64_t AsInt64() const { return kind_ == Kind::Double ? Truncate(d_) : i_; }
+
+  // Toward zero; the largest or smallest number for what lies outside, 0 for NaN.
+  static std::int64_t Truncate(double d) {
+    if (d >= 9223372036854775807.0) return INT64_MAX;
+    if (d <= -9223372036854775808.0) return INT64_MIN;
+    return d == d ? static_cast<std::int64_t>(d) : 0;
+  }
+
+ private:
+  Value(Kind kind, std::int64_t i) : kind_(kind), i_(i) {}
+  void Lock() const {
+    if (kind_ == Kind::String) LockString(s_);
+    if (kind_ == Kind::Object) LockObject(o_);
+  }
+  void Unlock() {
+    if (kind_ == Kind::String) UnlockString(s_);
+    if (kind_ == Kind::Object) UnlockObject(o_);
+  }
+
+  Kind kind_ = Kind::Nothing;
+  union {
+    std::int64_t i_ = 0;
+    double d_;
+    HostString* s_;
+    Object* o_;
+    Value* place_;
+  };
+};
+
+}  // namespace hostrun

@@ -1,0 +1,151 @@
+// runner/language/bind_expressions.cpp - settles expressions.
+#include "runner/host/registry.h"
+#include "runner/host/text.h"
+#include "runner/language/binder.h"
+
+namespace hostrun {
+
+const Binder::Variable* Binder::FindVariable(const std::string& name) const {
+  const std::string lower = LowerName(name);
+  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+    const auto found = scope->find(lower);
+    if (found != scope->end()) return &found->second;
+  }
+  return nullptr;
+}
+
+Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type, Variable::Where where) {
+  const auto [place, added] = scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}});
+  if (!added) Fail(at, "wanted a new name, found " + name + ", which is declared in this block already");
+  return place->second;
+}
+
+Binder::Variable& Binder::DeclareVariable(Position at, const std::string& name, const Type* type) {
+  const bool local = routine_ != nullptr;
+  Variable& variable = Declare(at, name, type, local ? Variable::Where::Local : Variable::Where::Global);
+  std::vector<const Type*>& slots = local ? routine_->locals : program_.globals;
+  variable.slot = slots.size();
+  slots.push_back(type);
+  return variable;
+}
+
+CodePtr Binder::MakeVariable(Position at, const Variable& variable) {
+  switch (variable.where) {
+    case Variable::Where::Local:
+      return MakeLocal(at, variable.type, variable.slot);
+    case Variable::Where::Global:
+      return MakeGlobal(at, variable.type, variable.slot);
+    case Variable::Where::Reference:
+      return MakeReference(at, variable.type, variable.slot);
+    case Variable::Where::Constant:
+      break;
+  }
+  return MakeConstant(at, variable.type, variable.value);
+}
+
+Class& Binder::WantClass(Position at, const std::string& name) {
+  Class* const cls = name.starts_with('_') ? nullptr : TheRegistry().FindClass(name);
+  if (cls == nullptr) Fail(at, "wanted a class, found " + name + ", which is none that this host knows");
+  return *cls;
+}
+
+const Type* Binder::TypeFor(const TypeName& name) {
+  const Type* type = TypeNamed(name.name);
+  if (type->kind == Kind::Object) {
+    if (name.name.starts_with('_') || !type->cls->defined) {
+      Fail(name.at, "wanted a type, found " + name.name + ", which is none that this host knows");
+    }
+  }
+  return name.array ? ArrayOf(type) : type;
+}
+
+CodePtr Binder::BindExpression(const Expression& expression) {
+  switch (expression.kind) {
+    case Expression::Kind::Literal:
+      return MakeConstant(expression.at, TypeOf(expression.literal.kind()), expression.literal);
+    case Expression::Kind::Name:
+      return BindName(expression);
+    case Expression::Kind::Member:
+      return BindMember(expression, nullptr);
+    case Expression::Kind::Call:
+      return BindCall(expression);
+    case Expression::Kind::Unary: {
+      CodePtr operand = BindValue(*expression.children[0]);
+      const std::string found = operand->type->name;
+      CodePtr made = MakeUnary(expression.at, expression.name, std::move(operand));
+      if (!made) Fail(expression.at, "'" + expression.name + "' does not work on " + found);
+      return made;
+    }
+    case Expression::Kind::Binary:
+      return BindBinary(expression);
+    case Expression::Kind::IsA: {
+      CodePtr object = BindValue(*expression.children[0]);
+      if (!object->type->IsCounted() || object->type->kind == Kind::String) {
+        Fail(expression.at, "wanted an object before IsA, found " + object->type->name);
+      }
+      return MakeIsA(expression.at, std::move(object), WantClass(expression.at, expression.name));
+    }
+    case Expression::Kind::New:
+      return BindNew(expression);
+  }
+  return nullptr;
+}
+
+CodePtr Binder::BindValue(const Expression& expression) {
+  CodePtr code = BindExpression(expression);
+  if (code->type->kind == Kind::Nothing) Fail(expression.at, "wanted a value, found a call that gives none");
+  return code;
+}
+
+CodePtr Binder::BindName(const Expression& name) {
+  if (const Variable* const variable = FindVariable(name.name)) return MakeVariable(name.at, *variable);
+  const std::string lower = LowerName(name.name);
+  if (routinesByName_.contains(lower) || !TheRegistry().FunctionsNamed(lower).empty()) return BindNamedCall(name, {});
+  if (TheRegistry().FindClass(name.name) != nullptr) {
+    Fail(name.at, "wanted a value, found the class " + name.name + "; name one of its members");
+  }
+  Fail(name.at, "wanted a variable, a function or a class, found " + name.name + ", which is not declared");
+}
+
+CodePtr Binder::BindBinary(const Expression& binary) {
+  CodePtr left = BindValue(*binary.children[0]);
+  CodePtr right = BindValue(*binary.children[1]);
+  const std::string l = left->type->name;
+  const std::string r = right->type->name;
+  CodePtr made = MakeBinary(binary.at, binary.name, std::move(left), std::move(right));
+  if (!made) {
+    std::string message = "'" + binary.name + "' does not work on " + l + " and " + r;
+    if (binary.name == "+" && (l == "String" || r == "String")) message += "; Str(...) makes text of a number";
+    Fail(binary.at, message);
+  }
+  return made;
+}
+
+CodePtr Binder::Convert(CodePtr code, const Type* type, const std::string& what) {
+  if (ConversionCost(*code, *type) < 0) {
+    std::string message = what + " wants " + type->name + ", found " + code->type->name;
+    const bool narrowing =
+        type->kind == Kind::Object && code->type->kind == Kind::Object && type->cls->IsA(*code->type->cls);
+    if (narrowing) message += "; " + type->name + "(...) makes sure of it";
+    Fail(code->at, message);
+  }
+  return MakeConversion(std::move(code), type);
+}
+
+CodePtr Binder::BindConverted(const Expression& expression, const Type* type, const std::string& what) {
+  CodePtr code = BindValue(expression);
+  code->at = expression.at;
+  return Convert(std::move(code), type, what);
+}
+
+CodePtr Binder::BindCondition(const Expression& expression) {
+  return BindConverted(expression, TypeOf(Kind::Boolean), "a condition");
+}
+
+CodePtr Binder::BindConstant(const Expression& expression, const std::string& what) {
+  CodePtr code = BindValue(expression);
+  if (!code->IsConstant()) Fail(expression.at, what + " wants a constant, found a value that only running gives");
+  return code;
+}
+
+}  // namespace hostrun

@@ -1,0 +1,199 @@
+// runner/language/code_conversions.cpp - from one type to another.
+#include <algorithm>
+
+#include "runner/host/arrays.h"
+#include "runner/language/array_literal.h"
+#include "runner/language/make.h"
+
+namespace hostrun {
+namespace {
+
+class Conversion : public Code {
+ public:
+  Conversion(CodePtr from, const Type* to) : Code(from->at, to), from_(std::move(from)) {}
+  bool IsConstant() const override { return from_->IsConstant(); }
+
+ protected:
+  CodePtr from_;
+};
+
+class ToReal final : public Conversion {
+ public:
+  using Conversion::Conversion;
+  Value Eval(Frame& frame) const override { return Value::Double(Real(frame)); }
+  double Real(Frame& frame) const override {
+    const double number = from_->Real(frame);
+    return type->kind == Kind::Single ? static_cast<double>(static_cast<float>(number)) : number;
+  }
+};
+
+// A real number is cut toward zero, and to the nearest number that the type has.
+class ToWhole final : public Conversion {
+ public:
+  using Conversion::Conversion;
+  Value Eval(Frame& frame) const override {
+    const std::int64_t n = Whole(frame);
+    return type->kind == Kind::Int64 ? Value::Int64(n) : Value::Integer(static_cast<std::int32_t>(n));
+  }
+  std::int64_t Whole(Frame& frame) const override {
+    if (from_->type->IsInteger()) {
+      const std::int64_t n = from_->Whole(frame);
+      return type->kind == Kind::Int64 ? n : static_cast<std::int32_t>(n);
+    }
+    const std::int64_t n = Value::Truncate(from_->Real(frame));
+    return type->kind == Kind::Int64 ? n : std::clamp<std::int64_t>(n, INT32_MIN, INT32_MAX);
+  }
+  double Real(Frame& frame) const override { return static_cast<double>(Whole(frame)); }
+};
+
+// Nothing happens to the value, only its type is seen differently.
+class Seen final : public Conversion {
+ public:
+  using Conversion::Conversion;
+  Value Eval(Frame& frame) const override { return from_->Eval(frame); }
+};
+
+class FromVariant final : public Conversion {
+ public:
+  using Conversion::Conversion;
+  Value Eval(Frame& frame) const override {
+    Value value = from_->Eval(frame);
+    switch (type->kind) {
+      case Kind::Double:
+        if (IsNumber(value)) return Value::Double(value.AsReal());
+        break;
+      case Kind::Single:
+        if (IsNumber(value)) return Value::Double(static_cast<double>(static_cast<float>(value.AsReal())));
+        break;
+      case Kind::Integer:
+        if (IsNumber(value)) {
+          return Value::Integer(static_cast<std::int32_t>(std::clamp<std::int64_t>(value.AsInt64(), INT32_MIN, INT32_MAX)));
+        }
+        break;
+      case Kind::Int64:
+        if (IsNumber(value)) return Value::Int64(value.AsInt64());
+        break;
+      case Kind::Object:
+        if (value.IsNil() || IsKindOf(value.object(), *type->cls)) return value;
+        break;
+      case Kind::Array:
+        if (value.IsNil()) return value;
+        if (IsKindOf(value.object(), ArrayClass()) && Holds(*ArrayDataOf(value.object()).element)) return value;
+        break;
+      default:
+        if (value.kind() == type->kind) return value;
+        if (value.IsNil()) return Value::DefaultOf(*type);  // an empty Variant
+    }
+    const std::string found = value.kind() == Kind::Object ? value.object()->cls->name : TypeOf(value.kind())->name;
+    RaiseAt(at, "TypeMismatchException", "Wanted " + type->name + ", found " + found + ".");
+  }
+
+ private:
+  static bool IsNumber(const Value& value) { return TypeOf(value.kind())->IsNumber() || value.IsNil(); }
+  bool Holds(const Type& element) const {
+    return &element == type->element || (element.kind == Kind::Object && type->element->kind == Kind::Object);
+  }
+};
+
+class Cast final : public Conversion {
+ public:
+  using Conversion::Conversion;
+  Value Eval(Frame& frame) const override {
+    Value value = from_->Eval(frame);
+    if (value.IsNil() || IsKindOf(value.object(), *type->cls)) return value;
+    const std::string found = value.object() == nullptr ? TypeOf(value.kind())->name : value.object()->cls->name;
+    RaiseAt(at, "IllegalCastException", "Wanted " + type->name + ", found " + found + ".");
+  }
+};
+
+class IsACode final : public Code {
+ public:
+  IsACode(Position position, CodePtr from, const Class& cls)
+      : Code(position, TypeOf(Kind::Boolean)), from_(std::move(from)), class_(cls) {}
+  Value Eval(Frame& frame) const override { return Value::Boolean(IsKindOf(from_->Eval(frame).object(), class_)); }
+
+ private:
+  CodePtr from_;
+  const Class& class_;
+};
+
+int Distance(const Class& from, const Class& to) {
+  int steps = 0;
+  for (const Class* cls = &from; cls != nullptr; cls = cls->super, ++steps) {
+    if (cls == &to) return steps;
+  }
+  return -1;
+}
+
+constexpr int kWidening = 1;
+constexpr int kWideningToReal = 2;
+constexpr int kNarrowing = 4;
+constexpr int kFromVariant = 8;
+constexpr int kToVariant = 10;
+
+int NumberCost(const Type& from, const Type& to) {
+  if (from.IsInteger() && to.IsInteger()) return to.kind == Kind::Int64 ? kWidening : kNarrowing;
+  if (to.IsReal()) return from.IsReal() ? kWidening : kWideningToReal;
+  return kNarrowing + 1;
+}
+
+}  // namespace
+
+int ConversionCost(const Code& from, const Type& to) {
+  const Type& type = *from.type;
+  if (&type == &to) return 0;
+  if (type.kind == Kind::Nothing) return -1;
+  if (to.kind == Kind::Variant) return kToVariant;
+  if (type.kind == Kind::Variant) return kFromVariant;
+  if (type.IsNumber() && to.IsNumber()) return NumberCost(type, to);
+  if (type.kind == Kind::Nil) return to.kind == Kind::Object || to.kind == Kind::Array ? kWidening : -1;
+  if (type.kind == Kind::Object && to.kind == Kind::Object) return Distance(*type.cls, *to.cls);
+  if (to.kind == Kind::Array) {
+    const auto* const literal = dynamic_cast<const ArrayLiteral*>(&from);
+    return literal == nullptr ? -1 : literal->CostAs(*to.element);
+  }
+  return -1;
+}
+
+CodePtr MakeConversion(CodePtr from, const Type* to) {
+  const Type* const type = from->type;
+  if (type == to) return from;
+  if (to->kind == Kind::Array && dynamic_cast<ArrayLiteral*>(from.get()) != nullptr) {
+    static_cast<ArrayLiteral&>(*from).Become(to->element);
+    return from;
+  }
+  const bool constant = from->IsConstant();
+  CodePtr made;
+  if (type->kind == Kind::Variant) {
+    made = std::make_unique<FromVariant>(std::move(from), to);
+  } else if (to->IsReal()) {
+    made = std::make_unique<ToReal>(std::move(from), to);
+  } else if (to->IsInteger()) {
+    made = std::make_unique<ToWhole>(std::move(from), to);
+  } else {
+    made = std::make_unique<Seen>(std::move(from), to);
+  }
+  if (!constant || type->kind == Kind::Variant) return made;
+  Frame none{nullptr, nullptr};
+  return MakeConstant(made->at, to, made->Eval(none));
+}
+
+CodePtr MakeCast(Position at, CodePtr from, const Type* to) {
+  const Type& type = *from->type;
+  if (to->kind != Kind::Object) {
+    return ConversionCost(*from, *to) < 0 ? nullptr : MakeConversion(std::move(from), to);
+  }
+  const bool possible =
+      type.kind == Kind::Variant || type.kind == Kind::Nil ||
+      (type.kind == Kind::Object && (Distance(*type.cls, *to->cls) >= 0 || Distance(*to->cls, *type.cls) >= 0));
+  if (!possible) return nullptr;
+  CodePtr cast = std::make_unique<Cast>(std::move(from), to);
+  cast->at = at;
+  return cast;
+}
+
+CodePtr MakeIsA(Position at, CodePtr from, const Class& cls) {
+  return std::make_unique<IsACode>(at, std::move(from), cls);
+}
+
+}  // namespace hostrun

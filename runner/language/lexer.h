@@ -1,0 +1,25 @@
+// runner/language/lexer.h - cuts a program into words.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "runner/host/value.h"
+#include "runner/language/source.h"
+
+namespace hostrun {
+
+enum class TokenKind : std::uint8_t { Name, Literal, Operator, EndOfLine, EndOfFile };
+
+struct Token {
+  TokenKind kind;
+  Position at;
+  std::string text;   // as written
+  std::string lower;  // of a name, or the operator itself
+  Value literal;
+};
+
+// Throws ProgramError. The last token is EndOfFile, with an EndOfLine before it.
+std::vector<Token> Tokenize(const Source& source);
+
+}  // namespace hostrun

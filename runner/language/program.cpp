@@ -1,0 +1,95 @@
+// runner/language/program.cpp - a program from its text to its end.
+#include "runner/language/program.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <new>
+
+#include "runner/host/exceptions.h"
+#include "runner/language/parser.h"
+
+namespace hostrun {
+namespace {
+
+// What a call of a routine may need below the limit: its own frame, the platform, a destructor.
+constexpr std::size_t kStackReserve = 512U << 10U;
+constexpr std::size_t kLargestStack = 64U << 20U;
+constexpr std::size_t kSmallestStack = 2U << 20U;
+constexpr std::size_t kShownTrace = 20;
+
+const char* StackLimit() {
+  rlimit limit{};
+  std::size_t size = kLargestStack;
+  if (getrlimit(RLIMIT_STACK, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
+    size = std::clamp<std::size_t>(limit.rlim_cur, kSmallestStack, kLargestStack);
+  }
+  return static_cast<const char*>(__builtin_frame_address(0)) - (size - kStackReserve);
+}
+
+void FillTrace(std::vector<TraceLine>& trace) {
+  Position at = currentPosition;
+  for (auto call = machine.calls.rbegin(); call != machine.calls.rend(); ++call) {
+    trace.push_back({call->routine->signature.name, at.line, at.column});
+    at = call->at;
+  }
+  trace.push_back({"", at.line, at.column});
+}
+
+void Report(const Source& source, Object* exception) {
+  const std::vector<TraceLine>& trace = PayloadOf<ExceptionData>(exception).trace;
+  const TraceLine where = trace.empty() ? TraceLine() : trace.front();
+  std::string text = source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception)) + "\n";
+  for (std::size_t i = 0; i + 1 < trace.size(); ++i) {
+    if (i == kShownTrace) {
+      text += "  and " + std::to_string(trace.size() - 1 - i) + " more calls\n";
+      break;
+    }
+    text += "  in " + trace[i].routine + ", called from line " + std::to_string(trace[i + 1].line) + "\n";
+  }
+  std::fputs(text.c_str(), stderr);
+}
+
+int RunBody(const BoundProgram& program, Frame& frame, const Source& source) {
+  try {
+    try {
+      program.body.Run(frame);
+      return kExitFine;
+    } catch (const std::bad_alloc&) {
+      RaiseHostException("OutOfMemoryException", "Not enough memory.");
+    }
+  } catch (const QuitRequest& request) {
+    return request.status;
+  } catch (const HostException& exception) {
+    std::fflush(stdout);
+    Report(source, exception.object());
+    return kExitException;
+  }
+}
+
+}  // namespace
+
+BoundProgram Compile(const Source& source) {
+  const ProgramText text = Parser(source).ParseProgram();
+  return Binder().Bind(text);
+}
+
+int RunProgram(const BoundProgram& program, const Source& source) {
+  machine.stackLimit = StackLimit();
+  SetTraceSource(&FillTrace);
+  std::vector<Value> globals;
+  globals.reserve(program.globals.size());
+  for (const Type* const type : program.globals) globals.push_back(Value::DefaultOf(*type));
+  Frame frame{nullptr, globals.data()};
+  const int status = RunBody(program, frame, source);
+  currentPosition = {};
+  while (!globals.empty()) globals.pop_back();
+  machine.result = Value();
+  machine.calls.clear();
+  SetTraceSource(nullptr);
+  std::fflush(stdout);
+  return status;
+}
+
+}  // namespace hostrun

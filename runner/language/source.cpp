@@ -1,0 +1,69 @@
+// runner/language/source.cpp - a program's text, and errors that point into it.
+#include "runner/language/source.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace hostrun {
+namespace {
+
+constexpr std::uintmax_t kLargestProgram = 16U << 20U;
+constexpr std::size_t kLongestShownLine = 200;
+
+}  // namespace
+
+Source::Source(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) {
+  if (text_.starts_with("\xEF\xBB\xBF")) text_.erase(0, 3);
+  starts_.push_back(0);
+  for (std::size_t i = 0; i < text_.size(); ++i) {
+    if (text_[i] == '\r') {
+      const bool pair = i + 1 < text_.size() && text_[i + 1] == '\n';
+      text_[i] = pair ? ' ' : '\n';
+    }
+    if (text_[i] == '\n') starts_.push_back(i + 1);
+  }
+}
+
+Source Source::FromFile(const std::string& path) {
+  const auto refuse = [&path](const std::string& found) -> std::runtime_error {
+    return std::runtime_error(path + ": wanted a program file, found " + found);
+  };
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) throw refuse("a folder");
+  std::ifstream in(path, std::ios::binary);
+  if (!in) throw refuse(errno == ENOENT ? "no such file" : std::strerror(errno));
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  if (!error && size > kLargestProgram) throw refuse("a file of " + std::to_string(size) + " bytes");
+  std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  if (in.bad()) throw refuse("a file that can't be read");
+  return {path, std::move(text)};
+}
+
+std::string_view Source::Line(std::int32_t number) const {
+  if (number < 1 || static_cast<std::size_t>(number) > starts_.size()) return {};
+  const std::size_t start = starts_[static_cast<std::size_t>(number) - 1];
+  const std::size_t end = std::min(text_.find('\n', start), text_.size());
+  return std::string_view(text_).substr(start, end - start);
+}
+
+std::string Source::Describe(Position at, std::string_view message) const {
+  std::string out = name_;
+  if (at.line > 0) out += ":" + std::to_string(at.line) + ":" + std::to_string(at.column);
+  out += ": ";
+  out += message;
+  const std::string_view line = Line(at.line);
+  const auto before = static_cast<std::size_t>(at.column > 0 ? at.column - 1 : 0);
+  if (line.empty() || line.size() > kLongestShownLine || before > line.size()) return out;
+  out += "\n  ";
+  out += line;
+  out += "\n  ";
+  for (const char c : line.substr(0, before)) {
+    if ((static_cast<unsigned char>(c) & 0xC0U) != 0x80) out += c == '\t' ? '\t' : ' ';
+  }
+  return out + '^';
+}
+
+}  // namespace hostrun

@@ -1,0 +1,42 @@
+// runner/language/source.h - a program's text, and errors that point into it.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "runner/host/position.h"
+
+namespace hostrun {
+
+// A program that can't run: its text, its names or its types are wrong.
+class ProgramError : public std::runtime_error {
+ public:
+  ProgramError(Position at, const std::string& message) : std::runtime_error(message), at_(at) {}
+  Position at() const { return at_; }
+
+ private:
+  Position at_;
+};
+
+class Source {
+ public:
+  Source(std::string name, std::string text);
+  // Throws std::runtime_error with one clear line when the file can't be read.
+  static Source FromFile(const std::string& path);
+
+  const std::string& name() const { return name_; }
+  const std::string& text() const { return text_; }
+  std::string_view Line(std::int32_t number) const;
+
+  // "file:line:column: message", the line, and a caret below the column.
+  std::string Describe(Position at, std::string_view message) const;
+
+ private:
+  std::string name_;
+  std::string text_;
+  std::vector<std::size_t> starts_;  // of each line
+};
+
+}  // namespace hostrun

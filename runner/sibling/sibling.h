@@ -1,0 +1,29 @@
+// runner/sibling/sibling.h - the sibling part that bundles of this family expect beside them: the host classes
+// "NSExceptionQVX" and "NSImageQVX", the shared instance cache, and three class methods on NSException.
+#pragma once
+
+#include <string>
+
+#include "runner/host/objects.h"
+#include "runner/sibling/platform_objects.h"
+
+namespace hostrun {
+
+// Registers the classes and adds the methods. One line on failure, empty on success.
+std::string InstallSibling();
+
+// The instance cache: native object to host object, neither retained.
+Object* CachedInstance(PlatformId native);
+
+// Stores `native`, retained by the caller for it, in an empty wrapper instance and enters the pair.
+void Wrap(Object* instance, PlatformId native);
+
+// The destructor of a wrapper instance: leaves the cache and releases the native object.
+void Unwrap(Object* instance);
+
+void RegisterExceptionWrapper();  // exception_wrapper.cpp
+void RegisterImageWrapper();      // image_wrapper.cpp
+// The host object of a platform exception, with one reference for the caller.
+Object* NewExceptionWrapper(PlatformId exception);
+
+}  // namespace hostrun

@@ -1,0 +1,109 @@
+// tests/platform/dictionary_test.cpp - dictionaries from pointer to pointer.
+#include <gtest/gtest.h>
+
+#include "gnustep/cocoa_host.h"
+#include "tests/platform/guarded.h"
+
+namespace {
+
+const void* Pointer(std::uintptr_t number) { return reinterpret_cast<const void*>(number); }
+
+class Dictionary : public testing::Test {
+ protected:
+  ~Dictionary() override { CFRelease(dictionary_); }
+  CFMutableDictionaryRef dictionary_ = CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr);
+};
+
+TEST_F(Dictionary, IsEmptyAtFirst) {
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 0);
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(16)), nullptr);
+}
+
+TEST_F(Dictionary, FindsWhatWasSetAndNothingElse) {
+  CFDictionarySetValue(dictionary_, Pointer(16), Pointer(1));
+  CFDictionarySetValue(dictionary_, Pointer(32), Pointer(2));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(16)), Pointer(1));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(32)), Pointer(2));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(48)), nullptr);
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 2);
+}
+
+TEST_F(Dictionary, ReplacesAValue) {
+  CFDictionarySetValue(dictionary_, Pointer(16), Pointer(1));
+  CFDictionarySetValue(dictionary_, Pointer(16), Pointer(2));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(16)), Pointer(2));
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 1);
+}
+
+TEST_F(Dictionary, ForgetsWhatWasRemovedAndIgnoresWhatIsNotThere) {
+  CFDictionarySetValue(dictionary_, Pointer(16), Pointer(1));
+  CFDictionaryRemoveValue(dictionary_, Pointer(16));
+  CFDictionaryRemoveValue(dictionary_, Pointer(16));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(16)), nullptr);
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 0);
+}
+
+TEST_F(Dictionary, TakesNullAsAKeyAndAsAValue) {
+  CFDictionarySetValue(dictionary_, nullptr, Pointer(1));
+  CFDictionarySetValue(dictionary_, Pointer(16), nullptr);
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, nullptr), Pointer(1));
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 2);
+}
+
+TEST_F(Dictionary, IgnoresTheOneKeyThatItCanNotHold) {
+  CFDictionarySetValue(dictionary_, Pointer(UINTPTR_MAX), Pointer(1));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(UINTPTR_MAX)), nullptr);
+  CFDictionaryRemoveValue(dictionary_, Pointer(UINTPTR_MAX));
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 0);
+}
+
+TEST_F(Dictionary, NeitherRetainsNorAsksItsKeys) {
+  constexpr qvx::Message<"retainCount", NSUInteger()> kRetainCount;
+  const id object = qvx::Message<"new", id()>()(qvx::PlatformClass<"NSObject">());
+  CFDictionarySetValue(dictionary_, object, Pointer(1));
+  EXPECT_EQ(kRetainCount(object), 1U);
+  CFRelease(object);
+  // The object is gone; its address is a key still.
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, object), Pointer(1));
+}
+
+TEST_F(Dictionary, KeepsAHundredThousandEntriesApart) {
+  for (std::uintptr_t i = 1; i <= 100000; ++i) CFDictionarySetValue(dictionary_, Pointer(i * 16), Pointer(i));
+  for (std::uintptr_t i = 1; i <= 100000; i += 2) CFDictionaryRemoveValue(dictionary_, Pointer(i * 16));
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 50000);
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(16 * 16)), Pointer(16));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(17 * 16)), nullptr);
+}
+
+TEST_F(Dictionary, IsAnObjectWithReferences) {
+  constexpr qvx::Message<"retainCount", NSUInteger()> kRetainCount;
+  EXPECT_EQ(CFRetain(dictionary_), dictionary_);
+  EXPECT_EQ(kRetainCount(reinterpret_cast<id>(dictionary_)), 2U);
+  CFRelease(dictionary_);
+  EXPECT_EQ(kRetainCount(reinterpret_cast<id>(dictionary_)), 1U);
+}
+
+TEST(NoDictionary, AnswersNothingAndIgnoresChanges) {
+  CFDictionarySetValue(nullptr, Pointer(16), Pointer(1));
+  CFDictionaryRemoveValue(nullptr, Pointer(16));
+  EXPECT_EQ(CFDictionaryGetValue(nullptr, Pointer(16)), nullptr);
+  EXPECT_EQ(CFDictionaryGetCount(nullptr), 0);
+}
+
+TEST(NoDictionary, IsWhatAnotherObjectIs) {
+  const id object = qvx::Message<"dictionary", id()>()(qvx::PlatformClass<"NSMutableDictionary">());
+  const auto dictionary = reinterpret_cast<CFMutableDictionaryRef>(object);
+  CFDictionarySetValue(dictionary, Pointer(16), Pointer(1));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary, Pointer(16)), nullptr);
+  EXPECT_EQ(CFDictionaryGetCount(dictionary), 0);
+}
+
+TEST(NoDictionary, IsMadeWithCallBacksOrANegativeCapacity) {
+  EXPECT_EQ(CFDictionaryCreateMutable(nullptr, -1, nullptr, nullptr), nullptr);
+  EXPECT_EQ(CFDictionaryCreateMutable(nullptr, 0, Pointer(16), nullptr), nullptr);
+  EXPECT_EQ(CFDictionaryCreateMutable(nullptr, 0, nullptr, Pointer(16)), nullptr);
+}
+
+TEST(References, OfNothingAreNothing) { EXPECT_EQ(CFRetain(nullptr), nullptr); }
+
+}  // namespace

@@ -1,0 +1,110 @@
+// tests/platform/host_support_test.cpp - autorelease pools, the run loop and object counts.
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "gnustep/cocoa_host.h"
+#include "tests/platform/guarded.h"
+
+namespace {
+
+using qvx::Message;
+using qvx::PlatformClass;
+
+constexpr Message<"new", id()> kNew;
+constexpr Message<"retain", id()> kRetain;
+constexpr Message<"autorelease", id()> kAutorelease;
+constexpr Message<"retainCount", NSUInteger()> kRetainCount;
+
+TEST(AutoreleasePool, ReleasesWhenItIsPopped) {
+  const id object = kNew(PlatformClass<"NSObject">());
+  void* const pool = objc_autoreleasePoolPush();
+  kAutorelease(kRetain(object));
+  EXPECT_EQ(kRetainCount(object), 2U);
+  objc_autoreleasePoolPop(pool);
+  EXPECT_EQ(kRetainCount(object), 1U);
+}
+
+TEST(AutoreleasePool, TakesTheInnerOnesWithIt) {
+  const id object = kNew(PlatformClass<"NSObject">());
+  void* const outer = objc_autoreleasePoolPush();
+  objc_autoreleasePoolPush();
+  kAutorelease(kRetain(object));
+  objc_autoreleasePoolPop(outer);
+  EXPECT_EQ(kRetainCount(object), 1U);
+}
+
+TEST(RunLoop, DoesWhatIsDueAndComesBackAtOnce) {
+  const id array = kNew(PlatformClass<"NSMutableArray">());
+  const id object = kNew(PlatformClass<"NSObject">());
+  Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(array, sel_registerName("addObject:"),
+                                                                             object, 0.0);
+  Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(array, sel_registerName("addObject:"),
+                                                                             object, 3600.0);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0), kCFRunLoopRunTimedOut);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+  EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 1U);
+}
+
+TEST(RunLoop, PostsNotificationsQueuedForIdleTime) {
+  const id array = kNew(PlatformClass<"NSMutableArray">());
+  const id string = Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), "Idle");
+  const id centre = Message<"defaultCenter", id()>()(PlatformClass<"NSNotificationCenter">());
+  Message<"addObserver:selector:name:object:", void(id, SEL, id, id)>()(centre, array, sel_registerName("addObject:"),
+                                                                        string, nullptr);
+  const id queue = Message<"defaultQueue", id()>()(PlatformClass<"NSNotificationQueue">());
+  const id note = Message<"notificationWithName:object:", id(id, id)>()(PlatformClass<"NSNotification">(), string, nullptr);
+  Message<"enqueueNotification:postingStyle:", void(id, int)>()(queue, note, 1);  // when idle
+  EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 0U);
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);
+  EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 1U);
+  Message<"removeObserver:", void(id)>()(centre, array);
+}
+
+TEST(RunLoop, WithNothingToDoIsFinished) {
+  EXPECT_NE(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0), 0);
+  EXPECT_EQ(CFRunLoopRunInMode(nullptr, 0, 0), kCFRunLoopRunFinished);
+}
+
+TEST(RunLoop, LetsGoOfAnEditedColourList) {
+  const id name = Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), "edited");
+  void* const pool = objc_autoreleasePoolPush();
+  QVXCountInstances(1);
+  const CFIndex before = QVXLiveInstances("NSColorList");
+  const id list = Message<"initWithName:", id(id)>()(Message<"alloc", id()>()(PlatformClass<"NSColorList">()), name);
+  const id colour = Message<"blackColor", id()>()(PlatformClass<"NSColor">());
+  Message<"setColor:forKey:", void(id, id)>()(list, colour, name);
+  CFRelease(list);
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);
+  objc_autoreleasePoolPop(pool);
+  EXPECT_EQ(QVXLiveInstances("NSColorList"), before);
+}
+
+TEST(InstanceCount, FollowsAllocationAndDeallocation) {
+  QVXCountInstances(1);
+  const CFIndex before = QVXLiveInstances("NSColorList");
+  const id list = kNew(PlatformClass<"NSColorList">());
+  EXPECT_EQ(QVXLiveInstances("NSColorList"), before + 1);
+  CFRelease(list);
+  EXPECT_EQ(QVXLiveInstances("NSColorList"), before);
+}
+
+TEST(InstanceCount, IncludesTheClassesBelow) {
+  QVXCountInstances(1);
+  const CFIndex before = QVXLiveInstances("NSColor");
+  void* const pool = objc_autoreleasePoolPush();
+  Message<"colorWithDeviceRed:green:blue:alpha:", id(CGFloat, CGFloat, CGFloat, CGFloat)>()(PlatformClass<"NSColor">(),
+                                                                                            0.1F, 0.2F, 0.3F, 1.0F);
+  EXPECT_EQ(QVXLiveInstances("NSColor"), before + 1);
+  objc_autoreleasePoolPop(pool);
+  EXPECT_EQ(QVXLiveInstances("NSColor"), before);
+}
+
+TEST(InstanceCount, IsZeroForAnUnknownName) {
+  QVXCountInstances(1);
+  EXPECT_EQ(QVXLiveInstances("NoSuchClass"), 0);
+  EXPECT_EQ(QVXLiveInstances(nullptr), 0);
+}
+
+}  // namespace

@@ -1,0 +1,40 @@
+# Tests of the platform library's mechanics: sends, exceptions, Core Foundation, headless operation, the pasteboard.
+
+# Linked with the library, as a host may be. The library comes first: its objc_exception_throw has to win.
+add_executable(platform_runtime_tests
+  dictionary_test.cpp
+  exception_test.cpp
+  host_support_test.cpp
+  message_send_test.cpp
+  pasteboard_test.cpp
+  string_test.cpp
+  url_test.cpp
+  objective_c_paths.m
+  pasteboard_owner.m
+  runtime_main.cpp
+  plain_c_paths.c
+  ${PROJECT_SOURCE_DIR}/platform/message.cpp)
+target_include_directories(platform_runtime_tests PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(platform_runtime_tests PRIVATE cocoa gnustep gtest warnings)
+# The compiler does not see the uses that @throw and @synchronized make of their operands.
+set_property(SOURCE objective_c_paths.m PROPERTY COMPILE_OPTIONS
+  -Wno-unused-but-set-parameter -Wno-objc-root-class)
+set_property(SOURCE plain_c_paths.c PROPERTY COMPILE_OPTIONS
+  -fno-exceptions -fno-unwind-tables -fno-asynchronous-unwind-tables -fno-omit-frame-pointer)
+add_test(NAME platform.runtime COMMAND platform_runtime_tests)
+set_tests_properties(platform.runtime PROPERTIES TIMEOUT 120)
+
+# Links nothing of GNUstep: it loads the library by its path, as the runner does.
+add_executable(platform_probe probe.cpp)
+target_include_directories(platform_probe PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(platform_probe PRIVATE warnings dl)
+
+# Starts the probe under conditions of its own.
+add_executable(platform_loading_tests loading_test.cpp child_process.cpp runtime_main.cpp)
+target_include_directories(platform_loading_tests PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(platform_loading_tests PRIVATE gtest warnings dl)
+target_compile_definitions(platform_loading_tests PRIVATE
+  PROBE="$<TARGET_FILE:platform_probe>" LIBRARY="$<TARGET_FILE:cocoa>" BUNDLE="$<TARGET_FILE:QVXColor>")
+add_dependencies(platform_loading_tests platform_probe cocoa QVXColor)
+add_test(NAME platform.loading COMMAND platform_loading_tests)
+set_tests_properties(platform.loading PROPERTIES TIMEOUT 120)

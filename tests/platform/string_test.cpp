@@ -1,0 +1,315 @@
+// tests/platform/string_test.cpp - Core Foundation strings: encodings, strictness, bounds.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tests/platform/guarded.h"
+
+namespace {
+
+constexpr std::uint32_t kMacRoman = 0x0000;
+constexpr std::uint32_t kUTF16 = 0x0100;
+constexpr std::uint32_t kISOLatin1 = 0x0201;
+constexpr std::uint32_t kWindowsLatin1 = 0x0500;
+constexpr std::uint32_t kASCII = 0x0600;
+constexpr std::uint32_t kUTF8 = 0x08000100;
+constexpr std::uint32_t kUTF32 = 0x0C000100;
+constexpr std::uint32_t kUTF16BE = 0x10000100;
+constexpr std::uint32_t kUTF16LE = 0x14000100;
+constexpr std::uint32_t kUTF32BE = 0x18000100;
+constexpr std::uint32_t kUTF32LE = 0x1C000100;
+
+// Owns one reference, or none.
+class String {
+ public:
+  explicit String(CFStringRef string) : string_(string) {}
+  String(const String&) = delete;
+  String& operator=(const String&) = delete;
+  ~String() {
+    if (string_ != nullptr) CFRelease(string_);
+  }
+  CFStringRef Get() const { return string_; }
+  id Object() const { return reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(string_))); }
+
+ private:
+  CFStringRef string_;
+};
+
+String FromUnits(std::u16string_view units) {
+  return String(CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(units.data()),
+                                             static_cast<CFIndex>(units.size())));
+}
+
+String FromBytes(const char* bytes, std::uint32_t encoding) {
+  return String(CFStringCreateWithCString(nullptr, bytes, encoding));
+}
+
+std::u16string Units(const String& string) {
+  constexpr qvx::Message<"characterAtIndex:", std::uint16_t(NSUInteger)> kCharacter;
+  std::u16string units;
+  for (CFIndex i = 0; i < CFStringGetLength(string.Get()); ++i) {
+    units += static_cast<char16_t>(kCharacter(string.Object(), static_cast<NSUInteger>(i)));
+  }
+  return units;
+}
+
+// The whole buffer after a conversion into `room` bytes, with guard bytes behind it checked.
+struct Conversion {
+  bool whole;
+  std::string bytes;
+};
+
+Conversion Convert(const String& string, std::uint32_t encoding, std::size_t room) {
+  std::string buffer(room + 8, '\x5A');
+  const bool whole =
+      CFStringGetCString(string.Get(), buffer.data(), static_cast<CFIndex>(room), encoding) != 0;
+  EXPECT_EQ(buffer.substr(room), std::string(8, '\x5A')) << "written past the end";
+  return {whole, buffer.substr(0, room)};
+}
+
+std::string Bytes(const String& string, std::uint32_t encoding, std::size_t size) {
+  const Conversion conversion = Convert(string, encoding, size);
+  EXPECT_TRUE(conversion.whole);
+  return conversion.bytes;
+}
+
+TEST(StringCreation, TakesUnitsAsTheyAre) {
+  const String string = FromUnits(u"A\u00E9\u20AC\U0001F600");
+  EXPECT_EQ(CFStringGetLength(string.Get()), 5);
+  EXPECT_EQ(Units(string), u"A\u00E9\u20AC\U0001F600");
+}
+
+TEST(StringCreation, GivesOneReference) {
+  const String string = FromUnits(u"a text that is too long to be a tagged or shared constant");
+  EXPECT_EQ((qvx::Message<"retainCount", NSUInteger()>()(string.Object())), 1U);
+}
+
+TEST(StringCreation, GivesAnEmptyStringForNoUnits) {
+  const String from_none(CFStringCreateWithCharacters(nullptr, nullptr, 0));
+  ASSERT_NE(from_none.Get(), nullptr);
+  EXPECT_EQ(CFStringGetLength(from_none.Get()), 0);
+}
+
+TEST(StringCreation, GivesNothingForNullOrANegativeCount) {
+  constexpr UniChar kUnit = 'a';
+  EXPECT_EQ(CFStringCreateWithCharacters(nullptr, nullptr, 1), nullptr);
+  EXPECT_EQ(CFStringCreateWithCharacters(nullptr, &kUnit, -1), nullptr);
+  EXPECT_EQ(CFStringCreateWithCString(nullptr, nullptr, kUTF8), nullptr);
+}
+
+TEST(StringCreation, KeepsEmbeddedZeroUnits) {
+  const String string = FromUnits(std::u16string_view(u"a\0b", 3));
+  EXPECT_EQ(CFStringGetLength(string.Get()), 3);
+  EXPECT_EQ(Bytes(string, kUTF8, 4), std::string("a\0b\0", 4));
+}
+
+class UnpairedSurrogate : public testing::TestWithParam<std::u16string> {};
+
+TEST_P(UnpairedSurrogate, IsKeptAsAUnitAndHasNoBytes) {
+  const String string = FromUnits(GetParam());
+  ASSERT_NE(string.Get(), nullptr);
+  EXPECT_EQ(Units(string), GetParam());
+  for (const std::uint32_t encoding : {kUTF8, kUTF16, kUTF32, kASCII, kMacRoman}) {
+    const Conversion conversion = Convert(string, encoding, 64);
+    EXPECT_FALSE(conversion.whole) << std::hex << encoding;
+    EXPECT_EQ(conversion.bytes.substr(0, 4), std::string("\0\0\0\0", 4).substr(0, encoding == kUTF32 ? 4 : 1) +
+                                                 conversion.bytes.substr(encoding == kUTF32 ? 4 : 1, encoding == kUTF32 ? 0 : 3));
+  }
+}
+
+TEST_P(UnpairedSurrogate, SurvivesBeingCopiedComparedAndAppendedTo) {
+  const String string = FromUnits(GetParam());
+  const String twin = FromUnits(GetParam());
+  EXPECT_NE((qvx::Message<"isEqual:", BOOL(id)>()(string.Object(), twin.Object())), 0);
+  EXPECT_EQ((qvx::Message<"hash", NSUInteger()>()(string.Object())),
+            (qvx::Message<"hash", NSUInteger()>()(twin.Object())));
+  const String copy(CFStringCreateMutableCopy(nullptr, 0, string.Get()));
+  ASSERT_NE(copy.Get(), nullptr);
+  EXPECT_EQ(Units(copy), GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, UnpairedSurrogate,
+                         testing::Values(std::u16string{0xD800}, std::u16string{0xDC00},
+                                         std::u16string{u'a', 0xD83D}, std::u16string{0xDE00, u'a'},
+                                         std::u16string{0xDE00, 0xD83D}, std::u16string{0xD83D, 0xD83D, 0xDE00}));
+
+struct Sample {
+  std::uint32_t encoding;
+  std::string bytes;  // with its terminator
+  std::u16string units;
+};
+
+void PrintTo(const Sample& sample, std::ostream* out) { *out << "encoding 0x" << std::hex << sample.encoding; }
+
+class EncodedText : public testing::TestWithParam<Sample> {};
+
+TEST_P(EncodedText, IsDecoded) {
+  const String string = FromBytes(GetParam().bytes.c_str(), GetParam().encoding);
+  ASSERT_NE(string.Get(), nullptr);
+  EXPECT_EQ(Units(string), GetParam().units);
+}
+
+TEST_P(EncodedText, IsEncodedIntoABufferOfExactlyItsSize) {
+  const String string = FromUnits(GetParam().units);
+  EXPECT_EQ(Bytes(string, GetParam().encoding, GetParam().bytes.size()), GetParam().bytes);
+}
+
+TEST_P(EncodedText, IsRefusedABufferThatIsOneByteShort) {
+  const String string = FromUnits(GetParam().units);
+  const Conversion conversion = Convert(string, GetParam().encoding, GetParam().bytes.size() - 1);
+  EXPECT_FALSE(conversion.whole);
+  EXPECT_EQ(conversion.bytes[0], '\0') << "a part must not pass for the whole";
+}
+
+std::string WithZeros(const char* bytes, std::size_t size) { return std::string(bytes, size); }
+
+INSTANTIATE_TEST_SUITE_P(
+    All, EncodedText,
+    testing::Values(
+        Sample{kASCII, WithZeros("Plain~", 7), u"Plain~"},
+        Sample{kMacRoman, WithZeros("\x80\x8E\xDB\xF0\xCA\xFF", 7), u"\u00C4\u00E9\u20AC\uF8FF\u00A0\u02C7"},
+        Sample{kWindowsLatin1, WithZeros("\x80\x9F\xE9\xFF", 5), u"\u20AC\u0178\u00E9\u00FF"},
+        Sample{kISOLatin1, WithZeros("\x80\xE9\xFF", 4), u"\u0080\u00E9\u00FF"},
+        Sample{kUTF8, WithZeros("A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", 11), u"A\u00E9\u20AC\U0001F600"},
+        Sample{kUTF8, WithZeros("\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", 20),
+               u"\u007F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF"},
+        Sample{kUTF8, WithZeros("\xEF\xBB\xBFx", 5), u"\uFEFFx"},
+        Sample{kUTF16, WithZeros("A\0\xAC\x20\x3D\xD8\x00\xDE\0\0", 10), u"A\u20AC\U0001F600"},
+        Sample{kUTF16LE, WithZeros("A\0\xAC\x20\x3D\xD8\x00\xDE\0\0", 10), u"A\u20AC\U0001F600"},
+        Sample{kUTF16BE, WithZeros("\0A\x20\xAC\xD8\x3D\xDE\x00\0\0", 10), u"A\u20AC\U0001F600"},
+        Sample{kUTF32, WithZeros("A\0\0\0\x00\xF6\x01\0\0\0\0\0", 12), u"A\U0001F600"},
+        Sample{kUTF32LE, WithZeros("A\0\0\0\x00\xF6\x01\0\0\0\0\0", 12), u"A\U0001F600"},
+        Sample{kUTF32BE, WithZeros("\0\0\0A\0\x01\xF6\x00\0\0\0\0", 12), u"A\U0001F600"}));
+
+TEST(EncodedTextBounds, HoldForEverySize) {
+  const String string = FromUnits(u"A\u00E9\u20AC\U0001F600");
+  for (const std::uint32_t encoding : {kUTF8, kUTF16, kUTF32}) {
+    const std::size_t needed = encoding == kUTF8 ? 11 : encoding == kUTF16 ? 12 : 20;
+    for (std::size_t room = 0; room <= 24; ++room) {
+      EXPECT_EQ(Convert(string, encoding, room).whole, room >= needed) << std::hex << encoding << " " << room;
+    }
+  }
+}
+
+TEST(EncodedTextBounds, AreRefusedWhenNegativeOrWithoutABuffer) {
+  const String string = FromUnits(u"a");
+  std::array<char, 8> buffer{};
+  EXPECT_EQ(CFStringGetCString(string.Get(), buffer.data(), -1, kUTF8), 0);
+  EXPECT_EQ(CFStringGetCString(string.Get(), nullptr, 8, kUTF8), 0);
+  EXPECT_EQ(CFStringGetCString(nullptr, buffer.data(), 8, kUTF8), 0);
+  EXPECT_EQ(CFStringGetLength(nullptr), 0);
+}
+
+TEST(EncodedTextBounds, TakeLongTextsWhole) {
+  const std::u16string units(100000, u'\u20AC');
+  const String string = FromUnits(units);
+  const std::string bytes = Bytes(string, kUTF8, 300001);
+  const String back = FromBytes(bytes.c_str(), kUTF8);
+  EXPECT_EQ(CFStringGetLength(back.Get()), 100000);
+}
+
+TEST(MacRoman, GoesThereAndBackForEveryByte) {
+  std::string bytes;
+  for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);
+  const String string = FromBytes(bytes.c_str(), kMacRoman);
+  EXPECT_EQ(CFStringGetLength(string.Get()), 255);
+  EXPECT_EQ(Bytes(string, kMacRoman, 256), bytes + '\0');
+}
+
+TEST(WindowsLatin1, GoesThereAndBackForEveryByteThatIsDefined) {
+  std::string bytes;
+  for (int byte = 1; byte < 256; ++byte) {
+    if (std::strchr("\x81\x8D\x8F\x90\x9D", byte) == nullptr) bytes += static_cast<char>(byte);
+  }
+  const String string = FromBytes(bytes.c_str(), kWindowsLatin1);
+  EXPECT_EQ(CFStringGetLength(string.Get()), 250);
+  EXPECT_EQ(Bytes(string, kWindowsLatin1, 251), bytes + '\0');
+}
+
+struct Malformed {
+  std::uint32_t encoding;
+  std::string bytes;
+};
+
+void PrintTo(const Malformed& sample, std::ostream* out) {
+  *out << "encoding 0x" << std::hex << sample.encoding << ":";
+  for (const char byte : sample.bytes) *out << ' ' << static_cast<int>(static_cast<unsigned char>(byte));
+}
+
+class MalformedText : public testing::TestWithParam<Malformed> {};
+
+TEST_P(MalformedText, GivesNothing) {
+  EXPECT_EQ(FromBytes(GetParam().bytes.c_str(), GetParam().encoding).Get(), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, MalformedText,
+    testing::Values(Malformed{kUTF8, "\x80"},               // continuation alone
+                    Malformed{kUTF8, "a\xC3"},              // cut off
+                    Malformed{kUTF8, "\xE2\x82"},           // cut off
+                    Malformed{kUTF8, "\xF0\x9F\x98"},       // cut off
+                    Malformed{kUTF8, "\xC3("},              // no continuation
+                    Malformed{kUTF8, "\xC0\xAF"},           // overlong
+                    Malformed{kUTF8, "\xE0\x80\xAF"},       // overlong
+                    Malformed{kUTF8, "\xF0\x80\x80\xAF"},   // overlong
+                    Malformed{kUTF8, "\xED\xA0\x80"},       // surrogate
+                    Malformed{kUTF8, "\xF4\x90\x80\x80"},   // past the last code
+                    Malformed{kUTF8, "\xF8\x88\x80\x80\x80"}, Malformed{kUTF8, "\xFF"},
+                    Malformed{kASCII, "caf\xE9"}, Malformed{kWindowsLatin1, "\x81"},
+                    Malformed{kUTF32, std::string("\x00\xD8\0\0\0\0\0\0", 8)},
+                    Malformed{kUTF32, std::string("\x00\x00\x11\0\0\0\0\0", 8)}));
+
+TEST(UnknownEncoding, IsRefusedBothWays) {
+  const String string = FromUnits(u"a");
+  for (const std::uint32_t encoding : {0xFFFFU, 0xFFFFFFFFU, 0x0A01U, 0x0101U}) {
+    EXPECT_EQ(FromBytes("a", encoding).Get(), nullptr) << std::hex << encoding;
+    EXPECT_FALSE(Convert(string, encoding, 16).whole) << std::hex << encoding;
+  }
+}
+
+TEST(StrictConversion, RefusesWhatTheEncodingLacks) {
+  EXPECT_FALSE(Convert(FromUnits(u"\u00E9"), kASCII, 16).whole);
+  EXPECT_FALSE(Convert(FromUnits(u"\u20AC"), kISOLatin1, 16).whole);
+  EXPECT_FALSE(Convert(FromUnits(u"\u0081"), kWindowsLatin1, 16).whole);
+  EXPECT_FALSE(Convert(FromUnits(u"a\u4E00"), kMacRoman, 16).whole);
+  EXPECT_FALSE(Convert(FromUnits(u"\U0001F600"), kMacRoman, 16).whole);
+}
+
+TEST(MutableCopy, IsIndependentOfItsOriginalAndOfTheLimit) {
+  const String string = FromUnits(u"abc");
+  const String copy(CFStringCreateMutableCopy(nullptr, 1, string.Get()));
+  qvx::Message<"appendString:", void(id)>()(copy.Object(), string.Object());
+  EXPECT_EQ(Units(copy), u"abcabc");
+  EXPECT_EQ(Units(string), u"abc");
+  EXPECT_EQ(CFStringCreateMutableCopy(nullptr, 0, nullptr), nullptr);
+}
+
+struct Normalization {
+  CFIndex form;
+  std::u16string result;
+};
+
+class Normalized : public testing::TestWithParam<Normalization> {};
+
+TEST_P(Normalized, InPlace) {
+  // e with acute, A with ring as its own sign, the ligature fi, a Hangul syllable.
+  const String string = FromUnits(u"\u00E9\u212B\uFB01\uAC00");
+  const CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, string.Get());
+  CFStringNormalize(copy, GetParam().form);
+  const String result(copy);
+  EXPECT_EQ(Units(result), GetParam().result);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Normalized,
+                         testing::Values(Normalization{0, u"e\u0301A\u030A\uFB01\u1100\u1161"},
+                                         Normalization{1, u"e\u0301A\u030Afi\u1100\u1161"},
+                                         Normalization{2, u"\u00E9\u00C5\uFB01\uAC00"},
+                                         Normalization{3, u"\u00E9\u00C5fi\uAC00"},
+                                         Normalization{9, u"\u00E9\u212B\uFB01\uAC00"}));
+
+TEST(Normalization, OfNothingIsNothing) { CFStringNormalize(nullptr, 0); }
+
+}  // namespace
