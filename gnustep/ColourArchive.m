@@ -1,7 +1,9 @@
-// gnustep/ColourArchive.m - reading GNUstep's unkeyed archives of colours and colour lists, without trusting them.
+// gnustep/ColourArchive.m - reading GNUstep's unkeyed archives of colours and colour lists, without trusting
+// them.
 //
-// After the header come items, each led by a tag. Its low five bits are the type; for numbers the next two bits are the
-// size, for objects and classes the size of a running number, and the top bit says that the number was seen before.
+// After the header come items, each led by a tag. Its low five bits are the type; for numbers the next two
+// bits are the size, for objects and classes the size of a running number, and the top bit says that the
+// number was seen before.
 #import "ColourArchive.h"
 
 #include <string.h>
@@ -208,7 +210,8 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
 - (NSColor*)readNamedColor {
   NSString* catalogue = [self readObject];
   NSString* name = [self readObject];
-  if (![catalogue isKindOfClass:[NSString class]] || ![name isKindOfClass:[NSString class]]) return [self fail];
+  if (![catalogue isKindOfClass:[NSString class]] || ![name isKindOfClass:[NSString class]])
+    return [self fail];
   return [NSColor colorWithCatalogName:catalogue colorName:name];
 }
 
@@ -227,8 +230,8 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   if ([kind isEqual:NSCalibratedWhiteColorSpace]) return [NSColor colorWithCalibratedWhite:c[0] alpha:c[1]];
   if ([kind isEqual:NSDeviceCMYKColorSpace])
     return [NSColor colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
-  // Between blue and alpha stand hue, saturation and brightness; they follow from the rest, but for greys: a grey
-  // made from a hue keeps it.
+  // Between blue and alpha stand hue, saturation and brightness; they follow from the rest, but for greys: a
+  // grey made from a hue keeps it.
   BOOL grey = c[0] == c[1] && c[1] == c[2];
   if ([kind isEqual:NSDeviceRGBColorSpace])
     return grey ? [NSColor colorWithDeviceHue:c[3] saturation:c[4] brightness:c[5] alpha:c[6]]
@@ -242,8 +245,9 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   NSString* name = [self readObject];
   NSDictionary* colors = [self readObject];
   NSArray* keys = [self readObject];
-  if (failed || (name && ![name isKindOfClass:[NSString class]]) || ![colors isKindOfClass:[NSDictionary class]] ||
-      ![keys isKindOfClass:[NSArray class]] || [colors count] != [keys count])
+  if (failed || (name && ![name isKindOfClass:[NSString class]]) ||
+      ![colors isKindOfClass:[NSDictionary class]] || ![keys isKindOfClass:[NSArray class]] ||
+      [colors count] != [keys count])
     return [self fail];
   QVXColourListContents* contents = [[QVXColourListContents new] autorelease];
   contents->name = [name copy];
