@@ -14,7 +14,8 @@
 
 #import "QVXProfileColor.h"
 
-// The archive, followed by the exact colours and the patterns among the values; the archive itself if there are none.
+// The archive, followed by the exact colours and the patterns among the values; the archive itself if there
+// are none.
 NSData* QVXArchiveWithExactColours(NSData* archive, NSDictionary* colors);
 
 // What other programs read in the place of a colour: a pattern, which would end many of them, is a grey.

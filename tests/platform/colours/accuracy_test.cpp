@@ -1,7 +1,8 @@
 // tests/platform/colours/accuracy_test.cpp - conversions agree with Little CMS's own command-line tool.
 //
-// Every ordered pair of five spaces, on a grid of at least 1,000 colours, within 1/4096 per component. The tool gets
-// the very profiles that the spaces carry, and does not clip: its results are clipped here as the library clips.
+// Every ordered pair of five spaces, on a grid of at least 1,000 colours, within 1/4096 per component. The
+// tool gets the very profiles that the spaces carry, and does not clip: its results are clipped here as the
+// library clips.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -52,7 +53,9 @@ Space open(const TestedSpace& tested) {
 }
 
 // The tool's unit for a component: what it calls 1.
-double unit(Kind kind) { return kind == Kind::kCMYK ? 100 : kind == Kind::kLab ? 1 : 255; }
+double unit(Kind kind) {
+  return kind == Kind::kCMYK ? 100 : kind == Kind::kLab ? 1 : 255;
+}
 
 // Every combination of evenly spaced values, for each component from low to high.
 std::vector<Colour> combinations(const std::vector<std::pair<float, float>>& ranges, int steps) {
@@ -110,8 +113,8 @@ void writeProfile(Space space, const fs::path& path) {
 }
 
 // What the tool makes of the grid, in its own units.
-std::vector<std::vector<double>> toolsResults(const Folder& folder, const std::vector<Colour>& grid, double inUnit,
-                                              int components) {
+std::vector<std::vector<double>> toolsResults(const Folder& folder, const std::vector<Colour>& grid,
+                                              double inUnit, int components) {
   std::ofstream in(folder.at("in"));
   in.precision(9);
   for (const Colour& colour : grid) {
@@ -180,7 +183,8 @@ std::vector<Pair> allPairs() {
 }
 
 std::string nameOfPair(const testing::TestParamInfo<Pair>& tested) {
-  return std::string(kSpaces.at(std::get<0>(tested.param)).name) + "To" + kSpaces.at(std::get<1>(tested.param)).name;
+  return std::string(kSpaces.at(std::get<0>(tested.param)).name) + "To" +
+         kSpaces.at(std::get<1>(tested.param)).name;
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryPair, Accuracy, testing::ValuesIn(allPairs()), nameOfPair);

@@ -24,9 +24,12 @@ void releaseSpace(Space space);
 size_t profileOfSpace(Space space, void* buffer, size_t capacity);
 int componentsOfSpace(Space space);
 
-// Makes a colour of the components, the alpha last, and converts it. The number of components written, alpha included;
-// 0 if there is no such colour.
+// Makes a colour of the components, the alpha last, and converts it. The number of components written, alpha
+// included; 0 if there is no such colour.
 int convertColour(Space from, const float* components, Space to, float* converted);
+
+// The processor time of one conversion of a colour that exists already, in microseconds, over so many rounds.
+double microsecondsToConvert(Space from, Space to, int rounds);
 
 // Asks a space everything that it can be asked, and converts with it there and back. 1, or kRaised.
 int exerciseSpace(Space space);

@@ -1,6 +1,8 @@
 // tests/platform/colours/colour_calls.m - the colour classes, for tests written in C++.
 #import "colour_calls.h"
 
+#include <time.h>
+
 #import "ColourClasses.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
@@ -63,6 +65,31 @@ int convertColour(Space from, const float* components, Space to, float* converte
   if (color) [color getComponents:converted];
   [pool release];
   return count;
+}
+
+static double ProcessorTime(void) {
+  struct timespec now;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return (double)now.tv_sec * 1e6 + (double)now.tv_nsec / 1e3;
+}
+
+double microsecondsToConvert(Space from, Space to, int rounds) {
+  enum { kAtOnce = 1000 };
+  NSAutoreleasePool* outer = [NSAutoreleasePool new];
+  const CGFloat components[kMostComponents] = {0.25, 0.5, 0.75, 0.5, 1};
+  NSColor* color = [NSColor colorWithColorSpace:(NSColorSpace*)from
+                                     components:components
+                                          count:[(NSColorSpace*)from numberOfColorComponents] + 1];
+  [color colorUsingColorSpace:(NSColorSpace*)to];
+  double start = ProcessorTime();
+  for (int done = 0; done < rounds; done += kAtOnce) {
+    NSAutoreleasePool* pool = [NSAutoreleasePool new];
+    for (int i = 0; i < kAtOnce; i++) [color colorUsingColorSpace:(NSColorSpace*)to];
+    [pool release];
+  }
+  double took = ProcessorTime() - start;
+  [outer release];
+  return took / rounds;
 }
 
 int exerciseSpace(Space handle) {

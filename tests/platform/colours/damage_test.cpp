@@ -105,10 +105,18 @@ void damageProfile(const char* name, unsigned rounds) {
   std::printf("%s: %u of %u damaged profiles still describe a space\n", name, accepted, rounds);
 }
 
-TEST(DamagedProfiles, OfGrayRaiseNothing) { damageProfile("sgray.icc", 1500); }
-TEST(DamagedProfiles, OfRGBRaiseNothing) { damageProfile("srgb.icc", 1500); }
-TEST(DamagedProfiles, OfLabRaiseNothing) { damageProfile("lab.icc", 1000); }
-TEST(DamagedProfiles, OfCMYKRaiseNothing) { damageProfile("ps_cmyk.icc", 1000); }
+TEST(DamagedProfiles, OfGrayRaiseNothing) {
+  damageProfile("sgray.icc", 1500);
+}
+TEST(DamagedProfiles, OfRGBRaiseNothing) {
+  damageProfile("srgb.icc", 1500);
+}
+TEST(DamagedProfiles, OfLabRaiseNothing) {
+  damageProfile("lab.icc", 1000);
+}
+TEST(DamagedProfiles, OfCMYKRaiseNothing) {
+  damageProfile("ps_cmyk.icc", 1000);
+}
 
 TEST(DamagedProfiles, AreAllRefusedWhenCutShort) {
   const Bytes whole = readFile(fs::path(QVX_ICC_FOLDER) / "srgb.icc");
