@@ -3,7 +3,7 @@
 // Each call drains what it autoreleased. A raised exception is the answer kRaised: nothing here may raise.
 #pragma once
 
-#include <stddef.h>
+#include <stddef.h>  // NOLINT(modernize-deprecated-headers): for Objective-C too
 
 #ifdef __cplusplus
 extern "C" {
@@ -11,7 +11,7 @@ extern "C" {
 
 enum { kMostComponents = 16, kRaised = -1 };
 
-typedef const void* Space;
+typedef const void* Space;  // NOLINT(modernize-use-using): for Objective-C too
 
 // The predefined space of that class method, for instance "sRGBColorSpace"; it lives for ever.
 Space predefinedSpace(const char* selector);

@@ -38,8 +38,10 @@ TEST(Threads, ConvertTheSameColoursToTheSameNumbers) {
   for (int i = 0; i < kColours; ++i)
     convertColour(srgb, colour(i).data(), adobe, expected[static_cast<std::size_t>(i)].data());
   std::atomic<int> wrong = 0;
+  constexpr int kThreads = 4;
   std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
+  threads.reserve(kThreads);
+  for (int t = 0; t < kThreads; ++t)
     threads.emplace_back([&] {
       for (int round = 0; round < kRounds; ++round)
         for (int i = 0; i < kColours; ++i) {
@@ -58,8 +60,10 @@ TEST(Threads, OpenAndCloseTheSameProfiles) {
                                        "lab.icc",     "esrgb.icc",       "ps_cmyk.icc",
                                        "rommrgb.icc", "default_rgb.icc", "default_gray.icc"};
   std::atomic<int> failed = 0;
+  constexpr int kThreads = 4;
   std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
+  threads.reserve(kThreads);
+  for (int t = 0; t < kThreads; ++t)
     threads.emplace_back([&] {
       for (int round = 0; round < 3; ++round)
         for (const std::string& from : names)
