@@ -29,6 +29,7 @@ target_compile_definitions(colour_behaviour_test PRIVATE
   QVX_SCENARIOS_PLAIN="$<TARGET_FILE:colour_scenarios_plain>"
   QVX_SCENARIOS_HERE="$<TARGET_FILE:colour_scenarios_here>"
   QVX_ICC_FOLDER="${QVX_SYSROOT}/usr/share/color/icc/ghostscript")
+add_dependencies(colour_behaviour_test colour_scenarios_plain colour_scenarios_here)
 add_test(NAME platform.colour_behaviour COMMAND colour_behaviour_test)
 set_tests_properties(platform.colour_behaviour PROPERTIES TIMEOUT 600)
 
