@@ -16,6 +16,7 @@
 #include "runner/host/folder_items.h"
 #include "runner/host/platform.h"
 #include "runner/host/registry.h"
+#include "runner/sibling/platform_objects.h"
 
 namespace hostrun {
 namespace {
@@ -24,6 +25,16 @@ HostOptions options;
 
 const Method& Find(const char* cls, const char* name, bool shared, std::size_t form = 0) {
   return *TheRegistry().ClassNamed(cls).MethodsNamed(name, shared).at(form);
+}
+
+// A colour is written only where its type has been declared, which no method of the bundle does.
+void DeclareColorOnPasteboard() {
+  const ObjectRuntime& runtime = TheObjectRuntime();
+  const PlatformId type = NewPlatformString("NSColorPboardType");
+  const auto types = Send<PlatformId>(runtime.getClass("NSArray"), "arrayWithObject:", type);
+  const auto board = Send<PlatformId>(runtime.getClass("NSPasteboard"), "generalPasteboard");
+  Send<std::int32_t>(board, "declareTypes:owner:", types, static_cast<PlatformId>(nullptr));
+  ReleasePlatformObject(type);
 }
 
 // One set of things to call with: a colour, a space, a filled list, an image, a file.
@@ -36,7 +47,8 @@ class Things {
                     {Value::Double(1), Value::Double(0.5), Value::Double(0.25), Value::Double(1)});
     space_ = Invoke(Find("NSColorSpaceQVX", "sRGBColorSpace", true), nullptr, {});
     profile_ = Invoke(Find("NSColorSpaceQVX", "ICCProfileData", false), space_.object(), {});
-    Invoke(Find("MemoryBlock", "SaveToFile", false, 1), profile_.object(), {Value::Text(folder_ / "profile.icc")});
+    Invoke(Find("MemoryBlock", "SaveToFile", false, 1), profile_.object(), {Value::Text((folder_ / "profile.icc").native())});
+    DeclareColorOnPasteboard();
     Invoke(Find("NSColorQVX", "writeToPasteboard", false), color_.object(), {});
     list_ = Value::Adopt(NewObject(TheRegistry().ClassNamed("NSColorListQVX")));
     EXPECT_TRUE(Invoke(Find("NSColorListQVX", "Create", false), list_.object(), {Value::Text("Table")}).boolean());
@@ -77,7 +89,7 @@ class Things {
       case Kind::Integer:
         return IntegerFor(method, parameter);
       case Kind::String:
-        return TextFor(parameter);
+        return TextFor(method, parameter);
       case Kind::Variant:
         return image_;
       case Kind::Array: {
@@ -103,10 +115,10 @@ class Things {
     }
     return Value::Integer(method.signature.name == "availableColorSpacesWithModel" ? 1 : 0);
   }
-  Value TextFor(const Parameter& parameter) const {
+  Value TextFor(const Method& method, const Parameter& parameter) const {
     if (parameter.name == "path") return Value::Text((folder_ / "Table.clr").native());
     if (parameter.name == "colorSpace") return Value::Text("NSCalibratedWhiteColorSpace");
-    return Value::Text("Table");
+    return Value::Text(method.owner->name == "NSColorSpaceQVX" ? "NSDeviceRGBColorSpace" : "Table");
   }
 
   std::filesystem::path folder_;
