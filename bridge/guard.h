@@ -82,7 +82,7 @@ template <auto read, typename... Arguments>
     return read(arguments...);
   }
   const id exception = objc_exception_extract(&frame);
-  if (!IsNSException(exception)) objc_exception_throw(exception);
+  if (exception != nullptr && !IsNSException(exception)) objc_exception_throw(exception);
   return Result();
 }
 
