@@ -223,18 +223,25 @@ TEST(Exception, RunsNoFinallyBlockBeyondTheFrameAfterOneBeforeIt) {
 }
 
 TEST(Exception, RunsNoFinallyBlockBeyondAFrameOfAFunctionWithoutCleanUps) {
-  int inner = 0;
-  int outer = 0;
-  id exception = nullptr;
-  Through([&](Body body, void* context) { ThroughFinally(body, context, &outer); },
-          [&] {
-            exception = GuardedInC(
-                [](void* ran) { ThroughFinally(&RaiseBang, nullptr, static_cast<int*>(ran)); }, &inner);
-            EXPECT_EQ(outer, 0);
-          });
-  EXPECT_EQ(NameOf(exception), "Bang");
-  EXPECT_EQ(inner, 1);
-  EXPECT_EQ(outer, 1);  // left normally
+  // No function between the two @finally blocks has clean-ups that would end the unwinding.
+  struct State {
+    int inner = 0;
+    int outer = 0;
+    int outer_at_delivery = -1;
+    id exception = nullptr;
+  } state;
+  ThroughFinally(
+      [](void* context) {
+        State& here = *static_cast<State*>(context);
+        here.exception = GuardedInC(
+            [](void* ran) { ThroughFinally(&RaiseBang, nullptr, static_cast<int*>(ran)); }, &here.inner);
+        here.outer_at_delivery = here.outer;
+      },
+      &state, &state.outer);
+  EXPECT_EQ(NameOf(state.exception), "Bang");
+  EXPECT_EQ(state.inner, 1);
+  EXPECT_EQ(state.outer_at_delivery, 0);
+  EXPECT_EQ(state.outer, 1);  // left normally
 }
 
 TEST(Exception, UnlocksWhatASynchronizedBlockHeld) {
@@ -489,7 +496,8 @@ TEST(StaleFrame, IsNotWhatAFrameWithAnUnlikelyBlockIs) {
 }
 
 std::size_t HeapInUse() {
-  return ::mallinfo2().uordblks;
+  const struct mallinfo2 use = ::mallinfo2();
+  return use.uordblks + use.hblkhd;
 }
 
 TEST(StaleFrame, TakesNoMemoryHoweverManyThereAre) {
