@@ -2,8 +2,9 @@
 //
 //   report RAW INSTRUCTIONS TABLE JSON PLOT
 //
-// RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call" and may be
-// missing. The exit status is 0 whether or not targets are met: the machine may be busy. The table says which.
+// RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call" and
+// may be missing. The exit status is 0 whether or not targets are met: the machine may be busy. The table
+// says which.
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
@@ -41,7 +42,8 @@ std::map<std::string, double> ReadInstructions(const char* file) {
   return counts;
 }
 
-// Adds to each row its median, its spread, its instructions, its ratio to its limit and whether it meets its target.
+// Adds to each row its median, its spread, its instructions, its ratio to its limit and whether it meets its
+// target.
 void Evaluate(json& rows, const std::map<std::string, double>& instructions) {
   std::map<std::string, double> medians;
   for (json& row : rows) {
@@ -84,6 +86,11 @@ std::string Target(const json& row) {
   return text;
 }
 
+// A count that some rows don't have.
+std::string CountOr(const json& row, const char* key) {
+  return row.contains(key) ? Number(row[key], 1) : "-";
+}
+
 void WriteTable(std::ostream& out, const json& rows) {
   char line[240];
   std::string platform;
@@ -97,9 +104,10 @@ void WriteTable(std::ostream& out, const json& rows) {
     }
     const bool hasInstructions = row.contains("instructions");
     const bool hasRatio = row.contains("ratio");
-    std::snprintf(line, sizeof line, "%-46s %11s %11s %11s %9s %9s  %s", row["name"].get<std::string>().c_str(),
-                  Time(row["median"]).c_str(), hasInstructions ? Number(row["instructions"], 0).c_str() : "-",
-                  Number(row["allocations"], 1).c_str(), Number(row["bundle_allocations"], 1).c_str(),
+    std::snprintf(line, sizeof line, "%-46s %11s %11s %11s %9s %9s  %s",
+                  row["name"].get<std::string>().c_str(), Time(row["median"]).c_str(),
+                  hasInstructions ? Number(row["instructions"], 0).c_str() : "-",
+                  CountOr(row, "allocations").c_str(), CountOr(row, "bundle_allocations").c_str(),
                   hasRatio ? Number(row["ratio"], 2).c_str() : "", Target(row).c_str());
     std::string text = line;
     text.erase(text.find_last_not_of(' ') + 1);
