@@ -82,7 +82,7 @@ template <auto read, typename... Arguments>
     return read(arguments...);
   }
   const id exception = objc_exception_extract(&frame);
-  if (!IsNSException(exception)) objc_exception_throw(exception);
+  if (exception != nullptr && !IsNSException(exception)) objc_exception_throw(exception);
   return Result();
 }
 
@@ -96,15 +96,19 @@ void Guarded(Body&& body) {
   }
 }
 
-// What follows a delivered exception: an NSException is raised as a host exception. Anything else is passed
-// on, and the result, which nobody gets then, is given back.
+// What follows a delivered exception: an NSException is raised as a host exception. Anything else, and what is
+// thrown while it is raised, is passed on; the result, which nobody gets then, is given back.
 template <typename Holder>
 [[gnu::noinline, gnu::cold]] void RaiseOrPassOn(id exception, Holder& result) {
-  if (!IsNSException(exception)) {
-    result.Release();
-    objc_exception_throw(exception);
+  id passedOn = exception;
+  if (IsNSException(exception)) {
+    auto raise = [exception] { RaiseNSExceptionQVX(exception); };
+    passedOn = RunInFrame(raise);
   }
-  RaiseNSExceptionQVX(exception);
+  if (passedOn != nullptr) {
+    result.Release();
+    objc_exception_throw(passedOn);
+  }
 }
 
 // The same with a result, `initial` until the body sets it; a handle is an owned reference. After an

@@ -28,6 +28,7 @@ class Parser {
   bool TakeOperator(std::string_view op);
   void WantWord(std::string_view word, const std::string& where);
   void WantOperator(std::string_view op, const std::string& where);
+  static std::string Shown(std::string_view word);  // a word as programs usually write it
   std::string WantName(const std::string& what);
   void WantEndOfStatement(const std::string& after);
   bool AtEndOfStatement() const;

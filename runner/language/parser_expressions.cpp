@@ -35,13 +35,12 @@ std::string Describe(const Token& token) {
 struct Level {
   std::array<std::string_view, 8> operators;
 };
-constexpr std::array<Level, 6> kLevels = {{
+constexpr std::array<Level, 5> kLevels = {{
     {{"or", "xor"}},
     {{"and"}},
     {{"=", "<>", "<", ">", "<=", ">=", "is", "isa"}},
     {{"+", "-"}},
-    {{"mod"}},
-    {{"*", "/", "\\"}},
+    {{"*", "/", "\\", "mod"}},
 }};
 constexpr int kComparison = 2;
 
@@ -75,8 +74,14 @@ bool Parser::TakeOperator(std::string_view op) {
   return true;
 }
 
+std::string Parser::Shown(std::string_view word) {
+  std::string shown(word);
+  if (!shown.empty() && shown[0] >= 'a' && shown[0] <= 'z') shown[0] = static_cast<char>(shown[0] - 32);
+  return shown;
+}
+
 void Parser::WantWord(std::string_view word, const std::string& where) {
-  if (!TakeWord(word)) Fail("'" + std::string(word) + "' " + where);
+  if (!TakeWord(word)) Fail("'" + Shown(word) + "' " + where);
 }
 
 void Parser::WantOperator(std::string_view op, const std::string& where) {

@@ -29,7 +29,7 @@ bool Parser::AtEndOf(std::initializer_list<std::string_view> ends) const {
 
 void Parser::WantEnd(std::string_view word, Position opened) {
   if (!AtWord("end") || !AtWord(word, 1)) {
-    Fail("'End " + std::string(word) + "' for " + LineOf(opened));
+    Fail("'End " + Shown(word) + "' for " + LineOf(opened));
   }
   Take();
   Take();
@@ -70,7 +70,7 @@ RoutineDeclaration Parser::ParseRoutine() {
   routine.at = Peek(1).at;
   routine.function = Take().lower == "function";
   const std::string word = routine.function ? "function" : "sub";
-  routine.name = WantName("a name after '" + word + "'");
+  routine.name = WantName("a name after '" + Shown(word) + "'");
   if (TakeOperator("(") && !TakeOperator(")")) {
     do {
       if (!routine.parameters.empty() && routine.parameters.back().paramArray) {
@@ -88,7 +88,7 @@ RoutineDeclaration Parser::ParseRoutine() {
   routine.body = ParseBlock({"end sub", "end function", "sub", "function"});
   routine.end = Peek().at;
   WantEnd(word, routine.at);
-  WantEndOfStatement("'End " + word + "'");
+  WantEndOfStatement("'End " + Shown(word) + "'");
   return routine;
 }
 

@@ -83,7 +83,7 @@ void SetUpPlatform(const Setting& setting) {
     }
     NativeObject* const name = scripted::MakeText("NSPlatformException");
     platform.On("name", [=](scripted::Send& send) {  // the log line asks the exception for its name
-      if (send.Receiver() == exception) return send.Answer(name);
+      if (send.Receiver()->className == "NSException") return send.Answer(name);
       send.Raise(exception);
     });
   }
@@ -278,6 +278,7 @@ void CallOnceMore(const Case& each, Observation& observation) {
   Arguments arguments;
   MakeArguments(*each.target, each.choice, each.setting->prepared, arguments);
   Outcome outcome = Enter(*each.target, arguments);
+  observation.madeOnceMore = true;
   observation.afterwards = outcome.ending == Ending::kReturned ? outcome.result : "an exception";
   observation.raisedAfterwards = TheHost().raised;
 }
@@ -335,6 +336,7 @@ Observation Make(const Case& each, const Plan& plan, bool onceMore) {
 
   observation.ending = outcome.ending;
   observation.passedOn = outcome.passedOn;
+  if (outcome.passedOn != nullptr) observation.passedOnClass = outcome.passedOn->className;
   observation.result = outcome.result;
   observation.outputs.assign(arguments.outputs.begin(),
                              arguments.outputs.begin() + static_cast<std::ptrdiff_t>(arguments.outputCount));

@@ -62,7 +62,8 @@ enum class Ending : std::uint8_t { kReturned, kPassedOn, kThrewBadAlloc, kThrewO
 
 struct Observation {
   Ending ending = Ending::kReturned;
-  scripted::NativeObject* passedOn = nullptr;
+  scripted::NativeObject* passedOn = nullptr;  // alive until the next call; its class stays
+  std::string passedOnClass;
   std::vector<Step> steps;
   std::vector<scripted::NativeObject*> thrown;  // the platform objects that the faults raised, in order
   std::string result;                           // as text; "" for the neutral one
@@ -70,7 +71,8 @@ struct Observation {
   std::vector<scripted::RaisedException> raised;
   std::size_t logLines = 0;
   std::vector<std::string> broken;  // what was out of balance, at once and after everything was given back
-  std::string afterwards;           // the result of the same call made once more, without faults
+  bool madeOnceMore = false;
+  std::string afterwards;  // the result of the same call made once more, without faults
   std::vector<scripted::RaisedException> raisedAfterwards;
 };
 

@@ -27,7 +27,6 @@ namespace {
 
 constexpr std::size_t kMostEventsForPairs = 12;
 constexpr unsigned kSecondsPerFunction = 300;
-constexpr std::size_t kMostFindingsShown = 40;
 
 // What the processes share: figures, and what each is doing.
 struct Shared {
@@ -211,7 +210,21 @@ int Reproduce(const std::vector<Target>& targets, const std::string& wanted, con
   return 2;
 }
 
-int RunAll(const std::vector<Target>& targets, bool pairs) {
+// A line that nothing needs hides what it would allow.
+bool EveryAllowanceIsUsed(const Shared& sum) {
+  bool all = true;
+  for (std::size_t i = 0; i < Allowances().size(); ++i) {
+    if (sum.used[i] > 0) continue;
+    const Allowance& unused = Allowances()[i];
+    std::printf("allowance %zu was not needed: \"%.*s\" at \"%.*s\"\n", i + 1,
+                static_cast<int>(unused.promise.size()), unused.promise.data(),
+                static_cast<int>(unused.event.size()), unused.event.data());
+    all = false;
+  }
+  return all;
+}
+
+int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
   const auto start = std::chrono::steady_clock::now();
   auto* const area = static_cast<Shared*>(mmap(nullptr, targets.size() * sizeof(Shared), PROT_READ | PROT_WRITE,
                                                MAP_SHARED | MAP_ANONYMOUS, -1, 0));
@@ -262,7 +275,7 @@ int RunAll(const std::vector<Target>& targets, bool pairs) {
   std::printf("%zu functions, %llu cases, %llu events, %llu faults, %llu pairs of faults: %llu violations, "
               "%zu crashes; %.1f s\n",
               targets.size(), sum.cases, sum.events, sum.faults, sum.pairs, sum.violations, crashes, took.count());
-  return sum.violations == 0 && crashes == 0 ? 0 : 1;
+  return sum.violations == 0 && crashes == 0 && (partly || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 
 }  // namespace
@@ -276,16 +289,18 @@ int main(int argc, char** argv) {
   }
   std::vector<Target> targets = PrepareCalls(argv[1]);
   bool pairs = true;
+  bool partly = false;
   for (int i = 2; i < argc; ++i) {
     const std::string argument = argv[i];
     if (argument == "--single") pairs = false;
     if (argument == "--reproduce" && i + 2 < argc) return Reproduce(targets, argv[i + 1], argv[i + 2]);
     if (argument == "--only" && i + 1 < argc) {
+      partly = true;
       const std::string wanted = argv[++i];
       std::erase_if(targets, [&](const Target& target) {
         return target.declaration.find(wanted) == std::string::npos;
       });
     }
   }
-  return RunAll(targets, pairs);
+  return RunAll(targets, pairs, partly);
 }
