@@ -30,16 +30,19 @@ REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
   const REALobject wrapper = REALnewInstance(className);
   if (wrapper == nullptr) return nullptr;
   Holdings::Item* const held = holdings.HoldObject(wrapper);
-  ClassData(wrapper) = msg::retain(native);
-  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry.
-  EnterInCache(native, wrapper);
+  const id retained = msg::retain(native);
+  ClassData(wrapper) = retained;
+  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry. An
+  // instance that could retain nothing removes none, so it enters none.
+  if (retained != nullptr) [[likely]]
+    EnterInCache(native, wrapper);
   holdings.Forget(held);
   return wrapper;
 }
 
 }  // namespace
 
-void CocoaInit() {
+void FetchFromSiblings() {
   if (instances == nullptr) {
     const id exceptionClass = PlatformClass<"NSException">();
     if (RespondsTo(exceptionClass, msg::GetInstancesDictionaryQVX)) {

@@ -168,8 +168,10 @@ void RaiseOutOfMemoryForString() {
 
 }  // namespace
 
-id Autoreleased(CFTypeRef object) {
+id Autoreleased(CFTypeRef object, Holdings& holdings) {
+  Holdings::Item* const held = holdings.HoldReference(object);
   msg::autorelease(AsPlatformObject(object));
+  holdings.Forget(held);
   return AsPlatformObject(object);
 }
 
@@ -216,10 +218,10 @@ void HostDataScope::Release() {
 id NewNSString(REALstring s, Holdings& holdings) {
   if (s == nullptr) return nullptr;
   if (HostHasNewStrings()) {
-    if (const void* copy = REALCopyStringCFString(s)) return Autoreleased(copy);
+    if (const void* copy = REALCopyStringCFString(s)) return Autoreleased(copy, holdings);
   }
   // On new hosts this asks the same service a second time. Deliberate.
-  if (const void* copy = REALGetStringCFString(s, 0)) return Autoreleased(copy);
+  if (const void* copy = REALGetStringCFString(s, 0)) return Autoreleased(copy, holdings);
 
   std::uint32_t encoding = REALGetStringEncoding(s);
   if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
@@ -245,7 +247,7 @@ id NewNSString(REALstring s, Holdings& holdings) {
   Holdings::Item* const held = holdings.HoldReference(string);
   scope.Release();
   holdings.Forget(held);
-  return Autoreleased(string);
+  return Autoreleased(string, holdings);
 }
 
 REALstring NSStringRB(id s, Holdings& holdings) {

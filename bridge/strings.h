@@ -14,7 +14,7 @@ inline id AsPlatformObject(CFTypeRef object) {
 }
 
 // Hands the caller's reference to the autorelease pool and answers the object; nil is nil.
-id Autoreleased(CFTypeRef object);
+id Autoreleased(CFTypeRef object, Holdings& holdings);
 
 // What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.
 // Release gives back the string's lock, then the object's, then the string data; the Holdings do so on every

@@ -74,15 +74,15 @@ REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
   });
 }
 
+double SendComponent(REALobject self, Selector* selector) {
+  return self != nullptr ? double{Send<CGFloat>(ClassData(self), *selector)} : 0.0;
+}
+
 // One component, the getter of its name; an empty instance is a message to nil. A colour of another kind
 // gives 0.0 and raises nothing: its NSException is dropped.
 template <FixedString Name>
 double Component(REALobject self, std::int32_t /*parameter*/) {
-  double result = 0.0;
-  CatchNSException([self, &result] {
-    if (self != nullptr) result = Message<Name, CGFloat()>()(ClassData(self));
-  });
-  return result;
+  return ResultUnlessNSException<SendComponent>(self, &kSelector<Name>);
 }
 
 // One descriptive string. An NSException is dropped here too, and gives the null string.

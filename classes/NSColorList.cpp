@@ -148,9 +148,8 @@ REALboolean Load(REALobject self, REALstring listName) {
     if (ListData(self) != nullptr) GiveUpList(self);
     const id list = msg::colorListNamed(NSColorListClass(), NewNSString(listName, holdings));
     if (list == nullptr) return;
-    msg::retain(list);
-    ListData(self) = list;
-    result = 1;
+    ListData(self) = msg::retain(list);
+    result = ListData(self) != nullptr;
   });
 }
 

@@ -177,9 +177,9 @@ id PathOfItem(REALfolderItem item, Holdings& holdings) {
   CFURLRef url = URLOfItem(item);
   if (url == nullptr) url = URLThroughParent(item, holdings);
   if (url == nullptr) return nullptr;
-  Autoreleased(url);
+  Autoreleased(url, holdings);
   const CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
-  return path != nullptr ? Autoreleased(path) : nullptr;
+  return path != nullptr ? Autoreleased(path, holdings) : nullptr;
 }
 
 // Nothing that is not found raises: no item, no path, no file, no profile in it give null.

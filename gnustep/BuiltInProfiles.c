@@ -8,9 +8,10 @@ static const cmsCIExyY kD65 = {0.3127, 0.3290, 1.0};
 // Adobe RGB (1998), from its published encoding.
 static const cmsCIExyYTRIPLE kAdobePrimaries = {{0.64, 0.33, 1.0}, {0.21, 0.71, 1.0}, {0.15, 0.06, 1.0}};
 static const double kAdobeGamma = 563.0 / 256.0;
-// The generic RGB space of the desktop platform: P22 phosphors, gamma 1.8. Whoever wants generic colours to be sRGB
-// changes these two and nothing else.
-static const cmsCIExyYTRIPLE kGenericPrimaries = {{0.630, 0.340, 1.0}, {0.295, 0.605, 1.0}, {0.155, 0.077, 1.0}};
+// The generic RGB space of the desktop platform: P22 phosphors, gamma 1.8. Whoever wants generic colours to
+// be sRGB changes these two and nothing else.
+static const cmsCIExyYTRIPLE kGenericPrimaries = {
+    {0.630, 0.340, 1.0}, {0.295, 0.605, 1.0}, {0.155, 0.077, 1.0}};
 static const double kGenericGamma = 1.8;
 
 static cmsHPROFILE MakeRGB(cmsContext context, const cmsCIExyYTRIPLE* primaries, double gamma) {

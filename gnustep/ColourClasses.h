@@ -16,8 +16,8 @@ enum { NSIndexedColorSpaceModel = 5, NSPatternColorSpaceModel = 6 };
 + (NSColorSpace*)adobeRGB1998ColorSpace;
 + (NSColorSpace*)genericGamma22GrayColorSpace;
 
-// The predefined spaces of a model, in a fixed order: device, generic, then those with a name of their own. -1 stands
-// for every model; a model that no space has gives an empty array.
+// The predefined spaces of a model, in a fixed order: device, generic, then those with a name of their own.
+// -1 stands for every model; a model that no space has gives an empty array.
 + (NSArray*)availableColorSpacesWithModel:(NSColorSpaceModel)model;
 
 // The space that a colour-space name stands for; nil for names of no space (named, pattern, custom, unknown).

@@ -48,7 +48,8 @@ static NSColor* ConvertByFormula(NSColor* color, NSColorSpace* from, NSColorSpac
   return QVXColourWithComponents(to, components);
 }
 
-// Through Little CMS. A CMYK space without a profile is converted by formula to device RGB first, which is sRGB.
+// Through Little CMS. A CMYK space without a profile is converted by formula to device RGB first, which is
+// sRGB.
 static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
   CGFloat components[kMostComponents];
   [color getComponents:components];

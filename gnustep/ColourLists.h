@@ -10,8 +10,8 @@
   NSMutableDictionary* colors;
   NSMutableArray* keys;
 }
-// What a file holds: GNUstep's archive, a keyed archive of a list, or text. nil if it is no colour list: then not
-// one colour of it is given out. Never raises.
+// What a file holds: GNUstep's archive, a keyed archive of a list, or text. nil if it is no colour list: then
+// not one colour of it is given out. Never raises.
 + (QVXColourListContents*)contentsOfData:(NSData*)data;
 @end
 
@@ -21,8 +21,8 @@
 - (NSMutableArray*)qvx_keys;
 @end
 
-// Whether this thread is filling the table of available lists: then a file that can't be read must still give a
-// list, because GNUstep puts what it gets into an array.
+// Whether this thread is filling the table of available lists: then a file that can't be read must still give
+// a list, because GNUstep puts what it gets into an array.
 BOOL QVXIsLoadingLists(void);
 
 // Such a list is never shown as available.

@@ -92,7 +92,8 @@ static int HasUsableClass(const unsigned char* header) {
   }
 }
 
-// The model and the number of channels that the header's colour space signature stands for; 0 if none of ours.
+// The model and the number of channels that the header's colour space signature stands for; 0 if none of
+// ours.
 static unsigned ChannelsOf(const unsigned char* header, int* model) {
   uint32_t signature = ReadWord(header + 16);
   switch (signature) {
@@ -277,12 +278,24 @@ QVXProfile* QVXProfileFromHandle(const void* handle) {
   return found;
 }
 
-cmsHPROFILE QVXProfileHandle(const QVXProfile* profile) { return profile->handle; }
-int QVXProfileModel(const QVXProfile* profile) { return profile->model; }
-unsigned QVXProfileChannels(const QVXProfile* profile) { return profile->channels; }
-uint32_t QVXProfileHash(const QVXProfile* profile) { return profile->hash; }
-uint64_t QVXProfileNumber(const QVXProfile* profile) { return profile->number; }
-const char* QVXProfileDescription(const QVXProfile* profile) { return profile->description; }
+cmsHPROFILE QVXProfileHandle(const QVXProfile* profile) {
+  return profile->handle;
+}
+int QVXProfileModel(const QVXProfile* profile) {
+  return profile->model;
+}
+unsigned QVXProfileChannels(const QVXProfile* profile) {
+  return profile->channels;
+}
+uint32_t QVXProfileHash(const QVXProfile* profile) {
+  return profile->hash;
+}
+uint64_t QVXProfileNumber(const QVXProfile* profile) {
+  return profile->number;
+}
+const char* QVXProfileDescription(const QVXProfile* profile) {
+  return profile->description;
+}
 
 const void* QVXProfileBytes(const QVXProfile* profile, size_t* size) {
   *size = profile->size;

@@ -1,8 +1,8 @@
 // gnustep/ColourProfiles.h - ICC profiles, checked, shared and reference-counted.
 //
-// Every profile that enters the process comes through here. Profiles whose bytes differ only in what does not touch
-// colour (date, flags, rendering intent, identifier) are one and the same QVXProfile, so that "same pointer" is
-// "same colour space". All functions may be called from any thread.
+// Every profile that enters the process comes through here. Profiles whose bytes differ only in what does not
+// touch colour (date, flags, rendering intent, identifier) are one and the same QVXProfile, so that "same
+// pointer" is "same colour space". All functions may be called from any thread.
 #pragma once
 
 #include <stddef.h>
@@ -19,7 +19,8 @@ enum { QVXMostChannels = 15 };
 // Profiles above this size are refused before they are looked at.
 enum { QVXLargestProfile = 32 * 1024 * 1024 };
 
-// The profile that the library makes itself. Each is made when it is first asked for, and then lives for ever.
+// The profile that the library makes itself. Each is made when it is first asked for, and then lives for
+// ever.
 typedef enum {
   QVXBuiltInSRGB,
   QVXBuiltInAdobeRGB,
@@ -39,8 +40,8 @@ QVXProfile* QVXProfileBuiltIn(QVXBuiltIn which);
 QVXProfile* QVXProfileRetain(QVXProfile* profile);
 void QVXProfileRelease(QVXProfile* profile);  // NULL is allowed
 
-// The live profile behind a handle that a program hands in, with one reference for the caller; NULL if the pointer
-// is not, or no longer, a profile. The pointer is never followed before it is known.
+// The live profile behind a handle that a program hands in, with one reference for the caller; NULL if the
+// pointer is not, or no longer, a profile. The pointer is never followed before it is known.
 QVXProfile* QVXProfileFromHandle(const void* handle);
 
 int QVXProfileModel(const QVXProfile* profile);

@@ -29,15 +29,16 @@ NSColorSpace* QVXSpaceOfKind(int kind);
 // The name of GNUstep's own colours in this space, or nil if colours in it are QVXProfileColor objects.
 - (NSString*)qvx_stockName;
 
-// The profile that the space carries, borrowed; NULL for the device spaces, and for generic CMYK where no CMYK
-// profile is installed.
+// The profile that the space carries, borrowed; NULL for the device spaces, and for generic CMYK where no
+// CMYK profile is installed.
 - (QVXProfile*)qvx_profile;
 
-// The profile that colours of the space are converted with, borrowed: the carried one; sRGB for device RGB; gamma 2.2
-// for device gray; NULL for the CMYK spaces without a profile, which are converted by formula through device RGB.
+// The profile that colours of the space are converted with, borrowed: the carried one; sRGB for device RGB;
+// gamma 2.2 for device gray; NULL for the CMYK spaces without a profile, which are converted by formula
+// through device RGB.
 - (QVXProfile*)qvx_workingProfile;
 
-// Makes the receiver, just allocated, the space of a profile and takes over the caller's reference to that. The
-// bytes are kept as they are; NULL stands for the profile's own.
+// Makes the receiver, just allocated, the space of a profile and takes over the caller's reference to that.
+// The bytes are kept as they are; NULL stands for the profile's own.
 - (id)qvx_initWithProfile:(QVXProfile*)profile data:(NSData*)data;
 @end

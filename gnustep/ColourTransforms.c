@@ -21,8 +21,8 @@ static pthread_mutex_t transformsLock = PTHREAD_MUTEX_INITIALIZER;
 static Entry entries[kEntries];
 static uint64_t clockOfUses;
 
-// Doubles, every channel 0 to 1; Lab in its own units. Little CMS would count inks from 0 to 100 if it were told
-// that they are inks.
+// Doubles, every channel 0 to 1; Lab in its own units. Little CMS would count inks from 0 to 100 if it were
+// told that they are inks.
 static cmsUInt32Number FormatOf(const QVXProfile* profile) {
   cmsUInt32Number space = QVXProfileModel(profile) == QVXLabModel ? PT_Lab : PT_ANY;
   return FLOAT_SH(1) | COLORSPACE_SH(space) | CHANNELS_SH(QVXProfileChannels(profile)) | BYTES_SH(0);
@@ -52,9 +52,9 @@ static Entry* EntryFor(const QVXProfile* from, const QVXProfile* to) {
     if (each->from == fromNumber && each->to == toNumber && each->transform && !each->forgotten) return each;
   Entry* entry = FreeEntry();
   if (!entry) return NULL;
-  entry->transform = cmsCreateTransformTHR(
-      QVXLittleCMS(), QVXProfileHandle(from), FormatOf(from), QVXProfileHandle(to), FormatOf(to),
-      INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_NOOPTIMIZE | cmsFLAGS_NOCACHE);
+  entry->transform = cmsCreateTransformTHR(QVXLittleCMS(), QVXProfileHandle(from), FormatOf(from),
+                                           QVXProfileHandle(to), FormatOf(to), INTENT_RELATIVE_COLORIMETRIC,
+                                           cmsFLAGS_NOOPTIMIZE | cmsFLAGS_NOCACHE);
   if (!entry->transform) return NULL;
   entry->from = fromNumber;
   entry->to = toNumber;
@@ -78,7 +78,9 @@ static void Leave(Entry* entry) {
   pthread_mutex_unlock(&transformsLock);
 }
 
-static double Clip(double value) { return value > 0 ? (value < 1 ? value : 1) : 0; }  // not a number: 0
+static double Clip(double value) {
+  return value > 0 ? (value < 1 ? value : 1) : 0;
+}  // not a number: 0
 
 static double Sane(const QVXProfile* profile, double value) {
   if (QVXProfileModel(profile) != QVXLabModel) return Clip(value);

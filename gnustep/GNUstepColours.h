@@ -1,4 +1,5 @@
-// gnustep/GNUstepColours.h - GNUstep's own kinds of colour. None is in a public header; the classes are exported.
+// gnustep/GNUstepColours.h - GNUstep's own kinds of colour. None is in a public header; the classes are
+// exported.
 #pragma once
 
 #import <AppKit/AppKit.h>

@@ -1,4 +1,5 @@
-// gnustep/HueSaturationBrightness.c - the hexcone: red, green and blue as hue, saturation and brightness, and back.
+// gnustep/HueSaturationBrightness.c - the hexcone: red, green and blue as hue, saturation and brightness, and
+// back.
 #include "HueSaturationBrightness.h"
 
 #include <math.h>
@@ -19,7 +20,9 @@ QVXHSB QVXHSBFromRGB(float red, float green, float blue) {
   return (QVXHSB){sixths / 6, range / most, most};
 }
 
-static float Clip(float value) { return value > 0 ? (value < 1 ? value : 1) : 0; }
+static float Clip(float value) {
+  return value > 0 ? (value < 1 ? value : 1) : 0;
+}
 
 QVXRGB QVXRGBFromHSB(float hue, float saturation, float brightness) {
   float sixths = Clip(hue) * 6;

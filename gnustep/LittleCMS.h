@@ -5,8 +5,8 @@
 
 #include "ColourProfiles.h"
 
-// The library's own context: its error handler is silent, and the global one, which belongs to whoever else uses
-// Little CMS in this process, is never touched.
+// The library's own context: its error handler is silent, and the global one, which belongs to whoever else
+// uses Little CMS in this process, is never touched.
 cmsContext QVXLittleCMS(void);
 
 // The open handle. Little CMS reads tags through it, which is not safe from two threads: only under

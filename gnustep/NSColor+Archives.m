@@ -1,22 +1,21 @@
 // gnustep/NSColor+Archives.m - reading colours back from archives.
 //
-// Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns. A keyed
-// archive that holds an exact colour gives that. What can't be read gives nil.
+// Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns.
+// A keyed archive that holds an exact colour gives that. What can't be read gives nil.
 #import "ExactColours.h"
 #import "GNUstepColours.h"
-#import "MethodReplacement.h"
+#import "StockMethods.h"
 
-enum { kKeyedCMYK = 5 };      // GNUstep's number, under the key NSColorSpace
-enum { kNameVersion = 3 };    // from this version on, an unkeyed colour starts with its colour-space name
-
-static QVXMethod stockInit;
+enum { kKeyedCMYK = 5 };    // GNUstep's number, under the key NSColorSpace
+enum { kNameVersion = 3 };  // from this version on, an unkeyed colour starts with its colour-space name
 
 // From the numbers "c m y k" or "c m y k a", as GNUstep writes them; nil if there are none.
 static NSColor* KeyedCMYK(NSCoder* coder) {
   NSUInteger size = 0;
   const uint8_t* bytes = [coder decodeBytesForKey:@"NSCYMK" returnedLength:&size];
   if (!bytes) return nil;
-  NSString* text = [[[NSString alloc] initWithBytes:bytes length:size encoding:NSISOLatin1StringEncoding] autorelease];
+  NSString* text = [[[NSString alloc] initWithBytes:bytes length:size
+                                           encoding:NSISOLatin1StringEncoding] autorelease];
   NSScanner* scanner = [NSScanner scannerWithString:text];
   float c[5] = {0, 0, 0, 0, 1};
   unsigned found = 0;
@@ -24,12 +23,17 @@ static NSColor* KeyedCMYK(NSCoder* coder) {
   return found < 4 ? nil : [NSColor colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
 }
 
+static id StockInit(NSColor* self, SEL selector, NSCoder* coder) {
+  static QVXMethod stock;
+  return ((id(*)(id, SEL, NSCoder*))QVXStockMethod("NSColor", selector, &stock))(self, selector, coder);
+}
+
 static id KeyedColour(NSColor* self, SEL selector, NSCoder* coder) {
   NSColor* color = QVXDecodeExactColour(coder);
   if (!color && [coder containsValueForKey:@"NSColorSpace"] &&
       [coder decodeIntForKey:@"NSColorSpace"] == kKeyedCMYK)
     color = KeyedCMYK(coder);
-  if (!color) return ((id(*)(id, SEL, NSCoder*))stockInit)(self, selector, coder);
+  if (!color) return StockInit(self, selector, coder);
   [self release];
   return [color retain];
 }
@@ -53,19 +57,11 @@ static Class ReaderOf(NSString* name) {
   return Nil;
 }
 
-static id InitWithCoder(NSColor* self, SEL selector, NSCoder* coder) {
-  if ([coder allowsKeyedCoding]) return KeyedColour(self, selector, coder);
-  if ([coder versionForClassName:@"NSColor"] < kNameVersion)
-    return ((id(*)(id, SEL, NSCoder*))stockInit)(self, selector, coder);
+@implementation NSColor (QVXArchives)
+- (id)initWithCoder:(NSCoder*)coder {
+  if ([coder allowsKeyedCoding]) return KeyedColour(self, _cmd, coder);
+  if ([coder versionForClassName:@"NSColor"] < kNameVersion) return StockInit(self, _cmd, coder);
   [self release];
   return [[ReaderOf([coder decodeObject]) alloc] initWithCoder:coder];
-}
-
-@interface QVXArchiveCorrections : NSObject
-@end
-
-@implementation QVXArchiveCorrections
-+ (void)load {
-  stockInit = QVXReplaceMethod("NSColor", @selector(initWithCoder:), (QVXMethod)InitWithCoder);
 }
 @end

@@ -1,9 +1,8 @@
 // gnustep/NSColor+Components.m - what a colour answers when it is asked for a component of another kind.
 //
-// GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods that every
-// kind of colour inherits where it has no such component.
+// GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods
+// that every kind of colour inherits where it has no such component.
 #import "ColourConversion.h"
-#import "MethodReplacement.h"
 
 void QVXRefuseComponent(NSColor* color, SEL selector) {
   [NSException raise:NSInternalInconsistencyException
@@ -12,39 +11,106 @@ void QVXRefuseComponent(NSColor* color, SEL selector) {
   __builtin_unreachable();
 }
 
-// One function serves every method: it never returns, and takes nothing but the receiver and the selector.
-static void Refuse(NSColor* self, SEL selector) { QVXRefuseComponent(self, selector); }
+@implementation NSColor (QVXComponents)
 
-@interface QVXComponentCorrections : NSObject
-@end
-
-@implementation QVXComponentCorrections
-+ (void)load {
-  const SEL refused[] = {
-      @selector(redComponent),
-      @selector(greenComponent),
-      @selector(blueComponent),
-      @selector(hueComponent),
-      @selector(saturationComponent),
-      @selector(brightnessComponent),
-      @selector(whiteComponent),
-      @selector(cyanComponent),
-      @selector(magentaComponent),
-      @selector(yellowComponent),
-      @selector(blackComponent),
-      @selector(getRed:green:blue:alpha:),
-      @selector(getHue:saturation:brightness:alpha:),
-      @selector(getWhite:alpha:),
-      @selector(getCyan:magenta:yellow:black:alpha:),
-      @selector(numberOfComponents),
-      @selector(getComponents:),
-      @selector(catalogNameComponent),
-      @selector(colorNameComponent),
-      @selector(localizedCatalogNameComponent),
-      @selector(localizedColorNameComponent),
-      @selector(patternImage),
-  };
-  for (unsigned i = 0; i < sizeof refused / sizeof *refused; i++)
-    QVXReplaceMethod("NSColor", refused[i], (QVXMethod)Refuse);
+- (CGFloat)redComponent {
+  QVXRefuseComponent(self, _cmd);
 }
+
+- (CGFloat)greenComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)blueComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)hueComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)saturationComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)brightnessComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)whiteComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)cyanComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)magentaComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)yellowComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (CGFloat)blackComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (void)getRed:(CGFloat*)red green:(CGFloat*)green blue:(CGFloat*)blue alpha:(CGFloat*)alpha {
+  (void)red, (void)green, (void)blue, (void)alpha;
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (void)getHue:(CGFloat*)hue
+    saturation:(CGFloat*)saturation
+    brightness:(CGFloat*)brightness
+         alpha:(CGFloat*)alpha {
+  (void)hue, (void)saturation, (void)brightness, (void)alpha;
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (void)getWhite:(CGFloat*)white alpha:(CGFloat*)alpha {
+  (void)white, (void)alpha;
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (void)getCyan:(CGFloat*)cyan
+        magenta:(CGFloat*)magenta
+         yellow:(CGFloat*)yellow
+          black:(CGFloat*)black
+          alpha:(CGFloat*)alpha {
+  (void)cyan, (void)magenta, (void)yellow, (void)black, (void)alpha;
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (NSInteger)numberOfComponents {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (void)getComponents:(CGFloat*)components {
+  (void)components;
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (NSString*)catalogNameComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (NSString*)colorNameComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (NSString*)localizedCatalogNameComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (NSString*)localizedColorNameComponent {
+  QVXRefuseComponent(self, _cmd);
+}
+
+- (NSImage*)patternImage {
+  QVXRefuseComponent(self, _cmd);
+}
+
 @end

@@ -1,7 +1,7 @@
 // gnustep/NSColor+CoreGraphics.m - colours as Core Graphics handles, and back.
 //
-// The handle of a colour is the colour itself: it stays valid while the colour lives, and comes back as the same
-// colour in the same space, patterns and named colours included.
+// The handle of a colour is the colour itself: it stays valid while the colour lives, and comes back as the
+// same colour in the same space, patterns and named colours included.
 #import "ColourClasses.h"
 #import "ExportedHandles.h"
 

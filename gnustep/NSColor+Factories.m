@@ -4,15 +4,18 @@
 
 @implementation NSColor (QVXFactories)
 
-// The components end with the alpha. nil if colours can't be made in the space (nil, or a model that is none);
-// NSInvalidArgumentException if the number of components is not the space's.
-+ (NSColor*)colorWithColorSpace:(NSColorSpace*)space components:(const CGFloat*)components count:(NSInteger)count {
+// The components end with the alpha. nil if colours can't be made in the space (nil, or a model that is
+// none); NSInvalidArgumentException if the number of components is not the space's.
++ (NSColor*)colorWithColorSpace:(NSColorSpace*)space
+                     components:(const CGFloat*)components
+                          count:(NSInteger)count {
   int channels = [space numberOfColorComponents];
   if (channels < 1 || channels > QVXMostChannels) return nil;
   if (!components || count != channels + 1)
-    [NSException raise:NSInvalidArgumentException
-                format:@"*** +%@ wanted %d components for a colour in %@ (%d and the alpha), found %d; pass them all",
-                       NSStringFromSelector(_cmd), channels + 1, space, channels, components ? (int)count : 0];
+    [NSException
+         raise:NSInvalidArgumentException
+        format:@"*** +%@ wanted %d components for a colour in %@ (%d and the alpha), found %d; pass them all",
+               NSStringFromSelector(_cmd), channels + 1, space, channels, components ? (int)count : 0];
   return QVXColourWithComponents(space, components);
 }
 

@@ -1,15 +1,13 @@
 // gnustep/NSColor+Named.m - named colours: what they stand for now, and names that are missing.
 #import "ColourConversion.h"
 #import "GNUstepColours.h"
-#import "MethodReplacement.h"
+#import "StockMethods.h"
 
 static NSString* const kSystemCatalogue = @"System";
 static NSString* const kUnderPage = @"underPageBackgroundColor";
 
-static QVXMethod stockFactory;
-static QVXMethod stockInit;
-
-// What the lists hold for the name now; nil if nothing. GNUstep's list "System" lacks one of the platform's colours.
+// What the lists hold for the name now; nil if nothing. GNUstep's list "System" lacks one of the platform's
+// colours.
 static NSColor* ListedColour(NSString* catalogue, NSString* name) {
   NSColor* color = [[NSColorList colorListNamed:catalogue] colorWithKey:name];
   if (!color && [catalogue isEqual:kSystemCatalogue] && [name isEqual:kUnderPage])
@@ -26,43 +24,38 @@ NSColor* QVXConcreteColour(NSColor* color) {
   return nil;
 }
 
-static id NamedColour(id self, SEL selector, NSString* catalogue, NSString* name) {
+@implementation NSColor (QVXNamed)
+
++ (NSColor*)colorWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
+  static QVXMethod stock;
   // GNUstep would raise with its lock held, and no named colour could ever be converted again.
   if (!catalogue || !name) return nil;
-  return ((id(*)(id, SEL, NSString*, NSString*))stockFactory)(self, selector, catalogue, name);
+  return ((id(*)(id, SEL, id, id))QVXStockClassMethod("NSColor", _cmd, &stock))(self, _cmd, catalogue, name);
 }
 
-static id InitNamed(GSNamedColor* self, SEL selector, NSString* catalogue, NSString* name) {
++ (NSColor*)underPageBackgroundColor {
+  return [NSColor colorWithCatalogName:kSystemCatalogue colorName:kUnderPage];
+}
+
+@end
+
+@implementation GSNamedColor (QVXNamed)
+
+- (id)initWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
+  static QVXMethod stock;
   if (catalogue && name)
-    return ((id(*)(id, SEL, NSString*, NSString*))stockInit)(self, selector, catalogue, name);
+    return ((id(*)(id, SEL, id, id))QVXStockMethod("GSNamedColor", _cmd, &stock))(self, _cmd, catalogue,
+                                                                                  name);
   [self release];
   return nil;
 }
 
 // GNUstep remembers the last answer, nil included, whatever happens to the list.
-static id ConvertNamed(GSNamedColor* self, SEL selector, NSString* space, NSDictionary* device) {
-  (void)selector;
+- (NSColor*)colorUsingColorSpaceName:(NSString*)space device:(NSDictionary*)device {
   if ([space isEqual:NSNamedColorSpace]) return self;
   if (!space) space = [device objectForKey:NSDeviceColorSpaceName];
   return [QVXConcreteColour(self) colorUsingColorSpaceName:space ? space : NSCalibratedRGBColorSpace
                                                     device:device];
 }
 
-@implementation NSColor (QVXNamed)
-+ (NSColor*)underPageBackgroundColor {
-  return [NSColor colorWithCatalogName:kSystemCatalogue colorName:kUnderPage];
-}
-@end
-
-@interface QVXNamedCorrections : NSObject
-@end
-
-@implementation QVXNamedCorrections
-+ (void)load {
-  stockFactory =
-      QVXReplaceClassMethod("NSColor", @selector(colorWithCatalogName:colorName:), (QVXMethod)NamedColour);
-  stockInit = QVXReplaceMethod("GSNamedColor", @selector(initWithCatalogName:colorName:), (QVXMethod)InitNamed);
-  QVXReplaceMethod("GSNamedColor", @selector(colorUsingColorSpaceName:device:),
-                                     (QVXMethod)ConvertNamed);
-}
 @end

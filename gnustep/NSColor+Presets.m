@@ -2,50 +2,144 @@
 //
 // The values are GNUstep's own: each method is asked once, and what it answers is kept for ever.
 #import "ColourClasses.h"
-#import "MethodReplacement.h"
+#import "StockMethods.h"
 
 typedef struct {
-  const char* name;
   QVXMethod make;  // GNUstep's method
   NSColor* color;  // filled once
 } Preset;
 
-static Preset presets[] = {
-    {"blackColor", NULL, nil},        {"blueColor", NULL, nil},         {"brownColor", NULL, nil},
-    {"clearColor", NULL, nil},        {"cyanColor", NULL, nil},         {"darkGrayColor", NULL, nil},
-    {"grayColor", NULL, nil},         {"greenColor", NULL, nil},        {"lightGrayColor", NULL, nil},
-    {"magentaColor", NULL, nil},      {"orangeColor", NULL, nil},       {"purpleColor", NULL, nil},
-    {"redColor", NULL, nil},          {"whiteColor", NULL, nil},        {"yellowColor", NULL, nil},
-    {"systemBlueColor", NULL, nil},   {"systemBrownColor", NULL, nil},  {"systemGrayColor", NULL, nil},
-    {"systemGreenColor", NULL, nil},  {"systemOrangeColor", NULL, nil}, {"systemPinkColor", NULL, nil},
-    {"systemPurpleColor", NULL, nil}, {"systemRedColor", NULL, nil},    {"systemYellowColor", NULL, nil},
-};
-enum { kPresets = sizeof presets / sizeof *presets };
-
-static SEL selectors[kPresets];
-
-static id SharedPreset(id self, SEL selector) {
-  (void)self;
-  unsigned i = 0;
-  while (!sel_isEqual(selectors[i], selector)) i++;
-  Preset* preset = &presets[i];
+static NSColor* Shared(Preset* preset, SEL selector) {
   NSColor* color = __atomic_load_n(&preset->color, __ATOMIC_ACQUIRE);
   if (color) return color;
-  NSColor* made = [((id(*)(id, SEL))preset->make)([NSColor class], selector) retain];
+  QVXMethod make = QVXStockClassMethod("NSColor", selector, &preset->make);
+  NSColor* made = [((id(*)(id, SEL))make)([NSColor class], selector) retain];
   if (__atomic_compare_exchange_n(&preset->color, &color, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
     return made;
   [made release];  // another thread was first
   return color;
 }
 
-@interface QVXPresetCorrections : NSObject
-@end
+@implementation NSColor (QVXPresets)
 
-@implementation QVXPresetCorrections
-+ (void)load {
-  for (unsigned i = 0; i < kPresets; i++) {
-    selectors[i] = sel_registerName(presets[i].name);
-    presets[i].make = QVXReplaceClassMethod("NSColor", selectors[i], (QVXMethod)SharedPreset);
-  }
++ (NSColor*)blackColor {
+  static Preset black;
+  return Shared(&black, _cmd);
 }
+
++ (NSColor*)blueColor {
+  static Preset blue;
+  return Shared(&blue, _cmd);
+}
+
++ (NSColor*)brownColor {
+  static Preset brown;
+  return Shared(&brown, _cmd);
+}
+
++ (NSColor*)clearColor {
+  static Preset clear;
+  return Shared(&clear, _cmd);
+}
+
++ (NSColor*)cyanColor {
+  static Preset cyan;
+  return Shared(&cyan, _cmd);
+}
+
++ (NSColor*)darkGrayColor {
+  static Preset darkGray;
+  return Shared(&darkGray, _cmd);
+}
+
++ (NSColor*)grayColor {
+  static Preset gray;
+  return Shared(&gray, _cmd);
+}
+
++ (NSColor*)greenColor {
+  static Preset green;
+  return Shared(&green, _cmd);
+}
+
++ (NSColor*)lightGrayColor {
+  static Preset lightGray;
+  return Shared(&lightGray, _cmd);
+}
+
++ (NSColor*)magentaColor {
+  static Preset magenta;
+  return Shared(&magenta, _cmd);
+}
+
++ (NSColor*)orangeColor {
+  static Preset orange;
+  return Shared(&orange, _cmd);
+}
+
++ (NSColor*)purpleColor {
+  static Preset purple;
+  return Shared(&purple, _cmd);
+}
+
++ (NSColor*)redColor {
+  static Preset red;
+  return Shared(&red, _cmd);
+}
+
++ (NSColor*)whiteColor {
+  static Preset white;
+  return Shared(&white, _cmd);
+}
+
++ (NSColor*)yellowColor {
+  static Preset yellow;
+  return Shared(&yellow, _cmd);
+}
+
++ (NSColor*)systemBlueColor {
+  static Preset systemBlue;
+  return Shared(&systemBlue, _cmd);
+}
+
++ (NSColor*)systemBrownColor {
+  static Preset systemBrown;
+  return Shared(&systemBrown, _cmd);
+}
+
++ (NSColor*)systemGrayColor {
+  static Preset systemGray;
+  return Shared(&systemGray, _cmd);
+}
+
++ (NSColor*)systemGreenColor {
+  static Preset systemGreen;
+  return Shared(&systemGreen, _cmd);
+}
+
++ (NSColor*)systemOrangeColor {
+  static Preset systemOrange;
+  return Shared(&systemOrange, _cmd);
+}
+
++ (NSColor*)systemPinkColor {
+  static Preset systemPink;
+  return Shared(&systemPink, _cmd);
+}
+
++ (NSColor*)systemPurpleColor {
+  static Preset systemPurple;
+  return Shared(&systemPurple, _cmd);
+}
+
++ (NSColor*)systemRedColor {
+  static Preset systemRed;
+  return Shared(&systemRed, _cmd);
+}
+
++ (NSColor*)systemYellowColor {
+  static Preset systemYellow;
+  return Shared(&systemYellow, _cmd);
+}
+
 @end

@@ -1,21 +1,14 @@
 // gnustep/NSColorList+Available.m - the lists that a program finds by name, and the one that it may not edit.
 //
-// GNUstep fills its table of lists while it initialises NSColor, with its lock held, and puts what it reads into an
-// array: one file that can't be read there would take down every program of the user. So a file that is no list gives
-// an empty one while the table is filled, and this file keeps it from being seen.
-#import "ColourLists.h"
+// GNUstep fills its table of lists while it initialises NSColor, with its lock held, and puts what it reads
+// into an array: one file that can't be read there would take down every program of the user. So a file that
+// is no list gives an empty one while the table is filled, and this file keeps it from being seen.
 #include <pthread.h>
+#import "ColourLists.h"
 
-#import "MethodReplacement.h"
+#import "StockMethods.h"
 
 static NSString* const kSystem = @"System";
-
-static QVXMethod stockLoad;
-static QVXMethod stockAvailable;
-static QVXMethod stockInitializeColor;
-static QVXMethod stockDefaultsChanged;
-static QVXMethod stockThemeActivated;
-static QVXMethod stockDealloc;
 
 static __thread int loading;      // depth of loading on this thread
 static __thread int maintaining;  // depth of GNUstep's own work on the system's colours on this thread
@@ -61,8 +54,8 @@ BOOL QVXIsSystemList(NSColorList* list) {
   return [[NSColorList availableColorLists] indexOfObjectIdenticalTo:list] != NSNotFound;
 }
 
-// GNUstep's lists without the hidden ones, and with those that were written since. A list that was written takes the
-// place of one that GNUstep read from the same file.
+// GNUstep's lists without the hidden ones, and with those that were written since. A list that was written
+// takes the place of one that GNUstep read from the same file.
 static NSArray* Visible(NSArray* stock) {
   NSMutableArray* lists = [NSMutableArray array];
   pthread_mutex_lock(&tableLock);
@@ -78,21 +71,7 @@ static NSArray* Visible(NSArray* stock) {
   return lists;
 }
 
-static id Available(id self, SEL selector) {
-  NSArray* stock = ((id(*)(id, SEL))stockAvailable)(self, selector);
-  BOOL plain = !__atomic_load_n(&hidden, __ATOMIC_ACQUIRE) && !__atomic_load_n(&written, __ATOMIC_ACQUIRE);
-  return plain ? stock : Visible(stock);
-}
-
-static void Load(id self, SEL selector, NSNotification* notification) {
-  loading++;
-  @try {
-    ((void (*)(id, SEL, id))stockLoad)(self, selector, notification);
-  } @finally {
-    loading--;
-  }
-}
-
+// Runs GNUstep's own work on the system's colours, which edits their list.
 static void Maintain(QVXMethod stock, id self, SEL selector, id argument) {
   maintaining++;
   @try {
@@ -102,45 +81,61 @@ static void Maintain(QVXMethod stock, id self, SEL selector, id argument) {
   }
 }
 
-static void InitializeColor(id self, SEL selector) { Maintain(stockInitializeColor, self, selector, nil); }
-
-static void DefaultsChanged(id self, SEL selector, NSNotification* notification) {
-  Maintain(stockDefaultsChanged, self, selector, notification);
-}
-
-static void ThemeActivated(id self, SEL selector, NSNotification* notification) {
-  Maintain(stockThemeActivated, self, selector, notification);
-}
-
-// The address may be another list's next.
-static void Dealloc(NSColorList* self, SEL selector) {
-  pthread_mutex_lock(&tableLock);
-  if (hidden) NSHashRemove(hidden, self);
-  pthread_mutex_unlock(&tableLock);
-  ((void (*)(id, SEL))stockDealloc)(self, selector);
-}
-
 @implementation NSColorList (QVXAvailable)
+
++ (NSArray*)availableColorLists {
+  static QVXMethod stock;
+  NSArray* lists = ((id(*)(id, SEL))QVXStockClassMethod("NSColorList", _cmd, &stock))(self, _cmd);
+  BOOL plain = !__atomic_load_n(&hidden, __ATOMIC_ACQUIRE) && !__atomic_load_n(&written, __ATOMIC_ACQUIRE);
+  return plain ? lists : Visible(lists);
+}
+
 + (NSColorList*)colorListNamed:(NSString*)name {
   if (!name) return nil;
   for (NSColorList* list in [self availableColorLists])
     if ([[list name] isEqual:name]) return list;
   return nil;
 }
-@end
 
-@interface QVXColorListCorrections : NSObject
-@end
-
-@implementation QVXColorListCorrections
-+ (void)load {
-  stockLoad = QVXReplaceClassMethod("NSColorList", @selector(_loadAvailableColorLists:), (QVXMethod)Load);
-  stockAvailable = QVXReplaceClassMethod("NSColorList", @selector(availableColorLists), (QVXMethod)Available);
-  stockDealloc = QVXReplaceMethod("NSColorList", @selector(dealloc), (QVXMethod)Dealloc);
-  stockInitializeColor = QVXReplaceClassMethod("NSColor", @selector(initialize), (QVXMethod)InitializeColor);
-  stockDefaultsChanged =
-      QVXReplaceClassMethod("NSColor", @selector(defaultsDidChange:), (QVXMethod)DefaultsChanged);
-  stockThemeActivated =
-      QVXReplaceClassMethod("NSColor", @selector(themeDidActivate:), (QVXMethod)ThemeActivated);
++ (void)_loadAvailableColorLists:(NSNotification*)notification {
+  static QVXMethod stock;
+  QVXMethod load = QVXStockClassMethod("NSColorList", _cmd, &stock);
+  loading++;
+  @try {
+    ((void (*)(id, SEL, id))load)(self, _cmd, notification);
+  } @finally {
+    loading--;
+  }
 }
+
+// The address may be another list's next.
+- (void)dealloc {
+  static QVXMethod stock;
+  pthread_mutex_lock(&tableLock);
+  if (hidden) NSHashRemove(hidden, self);
+  pthread_mutex_unlock(&tableLock);
+  ((void (*)(id, SEL))QVXStockMethod("NSColorList", _cmd, &stock))(self, _cmd);
+  return;
+  [super dealloc];  // never reached: GNUstep's own does it
+}
+
+@end
+
+@implementation NSColor (QVXMaintenance)
+
++ (void)initialize {
+  static QVXMethod stock;
+  Maintain(QVXStockClassMethod("NSColor", _cmd, &stock), self, _cmd, nil);
+}
+
++ (void)defaultsDidChange:(NSNotification*)notification {
+  static QVXMethod stock;
+  Maintain(QVXStockClassMethod("NSColor", _cmd, &stock), self, _cmd, notification);
+}
+
++ (void)themeDidActivate:(NSNotification*)notification {
+  static QVXMethod stock;
+  Maintain(QVXStockClassMethod("NSColor", _cmd, &stock), self, _cmd, notification);
+}
+
 @end

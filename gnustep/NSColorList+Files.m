@@ -27,8 +27,18 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 
 @implementation NSColorList (QVXFiles)
 
-// A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if there is no
-// such file, or it is no colour list.
+// The list as other programs read it: they may be ended by a pattern.
+- (NSColorList*)qvx_readableTwin {
+  NSColorList* twin = [[[NSColorList alloc] initWithName:_name] autorelease];
+  for (NSString* key in _orderedColorKeys) {
+    [twin->_orderedColorKeys addObject:key];
+    [twin->_colorDictionary setObject:QVXReadableTwin([_colorDictionary objectForKey:key]) forKey:key];
+  }
+  return twin;
+}
+
+// A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if
+// there is no such file, or it is no colour list.
 - (id)initWithName:(NSString*)name fromFile:(NSString*)path {
   self = [self initWithName:name];
   if (!path) return self;
@@ -54,8 +64,9 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   return self;
 }
 
-// nil is the user's own folder, which is made if it is missing; a folder stands for a file in it with the list's name;
-// any other path is taken as it is. The list belongs to the new file only after it has been written.
+// nil is the user's own folder, which is made if it is missing; a folder stands for a file in it with the
+// list's name; any other path is taken as it is. The list belongs to the new file only after it has been
+// written.
 - (BOOL)writeToFile:(NSString*)path {
   NSString* target = path;
   if (!path) {
@@ -71,7 +82,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   }
   if (!target || IsDirectory(target)) return NO;
   @try {
-    NSData* archive = [NSArchiver archivedDataWithRootObject:self];
+    NSData* archive = [NSArchiver archivedDataWithRootObject:[self qvx_readableTwin]];
     archive = QVXArchiveWithExactColours(archive, _colorDictionary);
     if (![archive writeToFile:target atomically:YES]) return NO;
   } @catch (NSException* exception) {
@@ -88,7 +99,8 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   return YES;
 }
 
-// Only a file in the user's own folder is removed; the list is then no longer available, and belongs to no file.
+// Only a file in the user's own folder is removed; the list is then no longer available, and belongs to no
+// file.
 - (void)removeFile {
   if (!_fullFileName || ![self isEditable] || !IsInFolder(_fullFileName, QVXUserColourFolder())) return;
   if (![[NSFileManager defaultManager] removeFileAtPath:_fullFileName handler:nil]) return;

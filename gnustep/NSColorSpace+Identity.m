@@ -30,8 +30,8 @@ static NSString* const kDataKey = @"NSICC";
   return [NSString stringWithFormat:@"%@ colorspace", name ? name : @"Unnamed"];
 }
 
-// Keyed: a number for a predefined space, else the ICC data. Unkeyed: the number, then the data or nil. GNUstep alone
-// writes and reads nothing.
+// Keyed: a number for a predefined space, else the ICC data. Unkeyed: the number, then the data or nil.
+// GNUstep alone writes and reads nothing.
 - (void)encodeWithCoder:(NSCoder*)coder {
   int kind = [self qvx_kind];
   NSData* data = kind == QVXOtherSpace ? [self ICCProfileData] : nil;

@@ -1,9 +1,9 @@
-// gnustep/NSColorSpace+Predefined.m - the nine predefined spaces: one object each, made once, and found by name.
+// gnustep/NSColorSpace+Predefined.m - the nine predefined spaces: one object each, made once, and found by
+// name.
 #include <pthread.h>
 #include <stdlib.h>
 
 #import "ColourSpaces.h"
-#import "MethodReplacement.h"
 
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;
@@ -64,7 +64,7 @@ static void FindInstalledCMYK(void) {
   const char* named = getenv("QVX_CMYK_PROFILE");
   QVXProfile* profile =
       ReadProfile(named ? [[NSFileManager defaultManager] stringWithFileSystemRepresentation:named
-                                                                                       length:strlen(named)]
+                                                                                      length:strlen(named)]
                         : @QVX_CMYK_PROFILE);
   if (profile && QVXProfileModel(profile) != QVXCMYKModel) {
     QVXProfileRelease(profile);

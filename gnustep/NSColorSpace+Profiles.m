@@ -1,12 +1,12 @@
 // gnustep/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out again.
 #import "ColourSpaces.h"
 #import "ExportedHandles.h"
-#import "MethodReplacement.h"
+#import "StockMethods.h"
 
 @implementation NSColorSpace (QVXFromProfiles)
 
-// The predefined spaces that are known by what their profile says. Generic CMYK is not among them: a space made
-// from the profile that it happens to carry is equal to it, but keeps the profile's own name.
+// The predefined spaces that are known by what their profile says. Generic CMYK is not among them: a space
+// made from the profile that it happens to carry is equal to it, but keeps the profile's own name.
 - (NSColorSpace*)qvx_predefinedSpaceOf:(QVXProfile*)profile {
   static const struct {
     QVXSpaceKind kind;
@@ -56,7 +56,8 @@
   size_t size = 0;
   const void* bytes = QVXProfileBytes(profile, &size);
   NSData* made = [[NSData alloc] initWithBytes:bytes length:size];
-  if (__atomic_compare_exchange_n(&_iccData, &data, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE)) return made;
+  if (__atomic_compare_exchange_n(&_iccData, &data, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    return made;
   [made release];
   return data;
 }
@@ -74,26 +75,15 @@
   return (CGColorSpaceRef)self;
 }
 
-@end
-
-@interface QVXColorSpaceCorrections : NSObject
-@end
-
-static QVXMethod stockDealloc;
-
-@implementation NSColorSpace (QVXDealloc)
-// GNUstep's own dealloc, which runs after this, frees the data and knows nothing of the profile.
-- (void)qvx_dealloc {
+// GNUstep's own, which runs after this, frees the data and knows nothing of the profile.
+- (void)dealloc {
+  static QVXMethod stock;
   QVXForgetHandle(self);
   QVXProfileRelease(_colorSyncProfile);
   _colorSyncProfile = NULL;
-  ((void (*)(id, SEL))stockDealloc)(self, @selector(dealloc));
+  ((void (*)(id, SEL))QVXStockMethod("NSColorSpace", _cmd, &stock))(self, _cmd);
+  return;
+  [super dealloc];  // never reached: GNUstep's own does it
 }
-@end
 
-@implementation QVXColorSpaceCorrections
-+ (void)load {
-  Method own = class_getInstanceMethod(objc_getClass("NSColorSpace"), @selector(qvx_dealloc));
-  stockDealloc = QVXReplaceMethod("NSColorSpace", @selector(dealloc), (QVXMethod)method_getImplementation(own));
-}
 @end

@@ -70,7 +70,8 @@ static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) 
 }
 
 - (NSString*)description {
-  NSMutableString* text = [NSMutableString stringWithFormat:@"%@ %@", NSCustomColorSpace, [_space description]];
+  NSMutableString* text =
+      [NSMutableString stringWithFormat:@"%@ %@", NSCustomColorSpace, [_space description]];
   for (unsigned i = 0; i <= _channels; i++) [text appendFormat:@" %g", (double)_components[i]];
   return text;
 }
@@ -204,13 +205,14 @@ static void Put(CGFloat* place, CGFloat value) {
 
 // --- archives
 
-// Every GNUstep program can read the archive: it holds the device RGB twin, with sRGB's numbers. A keyed archive also
-// holds the colour itself, under a key that others do not look at.
+// Every GNUstep program can read the archive: it holds the device RGB twin, with sRGB's numbers. A keyed
+// archive also holds the colour itself, under a key that others do not look at.
 - (void)encodeWithCoder:(NSCoder*)coder {
   NSColor* twin = [self colorUsingColorSpaceName:NSDeviceRGBColorSpace];
   if (!twin)
     [NSException raise:NSInvalidArchiveOperationException
-                format:@"wanted a colour that can be converted to device RGB, found %@; convert it before it is archived",
+                format:@"wanted a colour that can be converted to device RGB, found %@; convert it before it "
+                       @"is archived",
                        self];
   [twin encodeWithCoder:coder];
   if ([coder allowsKeyedCoding]) QVXEncodeExactColour(self, coder);

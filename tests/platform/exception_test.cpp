@@ -8,7 +8,9 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "gnustep/cocoa_host.h"
 #include "tests/platform/guarded.h"
 #include "tests/platform/paths.h"
 
@@ -17,9 +19,13 @@ namespace {
 using qvx::Message;
 using qvx::PlatformClass;
 
-void RaiseBang(void*) { Raise(NewException("Bang", "for a test")); }
+void RaiseBang(void*) {
+  Raise(NewException("Bang", "for a test"));
+}
 void Nothing(void*) {}
-void Call(void* context) { (*static_cast<const std::function<void()>*>(context))(); }
+void Call(void* context) {
+  (*static_cast<const std::function<void()>*>(context))();
+}
 
 // A body that calls `path` around `inner`, as a function and a context.
 template <typename Path>
@@ -53,6 +59,20 @@ TEST(Exception, IsDeliveredForAnUnknownSelector) {
 TEST(Exception, IsDeliveredFromTheFirstMessageThatInitialisesAClass) {
   const id exception = Guarded([] { Message<"class", id()>()(PlatformClass<"RaisesInInitialize">()); });
   EXPECT_EQ(NameOf(exception), "InInitialize");
+}
+
+TEST(Exception, LeavesTheRuntimeUnlockedWhenItComesFromAnInitializer) {
+  // A class's first message runs its initializer under the runtime's lock. Another thread would wait for it
+  // forever.
+  static constexpr const char* kFresh[] = {"RaisesInInitializeToo", "FreshA"};
+  EXPECT_EQ(NameOf(Guarded([] { Message<"class", id()>()(reinterpret_cast<id>(objc_getClass(kFresh[0]))); })),
+            "InInitialize");
+  bool done = false;
+  std::thread([&] {
+    Message<"misalignmentOfInitialize", std::uintptr_t()>()(reinterpret_cast<id>(objc_getClass(kFresh[1])));
+    done = true;
+  }).join();
+  EXPECT_TRUE(done);
 }
 
 TEST(Exception, GoesToTheInnermostFrameOnly) {
@@ -246,7 +266,8 @@ TEST(Exception, MayBeDeliveredToAnotherFrameInsideAFinallyBlockOnTheWay) {
     Through([](Body body, void* context) { ThroughFinallyCalling(&RaiseBang, nullptr, body, context); },
             [&] {
               int ran = 0;
-              state.inner = Guarded([&] { ThroughFinally([](void*) { Raise(NewException("Inner", "")); }, nullptr, &ran); });
+              state.inner = Guarded(
+                  [&] { ThroughFinally([](void*) { Raise(NewException("Inner", "")); }, nullptr, &ran); });
               state.ran += ran;
             });
   });
@@ -301,7 +322,8 @@ TEST(Exception, KeepsTheRegistersThatTheGuardsCallerOwns) {
 [[gnu::noinline]] void LeaveAStaleFrame() {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
-  if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "an exception was delivered into a function that had returned";
+  if (_setjmp(frame.buffer) != 0)
+    ADD_FAILURE() << "an exception was delivered into a function that had returned";
 }
 
 // Throws from a stack that spans the memory of LeaveAStaleFrame's frame without changing it.
@@ -336,6 +358,37 @@ TEST(StaleFrame, MayBeLeftAfterTheOneOutsideIt) {
   objc_exception_try_exit(&frames[1]);
   objc_exception_try_exit(&frames[0]);
   EXPECT_EQ(NameOf(Guarded([] { RaiseBang(nullptr); })), "Bang");
+}
+
+// As an outer and an inner @try of one function lie, where a compiler makes frames of them. Counts
+// deliveries.
+template <std::size_t Outer>
+[[gnu::noinline]] void RaiseInTwoFrames(int (&delivered)[2]) {
+  ObjCExceptionFrame frames[2];
+  ObjCExceptionFrame& outer = frames[Outer];
+  ObjCExceptionFrame& inner = frames[1 - Outer];
+  objc_exception_try_enter(&outer);
+  if (_setjmp(outer.buffer) != 0) {
+    ++delivered[0];
+    return;
+  }
+  objc_exception_try_enter(&inner);
+  if (_setjmp(inner.buffer) != 0) {
+    ++delivered[1];
+    objc_exception_throw(objc_exception_extract(&inner));
+  }
+  RaiseBang(nullptr);
+}
+
+TEST(NestedFrames, MayLieInOneFunctionInAnyOrder) {
+  int upwards[2] = {};
+  RaiseInTwoFrames<0>(upwards);
+  EXPECT_EQ(upwards[0], 1);
+  EXPECT_EQ(upwards[1], 1);
+  int downwards[2] = {};
+  RaiseInTwoFrames<1>(downwards);
+  EXPECT_EQ(downwards[0], 1);
+  EXPECT_EQ(downwards[1], 1);
 }
 
 TEST(StaleFrame, IsWhatAnEnteredFrameWithoutSetjmpCountsAs) {
@@ -388,28 +441,59 @@ TEST(NoFrame, LeavesTheExceptionToAnObjectiveCCatch) {
   EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang");
 }
 
+// Throws where no C++ function is on the stack: one would stop the exception.
+void ThrowOnABareThread(void* (*start)(void*)) {
+  pthread_t thread;
+  pthread_create(&thread, nullptr, start, nullptr);
+  pthread_join(thread, nullptr);
+}
+
 TEST(NoFrameDeathTest, EndsTheProcessAndNamesTheException) {
-  EXPECT_DEATH(RaiseBang(nullptr), "Bang.*for a test");
+  EXPECT_DEATH(ThrowOnABareThread([](void*) -> void* {
+                 RaiseBang(nullptr);
+                 return nullptr;
+               }),
+               "Bang.*for a test");
 }
 
 TEST(NoFrameDeathTest, EndsTheProcessForAThrownObjectThatIsNoException) {
-  EXPECT_DEATH(objc_exception_throw(Message<"new", id()>()(PlatformClass<"NSObject">())), "");
+  EXPECT_DEATH(ThrowOnABareThread([](void*) -> void* {
+                 objc_exception_throw(Message<"new", id()>()(PlatformClass<"NSObject">()));
+               }),
+               "");
 }
 
 // ---- threads
 
+// A thread with a pool of its own, as the platform wants it.
+class PooledThread {
+ public:
+  template <typename Body>
+  explicit PooledThread(const Body& body)
+      : thread_([body] {
+          void* const pool = objc_autoreleasePoolPush();
+          body();
+          objc_autoreleasePoolPop(pool);
+        }) {}
+  void Join() { thread_.join(); }
+
+ private:
+  std::thread thread_;
+};
+
 TEST(Threads, HaveFramesOfTheirOwn) {
-  // The outer frame of this thread is none of the other's: there the exception goes to the other's own frame, and a @catch.
-  id on_thread = nullptr;
-  id caught_on_thread = nullptr;
+  // The outer frame of this thread is none of the other's: there the exception goes to the other's own frame,
+  // and a @catch.
+  std::string on_thread;
+  std::string caught_on_thread;
   const id here = Guarded([&] {
-    std::thread([&] {
-      on_thread = Guarded([] { RaiseBang(nullptr); });
-      caught_on_thread = ThroughCatch(&RaiseBang, nullptr);
-    }).join();
+    PooledThread([&] {
+      on_thread = NameOf(Guarded([] { RaiseBang(nullptr); }));
+      caught_on_thread = NameOf(ThroughCatch(&RaiseBang, nullptr));
+    }).Join();
   });
-  EXPECT_EQ(NameOf(on_thread), "Bang");
-  EXPECT_EQ(NameOf(caught_on_thread), "Bang");
+  EXPECT_EQ(on_thread, "Bang");
+  EXPECT_EQ(caught_on_thread, "Bang");
   EXPECT_EQ(here, nullptr);
 }
 
@@ -418,9 +502,9 @@ TEST(Threads, RaiseAndCatchAtTheSameTime) {
   constexpr int kRounds = 2000;
   std::array<int, kThreads> delivered{};
   std::array<int, kThreads> finallys{};
-  std::array<std::thread, kThreads> threads;
+  std::vector<PooledThread> threads;
   for (int i = 0; i < kThreads; ++i) {
-    threads[static_cast<std::size_t>(i)] = std::thread([&, index = static_cast<std::size_t>(i)] {
+    threads.emplace_back([&, index = static_cast<std::size_t>(i)] {
       const id mine = NewException("Mine", "");
       for (int round = 0; round < kRounds; ++round) {
         const id exception = Guarded([&] {
@@ -431,7 +515,7 @@ TEST(Threads, RaiseAndCatchAtTheSameTime) {
       }
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (PooledThread& thread : threads) thread.Join();
   for (std::size_t i = 0; i < kThreads; ++i) {
     EXPECT_EQ(delivered[i], kRounds);
     EXPECT_EQ(finallys[i], kRounds);

@@ -131,7 +131,8 @@ _Bool IsUnlocked(id lock) {
 
 id NewRootObject(void) { return class_createInstance(objc_getClass("BareRoot"), 0); }
 
-// Classes whose +initialize notes how the stack it runs on lies: a multiple of 16 below its frame's two saved words.
+// Classes whose +initialize notes how the stack it runs on lies: a multiple of 16 below its frame's two saved
+// words.
 static uintptr_t misalignment;
 
 @interface Fresh : NSObject
@@ -175,6 +176,12 @@ static uintptr_t misalignment;
   [NSException raise:@"InInitialize" format:@"for a test"];
 }
 
+@end
+
+@interface RaisesInInitializeToo : RaisesInInitialize
+@end
+
+@implementation RaisesInInitializeToo
 @end
 
 // Implements nothing and hands every message on.

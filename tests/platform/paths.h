@@ -26,5 +26,5 @@ void ThroughRethrow(Body, void* context, int* ran);
 id NewException(const char* name, const char* reason);  // autoreleased
 void Raise(id exception);                               // -[NSException raise]
 bool IsUnlocked(id lock);                               // asked on another thread
-id NewRootObject();  // of a class that has nothing but an isa
+id NewRootObject();                                     // of a class that has nothing but an isa
 }

@@ -1,0 +1,103 @@
+// tests/faults/bundle_image.cpp - the bundle as a host loads it, and its memory set back to an earlier state.
+#include "tests/faults/bundle_image.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace faults {
+namespace {
+
+struct Range {
+  unsigned char* start;
+  std::size_t size;
+};
+
+using PluginMain = void (*)(void* (*resolver)(const char*));
+
+void* handle = nullptr;
+PluginMain pluginMain = nullptr;
+std::vector<Range> writable;
+
+constexpr std::uintptr_t kPage = 4096;
+
+// The writable segments without the pages that the loader protects once it has relocated them.
+int CollectWritable(dl_phdr_info* info, std::size_t /*size*/, void* wanted) {
+  if (info->dlpi_addr != *static_cast<ElfW(Addr)*>(wanted)) return 0;
+  std::uintptr_t protectedEnd = 0;
+  for (int i = 0; i < info->dlpi_phnum; ++i) {
+    const auto& header = info->dlpi_phdr[i];
+    if (header.p_type == PT_GNU_RELRO) {
+      protectedEnd = (info->dlpi_addr + header.p_vaddr + header.p_memsz) & ~(kPage - 1);
+    }
+  }
+  for (int i = 0; i < info->dlpi_phnum; ++i) {
+    const auto& header = info->dlpi_phdr[i];
+    if (header.p_type != PT_LOAD || (header.p_flags & PF_W) == 0) continue;
+    std::uintptr_t start = info->dlpi_addr + header.p_vaddr;
+    const std::uintptr_t end = start + header.p_memsz;
+    if (protectedEnd > start && protectedEnd <= end) start = protectedEnd;
+    writable.push_back({reinterpret_cast<unsigned char*>(start), end - start});
+  }
+  return 1;
+}
+
+// Byte by byte and unchecked: between the variables of an instrumented bundle lies memory that nobody may
+// touch.
+__attribute__((no_sanitize("address"))) void Copy(unsigned char* to, const unsigned char* from,
+                                                  std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) {
+    *const_cast<volatile unsigned char*>(to + i) = from[i];
+  }
+}
+
+}  // namespace
+
+void LoadBundle(const std::string& path) {
+  handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr) {
+    std::fprintf(stderr, "wanted the bundle %s, found: %s\n", path.c_str(), dlerror());
+    std::exit(2);
+  }
+  pluginMain = reinterpret_cast<PluginMain>(dlsym(handle, "REALPluginMain"));
+  link_map* map = nullptr;
+  dlinfo(handle, RTLD_DI_LINKMAP, &map);
+  ElfW(Addr) address = map->l_addr;
+  dl_iterate_phdr(&CollectWritable, &address);
+  if (pluginMain == nullptr || writable.empty()) {
+    std::fprintf(stderr, "wanted REALPluginMain and writable memory in %s, found none\n", path.c_str());
+    std::exit(2);
+  }
+}
+
+void* EntryOfBundle() {
+  return reinterpret_cast<void*>(pluginMain);
+}
+
+ImageState SaveBundle() {
+  ImageState state;
+  for (const Range& range : writable) {
+    const std::size_t offset = state.size();
+    state.resize(offset + range.size);
+    Copy(state.data() + offset, range.start, range.size);
+  }
+  return state;
+}
+
+void RestoreBundle(const ImageState& state) {
+  const unsigned char* from = state.data();
+  for (const Range& range : writable) {
+    Copy(range.start, from, range.size);
+    from += range.size;
+  }
+}
+
+}  // namespace faults
+
+// What the scripted host starts: the loaded bundle's entry.
+extern "C" void REALPluginMain(void* (*resolver)(const char*)) {
+  faults::pluginMain(resolver);
+}

@@ -1,0 +1,306 @@
+// tests/faults/main.cpp - the fault matrix: every function, every input, every event, every fault.
+//
+//   fault_matrix BUNDLE                       everything
+//   fault_matrix BUNDLE --only TEXT           functions whose declaration contains TEXT
+//   fault_matrix BUNDLE --single              without pairs of faults
+//   fault_matrix BUNDLE --reproduce CASE PLAN one call, with its events; CASE and PLAN as a report prints them
+//
+// Every function runs in a process of its own, so that a crash is one function's finding.
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "tests/faults/promises.h"
+
+namespace faults {
+namespace {
+
+constexpr std::size_t kMostEventsForPairs = 12;
+constexpr unsigned kSecondsPerFunction = 300;
+
+// What the processes share: figures, and what each is doing.
+struct Shared {
+  unsigned long long cases, events, faults, pairs, violations;
+  unsigned long long used[64];  // by allowance
+  char doing[1024];
+};
+
+Shared* shared = nullptr;  // of this process's function
+
+std::string PlanText(const Plan& plan) {
+  std::string text;
+  for (const PlannedFault& each : plan) {
+    text += (text.empty() ? "" : ",") + std::to_string(each.event) + ":" + NameOf(each.fault);
+  }
+  return text.empty() ? "none" : text;
+}
+
+void Note(const Case& each, const Plan& plan) {
+  const std::string text = "--reproduce '" + Describe(each) + "' " + PlanText(plan);
+  std::strncpy(shared->doing, text.c_str(), sizeof shared->doing - 1);
+}
+
+class FunctionRun {
+ public:
+  FunctionRun(const Target& target, bool pairs) : target_(target), pairs_(pairs) {}
+
+  void Run() {
+    for (const long double version : kVersions) {
+      tracesOfVersion_.clear();
+      for (const Choice& choice : Choices(target_)) {
+        for (const Setting& setting : kSettings) RunCase({&target_, choice, &setting, version});
+      }
+    }
+    for (const auto& [text, count] : findings_) std::printf("%s\n    (%zu times)\n", text.c_str(), count);
+  }
+
+ private:
+  static std::string TraceOf(const Case& each, const Observation& observed) {
+    std::string trace = std::string(each.setting->sparse ? "sparse" : "") + observed.result;
+    for (const Step& step : observed.steps) trace += "\n" + step.text;
+    return trace;
+  }
+
+  void RunCase(const Case& each) {
+    // There is no earlier call of these, and nothing to prepare them.
+    const bool alone = target_.role == Role::kEntry || target_.role == Role::kConstructor;
+    if (alone && each.setting != kSettings) return;
+    if (target_.role == Role::kDestructor && each.setting->again) return;
+    Note(each, {});
+    const Observation baseline = Make(each, {}, true);
+    // Another setting or input with the very same events tells nothing new.
+    const std::string trace = TraceOf(each, baseline);
+    if (!tracesOfVersion_.insert(trace).second) return;
+    const bool newForPairs = traces_.insert(trace).second;
+    ++shared->cases;
+    shared->events += baseline.steps.size();
+    Judge(each, {}, baseline, baseline);
+    const std::size_t faultable = static_cast<std::size_t>(std::ranges::count_if(
+        baseline.steps, [](const Step& step) { return !FaultsAt(step).empty(); }));
+    for (std::size_t i = 0; i < baseline.steps.size(); ++i) {
+      for (const Fault fault : FaultsAt(baseline.steps[i])) {
+        const Plan plan{{i, fault}};
+        Note(each, plan);
+        const Observation observed = Make(each, plan, true);
+        ++shared->faults;
+        Judge(each, plan, baseline, observed);
+        if (pairs_ && newForPairs && faultable <= kMostEventsForPairs) {
+          RunPairs(each, plan.front(), baseline, observed);
+        }
+      }
+    }
+  }
+
+  // Every second fault after the first, at the events that come then.
+  void RunPairs(const Case& each, const PlannedFault& first, const Observation& baseline,
+                const Observation& withFirst) {
+    for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
+      for (const Fault fault : FaultsAt(withFirst.steps[i])) {
+        const Plan plan{first, {i, fault}};
+        Note(each, plan);
+        const Observation observed = Make(each, plan, false);
+        ++shared->pairs;
+        Judge(each, plan, baseline, observed);
+      }
+    }
+  }
+
+  void Judge(const Case& each, const Plan& plan, const Observation& baseline, const Observation& observed) {
+    std::vector<Step> faulted;
+    for (const PlannedFault& planned : plan) {
+      if (planned.event < observed.steps.size()) faulted.push_back(observed.steps[planned.event]);
+    }
+    for (const std::string& sentence : BrokenPromises(each, plan, baseline, observed)) {
+      if (const Allowance* const allowance = Allowed(each, faulted, sentence)) {
+        ++shared->used[allowance - Allowances().data()];
+        continue;
+      }
+      ++shared->violations;
+      std::string key = target_.declaration + ": " + sentence;
+      for (const Step& step : faulted) key += "; " + std::string(NameOf(step.fault)) + " at " + step.name;
+      if (const auto found = known_.find(key); found != known_.end()) {
+        ++findings_[found->second].second;
+        continue;
+      }
+      known_[key] = findings_.size();
+      findings_.emplace_back(key + "\n    " + shared->doing, 1);
+    }
+  }
+
+  const Target& target_;
+  bool pairs_;
+  std::set<std::string> tracesOfVersion_;
+  std::set<std::string> traces_;
+  std::map<std::string, std::size_t> known_;
+  std::vector<std::pair<std::string, std::size_t>> findings_;
+};
+
+struct Running {
+  const Target* target;
+  Shared* shared;
+  FILE* output;
+};
+
+std::string ReadAll(FILE* file) {
+  std::string text;
+  std::rewind(file);
+  char buffer[4096];
+  for (std::size_t got = 0; (got = std::fread(buffer, 1, sizeof buffer, file)) > 0;) text.append(buffer, got);
+  return text;
+}
+
+Plan PlanOf(const std::string& text) {
+  Plan plan;
+  for (std::size_t at = 0; at < text.size() && text != "none";) {
+    const std::size_t comma = std::min(text.find(',', at), text.size());
+    const std::size_t colon = text.find(':', at);
+    const std::string name = text.substr(colon + 1, comma - colon - 1);
+    for (int fault = 0; fault <= static_cast<int>(Fault::kRaiseOther); ++fault) {
+      if (name == NameOf(static_cast<Fault>(fault))) {
+        plan.push_back({static_cast<std::size_t>(std::atoi(text.c_str() + at)), static_cast<Fault>(fault)});
+      }
+    }
+    at = comma + 1;
+  }
+  return plan;
+}
+
+void Show(const Case& each, const Plan& plan) {
+  const Observation baseline = Make(each, {}, true);
+  const Observation observed = Make(each, plan, plan.size() < 2);
+  for (std::size_t i = 0; i < observed.steps.size(); ++i) {
+    const Step& step = observed.steps[i];
+    std::printf("%3zu %d %s%s%s\n", i, step.openFrames, step.text.c_str(),
+                step.fault == Fault::kNone ? "" : "   <- ", step.fault == Fault::kNone ? "" : NameOf(step.fault));
+  }
+  std::printf("result: %s\n", observed.result.empty() ? "neutral" : observed.result.c_str());
+  for (const auto& raised : observed.raised) {
+    std::printf("raised: %s \"%s\"\n", raised.className.c_str(), raised.message.c_str());
+  }
+  for (const std::string& sentence : BrokenPromises(each, plan, baseline, observed)) {
+    std::printf("broken: %s\n", sentence.c_str());
+  }
+}
+
+int Reproduce(const std::vector<Target>& targets, const std::string& wanted, const std::string& plan) {
+  for (const Target& target : targets) {
+    if (!wanted.starts_with(target.declaration + " | ")) continue;
+    for (const long double version : kVersions) {
+      for (const Choice& choice : Choices(target)) {
+        for (const Setting& setting : kSettings) {
+          const Case each{&target, choice, &setting, version};
+          if (Describe(each) != wanted) continue;
+          Show(each, PlanOf(plan));
+          return 0;
+        }
+      }
+    }
+  }
+  std::fprintf(stderr, "wanted a case as a report prints it, found \"%s\"\n", wanted.c_str());
+  return 2;
+}
+
+// A line that nothing needs hides what it would allow.
+bool EveryAllowanceIsUsed(const Shared& sum) {
+  bool all = true;
+  for (std::size_t i = 0; i < Allowances().size(); ++i) {
+    if (sum.used[i] > 0) continue;
+    const Allowance& unused = Allowances()[i];
+    std::printf("allowance %zu was not needed: \"%.*s\" at \"%.*s\"\n", i + 1,
+                static_cast<int>(unused.promise.size()), unused.promise.data(),
+                static_cast<int>(unused.event.size()), unused.event.data());
+    all = false;
+  }
+  return all;
+}
+
+int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
+  const auto start = std::chrono::steady_clock::now();
+  auto* const area = static_cast<Shared*>(mmap(nullptr, targets.size() * sizeof(Shared), PROT_READ | PROT_WRITE,
+                                               MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  const std::size_t atOnce = std::max(1U, std::thread::hardware_concurrency());
+  std::map<pid_t, Running> running;
+  std::size_t crashes = 0;
+  const auto waitForOne = [&] {
+    int status = 0;
+    const auto found = running.find(wait(&status));
+    if (found == running.end()) return;
+    const Running& each = found->second;
+    std::fputs(ReadAll(each.output).c_str(), stdout);
+    if (status != 0) {
+      ++crashes;
+      std::printf("%s: %s in\n    %s\n", each.target->declaration.c_str(),
+                  WIFSIGNALED(status) ? strsignal(WTERMSIG(status)) : "a failed exit", each.shared->doing);
+    }
+    std::fclose(each.output);
+    running.erase(found);
+  };
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    if (running.size() == atOnce) waitForOne();
+    FILE* const output = std::tmpfile();
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+      dup2(fileno(output), STDOUT_FILENO);
+      dup2(fileno(output), STDERR_FILENO);
+      alarm(kSecondsPerFunction);
+      shared = area + i;
+      FunctionRun(targets[i], pairs).Run();
+      std::exit(0);
+    }
+    running.emplace(child, Running{&targets[i], area + i, output});
+  }
+  while (!running.empty()) waitForOne();
+
+  Shared sum{};
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    sum.cases += area[i].cases;
+    sum.events += area[i].events;
+    sum.faults += area[i].faults;
+    sum.pairs += area[i].pairs;
+    sum.violations += area[i].violations;
+    for (std::size_t j = 0; j < Allowances().size(); ++j) sum.used[j] += area[i].used[j];
+  }
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+  std::printf("%zu functions, %llu cases, %llu events, %llu faults, %llu pairs of faults: %llu violations, "
+              "%zu crashes; %.1f s\n",
+              targets.size(), sum.cases, sum.events, sum.faults, sum.pairs, sum.violations, crashes, took.count());
+  return sum.violations == 0 && crashes == 0 && (partly || EveryAllowanceIsUsed(sum)) ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace faults
+
+int main(int argc, char** argv) {
+  using namespace faults;  // NOLINT(google-build-using-namespace)
+  if (argc < 2) {
+    std::fprintf(stderr, "wanted the bundle's file, found no argument; see the head of main.cpp\n");
+    return 2;
+  }
+  std::vector<Target> targets = PrepareCalls(argv[1]);
+  bool pairs = true;
+  bool partly = false;
+  for (int i = 2; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--single") pairs = false;
+    if (argument == "--reproduce" && i + 2 < argc) return Reproduce(targets, argv[i + 1], argv[i + 2]);
+    if (argument == "--only" && i + 1 < argc) {
+      partly = true;
+      const std::string wanted = argv[++i];
+      std::erase_if(targets, [&](const Target& target) {
+        return target.declaration.find(wanted) == std::string::npos;
+      });
+    }
+  }
+  return RunAll(targets, pairs, partly);
+}

@@ -1,0 +1,137 @@
+// tests/platform/colours/Scenario.m - the program that runs one scenario, by its number, and its helpers.
+#import "Scenario.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+NSString* Joined(NSArray* parts) { return [parts componentsJoinedByString:@", "]; }
+NSString* YesNo(BOOL value) { return value ? @"yes" : @"no"; }
+
+NSString* Shown(NSColor* color) {
+  if (!color) return @"nil";
+  NSMutableString* text = [NSMutableString string];
+  CGFloat components[32];
+  [color getComponents:components];
+  for (NSInteger i = 0; i < [color numberOfComponents]; i++)
+    [text appendFormat:@"%.3f ", (double)components[i]];
+  NSString* kind = [[color colorSpaceName] stringByReplacingOccurrencesOfString:@"ColorSpace" withString:@""];
+  [text appendString:[kind hasPrefix:@"NS"] ? [kind substringFromIndex:2] : kind];
+  if ([kind isEqual:@"NSCustom"]) [text appendFormat:@" %@", [[color colorSpace] localizedName]];
+  return text;
+}
+
+static NSString* Environment(const char* name) {
+  const char* value = getenv(name);
+  if (!value) {
+    fprintf(stderr,
+            "scenario: wanted %s in the environment, found nothing; run me through colour_behaviour_test\n",
+            name);
+    exit(2);
+  }
+  return [NSString stringWithUTF8String:value];
+}
+
+static NSString* Made(NSString* folder) {
+  [[NSFileManager defaultManager] createDirectoryAtPath:folder
+                            withIntermediateDirectories:YES
+                                             attributes:nil
+                                                  error:NULL];
+  return folder;
+}
+
+NSString* InScratch(NSString* name) {
+  return [Made([Environment("QVX_SCENARIO_FOLDER") stringByAppendingPathComponent:@"Scratch"])
+      stringByAppendingPathComponent:name];
+}
+
+NSString* UserColours(void) {
+  return Made([Environment("QVX_SCENARIO_FOLDER") stringByAppendingPathComponent:@"User/Colors"]);
+}
+
+NSString* SystemColours(void) {
+  return Made([Environment("QVX_SCENARIO_FOLDER") stringByAppendingPathComponent:@"System/Colors"]);
+}
+
+NSData* ProfileNamed(NSString* fileName) {
+  NSData* data =
+      [NSData dataWithContentsOfFile:[Environment("QVX_ICC_FOLDER") stringByAppendingPathComponent:fileName]];
+  if (!data)
+    [NSException raise:@"NoSuchProfile" format:@"wanted the profile %@ below QVX_ICC_FOLDER", fileName];
+  return data;
+}
+
+NSColor* Pattern(void) {
+  NSImage* image = [[[NSImage alloc] initWithSize:NSMakeSize(2, 2)] autorelease];
+  return [NSColor colorWithPatternImage:image];
+}
+
+@interface UnheardColor : NSColor
+@end
+
+@implementation UnheardColor
+- (Class)classForCoder {
+  return [NSColor class];
+}
+- (void)encodeWithCoder:(NSCoder*)coder {
+  [coder encodeObject:@"UnheardOfColorSpace"];
+}
+@end
+
+NSColor* Unheard(void) { return [[UnheardColor new] autorelease]; }
+
+void InChild(void (*function)(void)) {
+  pid_t child = fork();
+  if (child == 0) {
+    @try {
+      function();
+    } @catch (NSException* exception) {
+      _exit(1);
+    }
+    _exit(0);
+  }
+  int status = 1;
+  waitpid(child, &status, 0);
+  if (status != 0)
+    [NSException raise:@"ChildFailed" format:@"the child process ended with status %d", status];
+}
+
+static const Scenario* Find(const char* wanted) {
+  static const Scenario* const tables[] = {
+      spaceScenarios,   profileScenarios,    conversionScenarios, colourScenarios,   namedScenarios,
+      archiveScenarios, pasteboardScenarios, listScenarios,       listFileScenarios, folderScenarios};
+  for (size_t i = 0; i < sizeof tables / sizeof *tables; i++)
+    for (const Scenario* each = tables[i]; each->name; each++) {
+      if (!wanted)
+        printf("%s\n%s\n%s\n", each->name, each->plain, each->here);
+      else if (strcmp(each->name, wanted) == 0)
+        return each;
+    }
+  return NULL;
+}
+
+// Without an argument: every scenario's name and its two expected answers, a line each. With a name: its
+// answer.
+int main(int argc, char** argv) {
+  const Scenario* scenario = Find(argc > 1 ? argv[1] : NULL);
+  if (argc < 2) return 0;
+  if (!scenario) {
+    fprintf(stderr,
+            "scenario: wanted a scenario's name, found \"%s\"; start me without arguments for a list\n",
+            argv[1]);
+    return 2;
+  }
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSString* answer;
+  @try {
+    answer = scenario->run();
+  } @catch (NSException* exception) {
+    answer = [@"raises " stringByAppendingString:[exception name]];
+  }
+  printf("%s\n", [answer UTF8String]);
+  fflush(stdout);
+  [pool release];
+  return 0;
+}

@@ -1,0 +1,211 @@
+// tests/platform/colours/folder_scenarios.m - what lies in the colour folders when a program starts.
+#import "Scenario.h"
+
+static void Put(NSString* folder, NSString* name, NSData* data) {
+  [data writeToFile:[folder stringByAppendingPathComponent:name] atomically:NO];
+}
+
+static NSString* Names(void) {
+  NSMutableArray* names = [NSMutableArray array];
+  for (NSColorList* list in [NSColorList availableColorLists]) [names addObject:[list name]];
+  return Joined(names);
+}
+
+static void WriteGood(void) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Good"] autorelease];
+  [list setColor:[NSColor redColor] forKey:@"red"];
+  [list writeToFile:InScratch(@"Good.clr")];
+  [pool release];
+}
+
+static NSColorList* WithPattern(void) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Pattern"] autorelease];
+  [list setColor:Pattern() forKey:@"pattern"];
+  return list;
+}
+
+// As GNUstep writes it, and can't read it.
+static void WritePoison(void) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  [[NSArchiver archivedDataWithRootObject:WithPattern()] writeToFile:InScratch(@"Pattern.clr") atomically:NO];
+  [pool release];
+}
+
+static void WritePattern(void) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  [WithPattern() writeToFile:InScratch(@"Pattern.clr")];
+  [pool release];
+}
+
+// A list with a colour that nobody can read.
+static void WriteUnreadable(void) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Unreadable"] autorelease];
+  [list setColor:Unheard() forKey:@"unheard"];
+  [list writeToFile:InScratch(@"Unreadable.clr")];
+  [pool release];
+}
+
+static void PutFromScratch(NSString* folder, NSString* name) {
+  Put(folder, name, [NSData dataWithContentsOfFile:InScratch(name)]);
+}
+
+static NSString* Found(void) {
+  InChild(WriteGood);
+  PutFromScratch(UserColours(), @"Good.clr");
+  NSColorList* list = [NSColorList colorListNamed:@"Good"];
+  return [NSString stringWithFormat:@"%@, %@", Names(), Shown([list colorWithKey:@"red"])];
+}
+
+static NSString* FoundInSystem(void) {
+  InChild(WriteGood);
+  PutFromScratch(SystemColours(), @"Good.clr");
+  return Names();
+}
+
+static NSString* UnknownName(void) {
+  return Joined([NSArray arrayWithObjects:[NSColorList colorListNamed:@"Nothing"] ? @"a list" : @"nil",
+                                          [NSColorList colorListNamed:nil] ? @"a list" : @"nil", nil]);
+}
+
+static NSString* JunkInFolder(void) {
+  InChild(WriteGood);
+  PutFromScratch(UserColours(), @"Good.clr");
+  Put(UserColours(), @"Junk.clr", [@"GNUstep archive of nothing" dataUsingEncoding:NSASCIIStringEncoding]);
+  Put(UserColours(), @"Empty.clr", [NSData data]);
+  Put(UserColours(), @"Prose.clr", [@"Dear reader,\n" dataUsingEncoding:NSASCIIStringEncoding]);
+  [[NSFileManager defaultManager]
+      createDirectoryAtPath:[UserColours() stringByAppendingPathComponent:@"Folder.clr"]
+                 attributes:nil];
+  NSString* color = Shown([[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+  return
+      [NSString stringWithFormat:@"%@, %@", [color isEqual:@"nil"] ? @"no system colours" : @"system colours",
+                                 Joined([[Names() componentsSeparatedByString:@", "]
+                                     sortedArrayUsingSelector:@selector(compare:)])];
+}
+
+static NSString* PoisonInFolder(void) {
+  InChild(WritePoison);
+  PutFromScratch(UserColours(), @"Pattern.clr");
+  NSString* raised = RAISED([NSColor redColor]);
+  return [NSString stringWithFormat:@"%@, %@", raised, Names()];
+}
+
+static NSString* PatternInFolder(void) {
+  InChild(WritePattern);
+  PutFromScratch(UserColours(), @"Pattern.clr");
+  NSString* raised = RAISED([NSColor redColor]);
+  return [NSString stringWithFormat:@"%@, %@", raised, Names()];
+}
+
+static NSString* PoisonOnRequest(void) {
+  InChild(WritePoison);
+  [NSColor redColor];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"x"
+                                                fromFile:InScratch(@"Pattern.clr")] autorelease];
+  return [[list colorWithKey:@"pattern"] colorSpaceName] ?: @"nil";
+}
+
+// What a program without this library reads.
+static NSString* PatternForOthers(void) {
+  InChild(WritePattern);
+  [NSColor redColor];
+  NSData* data = [NSData dataWithContentsOfFile:InScratch(@"Pattern.clr")];
+  return Shown([[NSUnarchiver unarchiveObjectWithData:data] colorWithKey:@"pattern"]);
+}
+
+static NSString* UnreadableInFolder(void) {
+  InChild(WriteUnreadable);
+  PutFromScratch(UserColours(), @"Unreadable.clr");
+  NSString* raised = RAISED([NSColor redColor]);
+  return [NSString stringWithFormat:@"%@, %@", raised, Names()];
+}
+
+@interface ListAsker : NSObject
++ (void)ask:(id)unused;
+@end
+static volatile BOOL asked;
+@implementation ListAsker
++ (void)ask:(id)unused {
+  (void)unused;
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  [NSColorList availableColorLists];
+  asked = YES;
+  [pool release];
+}
+@end
+
+static NSString* PoisonHoldsNoLock(void) {
+  InChild(WriteUnreadable);
+  PutFromScratch(UserColours(), @"Unreadable.clr");
+  @try {
+    [NSColor redColor];
+  } @catch (NSException* exception) {
+  }
+  [NSThread detachNewThreadSelector:@selector(ask:) toTarget:[ListAsker class] withObject:nil];
+  for (int i = 0; i < 300 && !asked; i++) [NSThread sleepForTimeInterval:0.01];
+  return asked ? @"another thread goes on" : @"another thread hangs";
+}
+
+static NSString* UnreadableOnRequest(void) {
+  InChild(WriteUnreadable);
+  [NSColor redColor];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"x"
+                                                fromFile:InScratch(@"Unreadable.clr")] autorelease];
+  return list ? @"a list" : @"nil";
+}
+
+static NSString* WrittenIsAvailable(void) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Mine"] autorelease];
+  [list setColor:[NSColor redColor] forKey:@"red"];
+  BOOL before = [NSColorList colorListNamed:@"Mine"] != nil;
+  [list writeToFile:nil];
+  return Joined([NSArray
+      arrayWithObjects:YesNo(before), YesNo([NSColorList colorListNamed:@"Mine"] == list), Names(), nil]);
+}
+
+static NSString* WrittenTwiceIsOnce(void) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Mine"] autorelease];
+  [list writeToFile:nil];
+  [list writeToFile:nil];
+  return Names();
+}
+
+static NSString* NewerTakesPlace(void) {
+  InChild(WriteGood);
+  PutFromScratch(UserColours(), @"Good.clr");
+  [NSColorList availableColorLists];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Good"] autorelease];
+  [list writeToFile:nil];
+  return Joined([NSArray arrayWithObjects:Names(), YesNo([NSColorList colorListNamed:@"Good"] == list), nil]);
+}
+
+const Scenario folderScenarios[] = {
+    {"a list in the user's folder is found by name",
+     "System, Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB",
+     "Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB", Found},
+    {"a list in the system's folder is found", "Good, System", "Good, System", FoundInSystem},
+    {"no list has an unknown name, or none", "nil, nil", "nil, nil", UnknownName},
+    {"junk in a colour folder is passed over", "system colours, Empty, Folder, Good, Junk, Prose, System",
+     "system colours, Good, System", JunkInFolder},
+    {"another program's list with a pattern in a colour folder takes no program down",
+     "NSInvalidArgumentException, ", "nothing, System", PoisonInFolder},
+    {"a list with a pattern, written to a colour folder, takes no program down",
+     "NSInvalidArgumentException, ", "nothing, Pattern, System", PatternInFolder},
+    {"another program's list with a pattern is read on request", "raises NSInvalidArgumentException",
+     "NSPatternColorSpace", PoisonOnRequest},
+    {"other programs read a grey in a pattern's place", "nil", "0.500 1.000 DeviceWhite", PatternForOthers},
+    {"a list that nobody can read in a colour folder takes no program down", "NSInvalidArgumentException, ",
+     "nothing, System", UnreadableInFolder},
+    {"a list that nobody can read leaves no lock held", "another thread hangs", "another thread goes on",
+     PoisonHoldsNoLock},
+    {"a list that nobody can read is no list", "raises NSInvalidArgumentException", "nil",
+     UnreadableOnRequest},
+    {"a list written to the user's folder is available", "no, yes, System, Mine", "no, yes, System, Mine",
+     WrittenIsAvailable},
+    {"a list written twice is available once", "Mine, System", "System, Mine", WrittenTwiceIsOnce},
+    {"a list written over another takes its place", "Good, System, Good, no", "System, Good, yes",
+     NewerTakesPlace},
+    {NULL, NULL, NULL, NULL},
+};

@@ -1,0 +1,205 @@
+// tests/platform/colours/named_scenarios.m - predefined, system and named colours.
+#import "Scenario.h"
+
+static NSArray* PresetNames(void) {
+  return [@"black blue brown clear cyan darkGray gray green lightGray magenta orange purple red white yellow"
+      componentsSeparatedByString:@" "];
+}
+
+static NSColor* Preset(NSString* name) {
+  return [NSColor performSelector:NSSelectorFromString([name stringByAppendingString:@"Color"])];
+}
+
+static NSString* PresetsShared(void) {
+  int same = 0;
+  for (NSString* name in PresetNames()) same += Preset(name) == Preset(name);
+  return [NSString stringWithFormat:@"%d of 15", same];
+}
+
+static NSString* PresetValues(void) {
+  NSMutableArray* shown = [NSMutableArray array];
+  for (NSString* name in PresetNames()) {
+    NSColor* color = Preset(name);
+    CGFloat c[4];
+    [color getComponents:c];
+    [shown addObject:[color numberOfComponents] == 2
+                         ? [NSString stringWithFormat:@"%.3g/%g", (double)c[0], (double)c[1]]
+                         : [NSString stringWithFormat:@"%g %g %g", (double)c[0], (double)c[1], (double)c[2]]];
+  }
+  return Joined(shown);
+}
+
+static NSString* PresetsSurvivePools(void) {
+  NSColor* red = nil;
+  for (int i = 0; i < 3; i++) {
+    NSAutoreleasePool* pool = [NSAutoreleasePool new];
+    NSColor* now = [NSColor redColor];
+    if (red && now != red) return @"another object";
+    red = now;
+    [pool release];
+  }
+  return Shown(red);
+}
+
+static NSString* SystemColours_(void) {
+  NSArray* names =
+      [@"control controlText windowBackground selectedText grid" componentsSeparatedByString:@" "];
+  int same = 0;
+  for (NSString* name in names)
+    same += Preset(name) == Preset(name) && [[Preset(name) catalogNameComponent] isEqual:@"System"] &&
+            [Preset(name) colorUsingColorSpaceName:NSCalibratedRGBColorSpace] != nil;
+  return [NSString stringWithFormat:@"%d of 5", same];
+}
+
+static NSString* UnderPage(void) {
+  NSColor* color = [NSColor underPageBackgroundColor];
+  return [NSString stringWithFormat:@"%@, %@", YesNo(color == [NSColor underPageBackgroundColor]),
+                                    Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace])];
+}
+
+static NSString* SystemToSpace(void) {
+  return Shown([[NSColor blackColor] isEqual:[NSColor controlTextColor]]
+                   ? nil
+                   : [[NSColor controlTextColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
+}
+
+static NSString* NilNames(void) {
+  return Joined([NSArray arrayWithObjects:RAISED([NSColor colorWithCatalogName:nil colorName:@"a"]),
+                                          RAISED([NSColor colorWithCatalogName:@"a" colorName:nil]), nil]);
+}
+
+@interface NamedConverter : NSObject
++ (void)convert:(id)unused;
+@end
+static volatile BOOL converted;
+@implementation NamedConverter
++ (void)convert:(id)unused {
+  (void)unused;
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  [[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
+  [[NSColor colorWithCatalogName:@"System"
+                       colorName:@"gridColor"] colorUsingColorSpaceName:NSDeviceRGBColorSpace];
+  converted = YES;
+  [pool release];
+}
+@end
+
+static NSString* NilNamesHoldNoLock(void) {
+  @try {
+    [NSColor colorWithCatalogName:nil colorName:@"a"];
+  } @catch (NSException* exception) {
+  }
+  [NSThread detachNewThreadSelector:@selector(convert:) toTarget:[NamedConverter class] withObject:nil];
+  for (int i = 0; i < 300 && !converted; i++) [NSThread sleepForTimeInterval:0.01];
+  return converted ? @"another thread goes on" : @"another thread hangs";
+}
+
+static NSString* UnknownName(void) {
+  NSColor* color = [NSColor colorWithCatalogName:@"Nowhere" colorName:@"Nothing"];
+  return Joined([NSArray
+      arrayWithObjects:Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
+                       Shown([color colorUsingColorSpace:[NSColorSpace genericRGBColorSpace]]), nil]);
+}
+
+static NSColorList* ListInTable(NSString* name) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:name] autorelease];
+  [list setColor:[NSColor colorWithCalibratedRed:1 green:0 blue:0 alpha:1] forKey:@"signal"];
+  [list writeToFile:nil];
+  return list;
+}
+
+static NSString* ChangedList(void) {
+  NSColorList* list = ListInTable(@"Signals");
+  NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"signal"];
+  NSString* before = Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+  [list setColor:[NSColor colorWithCalibratedRed:0 green:1 blue:0 alpha:1] forKey:@"signal"];
+  return Joined([NSArray
+      arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
+}
+
+static NSString* AddedLater(void) {
+  NSColorList* list = ListInTable(@"Signals");
+  NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"later"];
+  NSString* before = Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+  [list setColor:[NSColor colorWithCalibratedRed:0 green:1 blue:0 alpha:1] forKey:@"later"];
+  return Joined([NSArray
+      arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
+}
+
+static NSString* NameOfAName(void) {
+  NSColorList* list = ListInTable(@"Signals");
+  NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"me"];
+  [list setColor:named forKey:@"me"];
+  return Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
+static NSString* SameNamed(void) {
+  NSColor* one = [NSColor colorWithCatalogName:@"System" colorName:@"controlColor"];
+  return Joined([NSArray arrayWithObjects:YesNo(one == [NSColor controlColor]), [one colorSpaceName],
+                                          [one localizedColorNameComponent], nil]);
+}
+
+static NSString* DefaultOverrides(void) {
+  [NSColor controlColor];
+  [[NSUserDefaults standardUserDefaults] setObject:@"0.1 0.2 0.3" forKey:@"controlColor"];
+  return Shown([[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
+static NSString* SystemListRefuses(void) {
+  NSColor* red = [NSColor redColor];
+  NSColorList* system = [NSColorList colorListNamed:@"System"];
+  return Joined([NSArray arrayWithObjects:YesNo([system isEditable]),
+                                          RAISED([system setColor:red forKey:@"controlColor"]),
+                                          RAISED([system insertColor:red key:@"new" atIndex:0]),
+                                          RAISED([system removeColorWithKey:@"gridColor"]), nil]);
+}
+
+static NSString* OwnListNamedSystem(void) {
+  NSColorList* own = [[[NSColorList alloc] initWithName:@"System"] autorelease];
+  [own setColor:[NSColor redColor] forKey:@"mine"];
+  return YesNo([own isEditable] && [[own allKeys] count] == 1);
+}
+
+static NSString* SystemListKeys(void) {
+  [NSColor redColor];
+  return
+      [NSString stringWithFormat:@"%u", (unsigned)[[[NSColorList colorListNamed:@"System"] allKeys] count]];
+}
+
+const Scenario namedScenarios[] = {
+    {"each predefined colour is one shared object", "0 of 15", "15 of 15", PresetsShared},
+    {"predefined colours have their documented values",
+     "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
+     "1/1, 1 1 0",
+     "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
+     "1/1, 1 1 0",
+     PresetValues},
+    {"a predefined colour outlives every pool", "another object", "1.000 0.000 0.000 1.000 CalibratedRGB",
+     PresetsSurvivePools},
+    {"system colours are shared, named and convertible", "5 of 5", "5 of 5", SystemColours_},
+    {"the colour under pages is a system colour", "raises NSInvalidArgumentException",
+     "yes, 0.500 0.500 0.500 1.000 CalibratedRGB", UnderPage},
+    {"a system colour converts to a space with a profile", "raises NSInvalidArgumentException",
+     "0.000 0.000 0.000 1.000 Custom sRGB IEC61966-2.1", SystemToSpace},
+    {"a named colour without its names is no colour",
+     "NSInvalidArgumentException, NSInvalidArgumentException", "nothing, nothing", NilNames},
+    {"a named colour without its names holds no lock", "another thread hangs", "another thread goes on",
+     NilNamesHoldNoLock},
+    {"a name that no list knows converts to nothing", "nil, nil", "nil, nil", UnknownName},
+    {"a named colour follows its list",
+     "1.000 0.000 0.000 1.000 CalibratedRGB, 1.000 0.000 0.000 1.000 CalibratedRGB",
+     "1.000 0.000 0.000 1.000 CalibratedRGB, 0.000 1.000 0.000 1.000 CalibratedRGB", ChangedList},
+    {"a named colour is found when its list has it later", "nil, nil",
+     "nil, 0.000 1.000 0.000 1.000 CalibratedRGB", AddedLater},
+    {"a name that stands for itself converts to nothing", "crashes with signal 11", "nil", NameOfAName},
+    {"a named colour is one object and tells its names", "yes, NSNamedColorSpace, controlColor",
+     "yes, NSNamedColorSpace, controlColor", SameNamed},
+    {"a user default changes a system colour at once", "0.100 0.200 0.300 1.000 CalibratedRGB",
+     "0.100 0.200 0.300 1.000 CalibratedRGB", DefaultOverrides},
+    {"the system's list can't be edited", "yes, nothing, nothing, nothing",
+     "no, NSColorListNotEditableException, NSColorListNotEditableException, NSColorListNotEditableException",
+     SystemListRefuses},
+    {"a program's own list of that name can be edited", "yes", "yes", OwnListNamedSystem},
+    {"the system's list keeps its keys", "39", "39", SystemListKeys},
+    {NULL, NULL, NULL, NULL},
+};

@@ -1,0 +1,40 @@
+// tests/support/bundle.cpp - finds the bundle's functions by the records that it registered.
+#include "tests/support/bundle.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "tests/support/allocation.h"
+
+extern "C" void REALPluginMain(void* (*resolver)(const char*));
+
+namespace scripted {
+
+void* FunctionOf(Table table, std::string_view className, std::string_view declaration) {
+  const RegisteredClass& registered = TheHost().Class(className);
+  const auto& entries = table == Table::kMethods         ? registered.methods
+                        : table == Table::kSharedMethods ? registered.sharedMethods
+                                                         : registered.properties;
+  for (const RegisteredClass::Entry& entry : entries) {
+    if (entry.declaration == declaration) return entry.function;
+  }
+  std::fprintf(stderr, "wanted %.*s of %.*s, found no such record\n", static_cast<int>(declaration.size()),
+               declaration.data(), static_cast<int>(className.size()), className.data());
+  std::abort();
+}
+
+bool FloatingPointStackIsEmpty() {
+  std::array<std::uint32_t, 7> environment{};
+  asm volatile("fnstenv %0; fldenv %0" : "+m"(environment));
+  return (environment[2] & 0xFFFFU) == 0xFFFFU;
+}
+
+void Start(long double version) {
+  TheHost().version = version;
+  Call(&REALPluginMain, &Host::Resolve);
+  Log().Clear();
+  ForgetBundleBlocks();
+}
+
+}  // namespace scripted

@@ -1,0 +1,94 @@
+// tests/support/message_send.cpp - objc_msgSend and objc_msgSend_fpret for calls of any signature.
+#include "tests/support/exception_frames.h"
+#include "tests/support/platform.h"
+
+namespace scripted {
+namespace {
+
+// What the assembly below loads into the registers.
+struct Registers {
+  std::uint32_t eax;
+  std::uint32_t edx;
+  float st0;
+};
+static_assert(sizeof(Registers) == 12);
+
+// The exception that the message raised, or null. Nothing of this function is alive when the exception is
+// delivered.
+NativeObject* Carry(const std::uint32_t* stack, Registers* registers, bool viaFpret) {
+  const Outside outside;
+  auto* const receiver = reinterpret_cast<void*>(static_cast<std::uintptr_t>(stack[0]));
+  const auto selector = reinterpret_cast<SEL>(static_cast<std::uintptr_t>(stack[1]));
+  *registers = {0, 0, 0};
+  if (receiver != nullptr && !IsNative(receiver)) {
+    Log().Violation("a message to " + Describe(receiver) + ", which is no object of the platform");
+    return nullptr;
+  }
+  Send send(Native(receiver), SelectorName(selector), stack + 2);
+  ThePlatform().Dispatch(send, viaFpret);
+  *registers = {send.word, receiver == nullptr ? 0 : 0xBADC0DEU, send.number};
+  return send.raised;
+}
+
+}  // namespace
+}  // namespace scripted
+
+extern "C" [[gnu::used]] void scripted_send(const std::uint32_t* stack, void* registers, int viaFpret) {
+  scripted::NativeObject* const raised =
+      scripted::Carry(stack, static_cast<scripted::Registers*>(registers), viaFpret != 0);
+  if (raised != nullptr) scripted::Deliver(raised);
+}
+
+// The caller's arguments start 8 bytes above the saved frame pointer: receiver, selector, the method's own.
+asm(R"(
+  .text
+  .globl objc_msgSend
+  .type objc_msgSend, @function
+objc_msgSend:
+  .cfi_startproc
+  pushl %ebp
+  .cfi_def_cfa_offset 8
+  .cfi_offset %ebp, -8
+  movl %esp, %ebp
+  .cfi_def_cfa_register %ebp
+  subl $40, %esp
+  andl $-16, %esp
+  leal 8(%ebp), %eax
+  leal 16(%esp), %ecx
+  movl %eax, (%esp)
+  movl %ecx, 4(%esp)
+  movl $0, 8(%esp)
+  call scripted_send
+  movl 16(%esp), %eax
+  movl 20(%esp), %edx
+  leave
+  .cfi_def_cfa %esp, 4
+  ret
+  .cfi_endproc
+  .size objc_msgSend, .-objc_msgSend
+
+  .globl objc_msgSend_fpret
+  .type objc_msgSend_fpret, @function
+objc_msgSend_fpret:
+  .cfi_startproc
+  pushl %ebp
+  .cfi_def_cfa_offset 8
+  .cfi_offset %ebp, -8
+  movl %esp, %ebp
+  .cfi_def_cfa_register %ebp
+  subl $40, %esp
+  andl $-16, %esp
+  leal 8(%ebp), %eax
+  leal 16(%esp), %ecx
+  movl %eax, (%esp)
+  movl %ecx, 4(%esp)
+  movl $1, 8(%esp)
+  call scripted_send
+  flds 24(%esp)
+  movl $0xBADBAD, %eax
+  leave
+  .cfi_def_cfa %esp, 4
+  ret
+  .cfi_endproc
+  .size objc_msgSend_fpret, .-objc_msgSend_fpret
+)");
