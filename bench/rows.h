@@ -15,14 +15,15 @@ namespace bench {
 
 // One line of the table: a call that is measured.
 struct Row {
-  std::string platform{};   // "scripted", "real"
+  std::string platform{};  // "scripted", "real"
   std::string name;
-  std::string limit{};      // the row of the same platform that this one is compared with; empty for a limit itself
-  double target = 0;        // the largest ratio to the limit; 0 for none
-  double nanoseconds = 0;   // the largest time where that is the target; 0 for none
-  bool counted = true;      // whether its instructions are worth counting
-  bool guarded = false;     // whether its instructions have a budget
-  long iterations = 0;      // a fixed number of calls per repetition; 0 to let time decide
+  std::string
+      limit{};        // the row of the same platform that this one is compared with; empty for a limit itself
+  double target = 0;  // the largest ratio to the limit; 0 for none
+  double nanoseconds = 0;  // the largest time where that is the target; 0 for none
+  bool counted = true;     // whether its instructions are worth counting
+  bool guarded = false;    // whether its instructions have a budget
+  long iterations = 0;     // a fixed number of calls per repetition; 0 to let time decide
 };
 
 // All rows, in the order of the table, by full name "platform/name".
@@ -66,10 +67,9 @@ template <Pooled pooled = Pooled::kNo, typename Call>
 void AddRow(Bundle& bundle, Row row, Call call) {
   row.platform = bundle.GetPlatform().name;
   const std::string name = row.platform + "/" + row.name;
-  auto* const registered =
-      benchmark::RegisterBenchmark(name.c_str(), [&bundle, call](benchmark::State& state) mutable {
-        Measure<pooled>(state, bundle, call);
-      });
+  auto* const registered = benchmark::RegisterBenchmark(
+      name.c_str(),
+      [&bundle, call](benchmark::State& state) mutable { Measure<pooled>(state, bundle, call); });
   if (row.iterations != 0) registered->Iterations(row.iterations);
   if (row.counted) {
     AllCounted().push_back({name, [&bundle, call](int times) mutable {

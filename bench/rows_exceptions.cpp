@@ -1,4 +1,5 @@
-// bench/rows_exceptions.cpp - an NSException from its raise to the host: the dropped one and the converted one.
+// bench/rows_exceptions.cpp - an NSException from its raise to the host: the dropped one and the converted
+// one.
 #include "bench/bare_frame.h"
 #include "bench/rows.h"
 

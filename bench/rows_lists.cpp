@@ -16,8 +16,8 @@ void AddListScaleRows(Bundle& bundle, long colours) {
   Pool pool(bundle.GetPlatform());
   const qvx::REALobject list = NewInstance("NSColorListQVX");
   const qvx::REALstring name = NewString("bench " + std::to_string(colours));
-  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>(
-      "NSColorListQVX", "Create(name as string) ")(list, name);
+  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>("NSColorListQVX",
+                                                                      "Create(name as string) ")(list, name);
   Unlock(name);
 
   auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB");

@@ -16,8 +16,7 @@ void AddColourSpaceRows(Bundle& bundle) {
 
   auto* const name = bundle.Function<qvx::REALstring(qvx::REALobject)>("NSColorSpaceQVX", "localizedName");
   AddRow<Pooled::kYes>(
-      bundle,
-      {.name = "name of a space", .limit = "CFStringGetCString + build, 10 units", .guarded = true},
+      bundle, {.name = "name of a space", .limit = "CFStringGetCString + build, 10 units", .guarded = true},
       [=] { Unlock(name(space)); });
 
   using Factory = qvx::REALobject(double, double, double, double);

@@ -36,14 +36,13 @@ void AddLimit(Bundle& bundle, std::size_t count, const void* string) {
 void AddOut(Bundle& bundle, std::size_t count, double target) {
   const Platform& platform = bundle.GetPlatform();
   const std::string text(count, 'n');
-  const void* const string =
-      platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8);
+  const void* const string = platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8);
   AddLimit(bundle, count, string);
 
   const qvx::REALobject list = NewInstance("NSColorListQVX");
   const qvx::REALstring name = NewString(text);
-  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>("NSColorListQVX", "Create(name as string) ")(
-      list, name);
+  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>("NSColorListQVX",
+                                                                      "Create(name as string) ")(list, name);
   Unlock(name);
   auto* const getName = bundle.Function<qvx::REALstring(qvx::REALobject)>("NSColorListQVX", "name as string");
   AddRow(bundle,
@@ -61,8 +60,7 @@ void AddIn(Bundle& bundle, std::size_t count) {
   const Platform& platform = bundle.GetPlatform();
   AddRow(bundle, {.name = "CFStringCreateWithCString, " + Units(count), .counted = count <= 10'000},
          [&platform, text] {
-           platform.CFRelease(
-               platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8));
+           platform.CFRelease(platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8));
          });
   auto* const find =
       bundle.Function<qvx::REALobject(qvx::REALstring)>("NSColorSpaceQVX", "colorSpaceForColorSpaceName");
@@ -93,8 +91,7 @@ void AddStringRows(Bundle& bundle) {
       bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB")(0.25, 0.5, 0.75, 1.0);
   auto* const spaceName =
       bundle.Function<qvx::REALstring(qvx::REALobject, std::int32_t)>("NSColorQVX", "colorSpaceName");
-  AddRow(bundle,
-         {.name = "string getter", .limit = "CFStringGetCString + build, 10 units", .guarded = true},
+  AddRow(bundle, {.name = "string getter", .limit = "CFStringGetCString + build, 10 units", .guarded = true},
          [=] { Unlock(spaceName(colour, 0)); });
 }
 
