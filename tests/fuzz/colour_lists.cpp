@@ -85,7 +85,8 @@ std::vector<std::string> fuzz::Seeds() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   StartOnce();
   const std::filesystem::path path = Folder() / "input.clr";
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
   {
     const Value list = NewList();
     Ask(list, "Create(name as string, path as string)", Value::Text("input"), Value::Text(path.string()));

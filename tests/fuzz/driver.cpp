@@ -1,7 +1,10 @@
-// tests/fuzz/driver.cpp - feeds a target without a coverage-guided fuzzer: kept inputs first, then mutations of
-// them and of the seeds, the same ones for the same number.
+// tests/fuzz/driver.cpp - feeds a target without a coverage-guided fuzzer: kept inputs first, then mutations
+// of them and of the seeds, the same ones for the same number.
 //
 //   fuzz_... RUNS SEED [FILE-OR-FOLDER...]
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +13,6 @@
 #include <fstream>
 #include <iterator>
 #include <random>
-#include <unistd.h>
 
 #include "tests/fuzz/target.h"
 
@@ -57,7 +59,8 @@ class Generator {
  private:
   std::size_t Below(std::size_t bound) { return random_() % bound; }
   char Byte() {
-    static constexpr unsigned char kTelling[] = {0x00, 0x01, 0x7F, 0x80, 0xFF, 0xFE, 0xD8, 0xDC, '"', '(', ')', ' '};
+    static constexpr unsigned char kTelling[] = {0x00, 0x01, 0x7F, 0x80, 0xFF, 0xFE,
+                                                 0xD8, 0xDC, '"',  '(',  ')',  ' '};
     return static_cast<char>(Below(2) == 0 ? kTelling[Below(sizeof kTelling)] : Below(256));
   }
 
@@ -84,7 +87,8 @@ class Generator {
       }
       case 5:  // a number in either byte order, at its limits
         if (at + 4 <= input.size()) {
-          const std::uint32_t limits[] = {0, 1, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF, 0xFFFFFF7F, 0x100, 0x10000};
+          const std::uint32_t limits[] = {0,          1,          0x7FFFFFFF, 0x80000000,
+                                          0xFFFFFFFF, 0xFFFFFF7F, 0x100,      0x10000};
           std::memcpy(input.data() + at, &limits[Below(8)], 4);
         }
         break;
@@ -111,7 +115,8 @@ int main(int argc, char** argv) {
       inputs.push_back(Read(argv[i]));
       continue;
     }
-    for (const auto& entry : std::filesystem::directory_iterator(argv[i])) inputs.push_back(Read(entry.path()));
+    for (const auto& entry : std::filesystem::directory_iterator(argv[i]))
+      inputs.push_back(Read(entry.path()));
   }
   for (const std::string& input : inputs) Feed(input);
   Generator generator(static_cast<unsigned>(std::strtoul(argv[2], nullptr, 10)));

@@ -1,4 +1,5 @@
-// tests/fuzz/profiles.cpp - colour profiles of any bytes through the colour-space factories on the real platform.
+// tests/fuzz/profiles.cpp - colour profiles of any bytes through the colour-space factories on the real
+// platform.
 #include <cstring>
 
 #include "runner/host/host.h"
@@ -54,7 +55,8 @@ void UseSpace(const Value& space) {
   ArgumentWords words;
   words.PushHandle(colour);
   words.PushHandle(space);
-  const Value converted = real::Call(real::MethodOf(kColor, "colorUsingColorSpace(colorSpace as NSColorSpaceQVX)"), words);
+  const Value converted =
+      real::Call(real::MethodOf(kColor, "colorUsingColorSpace(colorSpace as NSColorSpaceQVX)"), words);
   if (converted.kind() == hostrun::Kind::Nil || converted.object() == nullptr) return;
   Ask(kColor, "Components as", converted);
   ArgumentWords getter;

@@ -1,7 +1,8 @@
 // tests/fuzz/strings.cpp - host strings in any encoding, both ways through the string bridge.
 //
-// An input is: one byte of settings, one that chooses the encoding, one that chooses the encoding asked for, then the
-// text. QVX_FUZZ_HOST=sparse runs against a host without the newer services, which the bundle asks for only once.
+// An input is: one byte of settings, one that chooses the encoding, one that chooses the encoding asked for,
+// then the text. QVX_FUZZ_HOST=sparse runs against a host without the newer services, which the bundle asks
+// for only once.
 #include <cstdlib>
 #include <cstring>
 
@@ -28,9 +29,9 @@ struct Settings {
 };
 
 std::uint32_t EncodingFor(std::uint8_t byte) {
-  constexpr std::uint32_t kKnown[] = {qvx::kEncodingMacRoman, qvx::kEncodingUTF16,   qvx::kEncodingWindowsLatin1,
-                                      qvx::kEncodingASCII,    qvx::kEncodingUnknown, qvx::kEncodingUTF8,
-                                      qvx::kEncodingUTF32};
+  constexpr std::uint32_t kKnown[] = {
+      qvx::kEncodingMacRoman, qvx::kEncodingUTF16, qvx::kEncodingWindowsLatin1, qvx::kEncodingASCII,
+      qvx::kEncodingUnknown,  qvx::kEncodingUTF8,  qvx::kEncodingUTF32};
   if (byte < 224) return kKnown[byte % 7];
   return std::uint32_t{byte} * 0x01010101U;  // no encoding of anybody's
 }
@@ -89,7 +90,8 @@ void ThereAndBack(qvx::REALstring string, const std::string& bytes, const Settin
 
 void Build(const std::string& bytes, const Settings& settings) {
   const qvx::REALstring built = InBundle([&] {
-    return qvx::REALBuildUnicodeString(bytes.data(), static_cast<std::int64_t>(bytes.size()), settings.encoding);
+    return qvx::REALBuildUnicodeString(bytes.data(), static_cast<std::int64_t>(bytes.size()),
+                                       settings.encoding);
   });
   if (built != nullptr && bytes.empty()) fuzz::Fail("no bytes became a string");
   Drop(built);
@@ -99,8 +101,10 @@ void ReadData(qvx::REALstring string, const std::string& bytes, const Settings& 
   qvx::REALstringData data{nullptr, static_cast<std::int32_t>(bytes.size()), 0};
   const bool filled = InBundle([&] { return qvx::REALGetStringData(string, settings.wanted, &data); });
   if (!filled) return;
-  if (std::memcmp(data.data + data.length, "\0\0\0\0", 4) != 0) fuzz::Fail("string data without four zero bytes");
-  if (settings.wanted == qvx::kEncodingUnknown && std::string(data.data, static_cast<std::size_t>(data.length)) != bytes) {
+  if (std::memcmp(data.data + data.length, "\0\0\0\0", 4) != 0)
+    fuzz::Fail("string data without four zero bytes");
+  if (settings.wanted == qvx::kEncodingUnknown &&
+      std::string(data.data, static_cast<std::size_t>(data.length)) != bytes) {
     fuzz::Fail("string data that is not the bytes as stored");
   }
   InBundle([&] {
@@ -116,8 +120,12 @@ void ReadData(qvx::REALstring string, const std::string& bytes, const Settings& 
 
 std::vector<std::string> fuzz::Seeds() {
   std::vector<std::string> seeds;
-  const std::string texts[] = {"plain", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", std::string("a\0b\0\xAC\x20", 6),
-                               std::string("\0\xF6\x01\0", 4), std::string(150, 'x'), ""};
+  const std::string texts[] = {"plain",
+                               "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80",
+                               std::string("a\0b\0\xAC\x20", 6),
+                               std::string("\0\xF6\x01\0", 4),
+                               std::string(150, 'x'),
+                               ""};
   for (char settings = 0; settings < 4; ++settings) {
     for (char encoding = 0; encoding < 7; ++encoding) {
       for (const std::string& text : texts) seeds.push_back(std::string{settings, encoding, encoding} + text);
@@ -129,7 +137,8 @@ std::vector<std::string> fuzz::Seeds() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 3) return 0;
   StartOnce();
-  const Settings settings{(data[0] & 1U) != 0, (data[0] & 2U) != 0, EncodingFor(data[1]), EncodingFor(data[2])};
+  const Settings settings{(data[0] & 1U) != 0, (data[0] & 2U) != 0, EncodingFor(data[1]),
+                          EncodingFor(data[2])};
   const std::string bytes(reinterpret_cast<const char*>(data) + 3, size - 3);
   TheHost().version = settings.oldHost ? 2011.0L : 2015.0L;
   qvx::rbversion = static_cast<double>(TheHost().version);

@@ -11,8 +11,8 @@
 
 namespace real {
 
-// Starts the host runner's host with the platform library, the sibling part and the bundle that lie beside the
-// executable. Ends the process with one line if that fails.
+// Starts the host runner's host with the platform library, the sibling part and the bundle that lie beside
+// the executable. Ends the process with one line if that fails.
 void StartHost(double version = 2015.0);
 
 // A function of a class by its declaration, which must be there.

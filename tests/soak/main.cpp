@@ -70,9 +70,10 @@ void CheckNothingLeft(const char* when, long long start) {
   std::printf("%s: %.2f MB resident, %.2f MB at the start (%+.2f %%), %ld in the cache\n", when,
               static_cast<double>(now) / 1e6, static_cast<double>(start) / 1e6,
               100.0 * static_cast<double>(now - start) / static_cast<double>(start), real::CachedInstances());
-  Check(static_cast<double>(now) <= static_cast<double>(start) * (1 + kTolerance), when, static_cast<double>(start),
-        static_cast<double>(now));
-  Check(real::CachedInstances() == 0, "entries in the instance cache", 0, static_cast<double>(real::CachedInstances()));
+  Check(static_cast<double>(now) <= static_cast<double>(start) * (1 + kTolerance), when,
+        static_cast<double>(start), static_cast<double>(now));
+  Check(real::CachedInstances() == 0, "entries in the instance cache", 0,
+        static_cast<double>(real::CachedInstances()));
   const hostrun::LiveCounts live = hostrun::CountLive();
   if (live.Any()) {
     ++failures;
@@ -120,7 +121,7 @@ int main(int argc, char** argv) {
   AllAtOnce(functions, held, start);
   Check(real::RaisedSoFar() == 0, "host exceptions", 0, real::RaisedSoFar());
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
-  std::printf("%d colours made, read and freed, %d held at once: %d failures; %.1f s\n", colours, held, failures,
-              took.count());
+  std::printf("%d colours made, read and freed, %d held at once: %d failures; %.1f s\n", colours, held,
+              failures, took.count());
   return failures == 0 ? 0 : 1;
 }
