@@ -1,9 +1,14 @@
 # Builds that watch the tests: QVX_SANITIZE checks memory and undefined behaviour, QVX_COVERAGE counts what is reached.
 option(QVX_SANITIZE "Check memory and undefined behaviour while the tests run" OFF)
+option(QVX_FUZZ "Build the fuzz targets with clang's coverage-guided fuzzer and AddressSanitizer" OFF)
 option(QVX_COVERAGE "Count the lines and branches that the tests reach" OFF)
 if(QVX_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
   add_link_options(-fsanitize=address,undefined)
+endif()
+if(QVX_FUZZ)
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fsanitize=fuzzer-no-link,address> -O1 -Wno-error)
+  add_link_options($<$<LINK_LANGUAGE:CXX>:-fsanitize=address>)
 endif()
 if(QVX_COVERAGE)
   # Inlining would split a line's branches over its callers.
