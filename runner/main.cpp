@@ -1,8 +1,8 @@
 // runner/main.cpp - hostrun: runs programs of the host language through a bundle.
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <unistd.h>
+#include <cstdio>
 
 #include "runner/commands/run.h"
 #include "runner/language/program.h"
@@ -11,7 +11,8 @@ int main(int argc, char** argv) {
   CLI::App app("Runs programs of the host language through a bundle.");
   app.footer(
       "Example:\n  hostrun examples/first-colors.bas\n\n"
-      "Exit status: 0 fine, 1 an uncaught host exception (or a leak with --leaks), 2 an error of use or in the program.");
+      "Exit status: 0 fine, 1 an uncaught host exception (or a leak with --leaks), 2 an error of use or in "
+      "the program.");
   hostrun::RunOptions options;
   hostrun::AddRunOptions(app, options);
   try {
