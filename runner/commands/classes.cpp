@@ -68,7 +68,8 @@ Selection Select(const ClassesOptions& options) {
   }
   // The bundle's first; each part's in the order of registration.
   std::sort(known.begin(), known.end(), [](const Class* a, const Class* b) {
-    return std::pair(-static_cast<int>(a->origin), a->order) < std::pair(-static_cast<int>(b->origin), b->order);
+    return std::pair(-static_cast<int>(a->origin), a->order) <
+           std::pair(-static_cast<int>(b->origin), b->order);
   });
   std::vector<std::string> names;
   for (const Class* const cls : known) {

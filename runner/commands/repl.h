@@ -3,5 +3,7 @@
 namespace hostrun {
 struct ReplOptions {};
 inline void AddReplOptions(CLI::App&, ReplOptions&) {}
-inline int Repl(const ReplOptions&) { return 2; }
+inline int Repl(const ReplOptions&) {
+  return 2;
 }
+}  // namespace hostrun

@@ -3,5 +3,7 @@
 namespace hostrun {
 struct TraceOptions {};
 inline void AddTraceOptions(CLI::App&, TraceOptions&) {}
-inline int Trace(const TraceOptions&) { return 2; }
+inline int Trace(const TraceOptions&) {
+  return 2;
 }
+}  // namespace hostrun
