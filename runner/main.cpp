@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "runner/commands/docs.h"
 #include "runner/commands/run.h"
 #include "runner/commands/swatches.h"
 #include "runner/language/program.h"
@@ -37,6 +38,10 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
+    {"docs", "Writes the reference of the registered classes as one HTML page.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddDocsOptions, &hostrun::Docs, argc, argv);
+     }},
     {"swatches", "Draws colours in a picture.",
      [](CLI::App& app, const std::string& name, int argc, char** argv) {
        return Start(app, name, &hostrun::AddSwatchesOptions, &hostrun::Swatches, argc, argv);
