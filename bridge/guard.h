@@ -70,6 +70,22 @@ id CatchNSException(Body&& body) {
   return exception;
 }
 
+// What `read` answers, or the neutral value after an NSException, which is dropped. The shortest guard: no
+// result has to survive a delivery, so the frame's own function answers it.
+template <auto read, typename... Arguments>
+[[gnu::noinline]] auto ResultUnlessNSException(Arguments... arguments) {
+  using Result = decltype(read(arguments...));
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) == 0) {
+    const FrameExit exit(frame);
+    return read(arguments...);
+  }
+  const id exception = objc_exception_extract(&frame);
+  if (exception != nullptr && !IsNSException(exception)) objc_exception_throw(exception);
+  return Result();
+}
+
 // The guard of methods, getters, destructors and factories: an NSException that ends the body is raised as a
 // host exception, and the caller goes on.
 template <typename Body>
@@ -80,15 +96,19 @@ void Guarded(Body&& body) {
   }
 }
 
-// What follows a delivered exception: an NSException is raised as a host exception. Anything else is passed
-// on, and the result, which nobody gets then, is given back.
+// What follows a delivered exception: an NSException is raised as a host exception. Anything else, and what is
+// thrown while it is raised, is passed on; the result, which nobody gets then, is given back.
 template <typename Holder>
 [[gnu::noinline, gnu::cold]] void RaiseOrPassOn(id exception, Holder& result) {
-  if (!IsNSException(exception)) {
-    result.Release();
-    objc_exception_throw(exception);
+  id passedOn = exception;
+  if (IsNSException(exception)) {
+    auto raise = [exception] { RaiseNSExceptionQVX(exception); };
+    passedOn = RunInFrame(raise);
   }
-  RaiseNSExceptionQVX(exception);
+  if (passedOn != nullptr) {
+    result.Release();
+    objc_exception_throw(passedOn);
+  }
 }
 
 // The same with a result, `initial` until the body sets it; a handle is an owned reference. After an

@@ -42,7 +42,7 @@ REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
 
 }  // namespace
 
-void CocoaInit() {
+void FetchFromSiblings() {
   if (instances == nullptr) {
     const id exceptionClass = PlatformClass<"NSException">();
     if (RespondsTo(exceptionClass, msg::GetInstancesDictionaryQVX)) {

@@ -19,7 +19,11 @@ extern constinit CFMutableDictionaryRef instances;
 extern constinit bool ExceptionsInitialized;
 
 // Fetches the instance cache and prepares exception bridging, each once, as soon as a sibling part offers it.
-void CocoaInit();
+void FetchFromSiblings();
+inline void CocoaInit() {
+  if (instances == nullptr || !ExceptionsInitialized) [[unlikely]]
+    FetchFromSiblings();
+}
 
 // The class data `offset` bytes into an instance, which must not be null. While it is not nil, the instance
 // owns one retain of the native object.

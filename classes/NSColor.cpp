@@ -15,6 +15,12 @@
 
 namespace qvx {
 
+// Outside of the unnamed namespace, so that its guard keeps the platform's calling convention and the result
+// stays in the register that the host expects it in.
+double SendComponent(REALobject self, Selector* selector) {
+  return self != nullptr ? double{Send<CGFloat>(ClassData(self), *selector)} : 0.0;
+}
+
 namespace {
 
 void Constructor(REALobject /*self*/) {
@@ -78,11 +84,7 @@ REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
 // gives 0.0 and raises nothing: its NSException is dropped.
 template <FixedString Name>
 double Component(REALobject self, std::int32_t /*parameter*/) {
-  double result = 0.0;
-  CatchNSException([self, &result] {
-    if (self != nullptr) result = Message<Name, CGFloat()>()(ClassData(self));
-  });
-  return result;
+  return ResultUnlessNSException<SendComponent>(self, &kSelector<Name>);
 }
 
 // One descriptive string. An NSException is dropped here too, and gives the null string.

@@ -4,8 +4,8 @@
 
 #include "core_foundation.h"
 
-// An object, so that it is retained, released and autoreleased like any other. Not an NSDictionary: keys and values
-// need not be objects, and a table keyed by address is what makes a look-up cheap.
+// An object, so that it is retained, released and autoreleased like any other. Not an NSDictionary: keys and
+// values need not be objects, and a table keyed by address is what makes a look-up cheap.
 @interface CFPointerDictionary : NSObject {
  @public
   NSMapTable *_table;
@@ -17,7 +17,8 @@
 - (instancetype)initWithCapacity:(NSUInteger)capacity {
   self = [super init];
   if (self != nil) {
-    _table = NSCreateMapTable(NSNonOwnedPointerOrNullMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks, capacity);
+    _table = NSCreateMapTable(NSNonOwnedPointerOrNullMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks,
+                              capacity);
   }
   return self;
 }
@@ -38,7 +39,8 @@ static CFPointerDictionary *checked(CFDictionaryRef dictionary) {
 }
 
 COCOA_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
-                                                              const void *keyCallBacks, const void *valueCallBacks) {
+                                                              const void *keyCallBacks,
+                                                              const void *valueCallBacks) {
   if (capacity < 0 || keyCallBacks != NULL || valueCallBacks != NULL) return NULL;
   dictionary_class = [CFPointerDictionary class];
   return (CFMutableDictionaryRef)[[CFPointerDictionary alloc] initWithCapacity:(NSUInteger)capacity];
@@ -54,7 +56,8 @@ COCOA_EXPORT const void *CFDictionaryGetValue(CFDictionaryRef dictionary, const 
   return object == nil ? NULL : NSMapGet(object->_table, key);
 }
 
-COCOA_EXPORT void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void *key, const void *value) {
+COCOA_EXPORT void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void *key,
+                                       const void *value) {
   CFPointerDictionary *object = checked(dictionary);
   if (object != nil && key != NSNotAPointerMapKey) NSMapInsert(object->_table, key, value);
 }

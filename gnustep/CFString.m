@@ -8,16 +8,16 @@
 
 enum { kStackUnits = 256 };
 
-// Text that NSString's own classes refuse: UTF-16 with a surrogate that has no partner. It can be measured, read,
-// copied and compared; it has no form in any byte encoding.
-@interface CFUnpairedString : NSString {
+// Text that NSString's own initialisers refuse or change: UTF-16 with a surrogate that has no partner, and
+// text that starts with what they take for a byte-order mark. Here it is kept unit by unit.
+@interface CFVerbatimString : NSString {
   unichar *_units;
   NSUInteger _length;
 }
 - (instancetype)initWithUnits:(const unichar *)units length:(NSUInteger)length;
 @end
 
-@implementation CFUnpairedString
+@implementation CFVerbatimString
 
 - (instancetype)initWithUnits:(const unichar *)units length:(NSUInteger)length {
   self = [super init];
@@ -60,9 +60,16 @@ enum { kStackUnits = 256 };
   return [self retain];
 }
 
+- (id)mutableCopyWithZone:(NSZone *)zone {
+  NSMutableString *copy = [[NSMutableString allocWithZone:zone] initWithCapacity:_length];
+  [copy appendString:self];
+  return copy;
+}
+
 @end
 
-static BOOL has_unpaired_surrogate(const UniChar *units, CFIndex count) {
+static BOOL needs_verbatim_string(const UniChar *units, CFIndex count) {
+  if (count != 0 && (units[0] == 0xFEFF || units[0] == 0xFFFE)) return YES;
   for (CFIndex i = 0; i < count; ++i) {
     if (units[i] < 0xD800 || units[i] > 0xDFFF) continue;
     if (units[i] > 0xDBFF || i + 1 == count || units[i + 1] < 0xDC00 || units[i + 1] > 0xDFFF) return YES;
@@ -75,8 +82,8 @@ COCOA_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, 
                                                       CFIndex count) {
   if (count < 0 || (characters == NULL && count != 0)) return NULL;
   NSUInteger length = (NSUInteger)count;
-  if (has_unpaired_surrogate(characters, count)) {
-    return (CFStringRef)[[CFUnpairedString alloc] initWithUnits:characters length:length];
+  if (needs_verbatim_string(characters, count)) {
+    return (CFStringRef)[[CFVerbatimString alloc] initWithUnits:characters length:length];
   }
   return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:length];
 }
@@ -86,7 +93,9 @@ COCOA_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, con
   if (bytes == NULL || text_encoding_width(encoding) == 0) return NULL;
   size_t length = text_encoding_length(encoding, bytes);
   UniChar on_stack[kStackUnits];
-  UniChar *units = length <= kStackUnits ? on_stack : malloc(length * sizeof *units);  // no encoding has more units than bytes
+  UniChar *units = length <= kStackUnits
+                       ? on_stack
+                       : malloc(length * sizeof *units);  // no encoding has more units than bytes
   if (units == NULL) return NULL;
   size_t count;
   CFStringRef string = NULL;
@@ -115,9 +124,7 @@ COCOA_EXPORT Boolean CFStringGetCString(CFStringRef string, char *buffer, CFInde
   return whole;
 }
 
-COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) {
-  return (CFIndex)[(NSString *)string length];
-}
+COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) { return (CFIndex)[(NSString *)string length]; }
 
 // `maxLength` is a hint to the allocator elsewhere and has no use here.
 COCOA_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,

@@ -10,7 +10,8 @@ enum { kPOSIXPathStyle = 0 };
 COCOA_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef *ref) {
   const char *path = file_reference_path(ref);
   if (path == NULL) return NULL;
-  NSString *text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path length:strlen(path)];
+  NSString *text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
+                                                                               length:strlen(path)];
   if (text == nil) return NULL;
   struct stat status;
   BOOL folder = stat(path, &status) == 0 && S_ISDIR(status.st_mode);
@@ -20,8 +21,11 @@ COCOA_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef
 COCOA_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
                                                             CFStringRef component, Boolean isDirectory) {
   if (url == NULL || component == NULL) return NULL;
-  NSString *path = [[(NSURL *)url path] stringByAppendingPathComponent:(NSString *)component];
-  if (path == nil) return NULL;
+  NSString *folder = [(NSURL *)url path];
+  if (folder == nil) return NULL;
+  // Not stringByAppendingPathComponent:, which takes a backslash for a separator.
+  NSString *separator = [folder hasSuffix:@"/"] ? @"" : @"/";
+  NSString *path = [NSString stringWithFormat:@"%@%@%@", folder, separator, (NSString *)component];
   return (CFURLRef)[[NSURL alloc] initFileURLWithPath:path isDirectory:isDirectory != 0];
 }
 

@@ -2,7 +2,7 @@
 #include <math.h>
 #include <string.h>
 
-#import "ColourLists.h"
+#import "ColourArchive.h"
 #import "ExactColours.h"
 
 // A file above this size is no colour list.
@@ -26,28 +26,29 @@ static const char kArchiveMagic[] = "GNUstep archive";
   [super dealloc];
 }
 
-// Every key a string, each once, every value a colour: else there is no list.
-+ (QVXColourListContents*)qvx_contentsOfList:(id)list {
+// A list with a pattern that another program wrote: only GNUstep can read its image. Its reader is not proof
+// against damage, so that is not done while the lists in the colour folders are loaded, which happens in
+// every program.
+static QVXColourListContents* ContentsByGNUstep(NSData* data) {
+  if (QVXIsLoadingLists()) return nil;
+  NSColorList* list = [NSUnarchiver unarchiveObjectWithData:data];
   if (![list isKindOfClass:[NSColorList class]]) return nil;
-  NSDictionary* colors = [list qvx_colors];
-  NSArray* keys = [list qvx_keys];
-  if (![colors isKindOfClass:[NSDictionary class]] || ![keys isKindOfClass:[NSArray class]]) return nil;
-  if ([colors count] != [keys count]) return nil;
   QVXColourListContents* contents = [[QVXColourListContents new] autorelease];
-  if ([[list name] isKindOfClass:[NSString class]]) contents->name = [[list name] copy];
-  for (NSString* key in keys) {
-    id color = [key isKindOfClass:[NSString class]] ? [colors objectForKey:key] : nil;
-    if (![color isKindOfClass:[NSColor class]] || [contents->colors objectForKey:key]) return nil;
-    NSString* copy = [[key copy] autorelease];
-    [contents->colors setObject:color forKey:copy];
-    [contents->keys addObject:copy];
+  contents->name = [[list name] copy];
+  for (NSString* key in [list allKeys]) {
+    id color = [list colorWithKey:key];
+    if (![color isKindOfClass:[NSColor class]]) return nil;
+    [contents->colors setObject:color forKey:key];
+    [contents->keys addObject:key];
   }
   return contents;
 }
 
 + (QVXColourListContents*)qvx_contentsOfArchive:(NSData*)data {
-  QVXColourListContents* contents = [self qvx_contentsOfList:[NSUnarchiver unarchiveObjectWithData:data]];
-  if (!contents) return nil;
+  BOOL hasPattern = NO;
+  QVXColourListContents* contents = QVXReadColourArchive(data, &hasPattern);
+  if (hasPattern) contents = ContentsByGNUstep(data);
+  if (![contents isKindOfClass:[QVXColourListContents class]]) return nil;
   NSDictionary* exact = QVXExactColoursBehind(data);
   for (NSString* key in exact)
     if ([contents->colors objectForKey:key]) [contents->colors setObject:[exact objectForKey:key] forKey:key];
@@ -104,8 +105,6 @@ static BOOL ReadLine(NSString* line, QVXColourListContents* contents) {
   @try {
     if (size >= strlen(kArchiveMagic) && memcmp(bytes, kArchiveMagic, strlen(kArchiveMagic)) == 0)
       contents = [self qvx_contentsOfArchive:data];
-    else if (*bytes == 'b' || *bytes == '<')
-      contents = [self qvx_contentsOfList:[NSKeyedUnarchiver unarchiveObjectWithData:data]];
     else
       contents = [self qvx_contentsOfText:data];
   } @catch (NSException* exception) {

@@ -5,17 +5,21 @@
 //
 //   number of profiles, then each: length, bytes
 //   number of colours, then each: length of the key, key in UTF-8, space, number of components, components
-//   length of everything so far, "QVXexact"
+//   number of patterns, then each: length of the key, key in UTF-8, length, archive of the colour
+//   checksum of the archive and everything so far, length of the trailer so far, "QVXexact"
 //
 // A space below 256 is a QVXSpaceKind, from 256 on a profile of the first list; the components end with the
-// alpha.
+// alpha. A trailer whose checksum is wrong counts as none.
 #pragma once
 
 #import "QVXProfileColor.h"
 
-// The archive, followed by the exact colours among the values of the dictionary; the archive itself if there
+// The archive, followed by the exact colours and the patterns among the values; the archive itself if there
 // are none.
 NSData* QVXArchiveWithExactColours(NSData* archive, NSDictionary* colors);
+
+// What other programs read in the place of a colour: a pattern, which would end many of them, is a grey.
+NSColor* QVXReadableTwin(NSColor* color);
 
 // The exact colours behind an archive, by key; empty if there are none, or what stands there is damaged.
 NSDictionary* QVXExactColoursBehind(NSData* archive);

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #import "ColourConversion.h"
+#import "GNUstepColours.h"
 
 static const char kMagic[8] = {'Q', 'V', 'X', 'e', 'x', 'a', 'c', 't'};
 static NSString* const kCoderKey = @"QVXExactColour";
@@ -16,6 +17,12 @@ static void AppendWord(NSMutableData* data, uint32_t word) {
   const unsigned char bytes[kWord] = {(unsigned char)word, (unsigned char)(word >> 8),
                                       (unsigned char)(word >> 16), (unsigned char)(word >> 24)};
   [data appendBytes:bytes length:sizeof bytes];
+}
+
+static uint32_t Checksum(const unsigned char* bytes, size_t size) {
+  uint32_t sum = 2166136261u;
+  for (size_t i = 0; i < size; i++) sum = (sum ^ bytes[i]) * 16777619u;
+  return sum;
 }
 
 static void AppendBlock(NSMutableData* data, NSData* block) {
@@ -48,27 +55,44 @@ static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* co
   }
 }
 
+static BOOL IsPattern(NSColor* color) { return [color isKindOfClass:[GSPatternColor class]]; }
+
+NSColor* QVXReadableTwin(NSColor* color) {
+  return IsPattern(color) ? [NSColor colorWithDeviceWhite:0.5F alpha:1] : color;
+}
+
+// The number of colours, then the colours that were appended.
+static void AppendAll(NSMutableData* data, uint32_t count, NSData* appended) {
+  AppendWord(data, count);
+  [data appendData:appended];
+}
+
 NSData* QVXArchiveWithExactColours(NSData* archive, NSDictionary* colors) {
   NSMutableArray* profiles = [NSMutableArray array];
-  NSMutableData* written = [NSMutableData data];
-  uint32_t count = 0;
-  NSEnumerator* keys = [colors keyEnumerator];
-  for (NSString* key = [keys nextObject]; key; key = [keys nextObject]) {
+  NSMutableData* exact = [NSMutableData data];
+  NSMutableData* patterns = [NSMutableData data];
+  uint32_t exactCount = 0;
+  uint32_t patternCount = 0;
+  for (NSString* key in colors) {
     id color = [colors objectForKey:key];
-    if (![color isKindOfClass:[QVXProfileColor class]]) continue;
-    AppendColour(written, key, color, profiles);
-    count++;
+    if ([color isKindOfClass:[QVXProfileColor class]]) {
+      AppendColour(exact, key, color, profiles);
+      exactCount++;
+    } else if (IsPattern(color)) {
+      AppendBlock(patterns, [key dataUsingEncoding:NSUTF8StringEncoding]);
+      AppendBlock(patterns, [NSArchiver archivedDataWithRootObject:color]);
+      patternCount++;
+    }
   }
-  if (count == 0) return archive;
-  NSMutableData* body = [NSMutableData data];
-  AppendWord(body, (uint32_t)[profiles count]);
-  for (NSUInteger i = 0; i < [profiles count]; i++) AppendBlock(body, [profiles objectAtIndex:i]);
-  AppendWord(body, count);
-  [body appendData:written];
-  AppendWord(body, (uint32_t)[body length]);
-  [body appendBytes:kMagic length:sizeof kMagic];
+  if (exactCount == 0 && patternCount == 0) return archive;
   NSMutableData* whole = [NSMutableData dataWithData:archive];
-  [whole appendData:body];
+  AppendWord(whole, (uint32_t)[profiles count]);
+  for (NSUInteger i = 0; i < [profiles count]; i++) AppendBlock(whole, [profiles objectAtIndex:i]);
+  AppendAll(whole, exactCount, exact);
+  AppendAll(whole, patternCount, patterns);
+  AppendWord(whole, Checksum([whole bytes], [whole length]));
+  AppendWord(whole, (uint32_t)([whole length] - [archive length]));
+  [whole appendBytes:kMagic length:sizeof kMagic];
   return whole;
 }
 
@@ -114,9 +138,15 @@ static NSArray* TakeSpaces(Cursor* cursor) {
   return spaces;
 }
 
+static NSString* TakeKey(Cursor* cursor) {
+  uint32_t size = TakeWord(cursor);
+  const unsigned char* bytes = Take(cursor, size);
+  if (!bytes) return nil;
+  return [[[NSString alloc] initWithBytes:bytes length:size encoding:NSUTF8StringEncoding] autorelease];
+}
+
 static void TakeColour(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colors) {
-  uint32_t keySize = TakeWord(cursor);
-  const unsigned char* keyBytes = Take(cursor, keySize);
+  NSString* key = TakeKey(cursor);
   uint32_t number = TakeWord(cursor);
   uint32_t count = TakeWord(cursor);
   const unsigned char* bits = count <= QVXMostChannels + 1 ? Take(cursor, count * kWord) : NULL;
@@ -125,10 +155,6 @@ static void TakeColour(Cursor* cursor, NSArray* spaces, NSMutableDictionary* col
     space = QVXSpaceOfKind((int)number);
   else if (number - kFirstProfile < [spaces count])
     space = [spaces objectAtIndex:number - kFirstProfile];
-  NSString* key = keyBytes ? [[[NSString alloc] initWithBytes:keyBytes
-                                                       length:keySize
-                                                     encoding:NSUTF8StringEncoding] autorelease]
-                           : nil;
   cursor->failed =
       cursor->failed || !bits || !key || !space || count != (uint32_t)[space numberOfColorComponents] + 1;
   if (cursor->failed) return;
@@ -138,19 +164,40 @@ static void TakeColour(Cursor* cursor, NSArray* spaces, NSMutableDictionary* col
   if (color) [colors setObject:color forKey:key];
 }
 
+// The checksum was right, so this is what this library wrote: GNUstep's own reader is safe with it.
+static void TakePattern(Cursor* cursor, NSMutableDictionary* colors) {
+  NSString* key = TakeKey(cursor);
+  uint32_t size = TakeWord(cursor);
+  const unsigned char* bytes = Take(cursor, size);
+  if (!key || !bytes) {
+    cursor->failed = YES;
+    return;
+  }
+  @try {
+    id color = [NSUnarchiver unarchiveObjectWithData:[NSData dataWithBytes:bytes length:size]];
+    if ([color isKindOfClass:[NSColor class]]) [colors setObject:color forKey:key];
+  } @catch (NSException* exception) {
+    cursor->failed = YES;  // an image that this machine can't make
+  }
+}
+
 NSDictionary* QVXExactColoursBehind(NSData* archive) {
   NSMutableDictionary* colors = [NSMutableDictionary dictionary];
   const unsigned char* bytes = [archive bytes];
   size_t size = [archive length];
-  size_t footer = kWord + sizeof kMagic;
+  size_t footer = 2 * kWord + sizeof kMagic;
   if (size < footer || memcmp(bytes + size - sizeof kMagic, kMagic, sizeof kMagic) != 0) return colors;
-  Cursor length = {bytes + size - footer, kWord, NO};
-  size_t body = TakeWord(&length);
-  if (body > size - footer) return colors;
-  Cursor cursor = {bytes + size - footer - body, body, NO};
+  size_t summed = size - footer;
+  Cursor end = {bytes + summed, 2 * kWord, NO};
+  uint32_t sum = TakeWord(&end);
+  size_t trailer = TakeWord(&end);  // with the checksum
+  if (trailer < kWord || trailer - kWord > summed || sum != Checksum(bytes, summed)) return colors;
+  Cursor cursor = {bytes + summed - (trailer - kWord), trailer - kWord, NO};
   NSArray* spaces = TakeSpaces(&cursor);
   uint32_t count = TakeWord(&cursor);
   for (uint32_t i = 0; i < count && !cursor.failed; i++) TakeColour(&cursor, spaces, colors);
+  count = TakeWord(&cursor);
+  for (uint32_t i = 0; i < count && !cursor.failed; i++) TakePattern(&cursor, colors);
   return colors;
 }
 

@@ -18,12 +18,12 @@ struct reference {
 _Static_assert(sizeof(struct reference) <= sizeof(struct FSRef), "a reference fits");
 
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
-static char **paths;
+static char** paths;
 static uint32_t path_count;
 static uint32_t path_capacity;
 
 // The index of a path, which is entered when it is new. False without memory.
-static bool index_of(const char *path, uint32_t *index) {
+static bool index_of(const char* path, uint32_t* index) {
   for (uint32_t i = 0; i < path_count; ++i) {
     if (strcmp(paths[i], path) == 0) {
       *index = i;
@@ -32,24 +32,24 @@ static bool index_of(const char *path, uint32_t *index) {
   }
   if (path_count == path_capacity) {
     uint32_t capacity = path_capacity != 0 ? path_capacity * 2 : 16;
-    char **grown = realloc(paths, capacity * sizeof *grown);
+    char** grown = realloc(paths, capacity * sizeof *grown);
     if (grown == NULL) return false;
     paths = grown;
     path_capacity = capacity;
   }
-  char *copy = strdup(path);
+  char* copy = strdup(path);
   if (copy == NULL) return false;
   *index = path_count;
   paths[path_count++] = copy;
   return true;
 }
 
-static char *absolute(const char *path) {
+static char* absolute(const char* path) {
   if (path[0] == '/') return strdup(path);
-  char *folder = getcwd(NULL, 0);
+  char* folder = getcwd(NULL, 0);
   if (folder == NULL) return NULL;
   size_t length = strlen(folder);
-  char *joined = realloc(folder, length + 1 + strlen(path) + 1);
+  char* joined = realloc(folder, length + 1 + strlen(path) + 1);
   if (joined == NULL) {
     free(folder);
     return NULL;
@@ -59,11 +59,11 @@ static char *absolute(const char *path) {
   return joined;
 }
 
-COCOA_EXPORT OSStatus FSPathMakeRef(const uint8_t *path, FSRef *ref, Boolean *isDirectory) {
+COCOA_EXPORT OSStatus FSPathMakeRef(const uint8_t* path, FSRef* ref, Boolean* isDirectory) {
   if (path == NULL || path[0] == 0 || ref == NULL) return paramErr;
   struct stat status;
-  if (lstat((const char *)path, &status) != 0) return fnfErr;
-  char *full = absolute((const char *)path);
+  if (lstat((const char*)path, &status) != 0) return fnfErr;
+  char* full = absolute((const char*)path);
   if (full == NULL) return fnfErr;
   struct reference reference;
   memcpy(reference.tag, kTag, sizeof kTag);
@@ -78,21 +78,21 @@ COCOA_EXPORT OSStatus FSPathMakeRef(const uint8_t *path, FSRef *ref, Boolean *is
   return noErr;
 }
 
-const char *file_reference_path(const FSRef *ref) {
+const char* file_reference_path(const FSRef* ref) {
   if (ref == NULL) return NULL;
   struct reference reference;
   memcpy(&reference, ref, sizeof reference);
   if (memcmp(reference.tag, kTag, sizeof kTag) != 0) return NULL;
   pthread_mutex_lock(&lock);
-  const char *path = reference.index < path_count ? paths[reference.index] : NULL;
+  const char* path = reference.index < path_count ? paths[reference.index] : NULL;
   pthread_mutex_unlock(&lock);
   return path;
 }
 
-COCOA_EXPORT OSStatus FSRefMakePath(const FSRef *ref, uint8_t *path, uint32_t pathSize) {
-  const char *found = file_reference_path(ref);
+COCOA_EXPORT OSStatus FSRefMakePath(const FSRef* ref, uint8_t* path, uint32_t pathSize) {
+  const char* found = file_reference_path(ref);
   if (found == NULL || path == NULL) return paramErr;
   if (strlen(found) >= pathSize) return pathTooLongErr;
-  strcpy((char *)path, found);
+  strcpy((char*)path, found);
   return noErr;
 }

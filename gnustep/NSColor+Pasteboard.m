@@ -1,4 +1,5 @@
 // gnustep/NSColor+Pasteboard.m - colours on a pasteboard, and whether their alpha counts there.
+#import "ColourArchive.h"
 #import "ExactColours.h"
 
 static NSString* const kKey = @"";
@@ -27,11 +28,11 @@ static int ignoresAlpha = -1;
 - (void)writeToPasteboard:(NSPasteboard*)pasteboard {
   NSData* archive = nil;
   @try {
-    archive = [NSArchiver archivedDataWithRootObject:self];
+    archive = [NSArchiver archivedDataWithRootObject:QVXReadableTwin(self)];
+    archive = QVXArchiveWithExactColours(archive, [NSDictionary dictionaryWithObject:self forKey:kKey]);
   } @catch (NSException* exception) {
     return;  // a colour that no archive can hold
   }
-  archive = QVXArchiveWithExactColours(archive, [NSDictionary dictionaryWithObject:self forKey:kKey]);
   [pasteboard setData:archive forType:NSColorPboardType];
 }
 
@@ -39,13 +40,14 @@ static int ignoresAlpha = -1;
 + (NSColor*)colorFromPasteboard:(NSPasteboard*)pasteboard {
   NSData* data = [pasteboard dataForType:NSColorPboardType];
   if ([data length] == 0) return nil;
-  id color = [QVXExactColoursBehind(data) objectForKey:kKey];
-  if (!color) {
-    @try {
-      color = [NSUnarchiver unarchiveObjectWithData:data];
-    } @catch (NSException* exception) {
-      return nil;
-    }
+  id color = nil;
+  @try {
+    BOOL hasPattern = NO;
+    color = [QVXExactColoursBehind(data) objectForKey:kKey];
+    if (!color) color = QVXReadColourArchive(data, &hasPattern);
+    if (hasPattern) color = [NSUnarchiver unarchiveObjectWithData:data];  // another program's pattern
+  } @catch (NSException* exception) {
+    return nil;
   }
   if (![color isKindOfClass:[NSColor class]]) return nil;
   return [self ignoresAlpha] ? [color colorWithAlphaComponent:1] : color;

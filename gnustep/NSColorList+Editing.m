@@ -45,15 +45,17 @@
 
 - (void)insertColor:(NSColor*)color key:(NSString*)key atIndex:(unsigned)index {
   [self qvx_check:_cmd color:color key:key];
-  // A key that is there already leaves its old place first.
-  NSUInteger last = [_orderedColorKeys count] - ([_colorDictionary objectForKey:key] ? 1 : 0);
+  // A key that is there already leaves its old place first. A new one is not looked for: that takes as long as the
+  // list is.
+  BOOL moves = [_colorDictionary objectForKey:key] != nil;
+  NSUInteger last = [_orderedColorKeys count] - (moves ? 1 : 0);
   if (index > last)
     [NSException raise:NSRangeException
                 format:@"*** -%@ wanted an index from 0 to %u for the list %@, found %u; nothing was changed",
                        NSStringFromSelector(_cmd), (unsigned)last, _name, index];
   NSString* own = [[key copy] autorelease];
   [_colorDictionary setObject:color forKey:own];
-  [_orderedColorKeys removeObject:own];
+  if (moves) [_orderedColorKeys removeObject:own];
   [_orderedColorKeys insertObject:own atIndex:index];
   [self qvx_postChange];
 }

@@ -27,6 +27,16 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 
 @implementation NSColorList (QVXFiles)
 
+// The list as other programs read it: they may be ended by a pattern.
+- (NSColorList*)qvx_readableTwin {
+  NSColorList* twin = [[[NSColorList alloc] initWithName:_name] autorelease];
+  for (NSString* key in _orderedColorKeys) {
+    [twin->_orderedColorKeys addObject:key];
+    [twin->_colorDictionary setObject:QVXReadableTwin([_colorDictionary objectForKey:key]) forKey:key];
+  }
+  return twin;
+}
+
 // A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if
 // there is no such file, or it is no colour list.
 - (id)initWithName:(NSString*)name fromFile:(NSString*)path {
@@ -72,7 +82,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   }
   if (!target || IsDirectory(target)) return NO;
   @try {
-    NSData* archive = [NSArchiver archivedDataWithRootObject:self];
+    NSData* archive = [NSArchiver archivedDataWithRootObject:[self qvx_readableTwin]];
     archive = QVXArchiveWithExactColours(archive, _colorDictionary);
     if (![archive writeToFile:target atomically:YES]) return NO;
   } @catch (NSException* exception) {

@@ -5,6 +5,6 @@
 #include "core_foundation.h"
 
 // Valid for the life of the process; NULL for bytes that are no reference.
-const char *file_reference_path(const FSRef *);
+const char* file_reference_path(const FSRef*);
 
 #endif

@@ -9,19 +9,32 @@ COCOA_EXPORT void *objc_autoreleasePoolPush(void) { return [[NSAutoreleasePool a
 
 COCOA_EXPORT void objc_autoreleasePoolPop(void *pool) { [(NSAutoreleasePool *)pool drain]; }
 
-COCOA_EXPORT const CFStringRef kCFRunLoopDefaultMode = (CFStringRef)@"NSDefaultRunLoopMode";
+COCOA_EXPORT const CFStringRef kCFRunLoopDefaultMode = (CFStringRef) @"NSDefaultRunLoopMode";
 
-COCOA_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled) {
+// GNUstep turns a delay of 0 into a tenth of a millisecond. What is that near counts as due.
+static const NSTimeInterval kDue = 0.0002;
+
+// Runs what is due; answers when the next timer or input is expected, nil for never.
+static NSDate *run_due(NSRunLoop *loop, NSString *mode) {
+  NSDate *next = [loop limitDateForMode:mode];
+  NSTimeInterval wait = next != nil ? [next timeIntervalSinceNow] : kDue;
+  if (wait >= kDue) return next;
+  if (wait > 0) [NSThread sleepForTimeInterval:wait];
+  return [loop limitDateForMode:mode];
+}
+
+COCOA_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds,
+                                        Boolean returnAfterSourceHandled) {
   if (mode == NULL) return kCFRunLoopRunFinished;
   NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
   NSRunLoop *loop = [NSRunLoop currentRunLoop];
-  NSDate *end = [NSDate dateWithTimeIntervalSinceNow:seconds > 0 ? seconds : 0];
+  NSDate *end = [NSDate dateWithTimeIntervalSinceNow:seconds];
   int32_t result;
   do {
-    // Due timers run while the limit date is worked out; without a timer or an input there is no limit date.
-    BOOL waiting = [loop limitDateForMode:(NSString *)mode] != nil;
-    [loop acceptInputForMode:(NSString *)mode beforeDate:seconds > 0 ? end : [NSDate distantPast]];
-    result = waiting ? kCFRunLoopRunTimedOut : kCFRunLoopRunFinished;
+    NSDate *next = run_due(loop, (NSString *)mode);
+    [loop acceptInputForMode:(NSString *)mode
+                  beforeDate:seconds > 0 && next != nil ? [next earlierDate:end] : [NSDate distantPast]];
+    result = next != nil ? kCFRunLoopRunTimedOut : kCFRunLoopRunFinished;
   } while (result == kCFRunLoopRunTimedOut && !returnAfterSourceHandled && [end timeIntervalSinceNow] > 0);
   [pool drain];
   return result;

@@ -3,8 +3,8 @@
 
 #include <unistd.h>
 
-// One pasteboard. Each declaration of types starts a new generation, numbered by the change count; who holds an older
-// count can change nothing any more.
+// One pasteboard. Each declaration of types starts a new generation, numbered by the change count; who holds
+// an older count can change nothing any more.
 @interface CocoaPasteboard : NSObject <GSPasteboardObj> {
   CocoaPasteboardServer *_server;  // not owned, outlives every pasteboard
   NSString *_name;
@@ -71,7 +71,8 @@
   [self replaceTypes:types != nil ? types : [NSArray array]];
   [self setOwner:owner side:side];
   int count = _change_count;
-  if (previous != nil && previous != owner && [previous respondsToSelector:@selector(pasteboardChangedOwner:)]) {
+  if (previous != nil && previous != owner &&
+      [previous respondsToSelector:@selector(pasteboardChangedOwner:)]) {
     [previous pasteboardChangedOwner:previous_side];
   }
   return count;
@@ -98,8 +99,8 @@
 // Data that was only promised is asked of the owner now.
 - (NSData *)dataForType:(NSString *)type oldCount:(int)count mustBeCurrent:(BOOL)mustBeCurrent {
   if ((mustBeCurrent && count != _change_count) || ![_types containsObject:type]) return nil;
-  if ([_data objectForKey:type] == nil &&
-      [_owner respondsToSelector:@selector(pasteboard:provideDataForType:)]) {
+  if ([_data objectForKey:type] == nil && [_owner respondsToSelector:@selector(pasteboard:
+                                                                         provideDataForType:)]) {
     [_owner pasteboard:_owner_side provideDataForType:type];
   }
   return [[[_data objectForKey:type] retain] autorelease];

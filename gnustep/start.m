@@ -8,17 +8,20 @@
 
 static const char kLibraries[] = "/usr/lib/libgnustep-base.so";
 
-// GNUstep's own folders, when its libraries were unpacked below a folder other than the file system's root. Without this it
-// would look for its resources below /usr, where there are none or another version's. The machine's own system
-// folder stays on the search path, in the place of the network's, which is the local one's twin.
+// GNUstep's own folders, when its libraries were unpacked below a folder other than the file system's root.
+// Without this it would look for its resources below /usr, where there are none or another version's. The
+// machine's own system folder stays on the search path, in the place of the network's, which is the local
+// one's twin.
 static void find_resources(void) {
   Dl_info base;
   if (dladdr((const void *)GNUstepConfig, &base) == 0) return;
   char *resolved = realpath(base.dli_fname, NULL);
   if (resolved == NULL) return;
-  NSString *file = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:resolved length:strlen(resolved)];
+  NSString *file = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:resolved
+                                                                               length:strlen(resolved)];
   free(resolved);
-  NSRange libraries = [file rangeOfString:[NSString stringWithUTF8String:kLibraries] options:NSBackwardsSearch];
+  NSRange libraries = [file rangeOfString:[NSString stringWithUTF8String:kLibraries]
+                                  options:NSBackwardsSearch];
   if (libraries.length == 0 || libraries.location == 0) return;
   NSString *root = [file substringToIndex:libraries.location];
   NSMutableDictionary *configuration = GNUstepConfig(nil);
@@ -26,7 +29,8 @@ static void find_resources(void) {
   if (machine == nil) machine = @"/usr/lib/GNUstep";  // GNUstep's own default, without a configuration file
   if ([machine hasPrefix:root]) return;
   [configuration setObject:machine forKey:@"GNUSTEP_NETWORK_LIBRARY"];
-  [configuration setObject:[root stringByAppendingString:@"/usr/lib/GNUstep"] forKey:@"GNUSTEP_SYSTEM_LIBRARY"];
+  [configuration setObject:[root stringByAppendingString:@"/usr/lib/GNUstep"]
+                    forKey:@"GNUSTEP_SYSTEM_LIBRARY"];
   [configuration setObject:[root stringByAppendingString:@"/usr/lib"] forKey:@"GNUSTEP_SYSTEM_LIBRARIES"];
   GNUstepConfig(configuration);
 }
@@ -38,7 +42,8 @@ static void check_load_order(void) {
   if (found == NULL || dladdr(found, &thrower) == 0 || dladdr(kLibraries, &here) == 0) return;
   if (thrower.dli_fbase == here.dli_fbase) return;
   fprintf(stderr,
-          "libcocoa: wanted to be loaded before the Objective-C runtime, found %s loaded first; exceptions will not "
+          "libcocoa: wanted to be loaded before the Objective-C runtime, found %s loaded first; exceptions "
+          "will not "
           "reach their frames; load or link libcocoa.so ahead of it\n",
           thrower.dli_fname);
 }
@@ -51,8 +56,8 @@ static void check_load_order(void) {
 
 + (void)load {
   check_load_order();
-  // The bottom pool of the thread that loads the library. A host without pools of its own keeps what is autoreleased,
-  // and is not told so object by object.
+  // The bottom pool of the thread that loads the library. A host without pools of its own keeps what is
+  // autoreleased, and is not told so object by object.
   [[NSAutoreleasePool alloc] init];
   NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
   find_resources();

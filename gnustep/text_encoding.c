@@ -5,15 +5,21 @@
 
 #include "text_tables.h"
 
-static bool is_high_surrogate(uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-static bool is_low_surrogate(uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-static bool is_character(uint32_t code) { return code < 0x110000 && (code < 0xD800 || code >= 0xE000); }
+static bool is_high_surrogate(uint32_t unit) {
+  return unit >= 0xD800 && unit < 0xDC00;
+}
+static bool is_low_surrogate(uint32_t unit) {
+  return unit >= 0xDC00 && unit < 0xE000;
+}
+static bool is_character(uint32_t code) {
+  return code < 0x110000 && (code < 0xD800 || code >= 0xE000);
+}
 
 static bool is_big_endian(uint32_t encoding) {
   return encoding == kEncodingUTF16BE || encoding == kEncodingUTF32BE;
 }
 
-static const uint16_t *upper_half(uint32_t encoding) {
+static const uint16_t* upper_half(uint32_t encoding) {
   return encoding == kEncodingMacRoman ? kMacRomanUpperHalf : kWindowsLatin1UpperHalf;
 }
 
@@ -38,7 +44,7 @@ size_t text_encoding_width(uint32_t encoding) {
   }
 }
 
-size_t text_encoding_length(uint32_t encoding, const char *text) {
+size_t text_encoding_length(uint32_t encoding, const char* text) {
   size_t width = text_encoding_width(encoding);
   if (width <= 1) return strlen(text);
   static const char zero[4] = {0};
@@ -47,19 +53,19 @@ size_t text_encoding_length(uint32_t encoding, const char *text) {
   return length;
 }
 
-static uint16_t read_unit16(const char *p, bool big_endian) {
+static uint16_t read_unit16(const char* p, bool big_endian) {
   uint16_t unit;
   memcpy(&unit, p, sizeof unit);
   return big_endian ? __builtin_bswap16(unit) : unit;
 }
 
-static uint32_t read_unit32(const char *p, bool big_endian) {
+static uint32_t read_unit32(const char* p, bool big_endian) {
   uint32_t unit;
   memcpy(&unit, p, sizeof unit);
   return big_endian ? __builtin_bswap32(unit) : unit;
 }
 
-static size_t append_character(uint16_t *units, size_t count, uint32_t code) {
+static size_t append_character(uint16_t* units, size_t count, uint32_t code) {
   if (code < 0x10000) {
     units[count] = (uint16_t)code;
     return count + 1;
@@ -69,8 +75,9 @@ static size_t append_character(uint16_t *units, size_t count, uint32_t code) {
   return count + 2;
 }
 
-// One UTF-8 sequence: its length, or 0 if it is none. Overlong forms, surrogates and codes past the last are none.
-static size_t read_utf8(const uint8_t *p, size_t room, uint32_t *code) {
+// One UTF-8 sequence: its length, or 0 if it is none. Overlong forms, surrogates and codes past the last are
+// none.
+static size_t read_utf8(const uint8_t* p, size_t room, uint32_t* code) {
   if (p[0] < 0x80) {
     *code = p[0];
     return 1;
@@ -87,7 +94,7 @@ static size_t read_utf8(const uint8_t *p, size_t room, uint32_t *code) {
   return length;
 }
 
-static bool decode_utf8(const uint8_t *text, size_t length, uint16_t *units, size_t *count) {
+static bool decode_utf8(const uint8_t* text, size_t length, uint16_t* units, size_t* count) {
   for (size_t i = 0; i < length;) {
     uint32_t code;
     size_t step = read_utf8(text + i, length - i, &code);
@@ -98,7 +105,7 @@ static bool decode_utf8(const uint8_t *text, size_t length, uint16_t *units, siz
   return true;
 }
 
-static bool decode_single_bytes(uint32_t encoding, const uint8_t *text, size_t length, uint16_t *units) {
+static bool decode_single_bytes(uint32_t encoding, const uint8_t* text, size_t length, uint16_t* units) {
   for (size_t i = 0; i < length; ++i) {
     units[i] = text[i];
     if (text[i] < 0x80 || encoding == kEncodingISOLatin1) continue;
@@ -109,14 +116,14 @@ static bool decode_single_bytes(uint32_t encoding, const uint8_t *text, size_t l
   return true;
 }
 
-bool text_decode(uint32_t encoding, const char *text, size_t length, uint16_t *units, size_t *count) {
+bool text_decode(uint32_t encoding, const char* text, size_t length, uint16_t* units, size_t* count) {
   bool big_endian = is_big_endian(encoding);
   *count = 0;
   switch (text_encoding_width(encoding)) {
     case 1:
-      if (encoding == kEncodingUTF8) return decode_utf8((const uint8_t *)text, length, units, count);
+      if (encoding == kEncodingUTF8) return decode_utf8((const uint8_t*)text, length, units, count);
       *count = length;
-      return decode_single_bytes(encoding, (const uint8_t *)text, length, units);
+      return decode_single_bytes(encoding, (const uint8_t*)text, length, units);
     case 2:
       if (length % 2 != 0) return false;
       for (size_t i = 0; i < length; i += 2) units[(*count)++] = read_unit16(text + i, big_endian);
@@ -139,14 +146,14 @@ static int single_byte(uint32_t encoding, uint32_t code) {
   if (code < 0x80) return (int)code;
   if (encoding == kEncodingASCII) return -1;
   if (encoding == kEncodingISOLatin1) return code < 0x100 ? (int)code : -1;
-  const uint16_t *table = upper_half(encoding);
+  const uint16_t* table = upper_half(encoding);
   for (int i = 0; i < 128; ++i) {
     if (table[i] == code) return 0x80 + i;
   }
   return -1;
 }
 
-static size_t put_utf8(uint32_t code, uint8_t *out) {
+static size_t put_utf8(uint32_t code, uint8_t* out) {
   if (code < 0x80) {
     out[0] = (uint8_t)code;
     return 1;
@@ -158,7 +165,7 @@ static size_t put_utf8(uint32_t code, uint8_t *out) {
 }
 
 // The bytes of one character, or 0 if the encoding lacks it.
-static size_t put_character(uint32_t encoding, uint32_t code, uint8_t *out) {
+static size_t put_character(uint32_t encoding, uint32_t code, uint8_t* out) {
   bool big_endian = is_big_endian(encoding);
   switch (text_encoding_width(encoding)) {
     case 1: {
@@ -185,7 +192,8 @@ static size_t put_character(uint32_t encoding, uint32_t code, uint8_t *out) {
   }
 }
 
-bool text_encode(uint32_t encoding, const uint16_t *units, size_t count, char *bytes, size_t room, size_t *length) {
+bool text_encode(uint32_t encoding, const uint16_t* units, size_t count, char* bytes, size_t room,
+                 size_t* length) {
   *length = 0;
   for (size_t i = 0; i < count; ++i) {
     uint32_t code = units[i];

@@ -25,14 +25,15 @@ enum {
 size_t text_encoding_width(uint32_t encoding);
 
 // The length in bytes of text that ends with a zero unit.
-size_t text_encoding_length(uint32_t encoding, const char *text);
+size_t text_encoding_length(uint32_t encoding, const char* text);
 
-// Fills `units`, which has room for `length` of them, and sets `count`. False if a byte sequence stands for no
-// character of the encoding; nothing is replaced, no byte-order mark is skipped.
-bool text_decode(uint32_t encoding, const char *text, size_t length, uint16_t *units, size_t *count);
+// Fills `units`, which has room for `length` of them, and sets `count`. False if a byte sequence stands for
+// no character of the encoding; nothing is replaced, no byte-order mark is skipped.
+bool text_decode(uint32_t encoding, const char* text, size_t length, uint16_t* units, size_t* count);
 
 // Writes at most `room` bytes and sets `length`. False if they don't suffice or if the encoding lacks a
 // character; the buffer's contents are then undefined.
-bool text_encode(uint32_t encoding, const uint16_t *units, size_t count, char *bytes, size_t room, size_t *length);
+bool text_encode(uint32_t encoding, const uint16_t* units, size_t count, char* bytes, size_t room,
+                 size_t* length);
 
 #endif

@@ -6,9 +6,9 @@
 #include <string.h>
 
 struct eh_bases {
-  void *text;
-  void *data;
-  void *function;
+  void* text;
+  void* data;
+  void* function;
 };
 
 // A frame description entry; the distance leads back to its common information entry.
@@ -18,10 +18,10 @@ struct description_entry {
 };
 
 // From the compiler's run-time library: the entry for a program counter, or NULL.
-extern const struct description_entry *_Unwind_Find_FDE(void *pc, struct eh_bases *);
+extern const struct description_entry* _Unwind_Find_FDE(void* pc, struct eh_bases*);
 
 extern _Unwind_Reason_Code __gnu_objc_personality_v0(int, _Unwind_Action, _Unwind_Exception_Class,
-                                                     struct _Unwind_Exception *, struct _Unwind_Context *);
+                                                     struct _Unwind_Exception*, struct _Unwind_Context*);
 
 // Pointer encodings: a format in the low half byte, what it is relative to in the next three bits.
 enum {
@@ -33,13 +33,13 @@ enum {
   kIndirect = 0x80,
 };
 
-static const uint8_t *skip_leb128(const uint8_t *p) {
+static const uint8_t* skip_leb128(const uint8_t* p) {
   while (*p++ & 0x80) {
   }
   return p;
 }
 
-static uintptr_t read_pointer(uint8_t encoding, const uint8_t *p, const struct eh_bases *bases) {
+static uintptr_t read_pointer(uint8_t encoding, const uint8_t* p, const struct eh_bases* bases) {
   uint8_t format = encoding & 0x0f;
   if (format != kAbsolute && format != kUnsigned4 && format != kSigned4) return 0;
   uint32_t value;
@@ -58,28 +58,28 @@ static uintptr_t read_pointer(uint8_t encoding, const uint8_t *p, const struct e
     default:
       return 0;
   }
-  if (encoding & kIndirect) memcpy(&result, (const void *)result, sizeof result);
+  if (encoding & kIndirect) memcpy(&result, (const void*)result, sizeof result);
   return result;
 }
 
-static const uint8_t *common_entry(const struct description_entry *entry) {
-  return (const uint8_t *)((uintptr_t)&entry->distance - (uintptr_t)entry->distance);
+static const uint8_t* common_entry(const struct description_entry* entry) {
+  return (const uint8_t*)((uintptr_t)&entry->distance - (uintptr_t)entry->distance);
 }
 
-static uintptr_t personality_at(void *pc) {
+static uintptr_t personality_at(void* pc) {
   struct eh_bases bases;
-  const struct description_entry *entry = _Unwind_Find_FDE(pc, &bases);
+  const struct description_entry* entry = _Unwind_Find_FDE(pc, &bases);
   if (entry == NULL) return 0;
-  const uint8_t *common = common_entry(entry);
+  const uint8_t* common = common_entry(entry);
   uint8_t version = common[8];
-  const char *augmentation = (const char *)common + 9;
+  const char* augmentation = (const char*)common + 9;
   if (augmentation[0] != 'z') return 0;
-  const uint8_t *p = (const uint8_t *)augmentation + strlen(augmentation) + 1;
-  p = skip_leb128(p);                           // code alignment
-  p = skip_leb128(p);                           // data alignment
-  p = version == 1 ? p + 1 : skip_leb128(p);    // return address register
-  p = skip_leb128(p);                           // length of what follows
-  for (const char *letter = augmentation + 1; *letter != 0; ++letter) {
+  const uint8_t* p = (const uint8_t*)augmentation + strlen(augmentation) + 1;
+  p = skip_leb128(p);                         // code alignment
+  p = skip_leb128(p);                         // data alignment
+  p = version == 1 ? p + 1 : skip_leb128(p);  // return address register
+  p = skip_leb128(p);                         // length of what follows
+  for (const char* letter = augmentation + 1; *letter != 0; ++letter) {
     switch (*letter) {
       case 'P':
         return read_pointer(p[0], p + 1, &bases);
@@ -96,14 +96,16 @@ static uintptr_t personality_at(void *pc) {
   return 0;
 }
 
-bool has_unwind_actions(struct _Unwind_Context *frame) { return _Unwind_GetLanguageSpecificData(frame) != 0; }
+bool has_unwind_actions(struct _Unwind_Context* frame) {
+  return _Unwind_GetLanguageSpecificData(frame) != 0;
+}
 
-personality_routine objective_c_personality(struct _Unwind_Context *frame) {
+personality_routine objective_c_personality(struct _Unwind_Context* frame) {
   if (!has_unwind_actions(frame)) return NULL;
   int before_instruction = 0;
   uintptr_t pc = _Unwind_GetIPInfo(frame, &before_instruction);
   if (!before_instruction) --pc;  // a return address may lie behind the function's end
-  return personality_at((void *)pc) == (uintptr_t)__gnu_objc_personality_v0 ? __gnu_objc_personality_v0 : NULL;
+  return personality_at((void*)pc) == (uintptr_t)__gnu_objc_personality_v0 ? __gnu_objc_personality_v0 : NULL;
 }
 
 // Call frame instructions, as far as they may stand at the head of an entry.
@@ -117,11 +119,11 @@ enum {
   kPrimaryMask = 0xc0,
 };
 
-// A function starts with its return address on top of the stack, as its common entry says. A piece of one starts with a
-// frame already made, and its entry has to say so before the first instruction.
-static bool starts_with_a_frame(const struct description_entry *entry) {
-  const uint8_t *end = (const uint8_t *)&entry->distance + entry->length;
-  const uint8_t *p = (const uint8_t *)(&entry->distance + 1) + 2 * sizeof(uint32_t);  // past start and size
+// A function starts with its return address on top of the stack, as its common entry says. A piece of one
+// starts with a frame already made, and its entry has to say so before the first instruction.
+static bool starts_with_a_frame(const struct description_entry* entry) {
+  const uint8_t* end = (const uint8_t*)&entry->distance + entry->length;
+  const uint8_t* p = (const uint8_t*)(&entry->distance + 1) + 2 * sizeof(uint32_t);  // past start and size
   if (common_entry(entry)[9] == 'z') p += 1 + *p;
   while (p < end) {
     uint8_t instruction = *p++;
@@ -136,8 +138,8 @@ static bool starts_with_a_frame(const struct description_entry *entry) {
 
 bool may_share_function(uintptr_t pc, uintptr_t other_pc) {
   struct eh_bases bases, other_bases;
-  const struct description_entry *entry = _Unwind_Find_FDE((void *)pc, &bases);
-  const struct description_entry *other = _Unwind_Find_FDE((void *)other_pc, &other_bases);
+  const struct description_entry* entry = _Unwind_Find_FDE((void*)pc, &bases);
+  const struct description_entry* other = _Unwind_Find_FDE((void*)other_pc, &other_bases);
   if (entry == NULL || other == NULL) return entry == other;
   return entry == other || starts_with_a_frame(entry) || starts_with_a_frame(other);
 }

@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include <unistd.h>
+
 #include <cstdio>
 #include <string>
 #include <string_view>

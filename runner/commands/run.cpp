@@ -28,10 +28,12 @@ int RunSource(const Source& source) {
 
 void AddRunOptions(CLI::App& app, RunOptions& options) {
   AddHostOptions(app, options.host);
-  app.add_flag("--leaks", options.leaksAreErrors, "End with status 1 when anything is still alive at the end");
+  app.add_flag("--leaks", options.leaksAreErrors,
+               "End with status 1 when anything is still alive at the end");
   app.add_option("program", options.program, "The program to run")->option_text("PROGRAM.bas")->required();
-  app.add_option("arguments", options.arguments, "What Arguments gives the program")->option_text("[ARGUMENT...]");
-  app.prefix_command();
+  app.add_option("arguments", options.arguments,
+                 "What Arguments gives the program; behind -- also what begins with a dash")
+      ->option_text("[ARGUMENT...]");
 }
 
 int Run(const RunOptions& options) {

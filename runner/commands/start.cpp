@@ -26,7 +26,8 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
   options.platform = BesideExecutable("libcocoa.so");
   const char* const group = "Host";
   app.add_option("--bundle", options.bundle, "The bundle to load")->option_text("FILE")->group(group);
-  app.add_option("--platform", options.platform, "The platform library to load first; none for a bundle that needs none")
+  app.add_option("--platform", options.platform,
+                 "The platform library to load first; none for a bundle that needs none")
       ->option_text("FILE")
       ->group(group);
   app.add_option("--host-version", options.identity.version, "Behave as a host of this version")
@@ -41,7 +42,8 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
         return there ? std::string() : "wanted the name of a service, found " + name;
       })
       ->group(group);
-  app.add_flag("!--no-sibling", options.sibling, "Run without NSExceptionQVX, NSImageQVX and the instance cache")
+  app.add_flag("!--no-sibling", options.sibling,
+               "Run without NSExceptionQVX, NSImageQVX and the instance cache")
       ->group(group);
 }
 
@@ -49,7 +51,8 @@ std::string StartHost(const HostOptions& options) {
   SetHostIdentity(options.identity);
   RegisterHostClasses();
   if (options.identity.withheld.contains("RegisterPluginVersion")) {
-    return "--without RegisterPluginVersion: wanted a service that a bundle can do without, found one that it calls unasked";
+    return "--without RegisterPluginVersion: wanted a service that a bundle can do without, found one that "
+           "it calls unasked";
   }
   const bool platform = options.platform != kNoPlatform;
   std::string problem = platform ? LoadPlatform(options.platform) : std::string();

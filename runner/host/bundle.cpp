@@ -20,6 +20,22 @@ std::string Refusal(const std::string& file, const std::string& wanted, const st
   return file + ": wanted " + wanted + ", found " + found;
 }
 
+// The loader would map pages that the file does not have, and die of them.
+bool IsCutShort(std::ifstream& in, const Elf32_Ehdr& header) {
+  in.clear();
+  in.seekg(0, std::ios::end);
+  const auto size = static_cast<std::uint64_t>(in.tellg());
+  if (header.e_phentsize != sizeof(Elf32_Phdr)) return true;
+  if (header.e_phoff + std::uint64_t{header.e_phnum} * sizeof(Elf32_Phdr) > size) return true;
+  for (unsigned i = 0; i < header.e_phnum; ++i) {
+    Elf32_Phdr segment{};
+    in.seekg(static_cast<std::streamoff>(header.e_phoff + i * sizeof segment));
+    in.read(reinterpret_cast<char*>(&segment), sizeof segment);
+    if (!in || std::uint64_t{segment.p_offset} + segment.p_filesz > size) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::string CheckBundleFile(const std::string& file) {
@@ -32,11 +48,13 @@ std::string CheckBundleFile(const std::string& file) {
     return Refusal(file, kWanted, "a file that is not ELF");
   }
   if (header.e_ident[EI_CLASS] != ELFCLASS32) return Refusal(file, kWanted, "a 64-bit ELF file");
-  if (in.gcount() < static_cast<std::streamsize>(sizeof header)) return Refusal(file, kWanted, "a truncated ELF file");
+  if (in.gcount() < static_cast<std::streamsize>(sizeof header))
+    return Refusal(file, kWanted, "a truncated ELF file");
   if (header.e_machine != EM_386) {
     return Refusal(file, kWanted, "an ELF file for machine " + std::to_string(header.e_machine));
   }
   if (header.e_type != ET_DYN) return Refusal(file, kWanted, "an ELF file that is no shared object");
+  if (IsCutShort(in, header)) return Refusal(file, kWanted, "a truncated ELF file");
   return {};
 }
 

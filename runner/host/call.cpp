@@ -12,7 +12,16 @@ namespace hostrun {
 namespace {
 
 constinit Surroundings surroundings;
+constinit bool resultsUnlocked = false;
 constinit std::uint64_t bundleCalls = 0;
+
+// New objects stand first in the list of live ones.
+bool IsNewerThan(const Object* object, const Object* newestBefore) {
+  for (const Object* at = FirstLiveObject(); at != nullptr && at != newestBefore; at = at->next) {
+    if (at == object) return true;
+  }
+  return false;
+}
 
 // A call into a bundle: a pool around it, and nothing but host exceptions comes out.
 class Crossing {
@@ -94,9 +103,15 @@ void PushByType(ArgumentWords& words, const Type& type, const Value& value) {
 
 }  // namespace
 
-void SetSurroundings(const Surroundings& s) { surroundings = s; }
+void SetSurroundings(const Surroundings& s) {
+  surroundings = s;
+}
 
-std::uint64_t BundleCalls() { return bundleCalls; }
+void SetResultsUnlocked(bool unlocked) { resultsUnlocked = unlocked; }
+
+std::uint64_t BundleCalls() {
+  return bundleCalls;
+}
 
 ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(type.kind) {
   const auto store = [this](auto v) { std::memcpy(&bits_, &v, sizeof v); };
@@ -148,7 +163,11 @@ Value BoxedVariant(const Value& value) {
 
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
+  const Object* const newestBefore = FirstLiveObject();
   Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
+  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
+    LockObject(result.object());
+  }
   ThrowPendingException();
   return result;
 }

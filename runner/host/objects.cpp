@@ -86,14 +86,20 @@ void UnlockObject(Object* object) {
   }
 }
 
-void* RawPayloadOf(Object* object) { return reinterpret_cast<char*>(object) + object->cls->payloadOffset; }
+void* RawPayloadOf(Object* object) {
+  return reinterpret_cast<char*>(object) + object->cls->payloadOffset;
+}
 
 void*& NativePointerOf(Object* object) {
   return *reinterpret_cast<void**>(reinterpret_cast<char*>(object) + kClassDataOffset);
 }
 
-bool IsKindOf(const Object* object, const Class& cls) { return object != nullptr && object->cls->IsA(cls); }
+bool IsKindOf(const Object* object, const Class& cls) {
+  return object != nullptr && object->cls->IsA(cls);
+}
 
-const Object* FirstLiveObject() { return firstLive; }
+const Object* FirstLiveObject() {
+  return firstLive;
+}
 
 }  // namespace hostrun

@@ -1,4 +1,5 @@
-// runner/host/value.h - one value of the host language: a number, or an owned reference to a string or an object.
+// runner/host/value.h - one value of the host language: a number, or an owned reference to a string or an
+// object.
 #pragma once
 
 #include <cstdint>

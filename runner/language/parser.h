@@ -11,7 +11,8 @@
 
 namespace hostrun {
 
-// Recursive descent over the words of one program. Every failure is a ProgramError: what was wanted, what was found.
+// Recursive descent over the words of one program. Every failure is a ProgramError: what was wanted, what was
+// found.
 class Parser {
  public:
   explicit Parser(const Source& source) : tokens_(Tokenize(source)) {}
@@ -28,6 +29,7 @@ class Parser {
   bool TakeOperator(std::string_view op);
   void WantWord(std::string_view word, const std::string& where);
   void WantOperator(std::string_view op, const std::string& where);
+  static std::string Shown(std::string_view word);  // a word as programs usually write it
   std::string WantName(const std::string& what);
   void WantEndOfStatement(const std::string& after);
   bool AtEndOfStatement() const;

@@ -12,9 +12,9 @@ constexpr int kDeepest = 400;
 
 // Words that can't begin an expression: their appearance ends one.
 constexpr std::array<std::string_view, 30> kReserved = {
-    "and",  "or",    "xor",   "mod",   "is",     "isa",   "then", "to",    "downto", "step",
-    "else", "elseif", "end",  "next",  "wend",   "loop",  "case", "catch", "finally", "until",
-    "as",   "dim",   "var",   "const", "select", "while", "for",  "do",    "try",    "return"};
+    "and",  "or",     "xor", "mod",   "is",     "isa",   "then", "to",    "downto",  "step",
+    "else", "elseif", "end", "next",  "wend",   "loop",  "case", "catch", "finally", "until",
+    "as",   "dim",    "var", "const", "select", "while", "for",  "do",    "try",     "return"};
 
 bool IsReserved(const std::string& lower) {
   return std::find(kReserved.begin(), kReserved.end(), lower) != kReserved.end();
@@ -35,19 +35,20 @@ std::string Describe(const Token& token) {
 struct Level {
   std::array<std::string_view, 8> operators;
 };
-constexpr std::array<Level, 6> kLevels = {{
+constexpr std::array<Level, 5> kLevels = {{
     {{"or", "xor"}},
     {{"and"}},
     {{"=", "<>", "<", ">", "<=", ">=", "is", "isa"}},
     {{"+", "-"}},
-    {{"mod"}},
-    {{"*", "/", "\\"}},
+    {{"*", "/", "\\", "mod"}},
 }};
 constexpr int kComparison = 2;
 
 }  // namespace
 
-const Token& Parser::Peek(std::size_t ahead) const { return tokens_[std::min(at_ + ahead, tokens_.size() - 1)]; }
+const Token& Parser::Peek(std::size_t ahead) const {
+  return tokens_[std::min(at_ + ahead, tokens_.size() - 1)];
+}
 
 const Token& Parser::Take() {
   const Token& token = Peek();
@@ -75,8 +76,14 @@ bool Parser::TakeOperator(std::string_view op) {
   return true;
 }
 
+std::string Parser::Shown(std::string_view word) {
+  std::string shown(word);
+  if (!shown.empty() && shown[0] >= 'a' && shown[0] <= 'z') shown[0] = static_cast<char>(shown[0] - 32);
+  return shown;
+}
+
 void Parser::WantWord(std::string_view word, const std::string& where) {
-  if (!TakeWord(word)) Fail("'" + std::string(word) + "' " + where);
+  if (!TakeWord(word)) Fail("'" + Shown(word) + "' " + where);
 }
 
 void Parser::WantOperator(std::string_view op, const std::string& where) {

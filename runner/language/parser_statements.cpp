@@ -9,7 +9,9 @@ namespace {
 
 constexpr int kDeepestBlock = 200;
 
-std::string LineOf(Position at) { return "line " + std::to_string(at.line); }
+std::string LineOf(Position at) {
+  return "line " + std::to_string(at.line);
+}
 
 }  // namespace
 
@@ -29,7 +31,7 @@ bool Parser::AtEndOf(std::initializer_list<std::string_view> ends) const {
 
 void Parser::WantEnd(std::string_view word, Position opened) {
   if (!AtWord("end") || !AtWord(word, 1)) {
-    Fail("'End " + std::string(word) + "' for " + LineOf(opened));
+    Fail("'End " + Shown(word) + "' for " + LineOf(opened));
   }
   Take();
   Take();
@@ -70,7 +72,7 @@ RoutineDeclaration Parser::ParseRoutine() {
   routine.at = Peek(1).at;
   routine.function = Take().lower == "function";
   const std::string word = routine.function ? "function" : "sub";
-  routine.name = WantName("a name after '" + word + "'");
+  routine.name = WantName("a name after '" + Shown(word) + "'");
   if (TakeOperator("(") && !TakeOperator(")")) {
     do {
       if (!routine.parameters.empty() && routine.parameters.back().paramArray) {
@@ -88,7 +90,7 @@ RoutineDeclaration Parser::ParseRoutine() {
   routine.body = ParseBlock({"end sub", "end function", "sub", "function"});
   routine.end = Peek().at;
   WantEnd(word, routine.at);
-  WantEndOfStatement("'End " + word + "'");
+  WantEndOfStatement("'End " + Shown(word) + "'");
   return routine;
 }
 
@@ -129,7 +131,9 @@ TypeName Parser::ParseType() {
   return type;
 }
 
-TypeName Parser::ParseOptionalType() { return TakeWord("as") ? ParseType() : TypeName{Peek().at, {}, false}; }
+TypeName Parser::ParseOptionalType() {
+  return TakeWord("as") ? ParseType() : TypeName{Peek().at, {}, false};
+}
 
 StatementPtr Parser::ParseStatement() {
   if (AtWord("if")) return ParseIf();
@@ -330,9 +334,8 @@ StatementPtr Parser::ParseFor() {
   if (Peek().kind == TokenKind::Name && !AtEndOfStatement()) {
     const Token& named = Peek();
     std::string wanted = statement->name;
-    std::transform(wanted.begin(), wanted.end(), wanted.begin(), [](char c) {
-      return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-    });
+    std::transform(wanted.begin(), wanted.end(), wanted.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     if (named.lower != wanted) Fail("'" + statement->name + "', the variable of For in " + LineOf(opened));
     Take();
   }
@@ -424,8 +427,8 @@ StatementPtr Parser::ParseReDim() {
 
 StatementPtr Parser::ParseCallOrAssign() {
   StatementPtr statement = New(Statement::Kind::Call);
-  if (AtWord("end") || AtWord("next") || AtWord("wend") || AtWord("loop") || AtWord("else") || AtWord("elseif") ||
-      AtWord("case") || AtWord("catch") || AtWord("finally")) {
+  if (AtWord("end") || AtWord("next") || AtWord("wend") || AtWord("loop") || AtWord("else") ||
+      AtWord("elseif") || AtWord("case") || AtWord("catch") || AtWord("finally")) {
     Fail("a statement, or the beginning of the block that this ends");
   }
   if (Peek().kind != TokenKind::Name && !AtOperator("(")) Fail("a statement");

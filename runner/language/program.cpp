@@ -40,7 +40,8 @@ void FillTrace(std::vector<TraceLine>& trace) {
 void Report(const Source& source, Object* exception) {
   const std::vector<TraceLine>& trace = PayloadOf<ExceptionData>(exception).trace;
   const TraceLine where = trace.empty() ? TraceLine() : trace.front();
-  std::string text = source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception)) + "\n";
+  std::string text =
+      source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception)) + "\n";
   for (std::size_t i = 0; i + 1 < trace.size(); ++i) {
     if (i == kShownTrace) {
       text += "  and " + std::to_string(trace.size() - 1 - i) + " more calls\n";

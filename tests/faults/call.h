@@ -1,4 +1,5 @@
-// tests/faults/call.h - one call into the bundle from a known start, with faults on the way, and what came of it.
+// tests/faults/call.h - one call into the bundle from a known start, with faults on the way, and what came of
+// it.
 #pragma once
 
 #include <cstdint>
@@ -25,9 +26,9 @@ struct Setting {
   bool sparse;    // an older host without the direct ways to a string's text
 };
 inline constexpr Setting kSettings[] = {
-    {"fresh", false, false, false, false, false},  {"prepared", true, false, false, false, false},
-    {"again", true, true, false, false, false},    {"raising", false, false, true, false, false},
-    {"rich", true, false, false, true, false},     {"sparse", false, false, false, false, true},
+    {"fresh", false, false, false, false, false},    {"prepared", true, false, false, false, false},
+    {"again", true, true, false, false, false},      {"raising", false, false, true, false, false},
+    {"rich", true, false, false, true, false},       {"sparse", false, false, false, false, true},
     {"sparse rich", true, false, false, true, true},
 };
 
@@ -62,7 +63,8 @@ enum class Ending : std::uint8_t { kReturned, kPassedOn, kThrewBadAlloc, kThrewO
 
 struct Observation {
   Ending ending = Ending::kReturned;
-  scripted::NativeObject* passedOn = nullptr;
+  scripted::NativeObject* passedOn = nullptr;  // alive until the next call; its class stays
+  std::string passedOnClass;
   std::vector<Step> steps;
   std::vector<scripted::NativeObject*> thrown;  // the platform objects that the faults raised, in order
   std::string result;                           // as text; "" for the neutral one
@@ -70,7 +72,8 @@ struct Observation {
   std::vector<scripted::RaisedException> raised;
   std::size_t logLines = 0;
   std::vector<std::string> broken;  // what was out of balance, at once and after everything was given back
-  std::string afterwards;           // the result of the same call made once more, without faults
+  bool madeOnceMore = false;
+  std::string afterwards;  // the result of the same call made once more, without faults
   std::vector<scripted::RaisedException> raisedAfterwards;
 };
 

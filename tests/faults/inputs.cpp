@@ -67,10 +67,16 @@ void* PutInstance(const Parameter& parameter, const std::string& value, bool cac
   if (value == "wrong kind") {
     return Instance(hostClass, parameter.kind == Kind::kColor ? "NSColorList" : "NSColor", cached, arguments);
   }
+  void* const instance = Instance(hostClass, NativeClass(parameter.kind), cached, arguments);
   if (value == "grey") {
-    scripted::ThePlatform().RaiseOnce("getRed:green:blue:alpha:", scripted::MakeException("grey"));
+    const NativeObject* const grey = TheHost().Object(instance).Native();
+    NativeObject* const exception = scripted::MakeException("NSNoRGBComponents");
+    scripted::ThePlatform().On("getRed:green:blue:alpha:", [=](scripted::Send& send) {
+      if (send.Receiver() == grey) return send.Raise(exception);
+      for (std::size_t i = 0; i < 4; ++i) send.Output(i, 0.5F);
+    });
   }
-  return Instance(hostClass, NativeClass(parameter.kind), cached, arguments);
+  return instance;
 }
 
 void* PutVariant(const std::string& value, bool cached, Arguments& arguments) {

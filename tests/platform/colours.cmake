@@ -1,5 +1,4 @@
 # Tests of the colour classes: GNUstep's own, and what libcocoa makes of them.
-enable_language(OBJC)
 set(scenario_sources
   colours/Scenario.m
   colours/archive_scenarios.m
@@ -30,4 +29,23 @@ target_compile_definitions(colour_behaviour_test PRIVATE
   QVX_SCENARIOS_PLAIN="$<TARGET_FILE:colour_scenarios_plain>"
   QVX_SCENARIOS_HERE="$<TARGET_FILE:colour_scenarios_here>"
   QVX_ICC_FOLDER="${QVX_SYSROOT}/usr/share/color/icc/ghostscript")
+add_dependencies(colour_behaviour_test colour_scenarios_plain colour_scenarios_here)
 add_test(NAME platform.colour_behaviour COMMAND colour_behaviour_test)
+set_tests_properties(platform.colour_behaviour PROPERTIES TIMEOUT 600)
+
+# Accuracy, damage, threads and memory: in one process, through the classes.
+add_executable(colour_library_test
+  colours/accuracy_test.cpp
+  colours/damage_test.cpp
+  colours/sharing_test.cpp
+  colours/colour_calls.m)
+target_link_libraries(colour_library_test PRIVATE cocoa gnustep gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
+target_include_directories(colour_library_test PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)
+target_link_options(colour_library_test PRIVATE -Wl,--no-as-needed)
+target_compile_definitions(colour_library_test PRIVATE
+  QVX_ICC_FOLDER="${QVX_SYSROOT}/usr/share/color/icc/ghostscript"
+  QVX_TRANSICC="${QVX_SYSROOT}/usr/bin/transicc"
+  QVX_SYSROOT_PATH="${QVX_SYSROOT_LIBS}")
+add_test(NAME platform.colour_library COMMAND colour_library_test)
+set_tests_properties(platform.colour_library PROPERTIES TIMEOUT 600
+  ENVIRONMENT "QVX_CMYK_PROFILE=${QVX_SYSROOT}/usr/share/color/icc/ghostscript/default_cmyk.icc")

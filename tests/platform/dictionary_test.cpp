@@ -6,7 +6,9 @@
 
 namespace {
 
-const void* Pointer(std::uintptr_t number) { return reinterpret_cast<const void*>(number); }
+const void* Pointer(std::uintptr_t number) {
+  return reinterpret_cast<const void*>(number);
+}
 
 class Dictionary : public testing::Test {
  protected:
@@ -104,6 +106,8 @@ TEST(NoDictionary, IsMadeWithCallBacksOrANegativeCapacity) {
   EXPECT_EQ(CFDictionaryCreateMutable(nullptr, 0, nullptr, Pointer(16)), nullptr);
 }
 
-TEST(References, OfNothingAreNothing) { EXPECT_EQ(CFRetain(nullptr), nullptr); }
+TEST(References, OfNothingAreNothing) {
+  EXPECT_EQ(CFRetain(nullptr), nullptr);
+}
 
 }  // namespace

@@ -1,5 +1,6 @@
 // tests/platform/exception_test.cpp - exceptions delivered into setjmp frames.
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <pthread.h>
 
 #include <array>
@@ -8,7 +9,9 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "gnustep/cocoa_host.h"
 #include "tests/platform/guarded.h"
 #include "tests/platform/paths.h"
 
@@ -17,9 +20,13 @@ namespace {
 using qvx::Message;
 using qvx::PlatformClass;
 
-void RaiseBang(void*) { Raise(NewException("Bang", "for a test")); }
+void RaiseBang(void*) {
+  Raise(NewException("Bang", "for a test"));
+}
 void Nothing(void*) {}
-void Call(void* context) { (*static_cast<const std::function<void()>*>(context))(); }
+void Call(void* context) {
+  (*static_cast<const std::function<void()>*>(context))();
+}
 
 // A body that calls `path` around `inner`, as a function and a context.
 template <typename Path>
@@ -53,6 +60,20 @@ TEST(Exception, IsDeliveredForAnUnknownSelector) {
 TEST(Exception, IsDeliveredFromTheFirstMessageThatInitialisesAClass) {
   const id exception = Guarded([] { Message<"class", id()>()(PlatformClass<"RaisesInInitialize">()); });
   EXPECT_EQ(NameOf(exception), "InInitialize");
+}
+
+TEST(Exception, LeavesTheRuntimeUnlockedWhenItComesFromAnInitializer) {
+  // A class's first message runs its initializer under the runtime's lock. Another thread would wait for it
+  // forever.
+  static constexpr const char* kFresh[] = {"RaisesInInitializeToo", "FreshA"};
+  EXPECT_EQ(NameOf(Guarded([] { Message<"class", id()>()(reinterpret_cast<id>(objc_getClass(kFresh[0]))); })),
+            "InInitialize");
+  bool done = false;
+  std::thread([&] {
+    Message<"misalignmentOfInitialize", std::uintptr_t()>()(reinterpret_cast<id>(objc_getClass(kFresh[1])));
+    done = true;
+  }).join();
+  EXPECT_TRUE(done);
 }
 
 TEST(Exception, GoesToTheInnermostFrameOnly) {
@@ -187,6 +208,42 @@ TEST(Exception, RunsNoFinallyBlockBeyondTheFrame) {
   EXPECT_EQ(ran, 1);  // left normally
 }
 
+TEST(Exception, RunsNoFinallyBlockBeyondTheFrameAfterOneBeforeIt) {
+  int inner = 0;
+  int outer = 0;
+  id exception = nullptr;
+  Through([&](Body body, void* context) { ThroughFinally(body, context, &outer); },
+          [&] {
+            exception = Guarded([&] { ThroughFinally(&RaiseBang, nullptr, &inner); });
+            EXPECT_EQ(outer, 0);
+          });
+  EXPECT_EQ(NameOf(exception), "Bang");
+  EXPECT_EQ(inner, 1);
+  EXPECT_EQ(outer, 1);  // left normally
+}
+
+TEST(Exception, RunsNoFinallyBlockBeyondAFrameOfAFunctionWithoutCleanUps) {
+  // No function between the two @finally blocks has clean-ups that would end the unwinding.
+  struct State {
+    int inner = 0;
+    int outer = 0;
+    int outer_at_delivery = -1;
+    id exception = nullptr;
+  } state;
+  ThroughFinally(
+      [](void* context) {
+        State& here = *static_cast<State*>(context);
+        here.exception = GuardedInC(
+            [](void* ran) { ThroughFinally(&RaiseBang, nullptr, static_cast<int*>(ran)); }, &here.inner);
+        here.outer_at_delivery = here.outer;
+      },
+      &state, &state.outer);
+  EXPECT_EQ(NameOf(state.exception), "Bang");
+  EXPECT_EQ(state.inner, 1);
+  EXPECT_EQ(state.outer_at_delivery, 0);
+  EXPECT_EQ(state.outer, 1);  // left normally
+}
+
 TEST(Exception, UnlocksWhatASynchronizedBlockHeld) {
   const id lock = Message<"new", id()>()(PlatformClass<"NSObject">());
   EXPECT_EQ(NameOf(Guarded([&] { ThroughSynchronized(&RaiseBang, nullptr, lock); })), "Bang");
@@ -246,7 +303,8 @@ TEST(Exception, MayBeDeliveredToAnotherFrameInsideAFinallyBlockOnTheWay) {
     Through([](Body body, void* context) { ThroughFinallyCalling(&RaiseBang, nullptr, body, context); },
             [&] {
               int ran = 0;
-              state.inner = Guarded([&] { ThroughFinally([](void*) { Raise(NewException("Inner", "")); }, nullptr, &ran); });
+              state.inner = Guarded(
+                  [&] { ThroughFinally([](void*) { Raise(NewException("Inner", "")); }, nullptr, &ran); });
               state.ran += ran;
             });
   });
@@ -301,7 +359,8 @@ TEST(Exception, KeepsTheRegistersThatTheGuardsCallerOwns) {
 [[gnu::noinline]] void LeaveAStaleFrame() {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
-  if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "an exception was delivered into a function that had returned";
+  if (_setjmp(frame.buffer) != 0)
+    ADD_FAILURE() << "an exception was delivered into a function that had returned";
 }
 
 // Throws from a stack that spans the memory of LeaveAStaleFrame's frame without changing it.
@@ -338,6 +397,37 @@ TEST(StaleFrame, MayBeLeftAfterTheOneOutsideIt) {
   EXPECT_EQ(NameOf(Guarded([] { RaiseBang(nullptr); })), "Bang");
 }
 
+// As an outer and an inner @try of one function lie, where a compiler makes frames of them. Counts
+// deliveries.
+template <std::size_t Outer>
+[[gnu::noinline]] void RaiseInTwoFrames(int (&delivered)[2]) {
+  ObjCExceptionFrame frames[2];
+  ObjCExceptionFrame& outer = frames[Outer];
+  ObjCExceptionFrame& inner = frames[1 - Outer];
+  objc_exception_try_enter(&outer);
+  if (_setjmp(outer.buffer) != 0) {
+    ++delivered[0];
+    return;
+  }
+  objc_exception_try_enter(&inner);
+  if (_setjmp(inner.buffer) != 0) {
+    ++delivered[1];
+    objc_exception_throw(objc_exception_extract(&inner));
+  }
+  RaiseBang(nullptr);
+}
+
+TEST(NestedFrames, MayLieInOneFunctionInAnyOrder) {
+  int upwards[2] = {};
+  RaiseInTwoFrames<0>(upwards);
+  EXPECT_EQ(upwards[0], 1);
+  EXPECT_EQ(upwards[1], 1);
+  int downwards[2] = {};
+  RaiseInTwoFrames<1>(downwards);
+  EXPECT_EQ(downwards[0], 1);
+  EXPECT_EQ(downwards[1], 1);
+}
+
 TEST(StaleFrame, IsWhatAnEnteredFrameWithoutSetjmpCountsAs) {
   const id exception = Guarded([] {
     ObjCExceptionFrame frame;
@@ -348,17 +438,104 @@ TEST(StaleFrame, IsWhatAnEnteredFrameWithoutSetjmpCountsAs) {
   EXPECT_EQ(NameOf(exception), "Bang");
 }
 
+// Enters a frame again whose buffer holds the registers of the first time.
+[[gnu::noinline]] void RaiseInAReenteredFrame() {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) != 0) {
+    ADD_FAILURE() << "delivered to an earlier use of the frame";
+    return;
+  }
+  objc_exception_try_exit(&frame);
+  objc_exception_try_enter(&frame);
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsWhatAReenteredFrameWithoutSetjmpCountsAs) {
+  EXPECT_EQ(NameOf(Guarded([] { RaiseInAReenteredFrame(); })), "Bang");
+}
+
+// The first time it leaves a stale frame behind, the second time it uses the same memory for something else.
+[[gnu::noinline]] void EnterOrScribble(bool enter) {
+  ObjCExceptionFrame frame;
+  if (enter) {
+    objc_exception_try_enter(&frame);
+    if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "delivered to a frame that is gone";
+    return;
+  }
+  std::memset(frame.reserved, 0x11, sizeof frame.reserved);
+  __asm__ volatile("" : : "r"(&frame) : "memory");
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsSkippedWhenItsMemoryHoldsSomethingElse) {
+  const id exception = Guarded([] {
+    EnterOrScribble(true);
+    EnterOrScribble(false);
+  });
+  EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+[[gnu::cold, gnu::noinline]] void RaiseRarely() {
+  RaiseBang(nullptr);
+}
+
 TEST(StaleFrame, IsNotWhatAFrameWithAnUnlikelyBlockIs) {
   // The compiler moves the block out of the function, to a place with unwind tables of its own.
   volatile bool unlikely = true;
   const id exception = Guarded([&] {
-    if (__builtin_expect(unlikely, 0)) {
+    Nothing(nullptr);
+    if (unlikely) {
+      RaiseRarely();
       Nothing(nullptr);
-      RaiseBang(nullptr);
-      Nothing(nullptr);
+      RaiseRarely();
     }
+    Nothing(nullptr);
   });
   EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+std::size_t HeapInUse() {
+  const struct mallinfo2 use = ::mallinfo2();
+  return use.uordblks + use.hblkhd;
+}
+
+TEST(StaleFrame, TakesNoMemoryHoweverManyThereAre) {
+  LeaveAStaleFrame();
+  const std::size_t before = HeapInUse();
+  for (int i = 0; i < 200000; ++i) LeaveAStaleFrame();
+  EXPECT_LT(HeapInUse(), before + 10000);
+}
+
+TEST(Delivery, TakesNoMemoryThatStays) {
+  int ran = 0;
+  const id exception = NewException("Bang", "");
+  const auto deliver = [&] {
+    Guarded([&] {
+      Through([&](Body body, void* context) { ThroughFinally(body, context, &ran); },
+              [&] { objc_exception_throw(exception); });
+    });
+  };
+  deliver();
+  const std::size_t before = HeapInUse();
+  for (int i = 0; i < 10000; ++i) deliver();
+  EXPECT_EQ(ran, 10001);
+  EXPECT_LT(HeapInUse(), before + 10000);
+}
+
+TEST(Delivery, ThatAFinallyBlockEndedIsFreedByALaterOne) {
+  const id exception = NewException("Bang", "");
+  const auto end_and_deliver = [&] {
+    Guarded([&] {
+      Through([](Body body, void* context) { ThroughFinallyThatReturns(body, context); },
+              [&] { objc_exception_throw(exception); });
+      objc_exception_throw(exception);
+    });
+  };
+  end_and_deliver();
+  const std::size_t before = HeapInUse();
+  for (int i = 0; i < 10000; ++i) end_and_deliver();
+  EXPECT_LT(HeapInUse(), before + 10000);
 }
 
 // A guard left by a C++ exception, as a bundle's is.
@@ -388,28 +565,59 @@ TEST(NoFrame, LeavesTheExceptionToAnObjectiveCCatch) {
   EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang");
 }
 
+// Throws where no C++ function is on the stack: one would stop the exception.
+void ThrowOnABareThread(void* (*start)(void*)) {
+  pthread_t thread;
+  pthread_create(&thread, nullptr, start, nullptr);
+  pthread_join(thread, nullptr);
+}
+
 TEST(NoFrameDeathTest, EndsTheProcessAndNamesTheException) {
-  EXPECT_DEATH(RaiseBang(nullptr), "Bang.*for a test");
+  EXPECT_DEATH(ThrowOnABareThread([](void*) -> void* {
+                 RaiseBang(nullptr);
+                 return nullptr;
+               }),
+               "Bang.*for a test");
 }
 
 TEST(NoFrameDeathTest, EndsTheProcessForAThrownObjectThatIsNoException) {
-  EXPECT_DEATH(objc_exception_throw(Message<"new", id()>()(PlatformClass<"NSObject">())), "");
+  EXPECT_DEATH(ThrowOnABareThread([](void*) -> void* {
+                 objc_exception_throw(Message<"new", id()>()(PlatformClass<"NSObject">()));
+               }),
+               "");
 }
 
 // ---- threads
 
+// A thread with a pool of its own, as the platform wants it.
+class PooledThread {
+ public:
+  template <typename Body>
+  explicit PooledThread(const Body& body)
+      : thread_([body] {
+          void* const pool = objc_autoreleasePoolPush();
+          body();
+          objc_autoreleasePoolPop(pool);
+        }) {}
+  void Join() { thread_.join(); }
+
+ private:
+  std::thread thread_;
+};
+
 TEST(Threads, HaveFramesOfTheirOwn) {
-  // The outer frame of this thread is none of the other's: there the exception goes to the other's own frame, and a @catch.
-  id on_thread = nullptr;
-  id caught_on_thread = nullptr;
+  // The outer frame of this thread is none of the other's: there the exception goes to the other's own frame,
+  // and a @catch.
+  std::string on_thread;
+  std::string caught_on_thread;
   const id here = Guarded([&] {
-    std::thread([&] {
-      on_thread = Guarded([] { RaiseBang(nullptr); });
-      caught_on_thread = ThroughCatch(&RaiseBang, nullptr);
-    }).join();
+    PooledThread([&] {
+      on_thread = NameOf(Guarded([] { RaiseBang(nullptr); }));
+      caught_on_thread = NameOf(ThroughCatch(&RaiseBang, nullptr));
+    }).Join();
   });
-  EXPECT_EQ(NameOf(on_thread), "Bang");
-  EXPECT_EQ(NameOf(caught_on_thread), "Bang");
+  EXPECT_EQ(on_thread, "Bang");
+  EXPECT_EQ(caught_on_thread, "Bang");
   EXPECT_EQ(here, nullptr);
 }
 
@@ -418,9 +626,9 @@ TEST(Threads, RaiseAndCatchAtTheSameTime) {
   constexpr int kRounds = 2000;
   std::array<int, kThreads> delivered{};
   std::array<int, kThreads> finallys{};
-  std::array<std::thread, kThreads> threads;
+  std::vector<PooledThread> threads;
   for (int i = 0; i < kThreads; ++i) {
-    threads[static_cast<std::size_t>(i)] = std::thread([&, index = static_cast<std::size_t>(i)] {
+    threads.emplace_back([&, index = static_cast<std::size_t>(i)] {
       const id mine = NewException("Mine", "");
       for (int round = 0; round < kRounds; ++round) {
         const id exception = Guarded([&] {
@@ -431,7 +639,7 @@ TEST(Threads, RaiseAndCatchAtTheSameTime) {
       }
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (PooledThread& thread : threads) thread.Join();
   for (std::size_t i = 0; i < kThreads; ++i) {
     EXPECT_EQ(delivered[i], kRounds);
     EXPECT_EQ(finallys[i], kRounds);

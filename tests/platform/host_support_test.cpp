@@ -37,10 +37,10 @@ TEST(AutoreleasePool, TakesTheInnerOnesWithIt) {
 TEST(RunLoop, DoesWhatIsDueAndComesBackAtOnce) {
   const id array = kNew(PlatformClass<"NSMutableArray">());
   const id object = kNew(PlatformClass<"NSObject">());
-  Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(array, sel_registerName("addObject:"),
-                                                                             object, 0.0);
-  Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(array, sel_registerName("addObject:"),
-                                                                             object, 3600.0);
+  Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(
+      array, sel_registerName("addObject:"), object, 0.0);
+  Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(
+      array, sel_registerName("addObject:"), object, 3600.0);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0), kCFRunLoopRunTimedOut);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
@@ -51,10 +51,11 @@ TEST(RunLoop, PostsNotificationsQueuedForIdleTime) {
   const id array = kNew(PlatformClass<"NSMutableArray">());
   const id string = Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), "Idle");
   const id centre = Message<"defaultCenter", id()>()(PlatformClass<"NSNotificationCenter">());
-  Message<"addObserver:selector:name:object:", void(id, SEL, id, id)>()(centre, array, sel_registerName("addObject:"),
-                                                                        string, nullptr);
+  Message<"addObserver:selector:name:object:", void(id, SEL, id, id)>()(
+      centre, array, sel_registerName("addObject:"), string, nullptr);
   const id queue = Message<"defaultQueue", id()>()(PlatformClass<"NSNotificationQueue">());
-  const id note = Message<"notificationWithName:object:", id(id, id)>()(PlatformClass<"NSNotification">(), string, nullptr);
+  const id note = Message<"notificationWithName:object:", id(id, id)>()(PlatformClass<"NSNotification">(),
+                                                                        string, nullptr);
   Message<"enqueueNotification:postingStyle:", void(id, int)>()(queue, note, 1);  // when idle
   EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 0U);
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);
@@ -72,13 +73,25 @@ TEST(RunLoop, LetsGoOfAnEditedColourList) {
   void* const pool = objc_autoreleasePoolPush();
   QVXCountInstances(1);
   const CFIndex before = QVXLiveInstances("NSColorList");
-  const id list = Message<"initWithName:", id(id)>()(Message<"alloc", id()>()(PlatformClass<"NSColorList">()), name);
+  const id list =
+      Message<"initWithName:", id(id)>()(Message<"alloc", id()>()(PlatformClass<"NSColorList">()), name);
   const id colour = Message<"blackColor", id()>()(PlatformClass<"NSColor">());
   Message<"setColor:forKey:", void(id, id)>()(list, colour, name);
   CFRelease(list);
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);
   objc_autoreleasePoolPop(pool);
   EXPECT_EQ(QVXLiveInstances("NSColorList"), before);
+}
+
+TEST(Resources, AreFoundBesideThePlatformsLibraries) {
+  const auto text = [](const char* bytes) {
+    return Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), bytes);
+  };
+  const id bundle = Message<"bundleForLibrary:", id(id)>()(PlatformClass<"NSBundle">(), text("gnustep-base"));
+  ASSERT_NE(bundle, nullptr);
+  EXPECT_NE((Message<"pathForResource:ofType:inDirectory:", id(id, id, id)>()(bundle, text("English"),
+                                                                              nullptr, text("Languages"))),
+            nullptr);
 }
 
 TEST(InstanceCount, FollowsAllocationAndDeallocation) {
@@ -94,8 +107,8 @@ TEST(InstanceCount, IncludesTheClassesBelow) {
   QVXCountInstances(1);
   const CFIndex before = QVXLiveInstances("NSColor");
   void* const pool = objc_autoreleasePoolPush();
-  Message<"colorWithDeviceRed:green:blue:alpha:", id(CGFloat, CGFloat, CGFloat, CGFloat)>()(PlatformClass<"NSColor">(),
-                                                                                            0.1F, 0.2F, 0.3F, 1.0F);
+  Message<"colorWithDeviceRed:green:blue:alpha:", id(CGFloat, CGFloat, CGFloat, CGFloat)>()(
+      PlatformClass<"NSColor">(), 0.1F, 0.2F, 0.3F, 1.0F);
   EXPECT_EQ(QVXLiveInstances("NSColor"), before + 1);
   objc_autoreleasePoolPop(pool);
   EXPECT_EQ(QVXLiveInstances("NSColor"), before);

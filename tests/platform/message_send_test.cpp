@@ -17,11 +17,10 @@ TEST(MessageSend, AnswersZeroInBothResultRegistersForNil) {
   std::uint32_t low = 1;
   std::uint32_t high = 1;
   // The second register matters for 64-bit results.
-  __asm__ volatile(
-      "pushl $0\n\tpushl $0\n\tmovl $-1, %%edx\n\tcall *%2\n\taddl $8, %%esp"
-      : "=a"(low), "=&d"(high)
-      : "r"(&objc_msgSend)
-      : "ecx", "memory", "cc");
+  __asm__ volatile("pushl $0\n\tpushl $0\n\tmovl $-1, %%edx\n\tcall *%2\n\taddl $8, %%esp"
+                   : "=a"(low), "=&d"(high)
+                   : "r"(&objc_msgSend)
+                   : "ecx", "memory", "cc");
   EXPECT_EQ(low, 0U);
   EXPECT_EQ(high, 0U);
 }
@@ -86,7 +85,8 @@ TEST(MessageSend, AlignsTheStackForALookUpThatRunsAClassesFirstMethod) {
   for (const char* name : kFresh) {
     const id receiver = reinterpret_cast<id>(objc_getClass(name));
     ASSERT_NE(receiver, nullptr);
-    const id misalignment = Send({receiver, sel_registerName("misalignmentOfInitialize"), offset, &objc_msgSend});
+    const id misalignment =
+        Send({receiver, sel_registerName("misalignmentOfInitialize"), offset, &objc_msgSend});
     EXPECT_EQ(misalignment, nullptr) << "called at offset " << offset;
     offset += 4;
   }

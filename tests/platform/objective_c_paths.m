@@ -4,6 +4,7 @@
 #include <objc/objc-sync.h>
 #include <objc/runtime.h>
 #include <pthread.h>
+#include <setjmp.h>
 
 typedef void (*Body)(void *context);
 
@@ -97,6 +98,23 @@ void ThroughRethrow(Body body, void *context, int *ran) {
   }
 }
 
+struct frame {
+  jmp_buf buffer;
+  void *reserved[4];
+};
+void objc_exception_try_enter(void *);
+void objc_exception_try_exit(void *);
+id objc_exception_extract(void *);
+
+id GuardedInC(Body body, void *context) {
+  struct frame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) != 0) return objc_exception_extract(&frame);
+  body(context);
+  objc_exception_try_exit(&frame);
+  return nil;
+}
+
 id NewException(const char *name, const char *reason) {
   return [NSException exceptionWithName:[NSString stringWithUTF8String:name]
                                  reason:[NSString stringWithUTF8String:reason]
@@ -131,7 +149,8 @@ _Bool IsUnlocked(id lock) {
 
 id NewRootObject(void) { return class_createInstance(objc_getClass("BareRoot"), 0); }
 
-// Classes whose +initialize notes how the stack it runs on lies: a multiple of 16 below its frame's two saved words.
+// Classes whose +initialize notes how the stack it runs on lies: a multiple of 16 below its frame's two saved
+// words.
 static uintptr_t misalignment;
 
 @interface Fresh : NSObject
@@ -175,6 +194,12 @@ static uintptr_t misalignment;
   [NSException raise:@"InInitialize" format:@"for a test"];
 }
 
+@end
+
+@interface RaisesInInitializeToo : RaisesInInitialize
+@end
+
+@implementation RaisesInInitializeToo
 @end
 
 // Implements nothing and hands every message on.

@@ -19,6 +19,7 @@ target_link_libraries(platform_runtime_tests PRIVATE cocoa gnustep gtest warning
 # The compiler does not see the uses that @throw and @synchronized make of their operands.
 set_property(SOURCE objective_c_paths.m PROPERTY COMPILE_OPTIONS
   -Wno-unused-but-set-parameter -Wno-objc-root-class)
+set_property(SOURCE pasteboard_owner.m PROPERTY COMPILE_OPTIONS -Wno-unused-parameter)
 set_property(SOURCE plain_c_paths.c PROPERTY COMPILE_OPTIONS
   -fno-exceptions -fno-unwind-tables -fno-asynchronous-unwind-tables -fno-omit-frame-pointer)
 add_test(NAME platform.runtime COMMAND platform_runtime_tests)
@@ -29,12 +30,20 @@ add_executable(platform_probe probe.cpp)
 target_include_directories(platform_probe PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(platform_probe PRIVATE warnings dl)
 
+# Another process at a pasteboard.
+add_executable(platform_pasteboard_peer pasteboard_peer.m)
+target_link_libraries(platform_pasteboard_peer PRIVATE cocoa gnustep warnings)
+# It uses none of the library's own symbols, only what the library changes in GNUstep.
+target_link_options(platform_pasteboard_peer PRIVATE -Wl,--no-as-needed)
+set_target_properties(platform_pasteboard_peer PROPERTIES LINKER_LANGUAGE CXX)  # knows about run-time search paths
+
 # Starts the probe under conditions of its own.
 add_executable(platform_loading_tests loading_test.cpp child_process.cpp runtime_main.cpp)
 target_include_directories(platform_loading_tests PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(platform_loading_tests PRIVATE gtest warnings dl)
 target_compile_definitions(platform_loading_tests PRIVATE
-  PROBE="$<TARGET_FILE:platform_probe>" LIBRARY="$<TARGET_FILE:cocoa>" BUNDLE="$<TARGET_FILE:QVXColor>")
-add_dependencies(platform_loading_tests platform_probe cocoa QVXColor)
+  PROBE="$<TARGET_FILE:platform_probe>" PEER="$<TARGET_FILE:platform_pasteboard_peer>"
+  LIBRARY="$<TARGET_FILE:cocoa>" BUNDLE="$<TARGET_FILE:QVXColor>")
+add_dependencies(platform_loading_tests platform_probe platform_pasteboard_peer cocoa QVXColor)
 add_test(NAME platform.loading COMMAND platform_loading_tests)
 set_tests_properties(platform.loading PROPERTIES TIMEOUT 120)

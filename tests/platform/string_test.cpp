@@ -115,8 +115,9 @@ TEST_P(UnpairedSurrogate, IsKeptAsAUnitAndHasNoBytes) {
   for (const std::uint32_t encoding : {kUTF8, kUTF16, kUTF32, kASCII, kMacRoman}) {
     const Conversion conversion = Convert(string, encoding, 64);
     EXPECT_FALSE(conversion.whole) << std::hex << encoding;
-    EXPECT_EQ(conversion.bytes.substr(0, 4), std::string("\0\0\0\0", 4).substr(0, encoding == kUTF32 ? 4 : 1) +
-                                                 conversion.bytes.substr(encoding == kUTF32 ? 4 : 1, encoding == kUTF32 ? 0 : 3));
+    EXPECT_EQ(conversion.bytes.substr(0, 4),
+              std::string("\0\0\0\0", 4).substr(0, encoding == kUTF32 ? 4 : 1) +
+                  conversion.bytes.substr(encoding == kUTF32 ? 4 : 1, encoding == kUTF32 ? 0 : 3));
   }
 }
 
@@ -134,7 +135,8 @@ TEST_P(UnpairedSurrogate, SurvivesBeingCopiedComparedAndAppendedTo) {
 INSTANTIATE_TEST_SUITE_P(All, UnpairedSurrogate,
                          testing::Values(std::u16string{0xD800}, std::u16string{0xDC00},
                                          std::u16string{u'a', 0xD83D}, std::u16string{0xDE00, u'a'},
-                                         std::u16string{0xDE00, 0xD83D}, std::u16string{0xD83D, 0xD83D, 0xDE00}));
+                                         std::u16string{0xDE00, 0xD83D},
+                                         std::u16string{0xD83D, 0xD83D, 0xDE00}));
 
 struct Sample {
   std::uint32_t encoding;
@@ -142,7 +144,9 @@ struct Sample {
   std::u16string units;
 };
 
-void PrintTo(const Sample& sample, std::ostream* out) { *out << "encoding 0x" << std::hex << sample.encoding; }
+void PrintTo(const Sample& sample, std::ostream* out) {
+  *out << "encoding 0x" << std::hex << sample.encoding;
+}
 
 class EncodedText : public testing::TestWithParam<Sample> {};
 
@@ -164,7 +168,9 @@ TEST_P(EncodedText, IsRefusedABufferThatIsOneByteShort) {
   EXPECT_EQ(conversion.bytes[0], '\0') << "a part must not pass for the whole";
 }
 
-std::string WithZeros(const char* bytes, std::size_t size) { return std::string(bytes, size); }
+std::string WithZeros(const char* bytes, std::size_t size) {
+  return std::string(bytes, size);
+}
 
 INSTANTIATE_TEST_SUITE_P(
     All, EncodedText,
@@ -174,7 +180,8 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{kWindowsLatin1, WithZeros("\x80\x9F\xE9\xFF", 5), u"\u20AC\u0178\u00E9\u00FF"},
         Sample{kISOLatin1, WithZeros("\x80\xE9\xFF", 4), u"\u0080\u00E9\u00FF"},
         Sample{kUTF8, WithZeros("A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", 11), u"A\u00E9\u20AC\U0001F600"},
-        Sample{kUTF8, WithZeros("\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", 20),
+        Sample{kUTF8,
+               WithZeros("\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", 20),
                u"\u007F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF"},
         Sample{kUTF8, WithZeros("\xEF\xBB\xBFx", 5), u"\uFEFFx"},
         Sample{kUTF16, WithZeros("A\0\xAC\x20\x3D\xD8\x00\xDE\0\0", 10), u"A\u20AC\U0001F600"},
@@ -245,22 +252,21 @@ TEST_P(MalformedText, GivesNothing) {
   EXPECT_EQ(FromBytes(GetParam().bytes.c_str(), GetParam().encoding).Get(), nullptr);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, MalformedText,
-    testing::Values(Malformed{kUTF8, "\x80"},               // continuation alone
-                    Malformed{kUTF8, "a\xC3"},              // cut off
-                    Malformed{kUTF8, "\xE2\x82"},           // cut off
-                    Malformed{kUTF8, "\xF0\x9F\x98"},       // cut off
-                    Malformed{kUTF8, "\xC3("},              // no continuation
-                    Malformed{kUTF8, "\xC0\xAF"},           // overlong
-                    Malformed{kUTF8, "\xE0\x80\xAF"},       // overlong
-                    Malformed{kUTF8, "\xF0\x80\x80\xAF"},   // overlong
-                    Malformed{kUTF8, "\xED\xA0\x80"},       // surrogate
-                    Malformed{kUTF8, "\xF4\x90\x80\x80"},   // past the last code
-                    Malformed{kUTF8, "\xF8\x88\x80\x80\x80"}, Malformed{kUTF8, "\xFF"},
-                    Malformed{kASCII, "caf\xE9"}, Malformed{kWindowsLatin1, "\x81"},
-                    Malformed{kUTF32, std::string("\x00\xD8\0\0\0\0\0\0", 8)},
-                    Malformed{kUTF32, std::string("\x00\x00\x11\0\0\0\0\0", 8)}));
+INSTANTIATE_TEST_SUITE_P(All, MalformedText,
+                         testing::Values(Malformed{kUTF8, "\x80"},              // continuation alone
+                                         Malformed{kUTF8, "a\xC3"},             // cut off
+                                         Malformed{kUTF8, "\xE2\x82"},          // cut off
+                                         Malformed{kUTF8, "\xF0\x9F\x98"},      // cut off
+                                         Malformed{kUTF8, "\xC3("},             // no continuation
+                                         Malformed{kUTF8, "\xC0\xAF"},          // overlong
+                                         Malformed{kUTF8, "\xE0\x80\xAF"},      // overlong
+                                         Malformed{kUTF8, "\xF0\x80\x80\xAF"},  // overlong
+                                         Malformed{kUTF8, "\xED\xA0\x80"},      // surrogate
+                                         Malformed{kUTF8, "\xF4\x90\x80\x80"},  // past the last code
+                                         Malformed{kUTF8, "\xF8\x88\x80\x80\x80"}, Malformed{kUTF8, "\xFF"},
+                                         Malformed{kASCII, "caf\xE9"}, Malformed{kWindowsLatin1, "\x81"},
+                                         Malformed{kUTF32, std::string("\x00\xD8\0\0\0\0\0\0", 8)},
+                                         Malformed{kUTF32, std::string("\x00\x00\x11\0\0\0\0\0", 8)}));
 
 TEST(UnknownEncoding, IsRefusedBothWays) {
   const String string = FromUnits(u"a");
@@ -310,6 +316,8 @@ INSTANTIATE_TEST_SUITE_P(All, Normalized,
                                          Normalization{3, u"\u00E9\u00C5fi\uAC00"},
                                          Normalization{9, u"\u00E9\u212B\uFB01\uAC00"}));
 
-TEST(Normalization, OfNothingIsNothing) { CFStringNormalize(nullptr, 0); }
+TEST(Normalization, OfNothingIsNothing) {
+  CFStringNormalize(nullptr, 0);
+}
 
 }  // namespace

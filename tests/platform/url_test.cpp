@@ -27,7 +27,9 @@ std::string PathOf(CFURLRef url) {
   return text;
 }
 
-CFStringRef NewString(const char* text) { return CFStringCreateWithCString(nullptr, text, 0x08000100); }
+CFStringRef NewString(const char* text) {
+  return CFStringCreateWithCString(nullptr, text, 0x08000100);
+}
 
 // A folder of its own that goes with the test.
 class FileReference : public testing::Test {
@@ -78,7 +80,8 @@ TEST_P(AnyName, LeadsToTheFilesContents) {
   const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
   const CFStringRef path = CFURLCopyFileSystemPath(url, kPOSIX);
   const id data = qvx::Message<"dataWithContentsOfFile:", id(id)>()(
-      qvx::PlatformClass<"NSData">(), reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(path))));
+      qvx::PlatformClass<"NSData">(),
+      reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(path))));
   EXPECT_EQ((qvx::Message<"length", NSUInteger()>()(data)), 8U);
   CFRelease(path);
   CFRelease(url);
@@ -86,8 +89,9 @@ TEST_P(AnyName, LeadsToTheFilesContents) {
 
 INSTANTIATE_TEST_SUITE_P(All, AnyName,
                          testing::Values("plain.icc", "with space", "percent %41 %", "question?and#hash;semi",
-                                         "caf\xC3\xA9", "cafe\xCC\x81", "\xE6\x97\xA5\xE6\x9C\xAC", "a:b", "~",
-                                         "line\nbreak", "\xF0\x9F\x98\x80", "..dots..", "back\\slash", "a&b=c+d"));
+                                         "caf\xC3\xA9", "cafe\xCC\x81", "\xE6\x97\xA5\xE6\x9C\xAC", "a:b",
+                                         "~", "line\nbreak", "\xF0\x9F\x98\x80", "..dots..", "back\\slash",
+                                         "a&b=c+d"));
 
 TEST_F(FileReference, TellsFoldersFromFiles) {
   FSRef ref;

@@ -4,12 +4,12 @@
 // own, with folders of its own, and may hang or crash there.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -67,6 +67,15 @@ std::string contents(const fs::path& file) {
   return text.str();
 }
 
+// What exec wants: pointers to the texts, and a null pointer.
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
 // The program's standard output, without the last line end; or "hangs", "crashes with signal N", "ends with
 // status N".
 std::string run(const std::string& program, const std::vector<std::string>& arguments) {
@@ -75,21 +84,18 @@ std::string run(const std::string& program, const std::vector<std::string>& argu
   const std::string output = (scratch.path() / "output").string();
   const std::string errors = (scratch.path() / "errors").string();
 
+  const std::string profiles = QVX_ICC_FOLDER;
   std::vector<std::string> environment{"GNUSTEP_CONFIG_FILE=" + (scratch.path() / "GNUstep.conf").string(),
                                        "QVX_SCENARIO_FOLDER=" + scratch.path().string(),
-                                       "QVX_ICC_FOLDER=" QVX_ICC_FOLDER,
-                                       "QVX_CMYK_PROFILE=" QVX_ICC_FOLDER "/default_cmyk.icc",
+                                       "QVX_ICC_FOLDER=" + profiles,
+                                       "QVX_CMYK_PROFILE=" + profiles + "/default_cmyk.icc",
                                        "HOME=" + scratch.path().string(),
                                        "LC_ALL=C.UTF-8",
                                        "PATH=/usr/bin:/bin"};
-  std::vector<char*> envp;
-  for (std::string& each : environment) envp.push_back(each.data());
-  envp.push_back(nullptr);
   std::vector<std::string> words{program};
   words.insert(words.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& each : words) argv.push_back(each.data());
-  argv.push_back(nullptr);
+  const std::vector<char*> envp = pointersTo(environment);
+  const std::vector<char*> argv = pointersTo(words);
 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);

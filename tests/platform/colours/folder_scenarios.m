@@ -19,12 +19,22 @@ static void WriteGood(void) {
   [pool release];
 }
 
-// A list with a colour that GNUstep writes and can't read.
+static NSColorList* WithPattern(void) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Pattern"] autorelease];
+  [list setColor:Pattern() forKey:@"pattern"];
+  return list;
+}
+
+// As GNUstep writes it, and can't read it.
 static void WritePoison(void) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
-  NSColorList* list = [[[NSColorList alloc] initWithName:@"Poison"] autorelease];
-  [list setColor:Pattern() forKey:@"pattern"];
-  [list writeToFile:InScratch(@"Poison.clr")];
+  [[NSArchiver archivedDataWithRootObject:WithPattern()] writeToFile:InScratch(@"Pattern.clr") atomically:NO];
+  [pool release];
+}
+
+static void WritePattern(void) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  [WithPattern() writeToFile:InScratch(@"Pattern.clr")];
   [pool release];
 }
 
@@ -77,9 +87,32 @@ static NSString* JunkInFolder(void) {
 
 static NSString* PoisonInFolder(void) {
   InChild(WritePoison);
-  PutFromScratch(UserColours(), @"Poison.clr");
+  PutFromScratch(UserColours(), @"Pattern.clr");
   NSString* raised = RAISED([NSColor redColor]);
   return [NSString stringWithFormat:@"%@, %@", raised, Names()];
+}
+
+static NSString* PatternInFolder(void) {
+  InChild(WritePattern);
+  PutFromScratch(UserColours(), @"Pattern.clr");
+  NSString* raised = RAISED([NSColor redColor]);
+  return [NSString stringWithFormat:@"%@, %@", raised, Names()];
+}
+
+static NSString* PoisonOnRequest(void) {
+  InChild(WritePoison);
+  [NSColor redColor];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"x"
+                                                fromFile:InScratch(@"Pattern.clr")] autorelease];
+  return [[list colorWithKey:@"pattern"] colorSpaceName] ?: @"nil";
+}
+
+// What a program without this library reads.
+static NSString* PatternForOthers(void) {
+  InChild(WritePattern);
+  [NSColor redColor];
+  NSData* data = [NSData dataWithContentsOfFile:InScratch(@"Pattern.clr")];
+  return Shown([[NSUnarchiver unarchiveObjectWithData:data] colorWithKey:@"pattern"]);
 }
 
 static NSString* UnreadableInFolder(void) {
@@ -156,8 +189,13 @@ const Scenario folderScenarios[] = {
     {"no list has an unknown name, or none", "nil, nil", "nil, nil", UnknownName},
     {"junk in a colour folder is passed over", "system colours, Empty, Folder, Good, Junk, Prose, System",
      "system colours, Good, System", JunkInFolder},
-    {"a list with a pattern in a colour folder takes no program down", "NSInvalidArgumentException, ",
-     "nothing, Poison, System", PoisonInFolder},
+    {"another program's list with a pattern in a colour folder takes no program down",
+     "NSInvalidArgumentException, ", "nothing, System", PoisonInFolder},
+    {"a list with a pattern, written to a colour folder, takes no program down",
+     "NSInvalidArgumentException, ", "nothing, Pattern, System", PatternInFolder},
+    {"another program's list with a pattern is read on request", "raises NSInvalidArgumentException",
+     "NSPatternColorSpace", PoisonOnRequest},
+    {"other programs read a grey in a pattern's place", "nil", "0.500 1.000 DeviceWhite", PatternForOthers},
     {"a list that nobody can read in a colour folder takes no program down", "NSInvalidArgumentException, ",
      "nothing, System", UnreadableInFolder},
     {"a list that nobody can read leaves no lock held", "another thread hangs", "another thread goes on",

@@ -1,6 +1,8 @@
 // tests/platform/colours/space_scenarios.m - the predefined colour spaces.
 #import "Scenario.h"
 
+#include <stdlib.h>
+
 static NSString* SharedOnes(void) {
   return YesNo([NSColorSpace sRGBColorSpace] == [NSColorSpace sRGBColorSpace] &&
                [NSColorSpace adobeRGB1998ColorSpace] == [NSColorSpace adobeRGB1998ColorSpace] &&
@@ -151,6 +153,23 @@ static NSString* GenericCMYKProfile(void) {
   return YesNo([[[NSColorSpace genericCMYKColorSpace] ICCProfileData] isEqual:installed]);
 }
 
+static NSString* NoCMYKProfile(void) {
+  setenv("QVX_CMYK_PROFILE", "/nowhere", 1);
+  NSColorSpace* space = [NSColorSpace genericCMYKColorSpace];
+  const CGFloat inks[] = {0.1, 0.2, 0.3, 0.4, 0.5};
+  NSColor* color = [NSColor colorWithColorSpace:space components:inks count:5];
+  return Joined([NSArray arrayWithObjects:[space ICCProfileData] ? @"a profile" : @"none",
+                                          [space localizedName], Shown(color),
+                                          Shown([color colorUsingColorSpaceName:NSDeviceRGBColorSpace]),
+                                          Shown([[NSColor redColor] colorUsingColorSpace:space]), nil]);
+}
+
+static NSString* NotACMYKProfile(void) {
+  setenv("QVX_CMYK_PROFILE", [InScratch(@"rgb.icc") fileSystemRepresentation], 1);
+  [ProfileNamed(@"srgb.icc") writeToFile:InScratch(@"rgb.icc") atomically:NO];
+  return [[NSColorSpace genericCMYKColorSpace] ICCProfileData] ? @"a profile" : @"none";
+}
+
 const Scenario spaceScenarios[] = {
     {"the three new predefined spaces are shared objects", "raises NSInvalidArgumentException", "yes",
      SharedOnes},
@@ -187,5 +206,12 @@ const Scenario spaceScenarios[] = {
     {"a predefined space comes back from a keyed archive as itself", "no", "yes", KeyedRoundTrip},
     {"spaces come back from an unkeyed archive, and so does what follows", "no", "yes", UnkeyedRoundTrip},
     {"generic CMYK carries the CMYK profile that is installed", "no", "yes", GenericCMYKProfile},
+    {"generic CMYK without a profile converts by formula",
+     "none, CMYK, 0.100 0.200 0.300 0.400 0.500 DeviceCMYK, 0.500 0.400 0.300 0.500 DeviceRGB, 0.000 1.000 "
+     "1.000 0.000 1.000 DeviceCMYK",
+     "none, Generic CMYK, 0.100 0.200 0.300 0.400 0.500 Custom Generic CMYK, 0.500 0.400 0.300 0.500 "
+     "DeviceRGB, 0.000 1.000 1.000 0.000 1.000 Custom Generic CMYK",
+     NoCMYKProfile},
+    {"generic CMYK takes no profile of another model", "none", "none", NotACMYKProfile},
     {NULL, NULL, NULL, NULL},
 };

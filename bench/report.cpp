@@ -1,0 +1,155 @@
+// bench/report.cpp - turns what was measured into the table, the JSON and the plot.
+//
+//   report RAW INSTRUCTIONS TABLE JSON PLOT
+//
+// RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call" and
+// may be missing. The exit status is 0 whether or not targets are met: the machine may be busy. The table
+// says which.
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "bench/plot.h"
+
+namespace bench {
+
+namespace {
+
+using nlohmann::json;
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const std::size_t middle = values.size() / 2;
+  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+std::string FullName(const json& row) {
+  return row["platform"].get<std::string>() + "/" + row["name"].get<std::string>();
+}
+
+std::map<std::string, double> ReadInstructions(const char* file) {
+  std::map<std::string, double> counts;
+  std::ifstream input(file);
+  std::string line;
+  while (std::getline(input, line)) {
+    const std::size_t tab = line.find('\t');
+    if (tab != std::string::npos) counts[line.substr(0, tab)] = std::atof(line.c_str() + tab + 1);
+  }
+  return counts;
+}
+
+// Adds to each row its median, its spread, its instructions, its ratio to its limit and whether it meets its
+// target.
+void Evaluate(json& rows, const std::map<std::string, double>& instructions) {
+  std::map<std::string, double> medians;
+  std::map<std::string, double> minima;
+  for (json& row : rows) {
+    const auto samples = row["nanoseconds"].get<std::vector<double>>();
+    row["median"] = Median(samples);
+    row["minimum"] = *std::min_element(samples.begin(), samples.end());
+    row["maximum"] = *std::max_element(samples.begin(), samples.end());
+    medians[FullName(row)] = row["median"];
+    minima[FullName(row)] = row["minimum"];
+    const auto counted = instructions.find(FullName(row));
+    if (counted != instructions.end()) row["instructions"] = counted->second;
+  }
+  for (json& row : rows) {
+    const double median = row["median"];
+    if (!row["limit"].get<std::string>().empty()) {
+      const std::string limit = row["platform"].get<std::string>() + "/" + row["limit"].get<std::string>();
+      row["ratio"] = median / medians.at(limit);
+      row["ratio_of_minima"] = row["minimum"].get<double>() / minima.at(limit);
+      if (row["target"] > 0.0) row["met"] = row["ratio"] <= row["target"];
+    }
+    if (row["target_nanoseconds"] > 0.0) row["met"] = median <= row["target_nanoseconds"];
+  }
+}
+
+std::string Number(double value, int digits) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.*f", digits, value);
+  return text;
+}
+
+std::string Time(double nanoseconds) {
+  if (nanoseconds < 1e3) return Number(nanoseconds, 1) + " ns";
+  if (nanoseconds < 1e6) return Number(nanoseconds / 1e3, 2) + " us";
+  return Number(nanoseconds / 1e6, 2) + " ms";
+}
+
+std::string Target(const json& row) {
+  std::string text;
+  if (row["target"] > 0.0) text = Number(row["target"], 2);
+  if (row["target_nanoseconds"] > 0.0) text = Time(row["target_nanoseconds"]);
+  if (!text.empty()) text += row["met"].get<bool>() ? " met" : " NOT met";
+  return text;
+}
+
+// A count that some rows don't have.
+std::string CountOr(const json& row, const char* key) {
+  return row.contains(key) ? Number(row[key], 1) : "-";
+}
+
+void WriteTable(std::ostream& out, const json& rows) {
+  char line[240];
+  std::string platform;
+  for (const json& row : rows) {
+    if (row["platform"] != platform) {
+      platform = row["platform"];
+      std::snprintf(line, sizeof line, "\n%-46s %11s %11s %11s %9s %7s %7s  %s\n",
+                    (platform + " platform").c_str(), "median", "instruct.", "allocations", "by bundle",
+                    "ratio", "minima", "target");
+      out << line;
+    }
+    const bool hasInstructions = row.contains("instructions");
+    const bool hasRatio = row.contains("ratio");
+    std::snprintf(line, sizeof line, "%-46s %11s %11s %11s %9s %7s %7s  %s",
+                  row["name"].get<std::string>().c_str(), Time(row["median"]).c_str(),
+                  hasInstructions ? Number(row["instructions"], 0).c_str() : "-",
+                  CountOr(row, "allocations").c_str(), CountOr(row, "bundle_allocations").c_str(),
+                  hasRatio ? Number(row["ratio"], 2).c_str() : "",
+                  hasRatio ? Number(row["ratio_of_minima"], 2).c_str() : "", Target(row).c_str());
+    std::string text = line;
+    text.erase(text.find_last_not_of(' ') + 1);
+    if (hasRatio && !row["limit"].get<std::string>().empty()) {
+      text.resize(std::max<std::size_t>(text.size(), 124), ' ');
+      text += " / " + row["limit"].get<std::string>();
+    }
+    out << text << "\n";
+  }
+}
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int count, char** arguments) {
+  if (count != 6) {
+    std::cerr << "report: wanted RAW INSTRUCTIONS TABLE JSON PLOT; use tools/bench\n";
+    return 2;
+  }
+  try {
+    nlohmann::json results = nlohmann::json::parse(std::ifstream(arguments[1]));
+    bench::Evaluate(results["rows"], bench::ReadInstructions(arguments[2]));
+    std::ostringstream table;
+    bench::WriteTable(table, results["rows"]);
+    std::cout << table.str();
+    std::ofstream(arguments[3]) << table.str();
+    std::ofstream(arguments[4]) << results.dump(1) << "\n";
+    std::vector<bench::Bar> bars;
+    for (const auto& row : results["rows"]) {
+      if (!row.contains("ratio")) continue;
+      bars.push_back({row["platform"], row["name"], row["limit"], row["median"],
+                      row["median"].get<double>() / row["ratio"].get<double>(), row["target"]});
+    }
+    bench::WritePlot(arguments[5], bars);
+  } catch (const std::exception& problem) {
+    std::cerr << "report: " << problem.what() << "\n";
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,100 @@
+// bench/rows.h - what a row of the table is, and how one is added.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "bench/allocations.h"
+#include "bench/bundle.h"
+#include "bench/instructions.h"
+
+namespace bench {
+
+// One line of the table: a call that is measured.
+struct Row {
+  std::string platform{};  // "scripted", "real"
+  std::string name;
+  std::string
+      limit{};        // the row of the same platform that this one is compared with; empty for a limit itself
+  double target = 0;  // the largest ratio to the limit; 0 for none
+  double nanoseconds = 0;  // the largest time where that is the target; 0 for none
+  bool counted = true;     // whether its instructions are worth counting
+  bool guarded = false;    // whether its instructions have a budget
+  long iterations = 0;     // a fixed number of calls per repetition; 0 to let time decide
+};
+
+// All rows, in the order of the table, by full name "platform/name".
+std::vector<Row>& AllRows();
+
+// What counts a row's instructions: makes the call so many times inside CountedCalls, warmed up before.
+struct Counted {
+  std::string name;
+  std::function<void(int times)> run;
+};
+std::vector<Counted>& AllCounted();
+
+// How a row's calls are made: with a pool that is drained every so often, or without for calls that
+// autorelease nothing.
+enum class Pooled { kNo, kYes };
+
+template <Pooled pooled, typename Call>
+void Measure(benchmark::State& state, Bundle& bundle, Call& call) {
+  bundle.Activate();
+  Pool pool(bundle.GetPlatform());
+  call();
+  InstructionCounter instructions;
+  const Allocations before = CountAllocations();
+  instructions.Start();
+  for (auto _ : state) {
+    call();
+    if constexpr (pooled == Pooled::kYes) pool.Turn();
+  }
+  instructions.Stop();
+  const Allocations after = CountAllocations();
+  const auto calls = static_cast<double>(state.iterations());
+  state.counters["allocations"] = static_cast<double>(after.all - before.all) / calls;
+  state.counters["bundle_allocations"] = static_cast<double>(after.bundle - before.bundle) / calls;
+  if (instructions.Works()) {
+    state.counters["instructions"] = static_cast<double>(instructions.Count()) / calls;
+  }
+}
+
+// Adds a row. `call` makes the call once and gives back what it gets.
+template <Pooled pooled = Pooled::kNo, typename Call>
+void AddRow(Bundle& bundle, Row row, Call call) {
+  row.platform = bundle.GetPlatform().name;
+  const std::string name = row.platform + "/" + row.name;
+  auto* const registered = benchmark::RegisterBenchmark(
+      name.c_str(),
+      [&bundle, call](benchmark::State& state) mutable { Measure<pooled>(state, bundle, call); });
+  if (row.iterations != 0) registered->Iterations(row.iterations);
+  if (row.counted) {
+    AllCounted().push_back({name, [&bundle, call](int times) mutable {
+                              bundle.Activate();
+                              const Pool pool(bundle.GetPlatform());
+                              call();
+                              call();
+                              CountedCalls([](void* context) { (*static_cast<Call*>(context))(); }, &call,
+                                           times);
+                            }});
+  }
+  AllRows().push_back(std::move(row));
+}
+
+// The rows, by theme. A bundle of each platform goes through each.
+void AddGetterRows(Bundle& bundle);
+void AddFactoryRows(Bundle& bundle);
+void AddStringRows(Bundle& bundle);
+void AddBlockRows(Bundle& bundle);
+void AddExceptionRows(Bundle& bundle);
+void AddColourSpaceRows(Bundle& bundle);
+// Conversions and destructions with that many live wrappers. The bundle must be fresh.
+void AddScaleRows(Bundle& bundle, long live);
+void AddListScaleRows(Bundle& bundle, long colours);
+// Loading `file`, which finds the platform that is loaded globally.
+void AddLoadingRows(Bundle& bundle, const std::string& file);
+
+}  // namespace bench

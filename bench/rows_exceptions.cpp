@@ -1,0 +1,34 @@
+// bench/rows_exceptions.cpp - an NSException from its raise to the host: the dropped one and the converted
+// one.
+#include "bench/bare_frame.h"
+#include "bench/rows.h"
+
+namespace bench {
+
+void AddExceptionRows(Bundle& bundle) {
+  using Factory = qvx::REALobject(double, double, double, double);
+  const Platform& platform = bundle.GetPlatform();
+  const qvx::REALobject colour =
+      bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB")(0.25, 0.5, 0.75, 1.0);
+
+  const SEL whiteComponent = platform.sel_registerName("whiteComponent");
+  AddRow<Pooled::kYes>(bundle, {.name = "raise into a frame"},
+                       [&platform, native = NativeOf(colour), whiteComponent] {
+                         auto send = [&] { platform.Send<float>(native, whiteComponent); };
+                         benchmark::DoNotOptimize(InBareFrame(platform, send));
+                       });
+  auto* const white = bundle.Function<double(qvx::REALobject, std::int32_t)>("NSColorQVX", "whiteComponent");
+  AddRow<Pooled::kYes>(
+      bundle, {.name = "exception dropped by a getter", .limit = "raise into a frame", .guarded = true},
+      [=] { benchmark::DoNotOptimize(white(colour, 0)); });
+  auto* const getWhite = bundle.Function<void(qvx::REALobject, double*)>("NSColorQVX", "getWhite(");
+  AddRow<Pooled::kYes>(
+      bundle, {.name = "exception raised and converted", .limit = "raise into a frame", .guarded = true},
+      [=] {
+        double result;
+        getWhite(colour, &result);
+        benchmark::DoNotOptimize(result);
+      });
+}
+
+}  // namespace bench

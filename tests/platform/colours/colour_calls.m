@@ -1,0 +1,183 @@
+// tests/platform/colours/colour_calls.m - the colour classes, for tests written in C++.
+#import "colour_calls.h"
+
+#include <time.h>
+
+#import "ColourClasses.h"
+
+// GNUstep's leak counters; its header hides them from builds without assertions.
+extern BOOL GSDebugAllocationActive(BOOL active);
+extern int GSDebugAllocationCount(Class class);
+
+// A pasteboard that keeps one piece of data.
+@interface OneDatum : NSObject {
+ @public
+  NSData* datum;
+}
+@end
+
+@implementation OneDatum
+- (BOOL)setData:(NSData*)data forType:(NSString*)type {
+  (void)type;
+  [datum release];
+  datum = [data retain];
+  return YES;
+}
+- (NSData*)dataForType:(NSString*)type {
+  (void)type;
+  return datum;
+}
+- (void)dealloc {
+  [datum release];
+  [super dealloc];
+}
+@end
+
+Space predefinedSpace(const char* selector) {
+  return [NSColorSpace performSelector:NSSelectorFromString([NSString stringWithUTF8String:selector])];
+}
+
+Space spaceFromProfile(const void* bytes, size_t size) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSData* data = [NSData dataWithBytes:bytes length:size];
+  NSColorSpace* space = [[NSColorSpace alloc] initWithICCProfileData:data];
+  [pool release];
+  return space;
+}
+
+void releaseSpace(Space space) { [(id)space release]; }
+
+size_t profileOfSpace(Space space, void* buffer, size_t capacity) {
+  NSData* data = [(NSColorSpace*)space ICCProfileData];
+  if ([data length] <= capacity) [data getBytes:buffer length:[data length]];
+  return [data length];
+}
+
+int componentsOfSpace(Space space) { return [(NSColorSpace*)space numberOfColorComponents]; }
+
+int convertColour(Space from, const float* components, Space to, float* converted) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColor* color = [NSColor colorWithColorSpace:(NSColorSpace*)from
+                                     components:components
+                                          count:[(NSColorSpace*)from numberOfColorComponents] + 1];
+  color = [color colorUsingColorSpace:(NSColorSpace*)to];
+  int count = color ? (int)[color numberOfComponents] : 0;
+  if (color) [color getComponents:converted];
+  [pool release];
+  return count;
+}
+
+static double ProcessorTime(void) {
+  struct timespec now;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return (double)now.tv_sec * 1e6 + (double)now.tv_nsec / 1e3;
+}
+
+double microsecondsToConvert(Space from, Space to, int rounds) {
+  enum { kAtOnce = 1000 };
+  NSAutoreleasePool* outer = [NSAutoreleasePool new];
+  const CGFloat components[kMostComponents] = {0.25, 0.5, 0.75, 0.5, 1};
+  NSColor* color = [NSColor colorWithColorSpace:(NSColorSpace*)from
+                                     components:components
+                                          count:[(NSColorSpace*)from numberOfColorComponents] + 1];
+  [color colorUsingColorSpace:(NSColorSpace*)to];
+  double start = ProcessorTime();
+  for (int done = 0; done < rounds; done += kAtOnce) {
+    NSAutoreleasePool* pool = [NSAutoreleasePool new];
+    for (int i = 0; i < kAtOnce; i++) [color colorUsingColorSpace:(NSColorSpace*)to];
+    [pool release];
+  }
+  double took = ProcessorTime() - start;
+  [outer release];
+  return took / rounds;
+}
+
+int exerciseSpace(Space handle) {
+  NSColorSpace* space = (NSColorSpace*)handle;
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  int answer = 1;
+  @try {
+    [space localizedName];
+    [space description];
+    [space hash];
+    [space isEqual:[NSColorSpace sRGBColorSpace]];
+    const CGFloat components[kMostComponents] = {0.5, 0.25, 0.75, 0.125, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+    NSColor* color = [NSColor colorWithColorSpace:space
+                                       components:components
+                                            count:[space numberOfColorComponents] + 1];
+    NSColor* there = [color colorUsingColorSpace:[NSColorSpace sRGBColorSpace]];
+    [there colorUsingColorSpace:space];
+    [color colorUsingColorSpaceName:NSDeviceCMYKColorSpace];
+    [color description];
+  } @catch (NSException* exception) {
+    answer = kRaised;
+  }
+  [pool release];
+  return answer;
+}
+
+int colorsInListFile(const char* path) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  int answer = -2;
+  @try {
+    NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"
+                                                  fromFile:[NSString stringWithUTF8String:path]] autorelease];
+    if (list) answer = (int)[[list allKeys] count];
+    for (NSString* key in [list allKeys]) [[list colorWithKey:key] colorUsingColorSpaceName:nil];
+  } @catch (NSException* exception) {
+    answer = kRaised;
+  }
+  [pool release];
+  return answer;
+}
+
+int colorFromBytes(const void* bytes, size_t size) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  int answer = kRaised;
+  @try {
+    OneDatum* board = [[OneDatum new] autorelease];
+    board->datum = [[NSData alloc] initWithBytes:bytes length:size];
+    NSColor* color = [NSColor colorFromPasteboard:(NSPasteboard*)board];
+    [color colorUsingColorSpaceName:nil];
+    answer = color ? 1 : 0;
+  } @catch (NSException* exception) {
+    answer = kRaised;
+  }
+  [pool release];
+  return answer;
+}
+
+int writeListFile(const char* path, int withExactColours) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"] autorelease];
+  [list setColor:[NSColor redColor] forKey:@"red"];
+  [list setColor:[NSColor colorWithDeviceWhite:0.5 alpha:1] forKey:@"grey"];
+  [list setColor:[NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1] forKey:@"ink"];
+  [list setColor:[NSColor controlColor] forKey:@"named"];
+  if (withExactColours) {
+    NSMutableData* other = [NSMutableData dataWithData:[[NSColorSpace sRGBColorSpace] ICCProfileData]];
+    ((unsigned char*)[other mutableBytes])[48] ^= 1;  // another manufacturer: another space
+    NSColorSpace* space = [[[NSColorSpace alloc] initWithICCProfileData:other] autorelease];
+    const CGFloat components[] = {0.1, 0.2, 0.3, 0.4};
+    [list setColor:[NSColor colorWithColorSpace:space components:components count:4] forKey:@"exact"];
+    [list setColor:[NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1] forKey:@"sRGB"];
+  }
+  int written = [list writeToFile:[NSString stringWithUTF8String:path]];
+  [pool release];
+  return written;
+}
+
+size_t pasteboardBytes(void* buffer, size_t capacity) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  OneDatum* board = [[OneDatum new] autorelease];
+  [[NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1] writeToPasteboard:(NSPasteboard*)board];
+  size_t size = [board->datum length];
+  if (size <= capacity) [board->datum getBytes:buffer length:size];
+  [pool release];
+  return size;
+}
+
+void countObjects(void) { GSDebugAllocationActive(YES); }
+int liveObjects(const char* className) {
+  return GSDebugAllocationCount(NSClassFromString([NSString stringWithUTF8String:className]));
+}

@@ -1,0 +1,4 @@
+' wants 2 4:9: wanted a member of an array, found Size
+Print "must not run"
+Dim a() As Integer
+Print a.Size

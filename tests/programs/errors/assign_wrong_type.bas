@@ -1,0 +1,3 @@
+' wants 2 3:18: x wants Integer, found String
+Print "must not run"
+Dim x As Integer="text"

@@ -1,0 +1,3 @@
+' wants 2 3:7: wanted &cRRGGBB
+Print "must not run"
+Print &cFFF

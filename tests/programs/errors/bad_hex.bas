@@ -1,0 +1,3 @@
+' wants 2 3:7: wanted digits of base 16
+Print "must not run"
+Print &hXY

@@ -1,0 +1,3 @@
+' wants 2 3:7: no constructor of NSColorSpaceQVX takes (String)
+Print "must not run"
+Print New NSColorSpaceQVX("x")

@@ -1,0 +1,3 @@
+' wants 2 3:7: wanted a closing
+Print "must not run"
+Print "no end

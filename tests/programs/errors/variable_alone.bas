@@ -1,0 +1,4 @@
+' wants 2 4:1: wanted a statement, found the variable x alone
+Print "must not run"
+Dim x As Integer
+x

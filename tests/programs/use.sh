@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# tests/programs/use.sh HOSTRUN FIXTURE-BUNDLE - errors of use: one clear line on stderr, status 2, nothing on stdout.
+set -u
+hostrun=$1
+fixture=$2
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+failed=0
+
+# wants STATUS TEXT COMMAND...: the first line of stderr contains TEXT.
+wants() {
+  local status=$1 text=$2
+  shift 2
+  "$@" >"$folder/out" 2>"$folder/err" </dev/null
+  local found=$?
+  if [ "$found" != "$status" ]; then
+    echo "wanted status $status, found $found: $*"
+    failed=1
+  fi
+  if [ -n "$text" ] && ! head -n 1 "$folder/err" | grep -qF -- "$text"; then
+    printf 'wanted on stderr: %s\nfound: %s\nby: %s\n' "$text" "$(head -n 3 "$folder/err")" "$*"
+    failed=1
+  fi
+  if [ "$status" = 2 ] && [ -s "$folder/out" ]; then
+    echo "wanted nothing on stdout, found: $(head -n 3 "$folder/out"): $*"
+    failed=1
+  fi
+}
+
+echo 'Print "ran"' >"$folder/fine.bas"
+fine=$folder/fine.bas
+wants 2 'no such file' "$hostrun" "$folder/missing.bas"
+wants 2 'found a folder' "$hostrun" "$folder"
+wants 2 'program is required' "$hostrun"
+wants 2 '--frobnicate' "$hostrun" --frobnicate "$fine"
+wants 2 '--host-version' "$hostrun" --host-version new "$fine"
+wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nonsense "$fine"
+wants 2 'found one that it calls unasked' "$hostrun" --without RegisterPluginVersion "$fine"
+wants 0 '' "$hostrun" --help
+
+# Bundles that are none.
+wants 2 'No such file or directory' "$hostrun" --bundle "$folder/missing.so" "$fine"
+wants 2 'found a file that is not ELF' "$hostrun" --bundle "$fine" "$fine"
+: >"$folder/empty.so"
+wants 2 'found a file that is not ELF' "$hostrun" --bundle "$folder/empty.so" "$fine"
+wants 2 'found a 64-bit ELF file' "$hostrun" --bundle /bin/true "$fine"
+wants 2 'found an ELF file that is no shared object' "$hostrun" --bundle <(head -c 16 "$fixture"; printf '\x02\x00\x03\x00'; tail -c +21 "$fixture") "$fine"
+head -c 40 "$fixture" >"$folder/cut.so"
+wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/cut.so" "$fine"
+head -c 4000 "$fixture" >"$folder/half.so"
+wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/half.so" "$fine"
+wants 2 'wanted an exported function REALPluginMain, found none' "$hostrun" --bundle "$(dirname "$hostrun")/libcocoa.so" "$fine"
+wants 2 'wanted a bundle' "$hostrun" --bundle "$folder" "$fine"
+
+# Platforms that are none.
+wants 2 'wanted the platform library, found no such file' "$hostrun" --platform "$folder/missing.so" "$fine"
+wants 2 'wanted a platform library that loads' "$hostrun" --platform "$fine" "$fine"
+wants 2 'wanted a platform library, found a library without' "$hostrun" --platform "$fixture" "$fine"
+
+# Programs that are no text, or too much of it.
+head -c 3000 "$fixture" >"$folder/binary.bas"
+wants 2 'wanted a statement' "$hostrun" "$folder/binary.bas"
+printf 'Print "\xff\xfe"\n' >"$folder/latin.bas"
+wants 2 'wanted text in UTF-8' "$hostrun" "$folder/latin.bas"
+{ printf 'Print '; printf '(%.0s' $(seq 5000); } >"$folder/deep.bas"
+wants 2 'at most' "$hostrun" "$folder/deep.bas"
+{ printf 'Print 1'; printf ' + 1%.0s' $(seq 5000); } >"$folder/long.bas"
+wants 2 'split it' "$hostrun" "$folder/long.bas"
+{ for _ in $(seq 5000); do echo 'If True Then'; done; } >"$folder/blocks.bas"
+wants 2 'nested blocks' "$hostrun" "$folder/blocks.bas"
+{ printf 'Print '; printf 'Not %.0s' $(seq 5000); echo True; } >"$folder/nots.bas"
+wants 2 'in a row' "$hostrun" "$folder/nots.bas"
+: >"$folder/empty.bas"
+wants 0 '' "$hostrun" --leaks "$folder/empty.bas"
+printf '\xef\xbb\xbfPrint "mark"\r\nPrint "lines"\r\n' >"$folder/windows.bas"
+wants 0 '' "$hostrun" --leaks "$folder/windows.bas"
+
+# A bundle that needs no platform.
+cat >"$folder/fixture.bas" <<'END'
+Dim f As New Fixture(5)
+Print f.Number, f.Word, f.Title, Fixture.Answer, Fixture.Greeting
+f.Number = f.Number + 1
+f.Number += 1
+Print f.Number, f.AddIntegers(1), f.Invert(&c00FF00), f.NotBoolean(False)
+Dim a As Double = 1, list() As Double = Array(2.0)
+f.Swap a, list(0)
+Print a, list(0), Fixture.Total(1, 2, 3), Fixture.Total(list), Fixture.Countdown(3)(0)
+Print f.EchoVariant(7), f.EchoVariant("text"), f.EchoVariant(f) Is f, f.Echo("s"), f.Echo(f) Is f
+Try
+  Fixture.Fail "message"
+Catch e As UnsupportedOperationException
+  Print e.Message, e.ErrorNumber
+End Try
+Try
+  Fixture.Throw
+Catch e As RuntimeException
+  Print e.Message
+End Try
+Print Fixture.Live
+END
+cat >"$folder/fixture.out" <<'END'
+5 77 a fixture 42 hello
+7 11 &cFF00FF True
+2 1 6 1 3
+7 text True s True
+message 7
+An exception that is no NSException came out of Throw.
+1
+END
+wants 0 '' "$hostrun" --leaks --platform none --bundle "$fixture" "$folder/fixture.bas"
+if ! diff "$folder/fixture.out" "$folder/out"; then
+  echo 'wanted the output above, found another of fixture.bas'
+  failed=1
+fi
+exit $failed
