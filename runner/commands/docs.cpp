@@ -21,10 +21,10 @@ namespace {
 std::string FindDescriptions() {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  const auto folder = self.parent_path().parent_path();
-  const auto installed = folder / "share/doc/qvxcolor/reference.txt";
+  const auto folder = self.parent_path();
+  const auto installed = (folder / QVX_DOC_FROM_BIN / "reference.txt").lexically_normal();
   if (!error && std::filesystem::exists(installed, error)) return installed.native();
-  return (folder / "docs/reference.txt").native();
+  return (folder / "../docs/reference.txt").lexically_normal().native();
 }
 
 int Refuse(const std::string& line) {

@@ -13,17 +13,23 @@ namespace {
 
 constexpr const char* kNoPlatform = "none";
 
-std::string BesideExecutable(const char* file) {
+// Beside the executable, as a build leaves it, or where an installation puts what is private.
+std::string FindFile(const char* name) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  return error ? file : (self.parent_path() / file).native();
+  if (error) return name;
+  const auto beside = self.parent_path() / name;
+  const auto installed = (self.parent_path() / QVX_PRIVATE_FROM_BIN / name).lexically_normal();
+  return std::filesystem::exists(installed, error) && !std::filesystem::exists(beside, error)
+             ? installed.native()
+             : beside.native();
 }
 
 }  // namespace
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
-  options.bundle = BesideExecutable("QVXColor.so");
-  options.platform = BesideExecutable("libcocoa.so");
+  options.bundle = FindFile("QVXColor.so");
+  options.platform = FindFile("libcocoa.so");
   const char* const group = "Host";
   app.add_option("--bundle", options.bundle, "The bundle to load")->option_text("FILE")->group(group);
   app.add_option("--platform", options.platform,
