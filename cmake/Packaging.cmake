@@ -14,16 +14,21 @@ cmake_path(RELATIVE_PATH private_path BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_DOCDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE doc_from_bin)
 target_compile_definitions(runner_commands PRIVATE
   QVX_PRIVATE_FROM_BIN="${private_from_bin}" QVX_DOC_FROM_BIN="${doc_from_bin}")
-set_target_properties(hostrun PROPERTIES INSTALL_RPATH "$ORIGIN/${private_from_bin}/usr/lib")
-set_target_properties(cocoa PROPERTIES INSTALL_RPATH "$ORIGIN/usr/lib")
+# The build's own run-time path is among the link options; the install script replaces it. CMake's way of doing so would
+# end the build's path with an empty entry, which stands for the current folder.
+set_target_properties(hostrun cocoa PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
 
 install(TARGETS hostrun RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS QVXColor cocoa LIBRARY DESTINATION ${private_folder})
 
 # The closure of both without the machine's own run-time, by what each file names. libobjc and libgomp come with the
 # compiler and are carried along.
+set(hostrun_installed ${CMAKE_INSTALL_BINDIR}/hostrun)
+set(cocoa_installed ${private_folder}/libcocoa.so)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/install_libraries.cmake.in ${PROJECT_BINARY_DIR}/install_libraries.cmake @ONLY)
-install(SCRIPT ${PROJECT_BINARY_DIR}/install_libraries.cmake)
+install(CODE "execute_process(
+  COMMAND \"${CMAKE_COMMAND}\" \"-Droot=\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\" -P \"${PROJECT_BINARY_DIR}/install_libraries.cmake\"
+  COMMAND_ERROR_IS_FATAL ANY)")
 foreach(folder Colors Libraries)
   install(DIRECTORY ${QVX_SYSROOT}/usr/share/GNUstep/${folder} DESTINATION ${private_folder}/usr/share/GNUstep)
 endforeach()

@@ -11,11 +11,12 @@ add_library(sysroot_headers INTERFACE)
 target_include_directories(sysroot_headers SYSTEM INTERFACE
   ${QVX_SYSROOT}/usr/include)
 
-# What a program or library needs to find the sysroot's libraries at run-time, where it is built; an installation has a
-# path of its own. DT_RPATH, not DT_RUNPATH: it must hold for the libraries' own dependencies too.
-string(REPLACE ":" ";" CMAKE_BUILD_RPATH ${QVX_SYSROOT_LIBS})
+# What a program or library needs to find the sysroot's libraries at run-time. DT_RPATH, not DT_RUNPATH: it must
+# hold for the libraries' own dependencies too.
 add_library(sysroot_rpath INTERFACE)
-target_link_options(sysroot_rpath INTERFACE -Wl,--disable-new-dtags -Wl,-rpath-link,${QVX_SYSROOT_LIBS})
+target_link_options(sysroot_rpath INTERFACE
+  -Wl,--disable-new-dtags
+  -Wl,-rpath,${QVX_SYSROOT_LIBS} -Wl,-rpath-link,${QVX_SYSROOT_LIBS})
 
 # sysroot_library(target file...): an imported library by its files below the sysroot.
 function(sysroot_library target)

@@ -14,7 +14,7 @@ fail() {
 }
 
 rm -rf "$work/packages"
-(cd "$build" && cpack -B "$work/packages") >"$work/log" 2>&1 || {
+(cd "$build" && cpack -B "$work/cpack" -D CPACK_OUTPUT_FILE_PREFIX="$work/packages") >"$work/log" 2>&1 || {
   cat "$work/log"
   exit 1
 }
@@ -28,10 +28,10 @@ dpkg-deb -f "$deb" Depends | grep -q libc6-i386 || fail "the .deb wants the 32-b
 
 # The run-time of the machine, where the 32-bit loader finds it without a configuration.
 base=$work/base
-mkdir -p "$base"/{lib/i386-linux-gnu,etc,tmp,proc,dev,root}
+mkdir -p "$base"/{lib,lib32,etc,tmp,proc,dev,root}
 cp -L /lib/ld-linux.so.2 "$base/lib/"
 for library in libc.so.6 libm.so.6 libdl.so.2 libpthread.so.0 librt.so.1 libresolv.so.2 libgcc_s.so.1 libstdc++.so.6; do
-  cp -L "$("$cxx" -m32 -print-file-name="$library")" "$base/lib/i386-linux-gnu/" || exit 1
+  cp -L "$("$cxx" -m32 -print-file-name="$library")" "$base/lib32/" || exit 1
 done
 gconv=$(dirname "$("$cxx" -m32 -print-file-name=libc.so.6)")/gconv
 for folder in "$gconv" /usr/lib32/gconv; do
@@ -78,8 +78,9 @@ try() {
     else
       env -i HOME="$root/root" "$root$hostrun" "$root$documents/examples/$program.bas" >"$work/out" 2>"$work/err"
     fi
-    diff "$source/examples/$program.out" "$work/out" || {
+    cmp -s "$source/examples/$program.out" "$work/out" || {
       fail "$name runs $program.bas"
+      diff "$source/examples/$program.out" "$work/out" | head -n 5
       cat "$work/err"
     }
   done
