@@ -9,8 +9,9 @@
 
 #include "runner/commands/check.h"
 #include "runner/commands/classes.h"
-#include "runner/commands/repl.h"
+#include "runner/commands/docs.h"
 #include "runner/commands/run.h"
+#include "runner/commands/swatches.h"
 #include "runner/commands/trace.h"
 #include "runner/language/program.h"
 
@@ -53,9 +54,13 @@ constexpr Command kCommands[] = {
      [](CLI::App& app, const std::string& name, int argc, char** argv) {
        return Start(app, name, &hostrun::AddTraceOptions, &hostrun::Trace, argc, argv);
      }},
-    {"repl", "Runs statements as they are typed and shows values.",
+    {"docs", "Writes the reference of the registered classes as one HTML page.",
      [](CLI::App& app, const std::string& name, int argc, char** argv) {
-       return Start(app, name, &hostrun::AddReplOptions, &hostrun::Repl, argc, argv);
+       return Start(app, name, &hostrun::AddDocsOptions, &hostrun::Docs, argc, argv);
+     }},
+    {"swatches", "Draws colours in a picture.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddSwatchesOptions, &hostrun::Swatches, argc, argv);
      }},
 };
 
@@ -75,6 +80,7 @@ int Dispatch(int argc, char** argv) {
              "\nExample:\n  hostrun examples/first-colors.bas\n\n"
              "Exit status: 0 fine, 1 an uncaught host exception (or a leak with --leaks), 2 an error of use "
              "or in the program.");
+  app.set_version_flag("--version", "hostrun " QVX_VERSION);
   return Start(app, "hostrun", &hostrun::AddRunOptions, &hostrun::Run, argc, argv);
 }
 

@@ -15,10 +15,16 @@ constexpr const char* kNoPlatform = "none";
 
 }  // namespace
 
-std::string BesideExecutable(const char* file) {
+// Beside the executable, as a build leaves it, or where an installation puts what is private.
+std::string BesideExecutable(const char* name) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  return error ? file : (self.parent_path() / file).native();
+  if (error) return name;
+  const auto beside = self.parent_path() / name;
+  const auto installed = (self.parent_path() / QVX_PRIVATE_FROM_BIN / name).lexically_normal();
+  return std::filesystem::exists(installed, error) && !std::filesystem::exists(beside, error)
+             ? installed.native()
+             : beside.native();
 }
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {

@@ -102,10 +102,20 @@ void PushByType(ArgumentWords& words, const Type& type, const Value& value) {
   }
 }
 
+// The call itself; the result is the runner's own reference.
+Value CallAcross(const Method& method, const ArgumentWords& words) {
+  const Object* const newestBefore = FirstLiveObject();
+  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
+  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
+    LockObject(result.object());
+  }
+  return result;
+}
+
 Value CallObserved(const Method& method, const ArgumentWords& words) {
   observer->Enter(method, words);
   try {
-    Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
+    Value result = CallAcross(method, words);
     ThrowPendingException();
     observer->Leave(method, words, &result, nullptr);
     return result;
@@ -198,12 +208,8 @@ Value BoxedVariant(const Value& value) {
 
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
-  const Object* const newestBefore = FirstLiveObject();
   if (observer != nullptr && method.origin == Origin::Bundle) return CallObserved(method, words);
-  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
-  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
-    LockObject(result.object());
-  }
+  Value result = CallAcross(method, words);
   ThrowPendingException();
   return result;
 }
