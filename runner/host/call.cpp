@@ -12,6 +12,8 @@ namespace hostrun {
 namespace {
 
 constinit Surroundings surroundings;
+using Replaced = void (*)(Object* self, void* before);
+constinit Replaced nativeReplaced = nullptr;
 constinit bool resultsUnlocked = false;
 constinit std::uint64_t bundleCalls = 0;
 
@@ -107,7 +109,13 @@ void SetSurroundings(const Surroundings& s) {
   surroundings = s;
 }
 
-void SetResultsUnlocked(bool unlocked) { resultsUnlocked = unlocked; }
+void SetNativeReplaced(void (*replaced)(Object* self, void* before)) {
+  nativeReplaced = replaced;
+}
+
+void SetResultsUnlocked(bool unlocked) {
+  resultsUnlocked = unlocked;
+}
 
 std::uint64_t BundleCalls() {
   return bundleCalls;
@@ -124,13 +132,13 @@ ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(typ
       break;
     case Kind::String:
       LockString(value.string());
-      store(value.string());
+      store(reinterpret_cast<std::uintptr_t>(value.string()));
       break;
     case Kind::Object:
     case Kind::Array:
     case Kind::Variant:
       LockObject(value.object());
-      store(value.object());
+      store(reinterpret_cast<std::uintptr_t>(value.object()));
       break;
     default:
       store(value.AsInt64());
@@ -164,10 +172,14 @@ Value BoxedVariant(const Value& value) {
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
   const Object* const newestBefore = FirstLiveObject();
+  Object* const self = method.shared ? nullptr : reinterpret_cast<Object*>(words.data()[0]);
+  void* const native = self == nullptr ? nullptr : NativePointerOf(self);
   Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
   if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
     LockObject(result.object());
   }
+  if (native != nullptr && NativePointerOf(self) != native && nativeReplaced != nullptr)
+    nativeReplaced(self, native);
   ThrowPendingException();
   return result;
 }

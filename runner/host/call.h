@@ -18,8 +18,12 @@ struct Surroundings {
 };
 void SetSurroundings(const Surroundings& surroundings);
 
-// A host without "REALLockObject" gets known objects back without a reference; the runner then takes one itself.
+// A host without "REALLockObject" gets known objects back without a reference; the runner then takes one
+// itself.
 void SetResultsUnlocked(bool unlocked);
+
+// Called when a method has given up the native object of its instance for another, or for none.
+void SetNativeReplaced(void (*replaced)(Object* self, void* before));
 
 // Calls into the bundle so far.
 std::uint64_t BundleCalls();
