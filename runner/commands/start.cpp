@@ -13,13 +13,13 @@ namespace {
 
 constexpr const char* kNoPlatform = "none";
 
+}  // namespace
+
 std::string BesideExecutable(const char* file) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   return error ? file : (self.parent_path() / file).native();
 }
-
-}  // namespace
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
   options.bundle = BesideExecutable("QVXColor.so");
