@@ -180,7 +180,8 @@ class ForEach final : public Step {
     const Value held = array_->Eval(frame);
     if (held.object() == nullptr) RaiseAt(array_->at, "NilObjectException", "The array is nil.");
     const std::vector<Value>& items = ArrayDataOf(held.object()).items;
-    for (std::size_t i = 0; i < items.size(); ++i) {  // the body may change the array
+    // By index: the body may change the array.
+    for (std::size_t i = 0; i < items.size(); ++i) {  // NOLINT(modernize-loop-convert)
       static_cast<const Place&>(*variable_).Store(frame, items[i]);
       Flow flow = body_.Run(frame);
       if (!GoesOn(flow, number_)) return flow;
