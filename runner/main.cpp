@@ -4,12 +4,17 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <string_view>
 
+#include "runner/commands/check.h"
+#include "runner/commands/classes.h"
 #include "runner/commands/docs.h"
+#include "runner/commands/repl.h"
 #include "runner/commands/run.h"
 #include "runner/commands/swatches.h"
+#include "runner/commands/trace.h"
 #include "runner/language/program.h"
 
 namespace {
@@ -39,6 +44,22 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
+    {"classes", "Shows the registered classes and their members.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddClassesOptions, &hostrun::Classes, argc, argv);
+     }},
+    {"check", "Checks a bundle: its file, its records, every function.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddCheckOptions, &hostrun::Check, argc, argv);
+     }},
+    {"trace", "Runs a program and shows each call as it crosses.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddTraceOptions, &hostrun::Trace, argc, argv);
+     }},
+    {"repl", "Runs statements as they are typed and shows values.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddReplOptions, &hostrun::Repl, argc, argv);
+     }},
     {"docs", "Writes the reference of the registered classes as one HTML page.",
      [](CLI::App& app, const std::string& name, int argc, char** argv) {
        return Start(app, name, &hostrun::AddDocsOptions, &hostrun::Docs, argc, argv);
@@ -72,7 +93,12 @@ int Dispatch(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int status = Dispatch(argc, argv);
+  int status = hostrun::kExitUse;
+  try {
+    status = Dispatch(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "hostrun: %s\n", error.what());
+  }
   std::fflush(nullptr);
   // The platform's threads and tables need no tidying, and the process is over.
   _exit(status);

@@ -13,23 +13,22 @@ namespace {
 
 constexpr const char* kNoPlatform = "none";
 
-// Beside the executable, as a build leaves it, or where an installation puts what is private.
-std::string FindFile(const char* name) {
+}  // namespace
+
+std::string BesideExecutable(const char* file) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (error) return name;
-  const auto beside = self.parent_path() / name;
-  const auto installed = (self.parent_path() / QVX_PRIVATE_FROM_BIN / name).lexically_normal();
+  if (error) return file;
+  const auto beside = self.parent_path() / file;
+  const auto installed = (self.parent_path() / QVX_PRIVATE_FROM_BIN / file).lexically_normal();
   return std::filesystem::exists(installed, error) && !std::filesystem::exists(beside, error)
              ? installed.native()
              : beside.native();
 }
 
-}  // namespace
-
 void AddHostOptions(CLI::App& app, HostOptions& options) {
-  options.bundle = FindFile("QVXColor.so");
-  options.platform = FindFile("libcocoa.so");
+  options.bundle = BesideExecutable("QVXColor.so");
+  options.platform = BesideExecutable("libcocoa.so");
   const char* const group = "Host";
   app.add_option("--bundle", options.bundle, "The bundle to load")->option_text("FILE")->group(group);
   app.add_option("--platform", options.platform,

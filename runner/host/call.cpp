@@ -14,6 +14,7 @@ namespace {
 constinit Surroundings surroundings;
 constinit bool resultsUnlocked = false;
 constinit std::uint64_t bundleCalls = 0;
+constinit CallObserver* observer = nullptr;
 
 // New objects stand first in the list of live ones.
 bool IsNewerThan(const Object* object, const Object* newestBefore) {
@@ -101,7 +102,41 @@ void PushByType(ArgumentWords& words, const Type& type, const Value& value) {
   }
 }
 
+Value CallObserved(const Method& method, const ArgumentWords& words) {
+  observer->Enter(method, words);
+  try {
+    Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
+    ThrowPendingException();
+    observer->Leave(method, words, &result, nullptr);
+    return result;
+  } catch (const HostException& exception) {
+    observer->Leave(method, words, nullptr, exception.object());
+    throw;
+  }
+}
+
+// A constructor or destructor that somebody sees.
+class ObservedLife {
+ public:
+  ObservedLife(const Class& cls, bool constructor) : class_(cls), constructor_(constructor) {
+    if (observer != nullptr && cls.origin == Origin::Bundle) observer->EnterLife(class_, constructor_);
+  }
+  ObservedLife(const ObservedLife&) = delete;
+  ObservedLife& operator=(const ObservedLife&) = delete;
+  ~ObservedLife() {
+    if (observer != nullptr && class_.origin == Origin::Bundle) observer->LeaveLife(class_, constructor_);
+  }
+
+ private:
+  const Class& class_;
+  bool constructor_;
+};
+
 }  // namespace
+
+void SetCallObserver(CallObserver* newObserver) {
+  observer = newObserver;
+}
 
 void SetSurroundings(const Surroundings& s) {
   surroundings = s;
@@ -164,6 +199,7 @@ Value BoxedVariant(const Value& value) {
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
   const Object* const newestBefore = FirstLiveObject();
+  if (observer != nullptr && method.origin == Origin::Bundle) return CallObserved(method, words);
   Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
   if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
     LockObject(result.object());
@@ -226,6 +262,7 @@ void CallLifecycle(const Class& cls, void (*function)(qvx::REALobject), Object* 
     function(HandleOf(object));
     return;
   }
+  const ObservedLife life(cls, cls.definition != nullptr && function == cls.definition->constructor);
   try {
     Cross(cls.name, [&] {
       function(HandleOf(object));
