@@ -3,6 +3,7 @@
 #   bin/hostrun                         finds what follows relative to itself
 #   lib/qvxcolor/QVXColor.so            the bundle
 #   lib/qvxcolor/libcocoa.so            the platform library
+#   lib/qvxcolor/libhostrun-trace.so    what "hostrun trace" puts before the platform library
 #   lib/qvxcolor/usr/lib/*.so.*         the 32-bit libraries that they need, all but the C and C++ run-time
 #   lib/qvxcolor/usr/{lib,share}/GNUstep   what GNUstep reads at run-time; libcocoa.so looks for it beside GNUstep's libraries
 #   share/doc/qvxcolor                  documents, examples, licences
@@ -19,7 +20,7 @@ target_compile_definitions(runner_commands PRIVATE
 set_target_properties(hostrun cocoa PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
 
 install(TARGETS hostrun RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS QVXColor cocoa LIBRARY DESTINATION ${private_folder})
+install(TARGETS QVXColor cocoa hostrun_trace LIBRARY DESTINATION ${private_folder})
 
 # The closure of both without the machine's own run-time, by what each file names. libobjc and libgomp come with the
 # compiler and are carried along.

@@ -4,12 +4,14 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <string_view>
 
 #include "runner/commands/check.h"
 #include "runner/commands/classes.h"
 #include "runner/commands/docs.h"
+#include "runner/commands/repl.h"
 #include "runner/commands/run.h"
 #include "runner/commands/swatches.h"
 #include "runner/commands/trace.h"
@@ -54,6 +56,10 @@ constexpr Command kCommands[] = {
      [](CLI::App& app, const std::string& name, int argc, char** argv) {
        return Start(app, name, &hostrun::AddTraceOptions, &hostrun::Trace, argc, argv);
      }},
+    {"repl", "Runs statements as they are typed and shows values.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddReplOptions, &hostrun::Repl, argc, argv);
+     }},
     {"docs", "Writes the reference of the registered classes as one HTML page.",
      [](CLI::App& app, const std::string& name, int argc, char** argv) {
        return Start(app, name, &hostrun::AddDocsOptions, &hostrun::Docs, argc, argv);
@@ -87,7 +93,12 @@ int Dispatch(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int status = Dispatch(argc, argv);
+  int status = hostrun::kExitUse;
+  try {
+    status = Dispatch(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "hostrun: %s\n", error.what());
+  }
   std::fflush(nullptr);
   // The platform's threads and tables need no tidying, and the process is over.
   _exit(status);

@@ -185,7 +185,7 @@ std::vector<ColourCard> ColoursOfListFile(const std::string& path) {
     throw std::runtime_error(
         path + ": wanted a colour-list file, found something that the platform can't read as one");
   }
-  const PlatformId keys = Send<PlatformId>(NativePointerOf(list.get()), "allKeys");
+  const auto keys = Send<PlatformId>(NativePointerOf(list.get()), "allKeys");
   const auto count = Send<unsigned>(keys, "count");
   const Method& colourWithKey = WantedMethod(cls, "colorWithKey", 1);
   std::vector<ColourCard> cards;

@@ -98,8 +98,8 @@ std::string SwatchHtml(const ColourCard& card) {
   const std::string css = "rgb(" + Percent(card.red) + " " + Percent(card.green) + " " + Percent(card.blue) +
                           " / " + Percent(card.alpha) + ")";
   const std::string detail = card.components.empty() ? card.space : card.space + " " + card.components;
-  return "<div class=\"swatch\"><span style=\"--c:" + css + "\"></span><b>" + Escaped(value) + "</b><small>" +
-         Escaped(detail) + "</small></div>\n";
+  return R"(<div class="swatch"><span style="--c:)" + css + R"("></span><b>)" + Escaped(value) +
+         "</b><small>" + Escaped(detail) + "</small></div>\n";
 }
 
 class Page {
@@ -132,9 +132,9 @@ class Page {
       members_.clear();
       for (const Member& member : MembersOf(*cls)) members_[member.Key()] = member;
     }
-    main_ += "<section class=\"class\" id=\"" + text.name + "\">\n<h2>" + text.name + "</h2>\n" +
+    main_ += R"(<section class="class" id=")" + text.name + "\">\n<h2>" + text.name + "</h2>\n" +
              Paragraphs(text.said);
-    contents_ += "<section><h2><a href=\"#" + text.name + "\">" + text.name + "</a></h2>\n";
+    contents_ += R"(<section><h2><a href="#)" + text.name + R"(">)" + text.name + "</a></h2>\n";
     for (const GroupText& group : text.groups) {
       main_ += "<section class=\"group\">\n<h3>" + Escaped(group.title) + "</h3>\n" + Paragraphs(group.said) +
                Fields(group.said);

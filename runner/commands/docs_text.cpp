@@ -26,7 +26,7 @@ class Reader {
     }
     if (said_ == nullptr) Fail("a [class NAME] before any text", line);
     if (line.starts_with(kIndent)) {
-      if (!openIsField_) Fail("an indented line only below a \"nil:\", \"raises:\" or \"note:\"", line);
+      if (!openIsField_) Fail(R"(an indented line only below a "nil:", "raises:" or "note:")", line);
       *open_ += ' ' + line.substr(kIndent.size());
       return;
     }

@@ -38,7 +38,7 @@ bool IsColour(const Value& value) {
 }
 
 // "sunrise:" names the colour "sunrise".
-std::string PlainLabel(std::string label) {
+std::string PlainLabel(const std::string& label) {
   const auto first = label.find_first_not_of(" \t");
   const auto last = label.find_last_not_of(" \t:=");
   return first == std::string::npos || last == std::string::npos ? std::string()

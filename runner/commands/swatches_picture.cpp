@@ -91,10 +91,10 @@ class Drawing {
     Text(kMargin, kMargin + 18, picture.title, 20, true, kStrong, 1e4);
     Text(kMargin, kMargin + 40, picture.subtitle, 12, false, kSoft, 1e4);
     for (std::size_t i = 0; i < picture.cards.size(); ++i) {
-      const auto column = static_cast<double>(i % static_cast<std::size_t>(picture.columns));
-      const auto row = static_cast<double>(i / static_cast<std::size_t>(picture.columns));
-      Card(picture.cards[i], kMargin + column * (kCardWidth + kGap),
-           kMargin + kHeader + row * (kCardHeight + kGap));
+      const std::size_t row = i / static_cast<std::size_t>(picture.columns);
+      const std::size_t column = i % static_cast<std::size_t>(picture.columns);
+      Card(picture.cards[i], kMargin + static_cast<double>(column) * (kCardWidth + kGap),
+           kMargin + kHeader + static_cast<double>(row) * (kCardHeight + kGap));
     }
   }
 
@@ -165,7 +165,9 @@ class Drawing {
     } else {
       Colour(kEdge);
       cairo_set_line_width(pen, 2);
-      for (double at = -kSwatchHeight; at < kCardWidth; at += 12) {
+      constexpr int kStripe = 12;
+      for (int i = -static_cast<int>(kSwatchHeight); i < static_cast<int>(kCardWidth); i += kStripe) {
+        const double at = i;
         cairo_move_to(pen, x + at, y + kSwatchHeight);
         cairo_line_to(pen, x + at + kSwatchHeight, y);
       }
@@ -228,9 +230,9 @@ Ink InkOn(const ColourCard& card) {
 
 void WriteSwatchPicture(const SwatchPicture& picture, const std::string& file) {
   const auto columns = static_cast<std::size_t>(picture.columns);
-  const auto rows = static_cast<double>((picture.cards.size() + columns - 1) / columns);
+  const std::size_t rows = (picture.cards.size() + columns - 1) / columns;
   const double width = 2 * kMargin + picture.columns * (kCardWidth + kGap) - kGap;
-  const double height = 2 * kMargin + kHeader + rows * (kCardHeight + kGap) - kGap;
+  const double height = 2 * kMargin + kHeader + static_cast<double>(rows) * (kCardHeight + kGap) - kGap;
   const std::string extension = LowerName(std::filesystem::path(file).extension().native());
   if (extension != ".png" && extension != ".svg") {
     throw std::runtime_error(file + ": wanted a file name that ends in .png or .svg, found " +
