@@ -18,4 +18,9 @@ BoundProgram Compile(const Source& source);
 // Runs it to its end, reports an uncaught exception on stderr, releases all of its variables. Gives the exit status.
 int RunProgram(const BoundProgram& program, const Source& source);
 
+// What RunProgram does around a program, for who runs one in parts.
+void BeginRunning();
+void EndRunning();
+void ReportUncaught(const Source& source, Object* exception);
+
 }  // namespace hostrun
