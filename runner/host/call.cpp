@@ -12,6 +12,8 @@ namespace hostrun {
 namespace {
 
 constinit Surroundings surroundings;
+using Replaced = void (*)(Object* self, void* before);
+constinit Replaced nativeReplaced = nullptr;
 constinit bool resultsUnlocked = false;
 constinit std::uint64_t bundleCalls = 0;
 constinit CallObserver* observer = nullptr;
@@ -102,11 +104,26 @@ void PushByType(ArgumentWords& words, const Type& type, const Value& value) {
   }
 }
 
+// The call itself and what the host owes after it: a reference where the bundle could take none, a pair that
+// the instance cache must forget, and the exception that was raised.
+Value CallAcross(const Method& method, const ArgumentWords& words) {
+  const Object* const newestBefore = FirstLiveObject();
+  Object* const self = method.shared ? nullptr : reinterpret_cast<Object*>(words.data()[0]);
+  void* const native = self == nullptr ? nullptr : NativePointerOf(self);
+  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
+  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
+    LockObject(result.object());
+  }
+  const bool replaced = native != nullptr && NativePointerOf(self) != native;
+  if (replaced && nativeReplaced != nullptr) nativeReplaced(self, native);
+  ThrowPendingException();
+  return result;
+}
+
 Value CallObserved(const Method& method, const ArgumentWords& words) {
   observer->Enter(method, words);
   try {
-    Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
-    ThrowPendingException();
+    Value result = CallAcross(method, words);
     observer->Leave(method, words, &result, nullptr);
     return result;
   } catch (const HostException& exception) {
@@ -142,7 +159,13 @@ void SetSurroundings(const Surroundings& s) {
   surroundings = s;
 }
 
-void SetResultsUnlocked(bool unlocked) { resultsUnlocked = unlocked; }
+void SetNativeReplaced(void (*replaced)(Object* self, void* before)) {
+  nativeReplaced = replaced;
+}
+
+void SetResultsUnlocked(bool unlocked) {
+  resultsUnlocked = unlocked;
+}
 
 std::uint64_t BundleCalls() {
   return bundleCalls;
@@ -159,13 +182,13 @@ ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(typ
       break;
     case Kind::String:
       LockString(value.string());
-      store(value.string());
+      store(reinterpret_cast<std::uintptr_t>(value.string()));
       break;
     case Kind::Object:
     case Kind::Array:
     case Kind::Variant:
       LockObject(value.object());
-      store(value.object());
+      store(reinterpret_cast<std::uintptr_t>(value.object()));
       break;
     default:
       store(value.AsInt64());
@@ -198,14 +221,8 @@ Value BoxedVariant(const Value& value) {
 
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
-  const Object* const newestBefore = FirstLiveObject();
   if (observer != nullptr && method.origin == Origin::Bundle) return CallObserved(method, words);
-  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
-  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
-    LockObject(result.object());
-  }
-  ThrowPendingException();
-  return result;
+  return CallAcross(method, words);
 }
 
 Value Invoke(const Method& method, Object* self, const std::vector<Value>& arguments) {

@@ -18,7 +18,8 @@ struct Surroundings {
 };
 void SetSurroundings(const Surroundings& surroundings);
 
-// A host without "REALLockObject" gets known objects back without a reference; the runner then takes one itself.
+// A host without "REALLockObject" gets known objects back without a reference; the runner then takes one
+// itself.
 void SetResultsUnlocked(bool unlocked);
 // Sees the calls into a bundle: each Enter is followed by its Leave, whatever happens in between.
 class CallObserver {
@@ -36,6 +37,9 @@ class CallObserver {
 };
 // Null: nobody.
 void SetCallObserver(CallObserver* observer);
+
+// Called when a method has given up the native object of its instance for another, or for none.
+void SetNativeReplaced(void (*replaced)(Object* self, void* before));
 
 // Calls into the bundle so far.
 std::uint64_t BundleCalls();
