@@ -55,7 +55,7 @@ void AddOut(Bundle& bundle, const std::string& size, const char* limit, qvx::REA
                         .limit = limit,
                         .target = target,
                         .counted = counted,
-                        .guarded = counted},
+                        .guard = Guard::kNo},
                        [=] { Unlock(data(space)); });
 }
 

@@ -37,7 +37,7 @@ void AddPredefined(Bundle& bundle) {
          {.name = "predefined colour, wrapped",
           .limit = "frame + send + lookup + lock",
           .target = 1.25,
-          .guarded = true},
+          .guard = Guard::kScripted},
          [=] { Unlock(predefined()); });
 }
 
@@ -57,7 +57,8 @@ void AddNew(Bundle& bundle) {
   });
   auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB");
   AddRow<Pooled::kYes>(
-      bundle, {.name = "new colour, made and freed", .limit = "frame + new native colour", .guarded = true},
+      bundle,
+      {.name = "new colour, made and freed", .limit = "frame + new native colour", .guard = Guard::kScripted},
       [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
   auto* const red = bundle.Function<double(qvx::REALobject, std::int32_t)>("NSColorQVX", "redComponent");
   AddRow<Pooled::kYes>(bundle, {.name = "colour made, read and freed"}, [make, red] {
@@ -81,7 +82,7 @@ void AddWrappedFromDoubles(Bundle& bundle) {
          {.name = "factory of four doubles, wrapped",
           .limit = "frame + send of four + lookup + lock",
           .target = 1.25,
-          .guarded = true},
+          .guard = Guard::kScripted},
          [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
 }
 
@@ -93,7 +94,7 @@ void AddFromSpace(Bundle& bundle, std::size_t count) {
   AddRow<Pooled::kYes>(bundle,
                        {.name = "colorWithColorSpace, " + std::to_string(count) + " components",
                         .limit = "frame + new native colour",
-                        .guarded = count == 4},
+                        .guard = count == 4 ? Guard::kScripted : Guard::kNo},
                        [=] { Unlock(make(space, components)); });
 }
 

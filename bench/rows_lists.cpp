@@ -40,13 +40,13 @@ void AddListScaleRows(Bundle& bundle, long colours) {
   AddRow<Pooled::kYes>(bundle,
                        {.name = "look-up in a list of " + size,
                         .limit = colours == 1 ? "" : "look-up in a list of 1 colour",
-                        .guarded = colours == 1},
+                        .guard = colours == 1 ? Guard::kScripted : Guard::kNo},
                        [=] { Unlock(look(list, middle)); });
   const qvx::REALstring key = NewString("another key");
   AddRow<Pooled::kYes>(bundle,
                        {.name = "insert and remove at the end of " + size,
                         .limit = colours == 1 ? "" : "insert and remove at the end of 1 colour",
-                        .guarded = colours == 1},
+                        .guard = colours == 1 ? Guard::kScripted : Guard::kNo},
                        [=] {
                          insert(list, kept, key, static_cast<std::int32_t>(colours));
                          remove(list, key);

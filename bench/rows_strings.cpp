@@ -50,7 +50,9 @@ void AddOut(Bundle& bundle, std::size_t count, double target) {
           .limit = "CFStringGetCString + build, " + Units(count),
           .target = target,
           .counted = count <= 10'000,
-          .guarded = count <= 100},
+          .guard = count < 100    ? Guard::kBoth
+                   : count == 100 ? Guard::kScripted
+                                  : Guard::kNo},
          [=] { Unlock(getName(list)); });
 }
 
@@ -91,8 +93,10 @@ void AddStringRows(Bundle& bundle) {
       bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB")(0.25, 0.5, 0.75, 1.0);
   auto* const spaceName =
       bundle.Function<qvx::REALstring(qvx::REALobject, std::int32_t)>("NSColorQVX", "colorSpaceName");
-  AddRow(bundle, {.name = "string getter", .limit = "CFStringGetCString + build, 10 units", .guarded = true},
-         [=] { Unlock(spaceName(colour, 0)); });
+  AddRow(
+      bundle,
+      {.name = "string getter", .limit = "CFStringGetCString + build, 10 units", .guard = Guard::kScripted},
+      [=] { Unlock(spaceName(colour, 0)); });
 }
 
 }  // namespace bench

@@ -12,8 +12,11 @@ namespace hostrun {
 namespace {
 
 constinit Surroundings surroundings;
+using Replaced = void (*)(Object* self, void* before);
+constinit Replaced nativeReplaced = nullptr;
 constinit bool resultsUnlocked = false;
 constinit std::uint64_t bundleCalls = 0;
+constinit CallObserver* observer = nullptr;
 
 // New objects stand first in the list of live ones.
 bool IsNewerThan(const Object* object, const Object* newestBefore) {
@@ -101,13 +104,68 @@ void PushByType(ArgumentWords& words, const Type& type, const Value& value) {
   }
 }
 
+// The call itself and what the host owes after it: a reference where the bundle could take none, a pair that
+// the instance cache must forget, and the exception that was raised.
+Value CallAcross(const Method& method, const ArgumentWords& words) {
+  const Object* const newestBefore = FirstLiveObject();
+  Object* const self = method.shared ? nullptr : reinterpret_cast<Object*>(words.data()[0]);
+  void* const native = self == nullptr ? nullptr : NativePointerOf(self);
+  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
+  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
+    LockObject(result.object());
+  }
+  const bool replaced = native != nullptr && NativePointerOf(self) != native;
+  if (replaced && nativeReplaced != nullptr) nativeReplaced(self, native);
+  ThrowPendingException();
+  return result;
+}
+
+Value CallObserved(const Method& method, const ArgumentWords& words) {
+  observer->Enter(method, words);
+  try {
+    Value result = CallAcross(method, words);
+    observer->Leave(method, words, &result, nullptr);
+    return result;
+  } catch (const HostException& exception) {
+    observer->Leave(method, words, nullptr, exception.object());
+    throw;
+  }
+}
+
+// A constructor or destructor that somebody sees.
+class ObservedLife {
+ public:
+  ObservedLife(const Class& cls, bool constructor) : class_(cls), constructor_(constructor) {
+    if (observer != nullptr && cls.origin == Origin::Bundle) observer->EnterLife(class_, constructor_);
+  }
+  ObservedLife(const ObservedLife&) = delete;
+  ObservedLife& operator=(const ObservedLife&) = delete;
+  ~ObservedLife() {
+    if (observer != nullptr && class_.origin == Origin::Bundle) observer->LeaveLife(class_, constructor_);
+  }
+
+ private:
+  const Class& class_;
+  bool constructor_;
+};
+
 }  // namespace
+
+void SetCallObserver(CallObserver* newObserver) {
+  observer = newObserver;
+}
 
 void SetSurroundings(const Surroundings& s) {
   surroundings = s;
 }
 
-void SetResultsUnlocked(bool unlocked) { resultsUnlocked = unlocked; }
+void SetNativeReplaced(void (*replaced)(Object* self, void* before)) {
+  nativeReplaced = replaced;
+}
+
+void SetResultsUnlocked(bool unlocked) {
+  resultsUnlocked = unlocked;
+}
 
 std::uint64_t BundleCalls() {
   return bundleCalls;
@@ -124,13 +182,13 @@ ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(typ
       break;
     case Kind::String:
       LockString(value.string());
-      store(value.string());
+      store(reinterpret_cast<std::uintptr_t>(value.string()));
       break;
     case Kind::Object:
     case Kind::Array:
     case Kind::Variant:
       LockObject(value.object());
-      store(value.object());
+      store(reinterpret_cast<std::uintptr_t>(value.object()));
       break;
     default:
       store(value.AsInt64());
@@ -163,13 +221,8 @@ Value BoxedVariant(const Value& value) {
 
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
-  const Object* const newestBefore = FirstLiveObject();
-  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
-  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
-    LockObject(result.object());
-  }
-  ThrowPendingException();
-  return result;
+  if (observer != nullptr && method.origin == Origin::Bundle) return CallObserved(method, words);
+  return CallAcross(method, words);
 }
 
 Value Invoke(const Method& method, Object* self, const std::vector<Value>& arguments) {
@@ -226,6 +279,7 @@ void CallLifecycle(const Class& cls, void (*function)(qvx::REALobject), Object* 
     function(HandleOf(object));
     return;
   }
+  const ObservedLife life(cls, cls.definition != nullptr && function == cls.definition->constructor);
   try {
     Cross(cls.name, [&] {
       function(HandleOf(object));

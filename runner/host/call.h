@@ -18,8 +18,28 @@ struct Surroundings {
 };
 void SetSurroundings(const Surroundings& surroundings);
 
-// A host without "REALLockObject" gets known objects back without a reference; the runner then takes one itself.
+// A host without "REALLockObject" gets known objects back without a reference; the runner then takes one
+// itself.
 void SetResultsUnlocked(bool unlocked);
+// Sees the calls into a bundle: each Enter is followed by its Leave, whatever happens in between.
+class CallObserver {
+ public:
+  CallObserver() = default;
+  CallObserver(const CallObserver&) = delete;
+  CallObserver& operator=(const CallObserver&) = delete;
+  virtual ~CallObserver() = default;
+  virtual void Enter(const Method& method, const class ArgumentWords& words) = 0;
+  // Either a result or an exception.
+  virtual void Leave(const Method& method, const class ArgumentWords& words, const Value* result, Object* exception) = 0;
+  // The constructor or destructor of a definition.
+  virtual void EnterLife(const Class& cls, bool constructor) = 0;
+  virtual void LeaveLife(const Class& cls, bool constructor) = 0;
+};
+// Null: nobody.
+void SetCallObserver(CallObserver* observer);
+
+// Called when a method has given up the native object of its instance for another, or for none.
+void SetNativeReplaced(void (*replaced)(Object* self, void* before));
 
 // Calls into the bundle so far.
 std::uint64_t BundleCalls();

@@ -122,14 +122,13 @@ class Reader {
   }
 
   Value HexLiteral() {
-    const char kind =
-        at_ < text_.size() ? static_cast<char>(std::tolower(static_cast<unsigned char>(text_[at_]))) : 0;
+    const char32_t kind = at_ < text_.size() ? LowerCase(static_cast<unsigned char>(text_[at_])) : U'\0';
     std::uint32_t number = 0;
     const char* const end = text_.data() + text_.size();
     const auto [stop, error] = std::from_chars(text_.data() + at_ + 1, end, number, 16);
-    if ((kind != 'h' && kind != 'c') || error != std::errc()) Fail("hexadecimal digits after &h or &c");
+    if ((kind != U'h' && kind != U'c') || error != std::errc()) Fail("hexadecimal digits after &h or &c");
     at_ = static_cast<std::size_t>(stop - text_.data());
-    return kind == 'c' ? Value::Color(number) : Value::Integer(static_cast<std::int32_t>(number));
+    return kind == U'c' ? Value::Color(number) : Value::Integer(static_cast<std::int32_t>(number));
   }
 
   std::string_view text_;
@@ -146,7 +145,7 @@ const Type* ReadType(Reader& in) {
 }
 
 Value DefaultAs(Reader& in, const Type& type) {
-  const Value value = in.Literal();
+  Value value = in.Literal();
   const bool number =
       value.kind() == Kind::Integer || value.kind() == Kind::Int64 || value.kind() == Kind::Double;
   switch (type.kind) {

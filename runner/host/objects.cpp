@@ -31,12 +31,13 @@ void RunConstructors(Class& cls, Object* object) {
 
 void Destroy(Object* object) {
   object->references = 1;  // while destructors run: a lock and unlock in there must not end it again
+  const Payload payload = object->cls->payload;
   for (Class* cls = object->cls; cls != nullptr; cls = cls->super) {
     if (cls->definition != nullptr && cls->definition->destructor != nullptr) {
       CallLifecycle(*cls, cls->definition->destructor, object);
     }
   }
-  if (object->cls->payload.destroy != nullptr) object->cls->payload.destroy(RawPayloadOf(object));
+  if (payload.destroy != nullptr) payload.destroy(RawPayloadOf(object));
   (object->previous == nullptr ? firstLive : object->previous->next) = object->next;
   if (object->next != nullptr) object->next->previous = object->previous;
   object->mark = 0;

@@ -198,6 +198,7 @@ void Registry::Register(qvx::REALclassDefinition& definition, Origin origin, Pay
   }
   const bool old = definition.version <= kLastOldLayout;
   cls.name = definition.name;
+  cls.order = ++registered_;
   cls.type.name = cls.name;
   cls.origin = origin;
   cls.layoutVersion = definition.version;

@@ -53,6 +53,7 @@ struct Class {
   std::string name;
   Class* super = nullptr;
   bool defined = false;  // false: only named so far
+  std::int32_t order = 0;  // of registration, from 1
   Origin origin = Origin::Host;
   std::int32_t layoutVersion = 0;
   std::uint32_t flags = 0;
@@ -109,6 +110,7 @@ class Registry {
   std::deque<Method> functions_;
   std::multimap<std::string, const Method*, std::less<>> functionsByName_;
   std::vector<std::string> problems_;
+  std::int32_t registered_ = 0;
 };
 
 // The one registry of this process: handles and services have no other way to reach it.

@@ -22,6 +22,7 @@ namespace {
 
 HostIdentity identity;
 constinit std::int32_t announcedLayout = 0;
+constinit ServiceWrapper wrapService = nullptr;
 
 // A service is entered from a bundle: what goes wrong inside gives `neutral`, and an exception surfaces when
 // the bundle's function has returned.
@@ -276,9 +277,14 @@ std::vector<std::string> ServiceNames() {
 void* ResolveService(const char* name) {
   if (name == nullptr || identity.withheld.contains(name)) return nullptr;
   for (const Service& service : Services()) {
-    if (std::strcmp(service.name, name) == 0) return service.function;
+    if (std::strcmp(service.name, name) != 0) continue;
+    return wrapService == nullptr ? service.function : wrapService(service.name, service.function);
   }
   return nullptr;
+}
+
+void SetServiceWrapper(ServiceWrapper wrap) {
+  wrapService = wrap;
 }
 
 std::int32_t AnnouncedLayout() {

@@ -88,7 +88,7 @@ std::u32string DecodeUtf16(std::string_view bytes, bool& ok) {
     }
     const char32_t low = i + 1 < count ? UnitAt<char16_t>(bytes, i + 1) : 0;
     if (unit < 0xDC00 && low >= 0xDC00 && low <= 0xDFFF) {
-      text += 0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00);
+      text += static_cast<char32_t>(0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00));
       ++i;
     } else {
       ok = false;
@@ -128,7 +128,7 @@ std::u32string DecodeBytes(std::string_view bytes, std::uint32_t encoding, bool&
     }
     const auto byte = static_cast<unsigned char>(bytes[at++]);
     if (byte < 0x80) {
-      text += byte;
+      text += static_cast<char32_t>(byte);
     } else if (encoding == qvx::kEncodingASCII) {
       ok = false;
       text += kReplacement;

@@ -25,6 +25,16 @@ class Binder {
  public:
   BoundProgram Bind(const ProgramText& text);
 
+  // A program that comes in parts: a later part knows the names of those before, and may declare one of them anew. A
+  // part that fails leaves no trace.
+  StepBlock BindPart(const ProgramText& text);
+  // An expression as a part of its own; it may give nothing.
+  CodePtr BindPart(const Expression& expression);
+  // Of all parts so far: the types of the variables' slots, and the names that are known.
+  const std::vector<const Type*>& globals() const { return program_.globals; }
+  const Type* TypeOfName(const std::string& name) const;  // null: no such variable
+  std::vector<std::string> Names() const;
+
  private:
   struct Variable {
     enum class Where : std::uint8_t { Local, Global, Reference, Constant };
@@ -39,6 +49,7 @@ class Binder {
     std::string_view word;  // for, while, do
   };
   struct Callee;  // what a call names
+  struct Snapshot;  // of what a part changes
 
   // Names.
   [[noreturn]] static void Fail(Position at, const std::string& message) { throw ProgramError(at, message); }

@@ -18,6 +18,8 @@ class Parser {
   explicit Parser(const Source& source) : tokens_(Tokenize(source)) {}
 
   ProgramText ParseProgram();
+  // The whole text is one expression.
+  ExpressionPtr ParseLoneExpression();
 
  private:
   // Words.

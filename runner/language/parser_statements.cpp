@@ -67,6 +67,13 @@ ProgramText Parser::ParseProgram() {
   return program;
 }
 
+ExpressionPtr Parser::ParseLoneExpression() {
+  ExpressionPtr expression = ParseExpression();
+  while (Peek().kind == TokenKind::EndOfLine) Take();
+  if (Peek().kind != TokenKind::EndOfFile) Fail("the end of the expression");
+  return expression;
+}
+
 RoutineDeclaration Parser::ParseRoutine() {
   RoutineDeclaration routine;
   routine.at = Peek(1).at;

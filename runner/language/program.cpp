@@ -37,21 +37,6 @@ void FillTrace(std::vector<TraceLine>& trace) {
   trace.push_back({"", at.line, at.column});
 }
 
-void Report(const Source& source, Object* exception) {
-  const std::vector<TraceLine>& trace = PayloadOf<ExceptionData>(exception).trace;
-  const TraceLine where = trace.empty() ? TraceLine() : trace.front();
-  std::string text =
-      source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception)) + "\n";
-  for (std::size_t i = 0; i + 1 < trace.size(); ++i) {
-    if (i == kShownTrace) {
-      text += "  and " + std::to_string(trace.size() - 1 - i) + " more calls\n";
-      break;
-    }
-    text += "  in " + trace[i].routine + ", called from line " + std::to_string(trace[i + 1].line) + "\n";
-  }
-  std::fputs(text.c_str(), stderr);
-}
-
 int RunBody(const BoundProgram& program, Frame& frame, const Source& source) {
   try {
     try {
@@ -64,7 +49,7 @@ int RunBody(const BoundProgram& program, Frame& frame, const Source& source) {
     return request.status;
   } catch (const HostException& exception) {
     std::fflush(stdout);
-    Report(source, exception.object());
+    ReportUncaught(source, exception.object());
     return kExitException;
   }
 }
@@ -76,9 +61,36 @@ BoundProgram Compile(const Source& source) {
   return Binder().Bind(text);
 }
 
-int RunProgram(const BoundProgram& program, const Source& source) {
+void ReportUncaught(const Source& source, Object* exception) {
+  const auto& data = PayloadOf<ExceptionData>(exception);
+  const std::vector<TraceLine>& trace = data.trace;
+  const TraceLine where = trace.empty() ? TraceLine() : trace.front();
+  std::string text = source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception) + " (error " +
+                                                                   std::to_string(data.errorNumber) + ")") + "\n";
+  for (std::size_t i = 0; i + 1 < trace.size(); ++i) {
+    if (i == kShownTrace) {
+      text += "  and " + std::to_string(trace.size() - 1 - i) + " more calls\n";
+      break;
+    }
+    text += "  in " + trace[i].routine + ", called from line " + std::to_string(trace[i + 1].line) + "\n";
+  }
+  std::fputs(text.c_str(), stderr);
+}
+
+void BeginRunning() {
   machine.stackLimit = StackLimit();
   SetTraceSource(&FillTrace);
+}
+
+void EndRunning() {
+  machine.result = Value();
+  machine.calls.clear();
+  SetTraceSource(nullptr);
+  std::fflush(stdout);
+}
+
+int RunProgram(const BoundProgram& program, const Source& source) {
+  BeginRunning();
   std::vector<Value> globals;
   globals.reserve(program.globals.size());
   for (const Type* const type : program.globals) globals.push_back(Value::DefaultOf(*type));
@@ -86,10 +98,7 @@ int RunProgram(const BoundProgram& program, const Source& source) {
   const int status = RunBody(program, frame, source);
   currentPosition = {};
   while (!globals.empty()) globals.pop_back();
-  machine.result = Value();
-  machine.calls.clear();
-  SetTraceSource(nullptr);
-  std::fflush(stdout);
+  EndRunning();
   return status;
 }
 

@@ -19,4 +19,9 @@ BoundProgram Compile(const Source& source);
 // status.
 int RunProgram(const BoundProgram& program, const Source& source);
 
+// What RunProgram does around a program, for who runs one in parts.
+void BeginRunning();
+void EndRunning();
+void ReportUncaught(const Source& source, Object* exception);
+
 }  // namespace hostrun

@@ -72,16 +72,22 @@ class Evaluate final : public Step {
   CodePtr code_;
 };
 
+std::function<void(const std::vector<Value>&)> printObserver;
+
 class Print final : public Step {
  public:
   Print(Position position, std::vector<CodePtr> items) : Step(position), items_(std::move(items)) {}
   Flow Run(Frame& frame) const override {
     std::string line;
+    std::vector<Value> observed;
     for (const CodePtr& item : items_) {
       if (&item != &items_.front()) line += ' ';
-      line += DisplayText(item->Eval(frame));
+      const Value value = item->Eval(frame);
+      line += DisplayText(value);
+      if (printObserver) observed.push_back(value);
     }
     line += '\n';
+    if (printObserver) printObserver(observed);
     std::fwrite(line.data(), 1, line.size(), stdout);
     return Flow::Next;
   }
@@ -174,7 +180,8 @@ class ForEach final : public Step {
     const Value held = array_->Eval(frame);
     if (held.object() == nullptr) RaiseAt(array_->at, "NilObjectException", "The array is nil.");
     const std::vector<Value>& items = ArrayDataOf(held.object()).items;
-    for (std::size_t i = 0; i < items.size(); ++i) {  // the body may change the array
+    // By index: the body may change the array.
+    for (std::size_t i = 0; i < items.size(); ++i) {  // NOLINT(modernize-loop-convert)
       static_cast<const Place&>(*variable_).Store(frame, items[i]);
       Flow flow = body_.Run(frame);
       if (!GoesOn(flow, number_)) return flow;
@@ -367,6 +374,9 @@ StepPtr MakeEvaluate(Position at, CodePtr code) {
 }
 StepPtr MakePrint(Position at, std::vector<CodePtr> items) {
   return std::make_unique<Print>(at, std::move(items));
+}
+void SetPrintObserver(std::function<void(const std::vector<Value>&)> observer) {
+  printObserver = std::move(observer);
 }
 StepPtr MakeBranches(Position at, std::vector<StepBranch> branches) {
   return std::make_unique<Branches>(at, std::move(branches));

@@ -22,6 +22,12 @@ Object* NewException(PlatformId, Selector, PlatformId exception) {
   return NewExceptionWrapper(exception);
 }
 
+// A bundle may forget a pair when it replaces an instance's native object. The next native object at that
+// address would then be taken for this instance, or for what was freed with it.
+void ForgetReplaced(Object* self, void* before) {
+  if (CachedInstance(before) == self) dictionaryRemove(cache, before);
+}
+
 template <class F>
 std::string AddMethod(PlatformId metaclass, const char* name, F function, const char* types) {
   const ObjectRuntime& runtime = TheObjectRuntime();
@@ -44,6 +50,7 @@ std::string InstallSibling() {
     return "the sibling part: wanted NSException and pointer dictionaries, found a platform without them";
   }
   cache = ThePlatform().newPointerDictionary();
+  SetNativeReplaced(&ForgetReplaced);
   RegisterExceptionWrapper();
   RegisterImageWrapper();
   const PlatformId metaclass = ClassOf(exceptionClass);

@@ -1,0 +1,341 @@
+// runner/commands/check_registration.cpp - checks of what a bundle says while it is entered: the version that
+// it announces, the order of its registrations, each word of its records, each declaration.
+#include <dlfcn.h>
+#include <link.h>
+
+#include <cctype>
+#include <cstring>
+#include <fstream>
+#include <set>
+
+#include "runner/commands/check_parts.h"
+#include "runner/commands/layout.h"
+#include "runner/host/bundle.h"
+#include "runner/host/platform.h"
+#include "runner/host/registry.h"
+#include "runner/host/services.h"
+#include "runner/host/text.h"
+#include "runner/sibling/sibling.h"
+
+namespace hostrun {
+namespace {
+
+// What the bundle did through the two services of registration, in order.
+struct Event {
+  std::int32_t version = 0;
+  std::vector<std::uint32_t> definition;  // its words before the host wrote into them; empty: a version
+};
+
+std::vector<Event> events;
+
+// --- memory that may not be there
+
+struct Mapping {
+  std::uint32_t begin;
+  std::uint32_t end;
+  bool executable;
+};
+
+std::vector<Mapping> ReadMappings() {
+  std::vector<Mapping> mappings;
+  std::ifstream in("/proc/self/maps");
+  for (std::string line; std::getline(in, line);) {
+    unsigned begin = 0;
+    unsigned end = 0;
+    char rights[5] = {};
+    if (std::sscanf(line.c_str(), "%x-%x %4s", &begin, &end, rights) == 3 && rights[0] == 'r') {
+      mappings.push_back({begin, end, rights[2] == 'x'});
+    }
+  }
+  return mappings;
+}
+
+class Memory {
+ public:
+  bool IsReadable(std::uint32_t address, std::uint32_t size) const {
+    std::uint32_t at = address;
+    for (const Mapping& mapping : mappings_) {
+      if (at >= mapping.begin && at < mapping.end) {
+        if (size <= mapping.end - at) return true;
+        size -= mapping.end - at;
+        at = mapping.end;
+      }
+    }
+    return false;
+  }
+
+  bool IsCode(std::uint32_t address) const {
+    for (const Mapping& mapping : mappings_) {
+      if (address >= mapping.begin && address < mapping.end) return mapping.executable;
+    }
+    return false;
+  }
+
+  // A text with its terminator, not longer than a declaration could be.
+  bool IsText(std::uint32_t address) const {
+    constexpr std::uint32_t kLongest = 4096;
+    for (std::uint32_t i = 0; i < kLongest; ++i) {
+      if ((i == 0 || (address + i) % 4096 == 0) && !IsReadable(address + i, 1)) return false;
+      if (*reinterpret_cast<const char*>(address + i) == 0) return true;
+    }
+    return false;
+  }
+
+ private:
+  std::vector<Mapping> mappings_ = ReadMappings();
+};
+
+// --- recording
+
+std::vector<std::uint32_t> CopyWords(const void* at, std::size_t bytes) {
+  std::vector<std::uint32_t> words(bytes / sizeof(std::uint32_t));
+  std::memcpy(words.data(), at, bytes);
+  return words;
+}
+
+std::int32_t RecordVersion(std::int32_t version) {
+  events.push_back({version, {}});
+  using Service = std::int32_t (*)(std::int32_t);
+  return reinterpret_cast<Service>(ResolveService("RegisterPluginVersion"))(version);
+}
+
+void RecordClass(qvx::REALclassDefinition* definition) {
+  const auto address = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(definition));
+  if (!Memory().IsReadable(address, qvx::kOldClassSize)) {
+    events.push_back({0, {0}});
+    return;
+  }
+  const std::size_t size = RecordSize(RecordKind::Definition, IsOldLayout(definition->version));
+  events.push_back({0, CopyWords(definition, size)});
+  using Service = void (*)(qvx::REALclassDefinition*);
+  reinterpret_cast<Service>(ResolveService("PluginRegisterClass"))(definition);
+}
+
+void* ResolveRecorded(const char* name) {
+  void* const service = ResolveService(name);
+  if (service == nullptr) return nullptr;
+  if (std::strcmp(name, "RegisterPluginVersion") == 0) return reinterpret_cast<void*>(&RecordVersion);
+  if (std::strcmp(name, "PluginRegisterClass") == 0) return reinterpret_cast<void*>(&RecordClass);
+  return service;
+}
+
+// --- version and order
+
+struct Threshold {
+  double host;
+  std::int32_t layout;
+};
+constexpr Threshold kThresholds[] = {{2013.04, 13}, {2013.03, 12}, {2013.0, 11}, {2012.0, 10}, {0, 9}};
+
+std::int32_t WantedLayout() {
+  for (const Threshold& threshold : kThresholds) {
+    if (TheHostIdentity().version >= threshold.host) return threshold.layout;
+  }
+  return 0;
+}
+
+std::string CheckVersion() {
+  std::vector<std::int32_t> versions;
+  for (const Event& event : events) {
+    if (event.definition.empty()) versions.push_back(event.version);
+  }
+  const std::string wanted =
+      "wanted RegisterPluginVersion to be called once with " + std::to_string(WantedLayout()) + ", found ";
+  if (versions.size() != 1) return wanted + std::to_string(versions.size()) + " calls";
+  return versions[0] == WantedLayout() ? "" : wanted + std::to_string(versions[0]);
+}
+
+const char* TextAt(std::uint32_t address) {
+  return reinterpret_cast<const char*>(address);
+}
+
+std::string CheckOrder() {
+  const Memory memory;
+  std::set<std::string> names;
+  bool announced = false;
+  for (const Event& event : events) {
+    if (event.definition.empty()) {
+      announced = true;
+      continue;
+    }
+    if (!announced) return "wanted RegisterPluginVersion before the first class, found a class before it";
+    if (event.definition.size() < 3 || !memory.IsText(event.definition[1]))
+      continue;  // the records' check says so
+    const std::string name = TextAt(event.definition[1]);
+    if (!names.insert(LowerName(name)).second)
+      return "wanted each class once, found " + name + " a second time";
+    const std::uint32_t super = event.definition[2];
+    if (super == 0 || !memory.IsText(super)) continue;
+    const bool known =
+        names.contains(LowerName(TextAt(super))) || TheRegistry().FindClass(TextAt(super)) != nullptr;
+    if (!known)
+      return "wanted the class that " + name + " descends from before it, found no " + TextAt(super);
+  }
+  return names.empty() ? "wanted a registered class, found none" : "";
+}
+
+// --- record words
+
+class RecordReader {
+ public:
+  explicit RecordReader(bool old) : old_(old) {}
+
+  // The first thing that is wrong with the words of one record.
+  std::string Check(RecordKind kind, const std::vector<std::uint32_t>& words,
+                    const std::string& which) const {
+    const std::span<const RecordWord> fields = WordsOf(kind);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      std::string problem = CheckWord(fields[i], words[i], i + 1 < words.size() ? words[i + 1] : 0);
+      if (problem.empty() && IsRequired(kind, i) && words[i] == 0) problem = "wanted a pointer, found null";
+      if (!problem.empty()) {
+        return which + ", word " + std::to_string(i) + " (" + fields[i].name + "): " + problem;
+      }
+      if (fields[i].holds != RecordWord::Holds::Array || words[i] == 0) continue;
+      const std::string inside =
+          CheckRecords(fields[i].of, words[i], words[i + 1], which + ", " + fields[i].name);
+      if (!inside.empty()) return inside;
+    }
+    return {};
+  }
+
+ private:
+  static bool IsRequired(RecordKind kind, std::size_t word) {
+    switch (kind) {
+      case RecordKind::Definition:
+        return word == 1;
+      case RecordKind::Method:
+        return word == 0 || word == 2;
+      case RecordKind::Property:
+        return word == 1 || word == 2 || word == 4;
+      default:
+        return word == 0;
+    }
+  }
+
+  std::string CheckWord(const RecordWord& field, std::uint32_t word, std::uint32_t next) const {
+    constexpr std::uint32_t kMostRecords = 10000;
+    const std::string_view name = field.name;
+    switch (field.holds) {
+      case RecordWord::Holds::Number:
+        if ((name == "reserved" || name == "zero") && word != 0)
+          return "wanted 0, found " + std::to_string(word);
+        if (name == "layout version" && static_cast<std::int32_t>(word) != WantedLayout()) {
+          return "wanted " + std::to_string(WantedLayout()) + ", found " +
+                 std::to_string(static_cast<std::int32_t>(word));
+        }
+        if (name == "size of the class data" && (word == 0 || word % 16 != 0)) {
+          return "wanted a multiple of 16, found " + std::to_string(word);
+        }
+        break;
+      case RecordWord::Holds::Text:
+        if (word != 0 && !memory_.IsText(word)) return "wanted a text, found a pointer to none";
+        break;
+      case RecordWord::Holds::Function:
+        if (word != 0 && !memory_.IsCode(word)) return "wanted a function, found a pointer to no code";
+        break;
+      case RecordWord::Holds::Array:
+        if (next > kMostRecords)
+          return "wanted a count from 0 to 10000, found " + std::to_string(static_cast<std::int32_t>(next));
+        if (word == 0 && next != 0) return "wanted " + std::to_string(next) + " records, found null";
+        if (word != 0 &&
+            !memory_.IsReadable(word, next * static_cast<std::uint32_t>(RecordSize(field.of, old_)))) {
+          return "wanted " + std::to_string(next) + " records, found memory that can't be read";
+        }
+        break;
+    }
+    return {};
+  }
+
+  std::string CheckRecords(RecordKind kind, std::uint32_t at, std::uint32_t count,
+                           const std::string& which) const {
+    const auto size = static_cast<std::uint32_t>(RecordSize(kind, old_));
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const std::vector<std::uint32_t> words = CopyWords(reinterpret_cast<const void*>(at + i * size), size);
+      std::string problem = Check(kind, words, which + " [" + std::to_string(i) + "]");
+      if (!problem.empty()) return problem;
+    }
+    return {};
+  }
+
+  bool old_;
+  Memory memory_;
+};
+
+std::string CheckRecords(const Event& event) {
+  if (event.definition.size() < 2) return "wanted a class definition, found a pointer to none";
+  const bool old = IsOldLayout(static_cast<std::int32_t>(event.definition[0]));
+  return RecordReader(old).Check(RecordKind::Definition, event.definition, "definition");
+}
+
+// --- declarations
+
+std::string UnknownClass(const Type& type) {
+  if (type.kind == Kind::Array) return UnknownClass(*type.element);
+  return type.kind == Kind::Object && !type.cls->defined ? type.cls->name : "";
+}
+
+std::string CheckTypes(const Method& method) {
+  std::string unknown = UnknownClass(*method.signature.result);
+  for (const Parameter& parameter : method.signature.parameters) {
+    if (unknown.empty()) unknown = UnknownClass(*parameter.type);
+  }
+  if (unknown.empty()) return {};
+  return "\"" + method.declaration + "\": wanted types that are known, found " + unknown +
+         ", which nobody registered";
+}
+
+std::string CheckDeclarations(const std::string& name) {
+  for (const std::string& problem : TheRegistry().problems()) {
+    if (problem.starts_with(name + ":")) return problem;
+  }
+  const Class* const cls = TheRegistry().FindClass(name);
+  if (cls == nullptr) return "wanted a class " + name + ", found that it was not registered";
+  for (const auto* methods : {&cls->methods, &cls->sharedMethods}) {
+    for (const Method& method : *methods) {
+      std::string problem = CheckTypes(method);
+      if (!problem.empty()) return problem;
+    }
+  }
+  for (const Property& property : cls->properties) {
+    std::string problem = CheckTypes(property.getter);
+    if (!problem.empty()) return problem;
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string EnterBundle(const HostOptions& options) {
+  SetHostIdentity(options.identity);
+  RegisterHostClasses();
+  const bool platform = options.platform != "none";
+  std::string problem = platform ? LoadPlatform(options.platform) : std::string();
+  if (problem.empty() && platform && options.sibling) problem = InstallSibling();
+  if (problem.empty()) problem = CheckBundleFile(options.bundle);
+  if (!problem.empty()) return problem;
+  const std::string path =
+      options.bundle.find('/') == std::string::npos ? "./" + options.bundle : options.bundle;
+  void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) return std::string("wanted a bundle that loads, found: ") + dlerror();
+  using EntryPoint = void (*)(void* (*)(const char*));
+  const auto enter = reinterpret_cast<EntryPoint>(dlsym(library, "REALPluginMain"));
+  if (enter == nullptr) return "wanted an exported function REALPluginMain, found none";
+  enter(&ResolveRecorded);
+  return {};
+}
+
+std::vector<BundleCheck> RegistrationChecks() {
+  std::vector<BundleCheck> checks = {{"version", &CheckVersion}, {"order", &CheckOrder}};
+  const Memory memory;
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    const std::vector<std::uint32_t>& words = events[i].definition;
+    if (words.empty()) continue;
+    const bool named = words.size() > 1 && memory.IsText(words[1]);
+    const std::string name = named ? TextAt(words[1]) : "class " + std::to_string(i);
+    checks.push_back({"records/" + name, [i] { return CheckRecords(events[i]); }});
+    if (named) checks.push_back({"declarations/" + name, [name] { return CheckDeclarations(name); }});
+  }
+  return checks;
+}
+
+}  // namespace hostrun

@@ -1,0 +1,25 @@
+// runner/commands/describe.h - registered classes and values as JSON and as short texts.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+#include "runner/host/registry.h"
+
+namespace hostrun {
+
+const char* NameOf(Origin origin);
+std::string KindOf(const Method& method);  // "method", "shared method", "constructor"
+
+// A constant value as a program would write it.
+std::string LiteralText(const Value& value);
+
+// Members keep the order of registration.
+nlohmann::ordered_json ToJson(const Value& value);
+nlohmann::ordered_json ToJson(const Method& method);
+nlohmann::ordered_json ToJson(const Property& property);
+nlohmann::ordered_json ToJson(const Constant& constant);
+nlohmann::ordered_json ToJson(const Class& cls);
+
+}  // namespace hostrun

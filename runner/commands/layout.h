@@ -1,0 +1,40 @@
+// runner/commands/layout.h - the words of definition records, as a bundle registered them.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "host/records.h"
+#include "runner/host/host.h"
+
+namespace hostrun {
+
+enum class RecordKind : std::uint8_t { Definition, Method, Property, Constant, Event };
+
+// What one word of a record holds.
+struct RecordWord {
+  enum class Holds : std::uint8_t { Number, Text, Function, Array };
+  const char* name;
+  Holds holds = Holds::Number;
+  RecordKind of = RecordKind::Definition;  // Array: of what; the next word is the count
+};
+
+// The words of the current layout; the old layout has the first OldWordCount of them.
+std::span<const RecordWord> WordsOf(RecordKind kind);
+std::size_t OldWordCount(RecordKind kind);
+
+// True up to version 9.
+bool IsOldLayout(std::int32_t version);
+std::size_t RecordSize(RecordKind kind, bool old);
+
+// The words of every class that the bundle registered on this host, as texts. A function is told by its place
+// in the bundle's file, so that two processes say the same.
+nlohmann::ordered_json LayoutOfClasses();
+
+// LayoutOfClasses of a host with those options, asked in a process of its own. Throws std::runtime_error.
+nlohmann::ordered_json LayoutOnHost(const HostOptions& options);
+
+}  // namespace hostrun

@@ -1,0 +1,161 @@
+// runner/commands/repl.cpp - "hostrun repl": runs statements as they are typed and shows values.
+#include "runner/commands/repl.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <set>
+
+#include "runner/commands/line_editor.h"
+#include "runner/commands/show.h"
+#include "runner/commands/start.h"
+#include "runner/commands/terminal.h"
+#include "runner/host/call.h"
+#include "runner/host/platform.h"
+#include "runner/host/registry.h"
+#include "runner/host/text.h"
+#include "runner/language/program.h"
+#include "runner/language/session.h"
+
+namespace hostrun {
+namespace {
+
+constexpr const char* kCommand = "hostrun repl";
+constexpr const char* kPrompt = "> ";
+constexpr const char* kMorePrompt = "... ";
+
+// --- completion
+
+void AddMembers(std::set<std::string>& names, const Class& cls, bool shared) {
+  for (const Class* c = &cls; c != nullptr; c = c->super) {
+    for (const Property& property : c->properties) {
+      if (property.shared == shared) names.insert(property.name);
+    }
+    for (const Method& method : shared ? c->sharedMethods : c->methods) {
+      const bool hidden =
+          method.signature.name.starts_with('_') || SameName(method.signature.name, "Constructor");
+      if (!hidden) names.insert(method.signature.name);
+    }
+    if (!shared) continue;
+    for (const Constant& constant : c->constants) names.insert(constant.name);
+  }
+}
+
+std::vector<std::string> Complete(const Binder& binder, const std::string& beginning) {
+  std::set<std::string> names;
+  const std::size_t dot = beginning.rfind('.');
+  const std::string owner = dot == std::string::npos ? "" : beginning.substr(0, dot);
+  if (dot == std::string::npos) {
+    for (const auto& cls : TheRegistry().classes()) {
+      if (cls->defined && !cls->name.starts_with('_')) names.insert(cls->name);
+    }
+    for (const Method& function : TheRegistry().functions()) names.insert(function.signature.name);
+    for (const std::string& name : binder.Names()) names.insert(name);
+  } else if (const Type* const type = binder.TypeOfName(owner); type != nullptr) {
+    if (type->kind == Kind::Object) AddMembers(names, *type->cls, false);
+  } else if (const Class* const cls = TheRegistry().FindClass(owner); cls != nullptr) {
+    AddMembers(names, *cls, true);
+  }
+  const std::string prefix = dot == std::string::npos ? "" : owner + ".";
+  std::vector<std::string> found;
+  for (const std::string& name : names) {
+    const std::string whole = prefix + name;
+    if (SameName(whole.substr(0, beginning.size()), beginning)) found.push_back(whole);
+  }
+  return found;
+}
+
+// --- input
+
+class Loop {
+ public:
+  explicit Loop(bool trueColour)
+      : session_("input", [trueColour](const Value& value) {
+          std::printf("%s\n", ReadableText(value, trueColour).c_str());
+        }) {}
+
+  const Binder& binder() const { return session_.binder(); }
+  const char* prompt() const { return open_.empty() ? kPrompt : kMorePrompt; }
+  int status() const { return session_.status(); }
+
+  // False: the program asked to end.
+  bool Take(const std::string& line) {
+    open_ += line + "\n";
+    // An empty line gives up on a block that is not closed.
+    return Run(!line.empty() || open_ == "\n");
+  }
+  void Drop() { open_.clear(); }
+  // What is still open is run as it stands, and its error shown.
+  void Finish() {
+    if (!open_.empty()) Run(false);
+  }
+
+ private:
+  bool Run(bool more) {
+    const Platform& platform = ThePlatform();
+    void* const pool = platform.pushPool == nullptr ? nullptr : platform.pushPool();
+    const Session::State state = session_.Run(open_, more);
+    if (platform.turnRunLoop != nullptr) platform.turnRunLoop();
+    if (platform.popPool != nullptr) platform.popPool(pool);
+    std::fflush(stdout);
+    if (state != Session::State::WantsMore) open_.clear();
+    return state != Session::State::Ended;
+  }
+
+  Session session_;
+  std::string open_;  // lines of a block that is not closed
+};
+
+int ReadTerminal(Loop& loop) {
+  LineEditor editor([&loop](const std::string& beginning) { return Complete(loop.binder(), beginning); });
+  std::printf("hostrun on a host of version %g. Tab completes, Ctrl-D ends.\n", TheHostIdentity().version);
+  for (;;) {
+    std::fflush(stdout);
+    const LineEditor::Input input = editor.Read(loop.prompt());
+    if (input.end == LineEditor::End::EndOfInput) break;
+    if (input.end == LineEditor::End::Cancelled) {
+      std::printf("\n");
+      loop.Drop();
+    } else if (!loop.Take(input.line)) {
+      return loop.status();
+    }
+  }
+  std::printf("\n");
+  loop.Finish();
+  return loop.status();
+}
+
+int ReadPipe(Loop& loop) {
+  for (std::string line; std::getline(std::cin, line);) {
+    // Blocks in a file may hold empty lines.
+    if (line.empty()) line = " ";
+    if (!loop.Take(line)) return loop.status();
+  }
+  loop.Finish();
+  return loop.status();
+}
+
+}  // namespace
+
+void AddReplOptions(CLI::App& app, ReplOptions& options) {
+  AddHostOptions(app, options.host);
+  app.footer(
+      "Type statements or expressions; a value that stands alone is shown. What is declared stays, and may "
+      "be declared\n"
+      "anew. Blocks go over several lines; at a terminal an empty line gives one up. Errors do not end the "
+      "session.\n"
+      "Without a terminal, lines are read from stdin and there is no prompt.\n\n"
+      "Example:\n  echo 'NSColorQVX.orangeColor' | hostrun repl\n\n"
+      "Exit status: 0, or what Quit gives; 2 an error of use.");
+}
+
+int Repl(const ReplOptions& options) {
+  const std::string problem = StartHost(options.host);
+  if (!problem.empty()) return Refuse(kCommand, problem);
+  Loop loop(TakesTrueColour(stdout));
+  return isatty(STDIN_FILENO) != 0 ? ReadTerminal(loop) : ReadPipe(loop);
+}
+
+}  // namespace hostrun

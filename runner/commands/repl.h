@@ -1,0 +1,17 @@
+// runner/commands/repl.h - "hostrun repl": runs statements as they are typed and shows values.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "runner/host/host.h"
+
+namespace hostrun {
+
+struct ReplOptions {
+  HostOptions host;
+};
+
+void AddReplOptions(CLI::App& app, ReplOptions& options);
+int Repl(const ReplOptions& options);
+
+}  // namespace hostrun

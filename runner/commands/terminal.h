@@ -1,0 +1,34 @@
+// runner/commands/terminal.h - what all sub-commands say in the same way: colour, refusals.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace hostrun {
+
+// Whether escape sequences may go to that stream: a terminal, and the user does not object with NO_COLOR.
+bool TakesColour(std::FILE* stream);
+// Whether it also shows 24-bit colours.
+bool TakesTrueColour(std::FILE* stream);
+
+enum class Style : std::uint8_t { Plain, Strong, Faint, Good, Bad, Notable };
+
+// Wraps texts in the style's escape sequences, or leaves them as they are.
+class Painter {
+ public:
+  explicit Painter(bool colour) : colour_(colour) {}
+  std::string operator()(Style style, std::string_view text) const;
+
+ private:
+  bool colour_;
+};
+
+// Says why on stderr and gives the exit status for an error of use.
+int Refuse(std::string_view command, std::string_view line);
+
+// "text" and as many blanks as it lacks to that width; at least one.
+std::string Padded(std::string_view text, std::size_t width);
+
+}  // namespace hostrun

@@ -1,0 +1,377 @@
+// runner/commands/trace.cpp - "hostrun trace": runs a program and shows each call as it crosses into the
+// bundle.
+#include "runner/commands/trace.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "runner/commands/describe.h"
+#include "runner/commands/messages.h"
+#include "runner/commands/shim/shim.h"
+#include "runner/commands/start.h"
+#include "runner/commands/terminal.h"
+#include "runner/host/arrays.h"
+#include "runner/host/call.h"
+#include "runner/host/exceptions.h"
+#include "runner/host/functions.h"
+#include "runner/host/position.h"
+#include "runner/language/program.h"
+#include "runner/language/source.h"
+
+namespace hostrun {
+namespace {
+
+constexpr const char* kCommand = "hostrun trace";
+constexpr const char* kShim = "libhostrun-trace.so";
+
+using Clock = std::chrono::steady_clock;
+using Nanoseconds = std::chrono::nanoseconds;
+
+std::string ObjectText(const Object* object) {
+  if (object == nullptr) return "Nil";
+  if (object->cls != &ArrayClass()) return object->cls->name;
+  const std::vector<Value>& items = ArrayDataOf(const_cast<Object*>(object)).items;
+  return "array of " + std::to_string(items.size());
+}
+
+std::string ValueText(const Value& value) {
+  return value.kind() == Kind::Object ? ObjectText(value.object()) : LiteralText(value);
+}
+
+// What one argument's words mean; moves past them.
+std::string WordsText(const Parameter& parameter, const std::uint32_t*& words, bool after) {
+  const auto take = [&words]<class T>(T value) {
+    std::memcpy(&value, words, sizeof value);
+    words += (sizeof value + 3) / 4;
+    return value;
+  };
+  if (parameter.byref) {
+    const std::uint32_t* place = reinterpret_cast<const std::uint32_t*>(take(std::uint32_t{}));
+    Parameter itself = parameter;
+    itself.byref = false;
+    return (after ? "" : "byref ") + WordsText(itself, place, after);
+  }
+  switch (parameter.type->kind) {
+    case Kind::Double:
+      return ExactText(Value::Double(take(0.0)));
+    case Kind::Single:
+      return ExactText(Value::Double(take(0.0F)));
+    case Kind::Int64:
+      return std::to_string(take(std::int64_t{}));
+    case Kind::Boolean:
+      return (take(std::uint32_t{}) & 0xFFU) != 0 ? "True" : "False";
+    case Kind::Color:
+      return ExactText(Value::Color(take(std::uint32_t{})));
+    case Kind::Integer:
+      return std::to_string(take(std::int32_t{}));
+    case Kind::String:
+      return LiteralText(Value::Share(reinterpret_cast<HostString*>(take(std::uint32_t{}))));
+    default:
+      return ObjectText(reinterpret_cast<Object*>(take(std::uint32_t{})));
+  }
+}
+
+// How the first words of a service's arguments are shown: t a C text, s a string, o an object, i a number.
+struct ServiceForm {
+  std::string_view name;
+  std::string_view arguments;
+};
+constexpr ServiceForm kServiceForms[] = {
+    {"RegisterPluginVersion", "i"},
+    {"PluginNewInstance", "t"},
+    {"REALLockObject", "o"},
+    {"REALUnlockObject", "o"},
+    {"REALLockString", "s"},
+    {"REALUnlockString", "s"},
+    {"RuntimeRaiseException", "o"},
+    {"REALSetPropValueInt", "oti"},
+    {"REALSetPropValueString", "ots"},
+    {"PluginGetStringData", "s"},
+    {"StringGetCString", "s"},
+    {"REALLoadGlobalMethod", "t"},
+    {"REALGetStringCFString", "s"},
+    {"REALGetStringEncoding", "s"},
+    {"REALSetStringEncoding", "s"},
+    {"REALConvertString", "s"},
+    {"newMemoryBlock", "i"},
+    {"memoryBlockGetPtr", "o"},
+    {"memoryBlockGetSize", "o"},
+    {"RuntimeArrayCreateSingleDimBoundedArray", "ii"},
+    {"RuntimeUBound", "o"},
+    {"RuntimeArrayDirectGetInsertProc", "o"},
+    {"RuntimeArrayDirectGetGetProc", "o"},
+    {"REALFSRefFromFolderItem", "o"},
+};
+
+std::string ServiceArguments(std::string_view name, const std::uint32_t* words) {
+  const auto* const form = std::find_if(std::begin(kServiceForms), std::end(kServiceForms),
+                                        [&](const ServiceForm& f) { return f.name == name; });
+  if (form == std::end(kServiceForms)) return {};
+  std::string text;
+  for (const char kind : form->arguments) {
+    const std::uint32_t word = *words++;
+    if (!text.empty()) text += ", ";
+    if (kind == 'i') text += std::to_string(static_cast<std::int32_t>(word));
+    if (kind == 'o') text += ObjectText(reinterpret_cast<const Object*>(word));
+    if (kind == 's') text += LiteralText(Value::Share(reinterpret_cast<HostString*>(word)));
+    if (kind == 't')
+      text += word == 0 ? "null" : '"' + std::string(reinterpret_cast<const char*>(word)) + '"';
+  }
+  return "(" + text + ")";
+}
+
+// Where a loaded file's code lies.
+struct Range {
+  std::uintptr_t begin = 0;
+  std::uintptr_t end = 0;
+  bool Contains(const void* address) const {
+    const auto at = reinterpret_cast<std::uintptr_t>(address);
+    return at >= begin && at < end;
+  }
+};
+
+Range RangeOfFileAround(const void* address) {
+  struct Search {
+    std::uintptr_t address;
+    Range range;
+  } search{reinterpret_cast<std::uintptr_t>(address), {}};
+  dl_iterate_phdr(
+      [](dl_phdr_info* info, std::size_t, void* data) {
+        auto& wanted = *static_cast<Search*>(data);
+        Range range{UINTPTR_MAX, 0};
+        for (int i = 0; i < info->dlpi_phnum; ++i) {
+          const ElfW(Phdr)& segment = info->dlpi_phdr[i];
+          if (segment.p_type != PT_LOAD) continue;
+          range.begin = std::min<std::uintptr_t>(range.begin, info->dlpi_addr + segment.p_vaddr);
+          range.end =
+              std::max<std::uintptr_t>(range.end, info->dlpi_addr + segment.p_vaddr + segment.p_memsz);
+        }
+        if (wanted.address < range.begin || wanted.address >= range.end) return 0;
+        wanted.range = range;
+        return 1;
+      },
+      &search);
+  return search.range;
+}
+
+std::string TimeText(Nanoseconds time) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.1f µs", static_cast<double>(time.count()) / 1000);
+  return text;
+}
+
+// Writes the trace. Times leave out what the trace itself takes.
+class Tracer final : public CallObserver {
+ public:
+  Tracer(std::FILE* out, const Source& source, bool all)
+      : out_(out), source_(source), all_(all), paint_(TakesColour(out)) {}
+
+  void Enter(const Method& method, const ArgumentWords& words) override {
+    ShowCall(method, words);
+    Begin();
+  }
+
+  void Leave(const Method& method, const ArgumentWords& words, const Value* result,
+             Object* exception) override {
+    const Nanoseconds time = End();
+    const Busy busy(*this);
+    std::string text;
+    if (exception != nullptr) {
+      text = paint_(Style::Bad, "raises " + DescribeException(exception));
+    } else {
+      text = method.signature.result->kind == Kind::Nothing ? "returns" : "gives " + ValueText(*result);
+    }
+    const std::uint32_t* at = words.data() + (method.shared ? 0 : 1);
+    for (const Parameter& parameter : method.signature.parameters) {
+      const std::string after = WordsText(parameter, at, true);
+      if (parameter.byref) text += ", " + parameter.name + " = " + after;
+    }
+    Line("< ", text + paint_(Style::Faint, ", " + TimeText(time)));
+  }
+
+  void EnterLife(const Class& cls, bool constructor) override {
+    {
+      const Busy busy(*this);
+      if (bundle_.end == 0)
+        bundle_ = RangeOfFileAround(reinterpret_cast<const void*>(cls.definition->constructor));
+      ShowPlace();
+      Line("> ", paint_(Style::Strong, cls.name + (constructor ? ": its constructor" : ": its destructor")));
+    }
+    Begin();
+  }
+
+  void LeaveLife(const Class&, bool) override {
+    const Nanoseconds time = End();
+    const Busy busy(*this);
+    Line("< ", "returns" + paint_(Style::Faint, ", " + TimeText(time)));
+  }
+
+  void Arrived(std::string_view name, const void* from, const std::uint32_t* words) {
+    if (calls_.empty() || !bundle_.Contains(from)) return;
+    const Busy busy(*this);
+    if (name == "objc_msgSend" || name == "objc_msgSend_fpret") {
+      Line("sends ", MessageText(words));
+    } else if (IsService(name)) {
+      Line("uses ", std::string(name) + ServiceArguments(name, words));
+    } else if (all_ || !IsQuiet(name)) {
+      Line("calls ", std::string(name) + PlatformArguments(name, words));
+    }
+  }
+
+ private:
+  void ShowCall(const Method& method, const ArgumentWords& words) {
+    const Busy busy(*this);
+    if (bundle_.end == 0) bundle_ = RangeOfFileAround(reinterpret_cast<const void*>(method.function));
+    ShowPlace();
+    std::string line = paint_(Style::Strong, method.owner->name + ": " + method.declaration);
+    Line("> ", line);
+    const std::uint32_t* at = words.data();
+    std::string arguments;
+    if (!method.shared) arguments = "self = " + ObjectText(reinterpret_cast<const Object*>(*at++));
+    for (const Parameter& parameter : method.signature.parameters) {
+      if (!arguments.empty()) arguments += ", ";
+      arguments += parameter.name + " = " + WordsText(parameter, at, false);
+    }
+    if (!arguments.empty()) Line("    with ", arguments);
+  }
+
+  struct Call {
+    Clock::time_point start;
+    Nanoseconds busyAtStart;
+  };
+
+  // What is written meanwhile counts as no call's time.
+  class Busy {
+   public:
+    explicit Busy(Tracer& tracer) : tracer_(tracer), start_(Clock::now()) {}
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+    ~Busy() { tracer_.busy_ += Clock::now() - start_; }
+
+   private:
+    Tracer& tracer_;
+    Clock::time_point start_;
+  };
+
+  void Begin() { calls_.push_back({Clock::now(), busy_}); }
+  Nanoseconds End() {
+    const Clock::time_point now = Clock::now();
+    const Call call = calls_.back();
+    calls_.pop_back();
+    return now - call.start - (busy_ - call.busyAtStart);
+  }
+
+  static bool IsService(std::string_view name) {
+    static const std::vector<std::string> names = ServiceNames();
+    return std::find(names.begin(), names.end(), name) != names.end();
+  }
+  // Look-ups and frames are part of every call.
+  static bool IsQuiet(std::string_view name) {
+    return name == "objc_getClass" || name == "sel_registerName" || name == "objc_exception_try_enter" ||
+           name == "objc_exception_try_exit";
+  }
+  static std::string PlatformArguments(std::string_view name, const std::uint32_t* words) {
+    if (name == "objc_getClass" || name == "sel_registerName") {
+      return "(\"" + std::string(reinterpret_cast<const char*>(words[0])) + "\")";
+    }
+    if (name == "CFRelease") return "(" + PlatformObjectText(words[0]) + ")";
+    if (name.starts_with("CFDictionary")) return "(..., " + PlatformObjectText(words[1]) + ")";
+    return {};
+  }
+
+  void ShowPlace() {
+    const Position at = currentPosition;
+    if (at.line == 0 || at.line == lastLine_ || !calls_.empty()) return;
+    lastLine_ = at.line;
+    std::fprintf(out_, "%s\n",
+                 paint_(Style::Notable, source_.name() + ":" + std::to_string(at.line) + ": " +
+                                            std::string(source_.Line(at.line)))
+                     .c_str());
+  }
+
+  void Line(std::string_view sign, std::string_view text) {
+    std::fflush(stdout);
+    const std::string indent(2 + 4 * calls_.size(), ' ');
+    std::fprintf(out_, "%s%.*s%.*s\n", indent.c_str(), static_cast<int>(sign.size()), sign.data(),
+                 static_cast<int>(text.size()), text.data());
+    std::fflush(out_);
+  }
+
+  std::FILE* out_;
+  const Source& source_;
+  bool all_;
+  Painter paint_;
+  Range bundle_;
+  std::vector<Call> calls_;
+  Nanoseconds busy_{};
+  std::int32_t lastLine_ = 0;
+};
+
+// The thunks and the observer reach the one tracer of this process.
+constinit Tracer* tracer = nullptr;
+void Arrived(const char* name, const void* from, const std::uint32_t* words) {
+  if (tracer != nullptr) tracer->Arrived(name, from, words);
+}
+
+// Loads the library that stands before the platform. Gives what prevents that, or an empty text.
+std::string StandBefore(const std::string& platform) {
+  const std::string file = BesideExecutable(kShim);
+  void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_GLOBAL);
+  if (library == nullptr) return file + ": wanted the library that watches the platform, found: " + dlerror();
+  const auto connect =
+      reinterpret_cast<decltype(&hostrun_trace_connect)>(dlsym(library, "hostrun_trace_connect"));
+  const auto wrap = reinterpret_cast<decltype(&hostrun_trace_wrap)>(dlsym(library, "hostrun_trace_wrap"));
+  if (connect == nullptr || wrap == nullptr)
+    return file + ": wanted the library that watches the platform, found another";
+  connect(platform.c_str(), &Arrived);
+  SetServiceWrapper(wrap);
+  return {};
+}
+
+}  // namespace
+
+void AddTraceOptions(CLI::App& app, TraceOptions& options) {
+  AddRunOptions(app, options.run);
+  app.add_option("--output", options.output, "Write the trace there and not to stderr")->option_text("FILE");
+  app.add_flag("--all", options.all, "Also look-ups of classes and selectors, and exception frames");
+  app.footer(
+      "Each call shows its declaration, its arguments, the messages that it sends, the services that it "
+      "uses, its\n"
+      "result, and its time without what the trace itself takes.\n\n"
+      "Example:\n  hostrun trace --output calls.txt examples/first-colors.bas\n\n"
+      "Exit status: that of hostrun; 2 also when the trace can't be written.");
+}
+
+int Trace(const TraceOptions& options) {
+  std::optional<Source> source;
+  try {
+    source = Source::FromFile(options.run.program);
+  } catch (const std::exception& error) {
+    return Refuse(kCommand, error.what());
+  }
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+      options.output.empty() ? nullptr : std::fopen(options.output.c_str(), "w"), &std::fclose);
+  if (!options.output.empty() && file == nullptr) {
+    return Refuse(kCommand, options.output + ": wanted a file to write to, found: " + std::strerror(errno));
+  }
+  const std::string problem = StandBefore(options.run.host.platform);
+  if (!problem.empty()) return Refuse(kCommand, problem);
+  Tracer watching(file == nullptr ? stderr : file.get(), *source, options.all);
+  tracer = &watching;
+  SetCallObserver(&watching);
+  const int status = Run(options.run);
+  SetCallObserver(nullptr);
+  tracer = nullptr;
+  return status;
+}
+
+}  // namespace hostrun

@@ -1,0 +1,95 @@
+// runner/language/session.cpp - a program that is run while it is being written.
+#include "runner/language/session.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <new>
+
+#include "runner/host/exceptions.h"
+#include "runner/language/parser.h"
+#include "runner/language/program.h"
+
+namespace hostrun {
+namespace {
+
+std::optional<ExpressionPtr> TryExpression(const Source& part) {
+  try {
+    return Parser(part).ParseLoneExpression();
+  } catch (const ProgramError&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
+Session::~Session() {
+  currentPosition = {};
+  while (!globals_.empty()) globals_.pop_back();
+}
+
+Session::State Session::Run(const std::string& text, bool more) {
+  const int count = static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+  // Lines are counted through the whole session.
+  const Source part(name_, std::string(static_cast<std::size_t>(lines_), '\n') + text);
+  try {
+    std::optional<ProgramText> program;
+    std::optional<ExpressionPtr> expression;
+    try {
+      program = Parser(part).ParseProgram();
+    } catch (const ProgramError& error) {
+      if (more && error.at().line > lines_ + count) return State::WantsMore;
+      expression = TryExpression(part);
+      if (!expression) throw;
+    }
+    whole_ += text;
+    lines_ += count;
+    if (program && program->routines.empty() && program->body.size() == 1 &&
+        program->body.front()->kind == Statement::Kind::Call) {
+      expression = std::move(program->body.front()->first);
+    }
+    BeginRunning();
+    const State state = Guarded([&] { return expression ? RunExpression(**expression) : RunText(*program); });
+    EndRunning();
+    return state;
+  } catch (const ProgramError& error) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s\n", part.Describe(error.at(), error.what()).c_str());
+    return State::Failed;
+  }
+}
+
+Session::State Session::Guarded(const std::function<State()>& run) {
+  try {
+    try {
+      return run();
+    } catch (const std::bad_alloc&) {
+      RaiseHostException("OutOfMemoryException", "Not enough memory.");
+    }
+  } catch (const QuitRequest& request) {
+    status_ = request.status;
+    return State::Ended;
+  } catch (const HostException& exception) {
+    std::fflush(stdout);
+    ReportUncaught(Source(name_, whole_), exception.object());
+    return State::Failed;
+  }
+}
+
+Session::State Session::RunText(const ProgramText& text) {
+  const StepBlock body = binder_.BindPart(text);
+  globals_.resize(binder_.globals().size());
+  Frame frame{nullptr, globals_.data()};
+  body.Run(frame);
+  return State::Done;
+}
+
+Session::State Session::RunExpression(const Expression& expression) {
+  const CodePtr code = binder_.BindPart(expression);
+  globals_.resize(binder_.globals().size());
+  Frame frame{nullptr, globals_.data()};
+  const Value value = code->Eval(frame);
+  if (code->type->kind != Kind::Nothing) show_(value);
+  return State::Done;
+}
+
+}  // namespace hostrun
