@@ -315,6 +315,16 @@ TEST_F(AvailableSpaces, ASpaceTheHostMakesNoObjectForIsInsertedAsNilAndTheIndexA
   EXPECT_EQ(Calls("REALUnlockObject"), 0);
 }
 
+TEST_F(AvailableSpaces, AreGivenBackWithTheirArrayWhenTheHostThrows) {
+  // The array holds one space by then; nobody gets it.
+  int inserted = 0;
+  host.before["insert"] = [&inserted] {
+    if (++inserted == 2) throw std::bad_alloc();
+  };
+  EXPECT_THROW(Get(), std::bad_alloc);
+  EXPECT_EQ(inserted, 2);
+}
+
 TEST_F(AvailableSpaces, AnExceptionOnTheWayGivesTheArrayAsFilledSoFar) {
   int walked = 0;
   platform.On("nextObject", [&walked, this](Send& send) {
