@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -100,6 +101,7 @@ class Host {
       before;  // runs when a service is called; may throw
 
   std::int32_t upperBoundOfNull = -1;  // what "RuntimeUBound" answers for no array
+  std::optional<std::int32_t> lengthOfEveryString;  // what "LenB" answers instead of the truth
 
   // The resolver, as the bundle gets it.
   static void* Resolve(const char* name);

@@ -171,7 +171,8 @@ const char* StringGetCString(void* string) {
 std::int32_t LenB(void* string) {
   const Outside outside;
   if (Note("LenB", {NameOf(string)}) || string == nullptr) return 0;
-  return static_cast<std::int32_t>(TheHost().String(string).bytes.size());
+  const auto length = static_cast<std::int32_t>(TheHost().String(string).bytes.size());
+  return TheHost().lengthOfEveryString.value_or(length);
 }
 
 void* LoadGlobalMethod(const char* declaration) {

@@ -70,6 +70,13 @@ TEST_F(Entry, TakesAHostWithoutAVersionForTheOldest) {
   EXPECT_EQ(host.registered[0].words[0], 9U);
 }
 
+TEST_F(Entry, RegistersOnAHostThatNegotiatesNoLayout) {
+  host.missing = {"RegisterPluginVersion"};
+  Enter(2015.0L);
+  EXPECT_THAT(host.announcedVersions, IsEmpty());
+  EXPECT_THAT(RegisteredNames(), ElementsAre("NSColorQVX", "NSColorListQVX", "NSColorSpaceQVX"));
+}
+
 TEST_F(Entry, LeavesAVersionThatItAlreadyKnowsWhenTheServiceIsGone) {
   Enter(2013.0L);
   host.missing = {"REALGetRBVersion"};

@@ -249,6 +249,16 @@ TEST_F(RaisingNative, StopsWhenTheSiblingMakesNothing) {
   EXPECT_EQ(Log().Count(EventKind::kCall, "NSLog"), 1);
 }
 
+TEST_F(RaisingNative, WithoutAFormatNothingIsLoggedAndTheExceptionIsRaised) {
+  Log().SetHook([](const Event& event) {
+    return event.name == "CFStringCreateWithCString" ? Fault::kNull : Fault::kNone;
+  });
+  RaiseIt();
+  EXPECT_EQ(Log().Count(EventKind::kCall, "NSLog"), 0);
+  ASSERT_THAT(host.raised, SizeIs(1));
+  EXPECT_EQ(host.raised[0].native, exception);
+}
+
 TEST_F(RaisingNative, ReleasesTheObjectOnAHostThatCannotRaise) {
   host.missing = {"RuntimeRaiseException"};
   RaiseIt();

@@ -88,6 +88,34 @@ TEST_F(Preparation, DoesNothingOnAPlatformWithoutNSException) {
   EXPECT_FALSE(qvx::ExceptionsInitialized);
 }
 
+TEST_F(Preparation, DoesNothingWhereNoSelectorCanBeRegistered) {
+  Log().SetHook([](const Event& event) { return event.kind == EventKind::kLookup ? Fault::kNull : Fault::kNone; });
+  Prepare();
+  EXPECT_THAT(Log().Messages(), IsEmpty());
+  EXPECT_EQ(qvx::instances, nullptr);
+  EXPECT_FALSE(qvx::ExceptionsInitialized);
+}
+
+TEST_F(Preparation, DoesNothingWhereItsSelectorsAloneCannotBeRegistered) {
+  Log().SetHook([](const Event& event) {
+    return event.name == "sel_registerName" && event.text.find("QVX") != std::string::npos ? Fault::kNull
+                                                                                            : Fault::kNone;
+  });
+  Prepare();
+  EXPECT_THAT(Log().Messages(), IsEmpty());
+  EXPECT_EQ(qvx::instances, nullptr);
+  EXPECT_FALSE(qvx::ExceptionsInitialized);
+}
+
+TEST_F(Preparation, WithoutTheSelectorOfTheQuestionNobodyIsAsked) {
+  Log().SetHook([](const Event& event) {
+    return event.text == "sel_registerName(\"respondsToSelector:\")" ? Fault::kNull : Fault::kNone;
+  });
+  Prepare();
+  EXPECT_THAT(Log().Messages(), IsEmpty());
+  EXPECT_FALSE(qvx::ExceptionsInitialized);
+}
+
 class Instance : public NewHost, public testing::WithParamInterface<const char*> {
  protected:
   static NativeObject* MakeWrapped() {
@@ -276,6 +304,14 @@ TEST_P(Conversions, StoresWhatRetainAnswered) {
     send.Answer(other);
   });
   EXPECT_EQ(host.Object(ToHost(native)).Native(), other);
+}
+
+TEST_P(Conversions, AnInstanceThatCouldRetainNothingIsEmptyAndEntersNoCache) {
+  Prepare();
+  platform.AnswerOnce("retain", nullptr);
+  void* const object = ToHost(MakeWrapped());
+  EXPECT_THAT(host.Object(object).Native(), IsNull());
+  EXPECT_THAT(platform.instances->entries, IsEmpty());
 }
 
 TEST_P(Conversions, GivesNullOnAHostThatMakesNoInstances) {

@@ -273,6 +273,16 @@ TEST_F(Registration, AnArrayThatCannotBeAllocatedIsNullAndTheRestGoesOn) {
   EXPECT_THAT(host.registered, SizeIs(1));
 }
 
+TEST_F(Registration, WithoutMemoryForTheScratchRecordTheClassIsLeftOut) {
+  Log().SetHook(
+      [](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
+  Register(9);
+  EXPECT_THAT(handed, IsEmpty());
+  EXPECT_THAT(Log().Allocations(), SizeIs(1));
+  before[3] = 16;  // the data size, rounded up as always
+  EXPECT_EQ(Words(&definition, 29), before);
+}
+
 TEST_F(Registration, TheArraysOfAnOldHostStartOutZeroFilledInNoWayLonger) {
   Register(9);
   std::size_t total = 0;

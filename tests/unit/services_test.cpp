@@ -197,6 +197,22 @@ INSTANTIATE_TEST_SUITE_P(Wrappers, ServiceTable, testing::ValuesIn(Wrappers()),
 
 using Services = NewHost;
 
+TEST_F(Services, AGlobalMethodThatTheHostLacksGivesZero) {
+  host.missing = {"LenB"};
+  EXPECT_EQ(qvx::LenB(host.NewString("text")), 0);
+  EXPECT_EQ(Calls("LenB"), 0);
+}
+
+using ServicesBeforeTheStart = FreshBundle;
+
+TEST_F(ServicesBeforeTheStart, GiveTheNeutralResultAndAreAskedForAgain) {
+  EXPECT_EQ(qvx::REALnewInstance("Thing"), nullptr);
+  Start(2015.0L);
+  const qvx::REALobject made = qvx::REALnewInstance("Thing");
+  EXPECT_NE(made, nullptr);
+  host.Adopt(made);
+}
+
 TEST_F(Services, TwoWrappersOfOneNameLookItUpSeparately) {
   const auto string = host.NewString("text");
   for (int i = 0; i < 2; ++i) {

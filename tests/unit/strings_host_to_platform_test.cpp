@@ -181,6 +181,12 @@ TEST_F(NewNSStringOnNewHost, AHostWithStringDataSeesNoFurtherLookups) {
   EXPECT_EQ(Asked("StringGetCString"), 0);
 }
 
+TEST_F(NewNSStringOnNewHost, IsNilOnAHostThatHasNoWayToTheBytes) {
+  host.missing = {"REALGetStringCFString", "PluginGetStringData", "StringGetCString"};
+  EXPECT_THAT(ToPlatform(host.NewString("abc")), IsNull());
+  EXPECT_THAT(Log().Allocations(), IsEmpty());
+}
+
 using NewNSStringOnOldHost = OldHost;
 
 TEST_F(NewNSStringOnOldHost, AsksForThePlatformStringOnce) {
@@ -206,6 +212,14 @@ TEST_F(NewNSStringOnOldHost, LocksReadsTheRecordPastItsFirstByteAndUnlocks) {
 TEST_F(NewNSStringOnOldHost, StaysInBalanceOnAHostThatCannotLock) {
   host.missing = {"REALGetStringCFString", "REALLockString"};
   EXPECT_EQ(TextOf(ToPlatform(host.NewString("abc"))), u"abc");
+}
+
+TEST_F(NewNSStringOnOldHost, ARecordWithoutABufferIsReadAsNoText) {
+  host.missing = {"REALGetStringCFString"};
+  const auto string = host.NewString("abc");
+  host.String(string).record.buffer = nullptr;
+  EXPECT_THAT(ToPlatform(string), IsNull());
+  EXPECT_EQ(host.String(string).unlocks, 1);
 }
 
 // REALGetStringData, called directly.
@@ -313,6 +327,29 @@ TEST_F(StringDataFallback, IsFalseWhenTheConversionFails) {
   AnswerNull("REALConvertString");
   REALstringData data{};
   EXPECT_FALSE(Get(host.NewString("abc", kEncodingUTF8), kEncodingASCII, &data));
+}
+
+TEST_F(StringDataFallback, ALengthWithoutBytesIsFalse) {
+  AnswerNull("StringGetCString");
+  REALstringData data{};
+  EXPECT_FALSE(Get(host.NewString("abc", kEncodingUTF8), kEncodingUTF8, &data));
+  EXPECT_THAT(Log().Allocations(), IsEmpty());
+}
+
+TEST_F(StringDataFallback, NoLengthAndNoBytesAreNoBytesAndFourZeros) {
+  AnswerNull("StringGetCString");
+  REALstringData data{};
+  ASSERT_TRUE(Get(host.NewString("", kEncodingUTF8), kEncodingUTF8, &data));
+  EXPECT_EQ(data.length, 0);
+  EXPECT_TRUE(EndsInFourZeros(data));
+  Dispose(data);
+}
+
+TEST_F(StringDataFallback, ALengthBelowZeroIsFalse) {
+  host.lengthOfEveryString = -1;
+  REALstringData data{};
+  EXPECT_FALSE(Get(host.NewString("abc", kEncodingUTF8), kEncodingUTF8, &data));
+  EXPECT_THAT(Log().Allocations(), IsEmpty());
 }
 
 TEST_F(StringDataFallback, AFailedLookupOfLenBIsTriedAgainAndAFoundOneKept) {

@@ -256,6 +256,12 @@ TEST_P(BuildOnAnyHost, RaisesOutOfMemoryFromEveryStepAndReleasesTheTemporary) {
   }
 }
 
+TEST_P(BuildOnAnyHost, LetsAnyOtherExceptionOfAServiceGoOn) {
+  host.before["REALSetStringEncoding"] = [] { throw 1; };
+  EXPECT_THROW(Build("abc", kEncodingUTF8), int);
+  EXPECT_THAT(host.raised, IsEmpty());
+}
+
 TEST_P(BuildOnAnyHost, RaisesWithoutAMessageWhenEvenTheMessageCannotBeBuilt) {
   for (const char* const builder : {"REALBuildString", "REALBuildStringWithEncoding"}) {
     host.before[builder] = [] { throw std::bad_alloc(); };
