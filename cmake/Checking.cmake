@@ -3,7 +3,8 @@ option(QVX_SANITIZE "Check memory and undefined behaviour while the tests run" O
 option(QVX_FUZZ "Build the fuzz targets with clang's coverage-guided fuzzer and AddressSanitizer" OFF)
 option(QVX_COVERAGE "Count the lines and branches that the tests reach" OFF)
 if(QVX_SANITIZE)
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  # -g1: a finding's stack needs lines, and nothing else.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=address,undefined)
 endif()
 if(QVX_FUZZ)

@@ -2,6 +2,7 @@
 // of them and of the seeds, the same ones for the same number.
 //
 //   fuzz_... RUNS SEED [FILE-OR-FOLDER...]
+//   fuzz_... --seeds FOLDER      writes the seeds as files, for the fuzzer that is guided by coverage
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -101,6 +102,20 @@ class Generator {
   std::mt19937 random_;
 };
 
+int WriteSeeds(const std::filesystem::path& folder) {
+  std::filesystem::create_directories(folder);
+  int number = 0;
+  for (const std::string& seed : fuzz::Seeds()) {
+    std::ofstream file(folder / ("seed-" + std::to_string(number++)), std::ios::binary);
+    file.write(seed.data(), static_cast<std::streamsize>(seed.size()));
+    if (!file.flush()) {
+      std::fprintf(stderr, "wanted to write the seeds below %s, could not\n", folder.c_str());
+      return 2;
+    }
+  }
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -108,6 +123,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "wanted RUNS SEED [FILE-OR-FOLDER...], found %d arguments\n", argc - 1);
     return 2;
   }
+  if (std::strcmp(argv[1], "--seeds") == 0) return WriteSeeds(argv[2]);
   for (const int signal : {SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL}) std::signal(signal, &KeepInput);
   std::vector<std::string> inputs = fuzz::Seeds();
   for (int i = 3; i < argc; ++i) {
