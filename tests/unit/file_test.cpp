@@ -163,6 +163,22 @@ TEST_F(BuiltFile, IsBoundAtOnceAndReadOnlyAfterRelocation) {
       std::ranges::any_of(segments, [](const Elf32_Phdr& each) { return each.p_type == PT_GNU_RELRO; }));
 }
 
+TEST_F(BuiltFile, ProtectsEveryAddressThatTheLoaderFillsIn) {
+  Elf32_Phdr relocated{};
+  for (const Elf32_Phdr& each : segments) {
+    if (each.p_type == PT_GNU_RELRO) relocated = each;
+  }
+  Names protectedOnes;
+  for (const Elf32_Shdr& section : sections) {
+    const std::string name = SectionName(section);
+    if ((section.sh_flags & SHF_WRITE) == 0 || name == ".data" || name == ".bss") continue;
+    EXPECT_GE(section.sh_addr, relocated.p_vaddr) << name;
+    EXPECT_LE(section.sh_addr + section.sh_size, relocated.p_vaddr + relocated.p_memsz) << name;
+    protectedOnes.insert(name);
+  }
+  EXPECT_THAT(protectedOnes, Contains(".got"));
+}
+
 TEST_F(BuiltFile, HasNoExecutableStackAndNothingWritableThatRuns) {
   bool declared = false;
   for (const Elf32_Phdr& each : segments) {
