@@ -55,6 +55,8 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   AddColourSpaceRows(bundle);
   AddListScaleRows(bundle, 1);
   if (scale == Scale::kNone) return;
+  AddLargeStringRows(bundle);
+  AddLargeBlockRows(bundle);
   AddListScaleRows(bundle, 1'000);
   AddListScaleRows(bundle, 100'000);
   for (const long live : {1L, 1'000L, 100'000L, 1'000'000L}) {
