@@ -109,6 +109,7 @@ void RunBenchmarks(bool quick, Collector& collector) {
                                         quick ? "--benchmark_repetitions=3" : "--benchmark_repetitions=9",
                                         quick ? "--benchmark_min_time=0.004" : "--benchmark_min_time=0.02"};
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size());
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   int count = static_cast<int>(pointers.size());
   benchmark::Initialize(&count, pointers.data());
