@@ -100,7 +100,7 @@ class Host {
   std::map<std::string, std::function<void()>, std::less<>>
       before;  // runs when a service is called; may throw
 
-  std::int32_t upperBoundOfNull = -1;  // what "RuntimeUBound" answers for no array
+  std::int32_t upperBoundOfNull = -1;               // what "RuntimeUBound" answers for no array
   std::optional<std::int32_t> lengthOfEveryString;  // what "LenB" answers instead of the truth
 
   // The resolver, as the bundle gets it.

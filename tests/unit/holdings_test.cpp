@@ -1,5 +1,5 @@
-// tests/unit/holdings_test.cpp - what a guarded body holds for a moment: given back last taken first, once, and
-// never lost while an exception unwinds.
+// tests/unit/holdings_test.cpp - what a guarded body holds for a moment: given back last taken first, once,
+// and never lost while an exception unwinds.
 #include "bridge/holdings.h"
 
 #include <new>
@@ -22,7 +22,8 @@ class HoldingsTest : public NewHost {
   }
   static Lines UnlocksOf(std::initializer_list<int> numbers) {
     Lines lines;
-    for (const int number : numbers) lines.push_back("REALUnlockObject(Thing#" + std::to_string(number) + ")");
+    for (const int number : numbers)
+      lines.push_back("REALUnlockObject(Thing#" + std::to_string(number) + ")");
     return lines;
   }
 };

@@ -89,7 +89,8 @@ TEST_F(Preparation, DoesNothingOnAPlatformWithoutNSException) {
 }
 
 TEST_F(Preparation, DoesNothingWhereNoSelectorCanBeRegistered) {
-  Log().SetHook([](const Event& event) { return event.kind == EventKind::kLookup ? Fault::kNull : Fault::kNone; });
+  Log().SetHook(
+      [](const Event& event) { return event.kind == EventKind::kLookup ? Fault::kNull : Fault::kNone; });
   Prepare();
   EXPECT_THAT(Log().Messages(), IsEmpty());
   EXPECT_EQ(qvx::instances, nullptr);
@@ -99,7 +100,7 @@ TEST_F(Preparation, DoesNothingWhereNoSelectorCanBeRegistered) {
 TEST_F(Preparation, DoesNothingWhereItsSelectorsAloneCannotBeRegistered) {
   Log().SetHook([](const Event& event) {
     return event.name == "sel_registerName" && event.text.find("QVX") != std::string::npos ? Fault::kNull
-                                                                                            : Fault::kNone;
+                                                                                           : Fault::kNone;
   });
   Prepare();
   EXPECT_THAT(Log().Messages(), IsEmpty());
