@@ -218,7 +218,11 @@ StatementPtr Parser::ParseDeclare(Statement::Kind kind) {
     const TypeName shared = declarator.type;
     all.push_back(std::move(declarator));
     if (!complete) continue;
-    for (; typed && untyped + 1 < all.size(); ++untyped) {
+    if (!typed && untyped + 1 < all.size()) {  // a value is nobody's type but its own variable's
+      throw ProgramError(all[untyped].at,
+                         "wanted 'As' and a type, or '=' and a value, for " + all[untyped].name);
+    }
+    for (; untyped + 1 < all.size(); ++untyped) {
       const bool wasArray = all[untyped].type.array;
       all[untyped].type = shared;
       all[untyped].type.array = wasArray;
