@@ -21,8 +21,11 @@ endif()
 # stack; what a delivered exception jumps over in the scripted services is lost on purpose, and the tests count what
 # the bundle itself holds.
 function(checked_test name)
+  if(QVX_SANITIZE OR QVX_COVERAGE)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 900)
+  endif()
   if(QVX_SANITIZE)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 900 ENVIRONMENT
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT
       "ASAN_OPTIONS=detect_stack_use_after_return=0:detect_leaks=0:alloc_dealloc_mismatch=0:malloc_context_size=1;UBSAN_OPTIONS=print_stacktrace=1")
   endif()
 endfunction()

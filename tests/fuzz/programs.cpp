@@ -17,17 +17,50 @@ void StartOnce() {
 
 std::vector<std::string> fuzz::Seeds() {
   return {
-      "Dim a As Integer = 1\nPrint Str(a + 2 * 3 ^ 2 Mod 5)\n",
-      "Dim m As MemoryBlock = New MemoryBlock(4)\nm.Byte(0) = 255\n",
-      "For i As Integer = 0 To 10 Step 2\n  If i = 4 Then\n    Continue\n  Else\n    Exit\n  End If\nNext\n",
-      "Try\n  Raise New RuntimeException\nCatch e As RuntimeException\n  Print e.Message\nFinally\nEnd Try\n",
-      "Select Case 3\nCase 1, 2\nCase Is > 2\nCase Else\nEnd Select\nWhile False\nWend\nDo\nLoop Until "
-      "True\n",
-      "Function F(x As Double, ByRef y As String, ParamArray z As Variant) As Boolean\n  Return Not (x < 1 "
-      "And y <> \"\")\n"
-      "End Function\nSub S()\nEnd Sub\nS\n",
-      "Const k = &hFF\nDim s As String = \"a\"\"b\" + Chr(65)\nDim c As Color = &cFF7F00\nDim d() As "
-      "Double\nd.Append 1.5e3\n",
+      R"(Dim a As Integer = 1
+Print Str(a + 2 * 3 ^ 2 Mod 5)
+)",
+      R"(Dim m As MemoryBlock = New MemoryBlock(4)
+m.Byte(0) = 255
+)",
+      R"(For i As Integer = 0 To 10 Step 2
+  If i = 4 Then
+    Continue
+  Else
+    Exit
+  End If
+Next
+)",
+      R"(Try
+  Raise New RuntimeException
+Catch e As RuntimeException
+  Print e.Message
+Finally
+End Try
+)",
+      R"(Select Case 3
+Case 1, 2
+Case Is > 2
+Case Else
+End Select
+While False
+Wend
+Do
+Loop Until True
+)",
+      R"(Function F(x As Double, ByRef y As String, ParamArray z As Variant) As Boolean
+  Return Not (x < 1 And y <> "")
+End Function
+Sub S()
+End Sub
+S
+)",
+      R"(Const k = &hFF
+Dim s As String = "a""b" + Chr(65)
+Dim c As Color = &cFF7F00
+Dim d() As Double
+d.Append 1.5e3
+)",
   };
 }
 

@@ -12,7 +12,6 @@
 namespace {
 
 using hostrun::ArgumentWords;
-using hostrun::ObjectRef;
 using hostrun::Value;
 
 constexpr double kTolerance = 0.02;
