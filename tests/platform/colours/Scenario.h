@@ -1,7 +1,7 @@
 // tests/platform/colours/Scenario.h - a behaviour of the colour classes, and what it is with and without
 // libcocoa.
 //
-// A scenario is run in a process of its own, in a program linked with GNUstep alone and in one linked with
+// A scenario is run in a process of its own, by a program linked with GNUstep alone and by one linked with
 // this project's library too. It answers with a text; the programs add what a scenario can't say itself: that
 // it raised.
 #pragma once

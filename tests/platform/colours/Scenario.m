@@ -7,6 +7,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+// Seconds after which a scenario hangs.
+enum { kPatience = 20 };
+
 NSString* Joined(NSArray* parts) { return [parts componentsJoinedByString:@", "]; }
 NSString* YesNo(BOOL value) { return value ? @"yes" : @"no"; }
 
@@ -112,17 +115,7 @@ static const Scenario* Find(const char* wanted) {
   return NULL;
 }
 
-// Without an argument: every scenario's name and its two expected answers, a line each. With a name: its
-// answer.
-int main(int argc, char** argv) {
-  const Scenario* scenario = Find(argc > 1 ? argv[1] : NULL);
-  if (argc < 2) return 0;
-  if (!scenario) {
-    fprintf(stderr,
-            "scenario: wanted a scenario's name, found \"%s\"; start me without arguments for a list\n",
-            argv[1]);
-    return 2;
-  }
+static int Run(const Scenario* scenario) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSString* answer;
   @try {
@@ -134,4 +127,46 @@ int main(int argc, char** argv) {
   fflush(stdout);
   [pool release];
   return 0;
+}
+
+// In the child: its own folder takes what it prints, and a hanging scenario is ended by the alarm.
+static int RunApart(const char* name) {
+  const Scenario* scenario = Find(name);
+  const char* folder = getenv("QVX_SCENARIO_FOLDER");
+  if (!scenario || !folder || chdir(folder) != 0 || !freopen("output", "w", stdout) ||
+      !freopen("errors", "w", stderr) || !freopen("/dev/null", "r", stdin))
+    return 2;
+  alarm(kPatience);
+  return Run(scenario);
+}
+
+// Runs each scenario whose name is read in a child process, and answers with the child's status. No message
+// has been sent in this process, so each child is as new as a process of its own.
+static int Serve(void) {
+  char name[1024];
+  while (fgets(name, sizeof name, stdin)) {
+    name[strcspn(name, "\n")] = 0;
+    pid_t child = fork();
+    if (child == 0) exit(RunApart(name));
+    int status = -1;
+    if (child < 0 || waitpid(child, &status, 0) != child) return 2;
+    printf("%d\n", status);
+    fflush(stdout);
+  }
+  return 0;
+}
+
+// Without an argument: every scenario's name and its two expected answers, a line each. With "serve": see
+// above. With a name: its answer.
+int main(int argc, char** argv) {
+  if (argc > 1 && strcmp(argv[1], "serve") == 0) return Serve();
+  const Scenario* scenario = Find(argc > 1 ? argv[1] : NULL);
+  if (argc < 2) return 0;
+  if (!scenario) {
+    fprintf(stderr,
+            "scenario: wanted a scenario's name, found \"%s\"; start me without arguments for a list\n",
+            argv[1]);
+    return 2;
+  }
+  return Run(scenario);
 }
