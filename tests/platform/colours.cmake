@@ -1,10 +1,13 @@
 # Tests of the colour classes: GNUstep's own, and what libcocoa makes of them.
 set(scenario_sources
+  colours/InkProfile.c
   colours/Scenario.m
   colours/archive_scenarios.m
   colours/colour_scenarios.m
   colours/conversion_scenarios.m
   colours/folder_scenarios.m
+  colours/gnustep_scenarios.m
+  colours/ink_scenarios.m
   colours/list_file_scenarios.m
   colours/list_scenarios.m
   colours/named_scenarios.m
@@ -14,9 +17,9 @@ set(scenario_sources
 
 # One source, two programs: with GNUstep alone, and with libcocoa before it.
 add_executable(colour_scenarios_plain ${scenario_sources})
-target_link_libraries(colour_scenarios_plain PRIVATE gnustep warnings)
+target_link_libraries(colour_scenarios_plain PRIVATE gnustep lcms2 warnings)
 add_executable(colour_scenarios_here ${scenario_sources})
-target_link_libraries(colour_scenarios_here PRIVATE cocoa gnustep warnings)
+target_link_libraries(colour_scenarios_here PRIVATE cocoa gnustep lcms2 warnings)
 foreach(program colour_scenarios_plain colour_scenarios_here)
   target_include_directories(${program} PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)
   target_link_options(${program} PRIVATE -Wl,--no-as-needed)
@@ -38,8 +41,9 @@ add_executable(colour_library_test
   colours/accuracy_test.cpp
   colours/damage_test.cpp
   colours/sharing_test.cpp
+  colours/InkProfile.c
   colours/colour_calls.m)
-target_link_libraries(colour_library_test PRIVATE cocoa gnustep gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
+target_link_libraries(colour_library_test PRIVATE cocoa gnustep lcms2 gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
 target_include_directories(colour_library_test PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)
 target_link_options(colour_library_test PRIVATE -Wl,--no-as-needed)
 target_compile_definitions(colour_library_test PRIVATE

@@ -41,6 +41,7 @@ NSString* UserColours(void);
 NSString* SystemColours(void);
 
 NSData* ProfileNamed(NSString* fileName);  // of the installed free profiles
+NSData* InkProfile(unsigned inks);         // made by InkProfile.h
 NSColor* Pattern(void);
 
 // A colour that is archived as one of a kind that no reader knows.
@@ -60,7 +61,9 @@ typedef struct {
 } Scenario;
 
 // The tables, each ended by an entry without a name.
+extern const Scenario gnustepScenarios[];
 extern const Scenario spaceScenarios[];
+extern const Scenario inkScenarios[];
 extern const Scenario profileScenarios[];
 extern const Scenario conversionScenarios[];
 extern const Scenario colourScenarios[];

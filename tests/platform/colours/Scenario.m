@@ -7,6 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "InkProfile.h"
+
 // Seconds after which a scenario hangs.
 enum { kPatience = 20 };
 
@@ -66,6 +68,13 @@ NSData* ProfileNamed(NSString* fileName) {
   return data;
 }
 
+NSData* InkProfile(unsigned inks) {
+  size_t size = 0;
+  void* bytes = MakeInkProfile(inks, &size);
+  if (!bytes) [NSException raise:@"NoSuchProfile" format:@"wanted a profile of %u inks, found none", inks];
+  return [NSData dataWithBytesNoCopy:bytes length:size freeWhenDone:YES];
+}
+
 NSColor* Pattern(void) {
   NSImage* image = [[[NSImage alloc] initWithSize:NSMakeSize(2, 2)] autorelease];
   return [NSColor colorWithPatternImage:image];
@@ -102,9 +111,10 @@ void InChild(void (*function)(void)) {
 }
 
 static const Scenario* Find(const char* wanted) {
-  static const Scenario* const tables[] = {
-      spaceScenarios,   profileScenarios,    conversionScenarios, colourScenarios,   namedScenarios,
-      archiveScenarios, pasteboardScenarios, listScenarios,       listFileScenarios, folderScenarios};
+  static const Scenario* const tables[] = {gnustepScenarios, inkScenarios,        spaceScenarios,
+                                           profileScenarios, conversionScenarios, colourScenarios,
+                                           namedScenarios,   archiveScenarios,    pasteboardScenarios,
+                                           listScenarios,    listFileScenarios,   folderScenarios};
   for (size_t i = 0; i < sizeof tables / sizeof *tables; i++)
     for (const Scenario* each = tables[i]; each->name; each++) {
       if (!wanted)
