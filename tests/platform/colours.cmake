@@ -53,3 +53,10 @@ target_compile_definitions(colour_library_test PRIVATE
 add_test(NAME platform.colour_library COMMAND colour_library_test)
 set_tests_properties(platform.colour_library PROPERTIES TIMEOUT 600
   ENVIRONMENT "QVX_CMYK_PROFILE=${QVX_SYSROOT}/usr/share/color/icc/ghostscript/default_cmyk.icc")
+
+# The bundle's own functions on the pasteboard, as a host calls them.
+add_executable(bundle_pasteboard_test colours/bundle_pasteboard_test.cpp)
+target_include_directories(bundle_pasteboard_test PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(bundle_pasteboard_test PRIVATE real_host gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
+add_test(NAME platform.bundle_pasteboard COMMAND bundle_pasteboard_test)
+set_tests_properties(platform.bundle_pasteboard PROPERTIES TIMEOUT 120)
