@@ -33,7 +33,7 @@ static void AppendBlock(NSMutableData* data, NSData* block) {
 static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* color,
                          NSMutableArray* profiles) {
   NSColorSpace* space = [color colorSpace];
-  uint32_t number = [space qvx_kind];
+  uint32_t number = QVXKindOfSpace(space);
   if (number == QVXOtherSpace) {
     NSData* profile = [space ICCProfileData];
     NSUInteger index = [profiles indexOfObject:profile];

@@ -46,12 +46,12 @@
 }
 
 - (void*)colorSyncProfile {
-  return [self qvx_profile];
+  return QVXProfileOfSpace(self);
 }
 
 - (NSData*)ICCProfileData {
   NSData* data = __atomic_load_n(&_iccData, __ATOMIC_ACQUIRE);
-  QVXProfile* profile = data ? NULL : [self qvx_profile];
+  QVXProfile* profile = data ? NULL : QVXProfileOfSpace(self);
   if (!profile) return data;
   size_t size = 0;
   const void* bytes = QVXProfileBytes(profile, &size);
