@@ -136,4 +136,27 @@ Result GuardedResult(Body&& body) {
   return GuardedResult(Result{}, body);
 }
 
+// What becomes of an NSException after its delivery.
+enum class OnNSException { kRaise, kDrop };
+
+// The end of a body that held things and was left by a delivered exception: gives them back, then raises,
+// drops or passes on.
+[[gnu::cold]] void EndDelivered(id exception, Holdings& holdings, OnNSException then);
+
+// GuardedResult for what `make` answers from its Holdings, in a single function with them and the frame: less
+// for each call, more code for each body. For what programs call most. Delivery gives the neutral value.
+template <typename Make>
+[[gnu::noinline]] auto ResultInOneFrame(Make& make, OnNSException then) {
+  using Result = std::invoke_result_t<Make&, Holdings&>;
+  Holdings holdings;
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) == 0) {
+    const FrameExit exit(frame);
+    return make(holdings);
+  }
+  EndDelivered(objc_exception_extract(&frame), holdings, then);
+  return Result();
+}
+
 }  // namespace qvx
