@@ -3,7 +3,7 @@
 #include <pthread.h>
 #include <stdlib.h>
 
-#import "ColourSpaces.h"
+#import "colour_spaces.h"
 
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;
@@ -140,7 +140,8 @@ static QVXProfile* InstalledCMYK(void) {
   return stockName ? stockName : NSCustomColorSpace;
 }
 
-// Functions of the implementation, which sees the instance variables: each conversion asks them several times.
+// Functions of the implementation, which sees the instance variables: each conversion asks them several
+// times.
 QVXSpaceKind QVXKindOfSpace(NSColorSpace* space) {
   for (int kind = QVXOtherSpace + 1; space && kind < QVXSpaceKinds; kind++)
     if (__atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE) == space) return kind;

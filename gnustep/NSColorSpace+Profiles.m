@@ -1,7 +1,7 @@
 // gnustep/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out again.
-#import "ColourSpaces.h"
-#import "ExportedHandles.h"
-#import "StockMethods.h"
+#import "colour_spaces.h"
+#import "exported_handles.h"
+#import "stock_methods.h"
 
 @implementation NSColorSpace (QVXFromProfiles)
 

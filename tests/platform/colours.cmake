@@ -1,18 +1,18 @@
 # Tests of the colour classes: GNUstep's own, and what libcocoa makes of them.
 set(scenario_sources
-  colours/InkProfile.c
-  colours/Scenario.m
   colours/archive_scenarios.m
   colours/colour_scenarios.m
   colours/conversion_scenarios.m
   colours/folder_scenarios.m
   colours/gnustep_scenarios.m
+  colours/ink_profile.c
   colours/ink_scenarios.m
   colours/list_file_scenarios.m
   colours/list_scenarios.m
   colours/named_scenarios.m
   colours/pasteboard_scenarios.m
   colours/profile_scenarios.m
+  colours/scenario.m
   colours/space_scenarios.m)
 
 # One source, two programs: with GNUstep alone, and with libcocoa before it.
@@ -41,7 +41,7 @@ add_executable(colour_library_test
   colours/accuracy_test.cpp
   colours/damage_test.cpp
   colours/sharing_test.cpp
-  colours/InkProfile.c
+  colours/ink_profile.c
   colours/colour_calls.m)
 target_link_libraries(colour_library_test PRIVATE cocoa gnustep lcms2 gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
 target_include_directories(colour_library_test PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)

@@ -19,8 +19,8 @@
 #include <utility>
 #include <vector>
 
-#include "InkProfile.h"
 #include "colour_calls.h"
+#include "ink_profile.h"
 
 namespace {
 

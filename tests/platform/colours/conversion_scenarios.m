@@ -1,5 +1,5 @@
 // tests/platform/colours/conversion_scenarios.m - colours from one space to another.
-#import "Scenario.h"
+#import "scenario.h"
 
 static NSColorSpace* SpaceNamed(NSString* file) {
   return [[[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(file)] autorelease];

@@ -3,7 +3,7 @@
 //
 // Each scenario holds many promises, tells how many are kept, and names those that are not. What GNUstep
 // alone keeps has to be kept here.
-#import "Scenario.h"
+#import "scenario.h"
 
 #include <math.h>
 

@@ -1,11 +1,11 @@
-// gnustep/ColourConversion.m - colours from one space to another: the rules, in one place.
-#import "ColourConversion.h"
+// gnustep/colour_conversion.m - colours from one space to another: the rules, in one place.
+#import "colour_conversion.h"
 
 #include <string.h>
 
-#include "ColourTransforms.h"
-#import "GNUstepColours.h"
 #import "QVXProfileColor.h"
+#include "colour_transforms.h"
+#import "gnustep_colours.h"
 
 enum { kMostComponents = QVXMostChannels + 1 };
 
@@ -15,7 +15,8 @@ static double Positive(double value) { return value > 0 ? value : 0; }
 static NSString* FormulaName(NSColorSpace* space) {
   NSString* name = QVXStockNameOfSpace(space);
   if (name) return name;
-  return QVXKindOfSpace(space) == QVXGenericCMYKSpace && !QVXProfileOfSpace(space) ? NSDeviceCMYKColorSpace : nil;
+  return QVXKindOfSpace(space) == QVXGenericCMYKSpace && !QVXProfileOfSpace(space) ? NSDeviceCMYKColorSpace
+                                                                                   : nil;
 }
 
 NSColor* QVXColourWithComponents(NSColorSpace* space, const CGFloat* c) {

@@ -1,4 +1,4 @@
-// tests/platform/colours/Scenario.h - a behaviour of the colour classes, and what it is with and without
+// tests/platform/colours/scenario.h - a behaviour of the colour classes, and what it is with and without
 // libcocoa.
 //
 // A scenario is run in a process of its own, by a program linked with GNUstep alone and by one linked with
@@ -9,10 +9,10 @@
 #include <stddef.h>
 
 #ifdef __OBJC__
-#import "ColourClasses.h"
+#import "colour_classes.h"
 typedef NSString* (*ScenarioFunction)(void);
 
-// --- helpers, in Scenario.m
+// --- helpers, in scenario.m
 
 // "a, b, c"
 NSString* Joined(NSArray* parts);
@@ -41,7 +41,7 @@ NSString* UserColours(void);
 NSString* SystemColours(void);
 
 NSData* ProfileNamed(NSString* fileName);  // of the installed free profiles
-NSData* InkProfile(unsigned inks);         // made by InkProfile.h
+NSData* InkProfile(unsigned inks);         // made by ink_profile.h
 NSColor* Pattern(void);
 
 // A colour that is archived as one of a kind that no reader knows.

@@ -1,8 +1,8 @@
-// gnustep/ColourSpaces.h - what the colour classes know of a colour space beyond its public methods.
+// gnustep/colour_spaces.h - what the colour classes know of a colour space beyond its public methods.
 #pragma once
 
-#import "ColourClasses.h"
-#include "ColourProfiles.h"
+#import "colour_classes.h"
+#include "colour_profiles.h"
 
 // The predefined spaces, one object each. The numbers are written to archives: never change them.
 typedef enum {

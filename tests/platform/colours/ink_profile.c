@@ -1,5 +1,5 @@
-// tests/platform/colours/InkProfile.c - a printer with many inks, made with Little CMS.
-#include "InkProfile.h"
+// tests/platform/colours/ink_profile.c - a printer with many inks, made with Little CMS.
+#include "ink_profile.h"
 
 #include <lcms2.h>
 #include <stdlib.h>
