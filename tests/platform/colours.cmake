@@ -3,6 +3,7 @@ set(scenario_sources
   colours/archive_scenarios.m
   colours/colour_scenarios.m
   colours/conversion_scenarios.m
+  colours/exchange_scenarios.m
   colours/folder_scenarios.m
   colours/gnustep_scenarios.m
   colours/ink_profile.c

@@ -78,6 +78,7 @@ std::vector<std::string> environmentFor(const fs::path& folder) {
   return {"GNUSTEP_CONFIG_FILE=" + (folder / "GNUstep.conf").string(),
           "QVX_SCENARIO_FOLDER=" + folder.string(),
           "QVX_ICC_FOLDER=" + profiles,
+          "QVX_SCENARIOS_PLAIN=" QVX_SCENARIOS_PLAIN,
           "QVX_CMYK_PROFILE=" + profiles + "/default_cmyk.icc",
           "HOME=" + folder.string(),
           "LC_ALL=C.UTF-8",

@@ -47,6 +47,10 @@ NSColor* Pattern(void);
 // A colour that is archived as one of a kind that no reader knows.
 NSColor* Unheard(void);
 
+// A list's keys and colours, and a list to write: what another program is asked for.
+NSString* ListAsText(NSString* path);
+BOOL WriteStockList(NSString* path);
+
 // Runs the function in a child process, so that this one has not touched a colour yet.
 void InChild(void (*function)(void));
 #else
@@ -73,3 +77,4 @@ extern const Scenario pasteboardScenarios[];
 extern const Scenario listScenarios[];
 extern const Scenario listFileScenarios[];
 extern const Scenario folderScenarios[];
+extern const Scenario exchangeScenarios[];

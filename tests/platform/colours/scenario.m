@@ -111,10 +111,10 @@ void InChild(void (*function)(void)) {
 }
 
 static const Scenario* Find(const char* wanted) {
-  static const Scenario* const tables[] = {gnustepScenarios, inkScenarios,        spaceScenarios,
-                                           profileScenarios, conversionScenarios, colourScenarios,
-                                           namedScenarios,   archiveScenarios,    pasteboardScenarios,
-                                           listScenarios,    listFileScenarios,   folderScenarios};
+  static const Scenario* const tables[] = {
+      gnustepScenarios,  inkScenarios,    spaceScenarios,   profileScenarios,    conversionScenarios,
+      colourScenarios,   namedScenarios,  archiveScenarios, pasteboardScenarios, listScenarios,
+      listFileScenarios, folderScenarios, exchangeScenarios};
   for (size_t i = 0; i < sizeof tables / sizeof *tables; i++)
     for (const Scenario* each = tables[i]; each->name; each++) {
       if (!wanted)
@@ -125,11 +125,18 @@ static const Scenario* Find(const char* wanted) {
   return NULL;
 }
 
-static int Run(const Scenario* scenario) {
+static NSString* Read(const void* path) { return ListAsText([NSString stringWithUTF8String:path]); }
+static NSString* Write(const void* path) {
+  return YesNo(WriteStockList([NSString stringWithUTF8String:path]));
+}
+static NSString* Ask(const void* scenario) { return ((const Scenario*)scenario)->run(); }
+
+// Prints the answer, or what was raised.
+static int Run(NSString* (*function)(const void*), const void* argument) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSString* answer;
   @try {
-    answer = scenario->run();
+    answer = function(argument);
   } @catch (NSException* exception) {
     answer = [@"raises " stringByAppendingString:[exception name]];
   }
@@ -147,7 +154,7 @@ static int RunApart(const char* name) {
       !freopen("errors", "w", stderr) || !freopen("/dev/null", "r", stdin))
     return 2;
   alarm(kPatience);
-  return Run(scenario);
+  return Run(Ask, scenario);
 }
 
 // Runs each scenario whose name is read in a child process, and answers with the child's status. No message
@@ -167,9 +174,12 @@ static int Serve(void) {
 }
 
 // Without an argument: every scenario's name and its two expected answers, a line each. With "serve": see
-// above. With a name: its answer.
+// above. With "read" or "write" and a path: what the exchange scenarios ask of the program with GNUstep
+// alone. With a name: its answer.
 int main(int argc, char** argv) {
   if (argc > 1 && strcmp(argv[1], "serve") == 0) return Serve();
+  if (argc > 2 && strcmp(argv[1], "read") == 0) return Run(Read, argv[2]);
+  if (argc > 2 && strcmp(argv[1], "write") == 0) return Run(Write, argv[2]);
   const Scenario* scenario = Find(argc > 1 ? argv[1] : NULL);
   if (argc < 2) return 0;
   if (!scenario) {
@@ -178,5 +188,5 @@ int main(int argc, char** argv) {
             argv[1]);
     return 2;
   }
-  return Run(scenario);
+  return Run(Ask, scenario);
 }
