@@ -143,12 +143,9 @@ enum class OnNSException { kRaise, kDrop };
 // drops or passes on.
 [[gnu::cold]] void EndDelivered(id exception, Holdings& holdings, OnNSException then);
 
-// GuardedResult for what `make` answers from its Holdings, in a single function with them and the frame: less
-// for each call, more code for each body. For what programs call most. Delivery gives the neutral value.
+// The frame of GuardedAnswer. A delivery finds nothing here that has changed since the frame was entered.
 template <typename Make>
-[[gnu::noinline]] auto ResultInOneFrame(Make& make, OnNSException then) {
-  using Result = std::invoke_result_t<Make&, Holdings&>;
-  Holdings holdings;
+[[gnu::noinline]] auto AnswerInFrame(Make& make, Holdings& holdings, OnNSException then) {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
   if (_setjmp(frame.buffer) == 0) {
@@ -156,7 +153,15 @@ template <typename Make>
     return make(holdings);
   }
   EndDelivered(objc_exception_extract(&frame), holdings, then);
-  return Result();
+  return std::invoke_result_t<Make&, Holdings&>();
+}
+
+// GuardedResult for what `make` answers from its Holdings, in a frame function of its own: less for each
+// call, more code for each body. For what programs call most. A delivery gives the neutral value.
+template <typename Make>
+auto GuardedAnswer(OnNSException then, Make make) {
+  Holdings holdings;
+  return AnswerInFrame(make, holdings, then);
 }
 
 }  // namespace qvx

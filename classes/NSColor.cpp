@@ -251,11 +251,10 @@ REALobject highlightWithLevel(REALobject self, double level) {
 }
 
 REALobject colorSpace(REALobject self) {
-  auto space = [self](Holdings& holdings) {
+  return GuardedAnswer(OnNSException::kRaise, [self](Holdings& holdings) {
     const id color = NativeOf(self);
     return color != nullptr ? NewNSColorSpaceQVX(msg::colorSpace(color), holdings) : nullptr;
-  };
-  return ResultInOneFrame(space, OnNSException::kRaise);
+  });
 }
 
 REALobject patternImage(REALobject self) {
@@ -279,8 +278,8 @@ void writeToPasteboard(REALobject self) {
 template <typename Make>
 REALobject Factory(Make make) {
   CocoaInit();
-  auto wrapped = [&make](Holdings& holdings) { return NewNSColorQVX(make(), holdings); };
-  return ResultInOneFrame(wrapped, OnNSException::kRaise);
+  return GuardedAnswer(OnNSException::kRaise,
+                       [make](Holdings& holdings) { return NewNSColorQVX(make(), holdings); });
 }
 
 // The element of a host array of doubles, or 0.0 where it can't be read. The reading service exists up to

@@ -6,10 +6,9 @@
 namespace qvx {
 
 REALstring TextOf(const id* data, Selector& selector, OnNSException then) {
-  auto text = [data, &selector](Holdings& holdings) {
+  return GuardedAnswer(then, [data, &selector](Holdings& holdings) {
     return data != nullptr ? NSStringRB(Send<id>(*data, selector), holdings) : nullptr;
-  };
-  return ResultInOneFrame(text, then);
+  });
 }
 
 }  // namespace qvx
