@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -78,7 +79,7 @@ std::vector<std::string> environmentFor(const fs::path& folder) {
   return {"GNUSTEP_CONFIG_FILE=" + (folder / "GNUstep.conf").string(),
           "QVX_SCENARIO_FOLDER=" + folder.string(),
           "QVX_ICC_FOLDER=" + profiles,
-          "QVX_SCENARIOS_PLAIN=" QVX_SCENARIOS_PLAIN,
+          std::string("QVX_SCENARIOS_PLAIN=") + QVX_SCENARIOS_PLAIN,
           "QVX_CMYK_PROFILE=" + profiles + "/default_cmyk.icc",
           "HOME=" + folder.string(),
           "LC_ALL=C.UTF-8",
@@ -181,10 +182,7 @@ void registerBehaviour(const char* suite, Server& server, const std::string& nam
                         [=, &server]() -> Behaviour* { return new Behaviour(server, name, expected); });
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
+int runAll() {
   const std::vector<Scenario> scenarios = allScenarios();
   if (scenarios.empty()) {
     std::fputs("wanted scenarios from " QVX_SCENARIOS_HERE ", found none; build it first\n", stderr);
@@ -192,9 +190,22 @@ int main(int argc, char** argv) {
   }
   Server plain(QVX_SCENARIOS_PLAIN);
   Server here(QVX_SCENARIOS_HERE);
+  std::signal(SIGPIPE, SIG_IGN);  // a program that ended is an answer, not this one's end
   for (const Scenario& each : scenarios) {
     if (!each.plain.empty()) registerBehaviour("GNUstepAlone", plain, each.name, each.plain);
     registerBehaviour("WithLibcocoa", here, each.name, each.here);
   }
   return RUN_ALL_TESTS();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    testing::InitGoogleTest(&argc, argv);
+    return runAll();
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "colour_behaviour_test: wanted to run the scenarios, found: %s\n", problem.what());
+    return EXIT_FAILURE;
+  }
 }
