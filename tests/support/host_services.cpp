@@ -148,7 +148,7 @@ std::uint32_t GetStringData(void* string, std::uint32_t encoding, qvx::REALstrin
     bytes = *converted;
   }
   auto* const data = static_cast<char*>(std::calloc(bytes.size() + 4, 1));
-  std::memcpy(data, bytes.data(), bytes.size());
+  std::memcpy(data, bytes.data(), bytes.size());  // NOLINT(bugprone-not-null-terminated-result): zeroed above
   *out = {data, static_cast<std::int32_t>(bytes.size()), encoding};
   TheHost().liveStringData.push_back(data);
   return Truth(true);
@@ -224,8 +224,7 @@ void* ConvertString(void* string, std::uint32_t encoding) {
   const HostString& host = TheHost().String(string);
   const auto text = Decode(host.bytes, host.encoding);
   if (!text) return nullptr;
-  std::u16string lossless = *text;
-  auto bytes = Encode(lossless, encoding);
+  auto bytes = Encode(*text, encoding);
   if (!bytes) bytes = Encode(u"?", encoding);
   return bytes ? &TheHost().MakeString(*bytes, encoding) : nullptr;
 }
