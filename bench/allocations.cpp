@@ -1,4 +1,5 @@
-// bench/allocations.cpp - the C library's allocation functions, counted. Found here before the C library's own.
+// bench/allocations.cpp - the C library's allocation functions, counted. Found here before the C library's
+// own.
 #include "bench/allocations.h"
 
 #include <cstddef>

@@ -125,9 +125,10 @@ void* CreateArray(std::int32_t type, std::int32_t upperBound) {
   array->count = upperBound + 1;
   array->capacity = array->count;
   array->holdsObjects = type == static_cast<std::int32_t>(qvx::REALArrayType::kObject);
-  array->doubles = array->count == 0 ? nullptr
-                                     : static_cast<double*>(std::calloc(
-                                           static_cast<std::size_t>(array->count), sizeof(double)));
+  array->doubles =
+      array->count == 0
+          ? nullptr
+          : static_cast<double*>(std::calloc(static_cast<std::size_t>(array->count), sizeof(double)));
   return array;
 }
 std::int32_t UpperBound(void* array) {

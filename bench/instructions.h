@@ -29,6 +29,6 @@ class InstructionCounter {
 
 }  // namespace bench
 
-// Makes the call so many times. A function of its own with a plain name, so that callgrind can be told to count
-// between its entry and its end.
+// Makes the call so many times. A function of its own with a plain name, so that callgrind can be told to
+// count between its entry and its end.
 extern "C" void CountedCalls(void (*call)(void* context), void* context, int times);

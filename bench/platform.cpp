@@ -68,7 +68,8 @@ void AddSiblingMethods(void* library) {
   Find(library, "class_addMethod", class_addMethod);
   const auto metaclass = reinterpret_cast<Class>(objc_getMetaClass("NSException"));
   const auto add = [&](const char* name, auto* method, const char* types) {
-    class_addMethod(metaclass, sel_registerTypedName(name, types), reinterpret_cast<void (*)()>(method), types);
+    class_addMethod(metaclass, sel_registerTypedName(name, types), reinterpret_cast<void (*)()>(method),
+                    types);
   };
   add("GetInstancesDictionaryQVX", &GetInstancesDictionaryQVX, "^v8@0:4");
   add("PrepareNSExceptionQVX", &PrepareNSExceptionQVX, "v8@0:4");

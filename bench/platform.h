@@ -56,8 +56,7 @@ void OfferInstances(const Platform& platform, void* dictionary);
 // by many calls.
 class Pool {
  public:
-  explicit Pool(const Platform& platform)
-      : platform_(platform), pool_(platform.objc_autoreleasePoolPush()) {}
+  explicit Pool(const Platform& platform) : platform_(platform), pool_(platform.objc_autoreleasePoolPush()) {}
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
   ~Pool() { platform_.objc_autoreleasePoolPop(pool_); }

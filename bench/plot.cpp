@@ -36,8 +36,8 @@ class Canvas {
       : surface_(cairo_svg_surface_create(file.c_str(), width, height), &cairo_surface_destroy),
         cairo_(cairo_create(surface_.get()), &cairo_destroy) {
     if (cairo_status(cairo_.get()) != CAIRO_STATUS_SUCCESS) {
-      throw std::runtime_error("wanted to write " + file + ", found: " +
-                               cairo_status_to_string(cairo_status(cairo_.get())));
+      throw std::runtime_error("wanted to write " + file +
+                               ", found: " + cairo_status_to_string(cairo_status(cairo_.get())));
     }
     cairo_select_font_face(cairo_.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
     Box(0, 0, width, height, {1, 1, 1});
@@ -92,8 +92,8 @@ void DrawGrid(Canvas& canvas, double top, double bottom) {
   const struct {
     double nanoseconds;
     const char* label;
-  } lines[] = {{1e1, "10 ns"}, {1e2, "100 ns"}, {1e3, "1 µs"},  {1e4, "10 µs"},
-               {1e5, "100 µs"}, {1e6, "1 ms"},  {1e7, "10 ms"}, {1e8, "100 ms"}};
+  } lines[] = {{1e1, "10 ns"},  {1e2, "100 ns"}, {1e3, "1 µs"},  {1e4, "10 µs"},
+               {1e5, "100 µs"}, {1e6, "1 ms"},   {1e7, "10 ms"}, {1e8, "100 ms"}};
   for (const auto& line : lines) {
     const double x = kMargin + kLabels + Width(line.nanoseconds);
     canvas.Line(x, top - 4, x, bottom, kGrid);

@@ -2,8 +2,9 @@
 //
 //   report RAW INSTRUCTIONS TABLE JSON PLOT
 //
-// RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call" and may be
-// missing. The exit status is 0 whether or not targets are met: the machine may be busy. The table says which.
+// RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call" and
+// may be missing. The exit status is 0 whether or not targets are met: the machine may be busy. The table
+// says which.
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
@@ -41,23 +42,27 @@ std::map<std::string, double> ReadInstructions(const char* file) {
   return counts;
 }
 
-// Adds to each row its median, its spread, its instructions, its ratio to its limit and whether it meets its target.
+// Adds to each row its median, its spread, its instructions, its ratio to its limit and whether it meets its
+// target.
 void Evaluate(json& rows, const std::map<std::string, double>& instructions) {
   std::map<std::string, double> medians;
+  std::map<std::string, double> minima;
   for (json& row : rows) {
     const auto samples = row["nanoseconds"].get<std::vector<double>>();
     row["median"] = Median(samples);
     row["minimum"] = *std::min_element(samples.begin(), samples.end());
     row["maximum"] = *std::max_element(samples.begin(), samples.end());
     medians[FullName(row)] = row["median"];
+    minima[FullName(row)] = row["minimum"];
     const auto counted = instructions.find(FullName(row));
     if (counted != instructions.end()) row["instructions"] = counted->second;
   }
   for (json& row : rows) {
     const double median = row["median"];
     if (!row["limit"].get<std::string>().empty()) {
-      row["ratio"] =
-          median / medians.at(row["platform"].get<std::string>() + "/" + row["limit"].get<std::string>());
+      const std::string limit = row["platform"].get<std::string>() + "/" + row["limit"].get<std::string>();
+      row["ratio"] = median / medians.at(limit);
+      row["ratio_of_minima"] = row["minimum"].get<double>() / minima.at(limit);
       if (row["target"] > 0.0) row["met"] = row["ratio"] <= row["target"];
     }
     if (row["target_nanoseconds"] > 0.0) row["met"] = median <= row["target_nanoseconds"];
@@ -84,27 +89,34 @@ std::string Target(const json& row) {
   return text;
 }
 
+// A count that some rows don't have.
+std::string CountOr(const json& row, const char* key) {
+  return row.contains(key) ? Number(row[key], 1) : "-";
+}
+
 void WriteTable(std::ostream& out, const json& rows) {
   char line[240];
   std::string platform;
   for (const json& row : rows) {
     if (row["platform"] != platform) {
       platform = row["platform"];
-      std::snprintf(line, sizeof line, "\n%-46s %11s %11s %11s %9s %9s  %s\n",
+      std::snprintf(line, sizeof line, "\n%-46s %11s %11s %11s %9s %7s %7s  %s\n",
                     (platform + " platform").c_str(), "median", "instruct.", "allocations", "by bundle",
-                    "ratio", "target");
+                    "ratio", "minima", "target");
       out << line;
     }
     const bool hasInstructions = row.contains("instructions");
     const bool hasRatio = row.contains("ratio");
-    std::snprintf(line, sizeof line, "%-46s %11s %11s %11s %9s %9s  %s", row["name"].get<std::string>().c_str(),
-                  Time(row["median"]).c_str(), hasInstructions ? Number(row["instructions"], 0).c_str() : "-",
-                  Number(row["allocations"], 1).c_str(), Number(row["bundle_allocations"], 1).c_str(),
-                  hasRatio ? Number(row["ratio"], 2).c_str() : "", Target(row).c_str());
+    std::snprintf(line, sizeof line, "%-46s %11s %11s %11s %9s %7s %7s  %s",
+                  row["name"].get<std::string>().c_str(), Time(row["median"]).c_str(),
+                  hasInstructions ? Number(row["instructions"], 0).c_str() : "-",
+                  CountOr(row, "allocations").c_str(), CountOr(row, "bundle_allocations").c_str(),
+                  hasRatio ? Number(row["ratio"], 2).c_str() : "",
+                  hasRatio ? Number(row["ratio_of_minima"], 2).c_str() : "", Target(row).c_str());
     std::string text = line;
     text.erase(text.find_last_not_of(' ') + 1);
     if (hasRatio && !row["limit"].get<std::string>().empty()) {
-      text.resize(std::max<std::size_t>(text.size(), 117), ' ');
+      text.resize(std::max<std::size_t>(text.size(), 124), ' ');
       text += " / " + row["limit"].get<std::string>();
     }
     out << text << "\n";

@@ -13,16 +13,20 @@
 
 namespace bench {
 
+// Which of a row's instruction counts have a budget. On the real platform only calls that neither look an
+// address up nor allocate count the same in every process.
+enum class Guard { kNo, kScripted, kBoth };
+
 // One line of the table: a call that is measured.
 struct Row {
-  std::string platform{};   // "scripted", "real"
+  std::string platform{};  // "scripted", "real"
   std::string name;
-  std::string limit{};      // the row of the same platform that this one is compared with; empty for a limit itself
-  double target = 0;        // the largest ratio to the limit; 0 for none
-  double nanoseconds = 0;   // the largest time where that is the target; 0 for none
-  bool counted = true;      // whether its instructions are worth counting
-  bool guarded = false;     // whether its instructions have a budget
-  long iterations = 0;      // a fixed number of calls per repetition; 0 to let time decide
+  std::string
+      limit{};        // the row of the same platform that this one is compared with; empty for a limit itself
+  double target = 0;  // the largest ratio to the limit; 0 for none
+  double nanoseconds = 0;    // the largest time where that is the target; 0 for none
+  bool counted = true;       // whether its instructions are worth counting
+  Guard guard = Guard::kNo;  // whether its instructions have a budget
 };
 
 // All rows, in the order of the table, by full name "platform/name".
@@ -61,22 +65,26 @@ void Measure(benchmark::State& state, Bundle& bundle, Call& call) {
   }
 }
 
+// Makes the calls that are counted next once before, so that what is kept for reuse is there.
+template <typename Call>
+void Warm(Bundle& bundle, Call& call, int times) {
+  const Pool pool(bundle.GetPlatform());
+  for (int i = 0; i < times; ++i) call();
+}
+
 // Adds a row. `call` makes the call once and gives back what it gets.
 template <Pooled pooled = Pooled::kNo, typename Call>
 void AddRow(Bundle& bundle, Row row, Call call) {
   row.platform = bundle.GetPlatform().name;
   const std::string name = row.platform + "/" + row.name;
-  auto* const registered =
-      benchmark::RegisterBenchmark(name.c_str(), [&bundle, call](benchmark::State& state) mutable {
-        Measure<pooled>(state, bundle, call);
-      });
-  if (row.iterations != 0) registered->Iterations(row.iterations);
+  benchmark::RegisterBenchmark(name.c_str(), [&bundle, call](benchmark::State& state) mutable {
+    Measure<pooled>(state, bundle, call);
+  });
   if (row.counted) {
     AllCounted().push_back({name, [&bundle, call](int times) mutable {
                               bundle.Activate();
+                              Warm(bundle, call, times);
                               const Pool pool(bundle.GetPlatform());
-                              call();
-                              call();
                               CountedCalls([](void* context) { (*static_cast<Call*>(context))(); }, &call,
                                            times);
                             }});

@@ -18,8 +18,8 @@ std::vector<unsigned char> Profile(Bundle& bundle, std::int32_t size) {
   std::vector<unsigned char> profile(static_cast<std::size_t>(size));
   if (bundle.GetPlatform().name == "scripted") return profile;
   const Platform& platform = bundle.GetPlatform();
-  const id space = platform.Send<id>(platform.objc_getClass("NSColorSpace"),
-                                     platform.sel_registerName("sRGBColorSpace"));
+  const id space =
+      platform.Send<id>(platform.objc_getClass("NSColorSpace"), platform.sel_registerName("sRGBColorSpace"));
   const id data = platform.Send<id>(space, platform.sel_registerName("ICCProfileData"));
   const auto length = platform.Send<NSUInteger>(data, platform.sel_registerName("length"));
   const auto* const bytes = platform.Send<const void*>(data, platform.sel_registerName("bytes"));
@@ -50,10 +50,13 @@ void AddOut(Bundle& bundle, const std::string& size, const char* limit, qvx::REA
   const qvx::REALmemoryBlock first = data(space);
   if (first == nullptr) throw std::runtime_error("wanted profile data of " + size + ", found none");
   Unlock(first);
-  AddRow<Pooled::kYes>(
-      bundle,
-      {.name = "profile data, " + size, .limit = limit, .target = target, .counted = counted, .guarded = counted},
-      [=] { Unlock(data(space)); });
+  AddRow<Pooled::kYes>(bundle,
+                       {.name = "profile data, " + size,
+                        .limit = limit,
+                        .target = target,
+                        .counted = counted,
+                        .guard = Guard::kNo},
+                       [=] { Unlock(data(space)); });
 }
 
 void AddIn(Bundle& bundle, const std::string& size, const char* limit, qvx::REALmemoryBlock block,
@@ -61,12 +64,11 @@ void AddIn(Bundle& bundle, const std::string& size, const char* limit, qvx::REAL
   auto* const make = bundle.Function<qvx::REALobject(qvx::REALmemoryBlock)>(
       "NSColorSpaceQVX", "ColorSpaceWithICCProfileData(ICCProfileData");
   const Platform& platform = bundle.GetPlatform();
-  AddRow(bundle, {.name = "space from data, " + size, .limit = limit, .counted = counted},
-         [=, &platform] {
-           // A pool for each call: the data waits in it.
-           const Pool pool(platform);
-           Unlock(make(block));
-         });
+  AddRow(bundle, {.name = "space from data, " + size, .limit = limit, .counted = counted}, [=, &platform] {
+    // A pool for each call: the data waits in it.
+    const Pool pool(platform);
+    Unlock(make(block));
+  });
 }
 
 }  // namespace
@@ -82,8 +84,7 @@ void AddBlockRows(Bundle& bundle) {
   for (const auto& each : sizes) {
     const bool counted = each.size == kSmall;
     const std::vector<unsigned char> profile = Profile(bundle, each.size);
-    const qvx::REALmemoryBlock block =
-        NewBlock(profile.data(), static_cast<std::int32_t>(profile.size()));
+    const qvx::REALmemoryBlock block = NewBlock(profile.data(), static_cast<std::int32_t>(profile.size()));
     AddLimit(bundle, each.limit, profile, counted);
     AddOut(bundle, each.name, each.limit, block, each.target, counted);
     AddIn(bundle, each.name, each.limit, block, counted);

@@ -1,4 +1,5 @@
-// bench/rows_exceptions.cpp - an NSException from its raise to the host: the dropped one and the converted one.
+// bench/rows_exceptions.cpp - an NSException from its raise to the host: the dropped one and the converted
+// one.
 #include "bench/bare_frame.h"
 #include "bench/rows.h"
 
@@ -18,11 +19,13 @@ void AddExceptionRows(Bundle& bundle) {
                        });
   auto* const white = bundle.Function<double(qvx::REALobject, std::int32_t)>("NSColorQVX", "whiteComponent");
   AddRow<Pooled::kYes>(
-      bundle, {.name = "exception dropped by a getter", .limit = "raise into a frame", .guarded = true},
+      bundle,
+      {.name = "exception dropped by a getter", .limit = "raise into a frame", .guard = Guard::kScripted},
       [=] { benchmark::DoNotOptimize(white(colour, 0)); });
   auto* const getWhite = bundle.Function<void(qvx::REALobject, double*)>("NSColorQVX", "getWhite(");
   AddRow<Pooled::kYes>(
-      bundle, {.name = "exception raised and converted", .limit = "raise into a frame", .guarded = true},
+      bundle,
+      {.name = "exception raised and converted", .limit = "raise into a frame", .guard = Guard::kScripted},
       [=] {
         double result;
         getWhite(colour, &result);

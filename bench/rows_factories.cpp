@@ -37,7 +37,7 @@ void AddPredefined(Bundle& bundle) {
          {.name = "predefined colour, wrapped",
           .limit = "frame + send + lookup + lock",
           .target = 1.25,
-          .guarded = true},
+          .guard = Guard::kScripted},
          [=] { Unlock(predefined()); });
 }
 
@@ -57,8 +57,15 @@ void AddNew(Bundle& bundle) {
   });
   auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB");
   AddRow<Pooled::kYes>(
-      bundle, {.name = "new colour, made and freed", .limit = "frame + new native colour", .guarded = true},
+      bundle,
+      {.name = "new colour, made and freed", .limit = "frame + new native colour", .guard = Guard::kScripted},
       [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
+  auto* const red = bundle.Function<double(qvx::REALobject, std::int32_t)>("NSColorQVX", "redComponent");
+  AddRow<Pooled::kYes>(bundle, {.name = "colour made, read and freed"}, [make, red] {
+    const qvx::REALobject colour = make(0.25, 0.5, 0.75, 1.0);
+    benchmark::DoNotOptimize(red(colour, 0));
+    Unlock(colour);
+  });
 }
 
 // Only the scripted platform answers the same colour for the same components.
@@ -68,28 +75,26 @@ void AddWrappedFromDoubles(Bundle& bundle) {
   const SEL selector = platform.sel_registerName("colorWithCalibratedRed:green:blue:alpha:");
   auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithCalibratedRGB");
   const qvx::REALobject wrapper = make(0.1, 0.2, 0.3, 1.0);
-  AddCachedLimit(bundle, "frame + send of four + lookup + lock", wrapper,
-                 [&platform, colourClass, selector] {
-                   return platform.Send<id>(colourClass, selector, 0.1F, 0.2F, 0.3F, 1.0F);
-                 });
+  AddCachedLimit(bundle, "frame + send of four + lookup + lock", wrapper, [&platform, colourClass, selector] {
+    return platform.Send<id>(colourClass, selector, 0.1F, 0.2F, 0.3F, 1.0F);
+  });
   AddRow(bundle,
          {.name = "factory of four doubles, wrapped",
           .limit = "frame + send of four + lookup + lock",
           .target = 1.25,
-          .guarded = true},
+          .guard = Guard::kScripted},
          [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
 }
 
 void AddFromSpace(Bundle& bundle, std::size_t count) {
   using FromSpace = qvx::REALobject(qvx::REALobject, qvx::REALarray);
-  const qvx::REALobject space =
-      bundle.Function<qvx::REALobject()>("NSColorSpaceQVX", "sRGBColorSpace as")();
+  const qvx::REALobject space = bundle.Function<qvx::REALobject()>("NSColorSpaceQVX", "sRGBColorSpace as")();
   const qvx::REALarray components = NewArrayOfDoubles(std::vector<double>(count, 0.5));
   auto* const make = bundle.Function<FromSpace>("NSColorQVX", "colorWithColorSpace(");
   AddRow<Pooled::kYes>(bundle,
                        {.name = "colorWithColorSpace, " + std::to_string(count) + " components",
                         .limit = "frame + new native colour",
-                        .guarded = count == 4},
+                        .guard = count == 4 ? Guard::kScripted : Guard::kNo},
                        [=] { Unlock(make(space, components)); });
 }
 

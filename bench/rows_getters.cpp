@@ -50,31 +50,33 @@ void AddGetterRows(Bundle& bundle) {
   AddLimits(bundle, NativeOf(self));
 
   auto* const redComponent = bundle.Function<DoubleGetter>("NSColorQVX", "redComponent");
-  AddRow(bundle, {.name = "double getter", .limit = "frame + send", .target = 1.10, .guarded = true},
+  AddRow(bundle, {.name = "double getter", .limit = "frame + send", .target = 1.10, .guard = Guard::kBoth},
          [=] { benchmark::DoNotOptimize(redComponent(self, 0)); });
 
   auto* const numberOfComponents =
       bundle.Function<std::int32_t(qvx::REALobject, std::int32_t)>("NSColorQVX", "numberOfComponents");
-  AddRow(bundle, {.name = "integer getter", .limit = "frame + send", .guarded = true},
+  AddRow(bundle, {.name = "integer getter", .limit = "frame + send", .guard = Guard::kBoth},
          [=] { benchmark::DoNotOptimize(numberOfComponents(self, 0)); });
 
   auto* const colorValue =
       bundle.Function<qvx::REALcolor(qvx::REALobject, std::int32_t)>("NSColorQVX", "colorValue");
-  AddRow(bundle, {.name = "colour value", .limit = "frame + send by reference", .guarded = true},
+  AddRow(bundle, {.name = "colour value", .limit = "frame + send by reference", .guard = Guard::kBoth},
          [=] { benchmark::DoNotOptimize(colorValue(self, 0)); });
 
   auto* const getRGB =
       bundle.Function<void(qvx::REALobject, double*, double*, double*)>("NSColorQVX", "getRGB");
-  AddRow(bundle,
-         {.name = "three components by reference", .limit = "frame + send by reference", .guarded = true},
-         [=] {
-           double values[3];
-           getRGB(self, values, values + 1, values + 2);
-           benchmark::DoNotOptimize(values);
-         });
+  AddRow(
+      bundle,
+      {.name = "three components by reference", .limit = "frame + send by reference", .guard = Guard::kBoth},
+      [=] {
+        double values[3];
+        getRGB(self, values, values + 1, values + 2);
+        benchmark::DoNotOptimize(values);
+      });
 
   auto* const components = bundle.Function<qvx::REALarray(qvx::REALobject)>("NSColorQVX", "Components");
-  AddRow(bundle, {.name = "array of components", .limit = "frame + send by reference", .guarded = true},
+  AddRow(bundle,
+         {.name = "array of components", .limit = "frame + send by reference", .guard = Guard::kScripted},
          [=] { Unlock(components(self)); });
 }
 

@@ -16,8 +16,8 @@ void AddListScaleRows(Bundle& bundle, long colours) {
   Pool pool(bundle.GetPlatform());
   const qvx::REALobject list = NewInstance("NSColorListQVX");
   const qvx::REALstring name = NewString("bench " + std::to_string(colours));
-  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>(
-      "NSColorListQVX", "Create(name as string) ")(list, name);
+  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>("NSColorListQVX",
+                                                                      "Create(name as string) ")(list, name);
   Unlock(name);
 
   auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB");
@@ -40,13 +40,13 @@ void AddListScaleRows(Bundle& bundle, long colours) {
   AddRow<Pooled::kYes>(bundle,
                        {.name = "look-up in a list of " + size,
                         .limit = colours == 1 ? "" : "look-up in a list of 1 colour",
-                        .guarded = colours == 1},
+                        .guard = colours == 1 ? Guard::kScripted : Guard::kNo},
                        [=] { Unlock(look(list, middle)); });
   const qvx::REALstring key = NewString("another key");
   AddRow<Pooled::kYes>(bundle,
                        {.name = "insert and remove at the end of " + size,
                         .limit = colours == 1 ? "" : "insert and remove at the end of 1 colour",
-                        .guarded = colours == 1},
+                        .guard = colours == 1 ? Guard::kScripted : Guard::kNo},
                        [=] {
                          insert(list, kept, key, static_cast<std::int32_t>(colours));
                          remove(list, key);

@@ -85,16 +85,15 @@ void AddScaleRows(Bundle& bundle, long live) {
                        [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
 
   // The oldest go and new ones come, so that as many live as before.
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = Name("any colour replaced", live),
-                        .limit = limit("any colour replaced"),
-                        .counted = false},
-                       [walk, make] {
-                         if (walk->next == walk->wrappers.size()) walk->next = 0;
-                         qvx::REALobject& wrapper = walk->wrappers[walk->next++];
-                         Unlock(wrapper);
-                         wrapper = make(0.1, 0.2, 0.3, 1.0);
-                       });
+  AddRow<Pooled::kYes>(
+      bundle,
+      {.name = Name("any colour replaced", live), .limit = limit("any colour replaced"), .counted = false},
+      [walk, make] {
+        if (walk->next == walk->wrappers.size()) walk->next = 0;
+        qvx::REALobject& wrapper = walk->wrappers[walk->next++];
+        Unlock(wrapper);
+        wrapper = make(0.1, 0.2, 0.3, 1.0);
+      });
 }
 
 }  // namespace bench

@@ -36,14 +36,13 @@ void AddLimit(Bundle& bundle, std::size_t count, const void* string) {
 void AddOut(Bundle& bundle, std::size_t count, double target) {
   const Platform& platform = bundle.GetPlatform();
   const std::string text(count, 'n');
-  const void* const string =
-      platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8);
+  const void* const string = platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8);
   AddLimit(bundle, count, string);
 
   const qvx::REALobject list = NewInstance("NSColorListQVX");
   const qvx::REALstring name = NewString(text);
-  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>("NSColorListQVX", "Create(name as string) ")(
-      list, name);
+  bundle.Function<qvx::REALboolean(qvx::REALobject, qvx::REALstring)>("NSColorListQVX",
+                                                                      "Create(name as string) ")(list, name);
   Unlock(name);
   auto* const getName = bundle.Function<qvx::REALstring(qvx::REALobject)>("NSColorListQVX", "name as string");
   AddRow(bundle,
@@ -51,7 +50,9 @@ void AddOut(Bundle& bundle, std::size_t count, double target) {
           .limit = "CFStringGetCString + build, " + Units(count),
           .target = target,
           .counted = count <= 10'000,
-          .guarded = count <= 100},
+          .guard = count < 100    ? Guard::kBoth
+                   : count == 100 ? Guard::kScripted
+                                  : Guard::kNo},
          [=] { Unlock(getName(list)); });
 }
 
@@ -61,8 +62,7 @@ void AddIn(Bundle& bundle, std::size_t count) {
   const Platform& platform = bundle.GetPlatform();
   AddRow(bundle, {.name = "CFStringCreateWithCString, " + Units(count), .counted = count <= 10'000},
          [&platform, text] {
-           platform.CFRelease(
-               platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8));
+           platform.CFRelease(platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8));
          });
   auto* const find =
       bundle.Function<qvx::REALobject(qvx::REALstring)>("NSColorSpaceQVX", "colorSpaceForColorSpaceName");
@@ -93,9 +93,10 @@ void AddStringRows(Bundle& bundle) {
       bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB")(0.25, 0.5, 0.75, 1.0);
   auto* const spaceName =
       bundle.Function<qvx::REALstring(qvx::REALobject, std::int32_t)>("NSColorQVX", "colorSpaceName");
-  AddRow(bundle,
-         {.name = "string getter", .limit = "CFStringGetCString + build, 10 units", .guarded = true},
-         [=] { Unlock(spaceName(colour, 0)); });
+  AddRow(
+      bundle,
+      {.name = "string getter", .limit = "CFStringGetCString + build, 10 units", .guard = Guard::kScripted},
+      [=] { Unlock(spaceName(colour, 0)); });
 }
 
 }  // namespace bench

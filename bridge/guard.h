@@ -96,8 +96,8 @@ void Guarded(Body&& body) {
   }
 }
 
-// What follows a delivered exception: an NSException is raised as a host exception. Anything else, and what is
-// thrown while it is raised, is passed on; the result, which nobody gets then, is given back.
+// What follows a delivered exception: an NSException is raised as a host exception. Anything else, and what
+// is thrown while it is raised, is passed on; the result, which nobody gets then, is given back.
 template <typename Holder>
 [[gnu::noinline, gnu::cold]] void RaiseOrPassOn(id exception, Holder& result) {
   id passedOn = exception;

@@ -18,15 +18,8 @@ bool RespondsTo(id receiver, const Message<Name, Signature>& message) {
   return selector != nullptr && msg::respondsToSelector(receiver, selector) != 0;
 }
 
-REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
-  if (native == nullptr) return nullptr;
-  if (instances != nullptr) {
-    if (const void* found = CFDictionaryGetValue(instances, native)) {
-      const auto wrapper = static_cast<REALobject>(const_cast<void*>(found));
-      REALLockObject(wrapper);
-      return wrapper;
-    }
-  }
+// Out of the way of the conversions that the cache answers.
+[[gnu::noinline]] REALobject NewEnteredInstance(id native, const char* className, Holdings& holdings) {
   const REALobject wrapper = REALnewInstance(className);
   if (wrapper == nullptr) return nullptr;
   Holdings::Item* const held = holdings.HoldObject(wrapper);
@@ -38,6 +31,18 @@ REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
     EnterInCache(native, wrapper);
   holdings.Forget(held);
   return wrapper;
+}
+
+[[gnu::always_inline]] inline REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
+  if (native == nullptr) return nullptr;
+  if (instances != nullptr) {
+    if (const void* found = CFDictionaryGetValue(instances, native)) {
+      const auto wrapper = static_cast<REALobject>(const_cast<void*>(found));
+      REALLockObject(wrapper);
+      return wrapper;
+    }
+  }
+  return NewEnteredInstance(native, className, holdings);
 }
 
 }  // namespace

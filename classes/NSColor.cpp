@@ -15,6 +15,12 @@
 
 namespace qvx {
 
+// Outside of the unnamed namespace, so that its guard keeps the platform's calling convention and the result
+// stays in the register that the host expects it in.
+double SendComponent(REALobject self, Selector* selector) {
+  return self != nullptr ? double{Send<CGFloat>(ClassData(self), *selector)} : 0.0;
+}
+
 namespace {
 
 void Constructor(REALobject /*self*/) {
@@ -72,10 +78,6 @@ REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
     const RGBA rgba = RGBAOf(color);
     result = (ColorField(rgba.red) << 16) | (ColorField(rgba.green) << 8) | ColorField(rgba.blue);
   });
-}
-
-double SendComponent(REALobject self, Selector* selector) {
-  return self != nullptr ? double{Send<CGFloat>(ClassData(self), *selector)} : 0.0;
 }
 
 // One component, the getter of its name; an empty instance is a message to nil. A colour of another kind

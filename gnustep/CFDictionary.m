@@ -9,16 +9,21 @@
 @interface CFPointerDictionary : NSObject {
  @public
   NSMapTable *_table;
+  NSUInteger _most;  // entries at a time since the table was made
 }
 @end
+
+static NSMapTable *new_table(NSUInteger capacity) {
+  return NSCreateMapTable(NSNonOwnedPointerOrNullMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks,
+                          capacity);
+}
 
 @implementation CFPointerDictionary
 
 - (instancetype)initWithCapacity:(NSUInteger)capacity {
   self = [super init];
   if (self != nil) {
-    _table = NSCreateMapTable(NSNonOwnedPointerOrNullMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks,
-                              capacity);
+    _table = new_table(capacity);
   }
   return self;
 }
@@ -36,6 +41,24 @@ static Class dictionary_class;
 static CFPointerDictionary *checked(CFDictionaryRef dictionary) {
   CFPointerDictionary *object = (CFPointerDictionary *)dictionary;
   return object != nil && object_getClass(object) == dictionary_class ? object : nil;
+}
+
+// A map table keeps the memory of every entry that it ever had. One that has become much smaller than it was
+// is made anew, so that a program that held very many objects for a while gets the memory back.
+static void give_memory_back(CFPointerDictionary *object) {
+  const NSUInteger small = 1024;
+  const NSUInteger count = NSCountMapTable(object->_table);
+  if (object->_most <= small || count > object->_most / 4) return;
+  NSMapTable *const table = new_table(count);
+  if (table == nil) return;
+  NSMapEnumerator entries = NSEnumerateMapTable(object->_table);
+  void *key = NULL;
+  void *value = NULL;
+  while (NSNextMapEnumeratorPair(&entries, &key, &value)) NSMapInsert(table, key, value);
+  NSEndMapTableEnumeration(&entries);
+  NSFreeMapTable(object->_table);
+  object->_table = table;
+  object->_most = count;
 }
 
 COCOA_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
@@ -59,10 +82,15 @@ COCOA_EXPORT const void *CFDictionaryGetValue(CFDictionaryRef dictionary, const 
 COCOA_EXPORT void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void *key,
                                        const void *value) {
   CFPointerDictionary *object = checked(dictionary);
-  if (object != nil && key != NSNotAPointerMapKey) NSMapInsert(object->_table, key, value);
+  if (object == nil || key == NSNotAPointerMapKey) return;
+  NSMapInsert(object->_table, key, value);
+  const NSUInteger count = NSCountMapTable(object->_table);
+  if (count > object->_most) object->_most = count;
 }
 
 COCOA_EXPORT void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void *key) {
   CFPointerDictionary *object = checked(dictionary);
-  if (object != nil) NSMapRemove(object->_table, key);
+  if (object == nil) return;
+  NSMapRemove(object->_table, key);
+  give_memory_back(object);
 }

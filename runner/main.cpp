@@ -4,13 +4,16 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <string_view>
 
 #include "runner/commands/check.h"
 #include "runner/commands/classes.h"
+#include "runner/commands/docs.h"
 #include "runner/commands/repl.h"
 #include "runner/commands/run.h"
+#include "runner/commands/swatches.h"
 #include "runner/commands/trace.h"
 #include "runner/language/program.h"
 
@@ -57,6 +60,14 @@ constexpr Command kCommands[] = {
      [](CLI::App& app, const std::string& name, int argc, char** argv) {
        return Start(app, name, &hostrun::AddReplOptions, &hostrun::Repl, argc, argv);
      }},
+    {"docs", "Writes the reference of the registered classes as one HTML page.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddDocsOptions, &hostrun::Docs, argc, argv);
+     }},
+    {"swatches", "Draws colours in a picture.",
+     [](CLI::App& app, const std::string& name, int argc, char** argv) {
+       return Start(app, name, &hostrun::AddSwatchesOptions, &hostrun::Swatches, argc, argv);
+     }},
 };
 
 int Dispatch(int argc, char** argv) {
@@ -75,13 +86,19 @@ int Dispatch(int argc, char** argv) {
              "\nExample:\n  hostrun examples/first-colors.bas\n\n"
              "Exit status: 0 fine, 1 an uncaught host exception (or a leak with --leaks), 2 an error of use "
              "or in the program.");
+  app.set_version_flag("--version", "hostrun " QVX_VERSION);
   return Start(app, "hostrun", &hostrun::AddRunOptions, &hostrun::Run, argc, argv);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int status = Dispatch(argc, argv);
+  int status = hostrun::kExitUse;
+  try {
+    status = Dispatch(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "hostrun: %s\n", error.what());
+  }
   std::fflush(nullptr);
   // The platform's threads and tables need no tidying, and the process is over.
   _exit(status);

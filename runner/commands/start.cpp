@@ -15,10 +15,16 @@ constexpr const char* kNoPlatform = "none";
 
 }  // namespace
 
+// Beside the executable, as a build leaves it, or where an installation puts what is private.
 std::string BesideExecutable(const char* file) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  return error ? file : (self.parent_path() / file).native();
+  if (error) return file;
+  const auto beside = self.parent_path() / file;
+  const auto installed = (self.parent_path() / QVX_PRIVATE_FROM_BIN / file).lexically_normal();
+  return std::filesystem::exists(installed, error) && !std::filesystem::exists(beside, error)
+             ? installed.native()
+             : beside.native();
 }
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {

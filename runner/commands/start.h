@@ -9,7 +9,7 @@
 
 namespace hostrun {
 
-// The path of a file in the executable's folder.
+// The path of a file in the executable's folder, as a build leaves it, or where an installation keeps it.
 std::string BesideExecutable(const char* file);
 
 // The options that describe the host, with their defaults: the files beside the executable.

@@ -11,8 +11,9 @@ namespace {
 constexpr std::int64_t kMostElements = 100'000'000;
 
 [[noreturn]] void OutOfBounds(std::int64_t index, std::int64_t upperBound) {
-  RaiseHostException("OutOfBoundsException", "Index " + std::to_string(index) + " is outside of an array whose " +
-                                                 "upper bound is " + std::to_string(upperBound) + ".");
+  RaiseHostException("OutOfBoundsException", "Index " + std::to_string(index) +
+                                                 " is outside of an array whose " + "upper bound is " +
+                                                 std::to_string(upperBound) + ".");
 }
 
 void CheckIndex(Object* array, std::int64_t index, std::int64_t last) {
@@ -35,7 +36,9 @@ Object* NewArray(const Type& element, std::int32_t upperBound) {
   return array.release();
 }
 
-std::int32_t UpperBound(Object* array) { return static_cast<std::int32_t>(ArrayDataOf(array).items.size()) - 1; }
+std::int32_t UpperBound(Object* array) {
+  return static_cast<std::int32_t>(ArrayDataOf(array).items.size()) - 1;
+}
 
 Value& ElementAt(Object* array, std::int64_t index) {
   CheckIndex(array, index, UpperBound(array));
@@ -51,7 +54,8 @@ void InsertElement(Object* array, std::int64_t index, Value value) {
 void RemoveElement(Object* array, std::int64_t index) {
   CheckIndex(array, index, UpperBound(array));
   std::vector<Value>& items = ArrayDataOf(array).items;
-  const Value last = std::move(items[static_cast<std::size_t>(index)]);  // freed when the array is whole again
+  const Value last =
+      std::move(items[static_cast<std::size_t>(index)]);  // freed when the array is whole again
   items.erase(items.begin() + static_cast<std::ptrdiff_t>(index));
 }
 

@@ -20,7 +20,9 @@ Class& ArrayClass();
 
 // Throws OutOfMemoryException when that many elements can't be had.
 Object* NewArray(const Type& element, std::int32_t upperBound);
-inline ArrayData& ArrayDataOf(Object* array) { return PayloadOf<ArrayData>(array); }
+inline ArrayData& ArrayDataOf(Object* array) {
+  return PayloadOf<ArrayData>(array);
+}
 std::int32_t UpperBound(Object* array);
 
 // The element, or OutOfBoundsException.

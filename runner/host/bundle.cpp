@@ -48,7 +48,8 @@ std::string CheckBundleFile(const std::string& file) {
     return Refusal(file, kWanted, "a file that is not ELF");
   }
   if (header.e_ident[EI_CLASS] != ELFCLASS32) return Refusal(file, kWanted, "a 64-bit ELF file");
-  if (in.gcount() < static_cast<std::streamsize>(sizeof header)) return Refusal(file, kWanted, "a truncated ELF file");
+  if (in.gcount() < static_cast<std::streamsize>(sizeof header))
+    return Refusal(file, kWanted, "a truncated ELF file");
   if (header.e_machine != EM_386) {
     return Refusal(file, kWanted, "an ELF file for machine " + std::to_string(header.e_machine));
   }

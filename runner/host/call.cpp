@@ -12,8 +12,19 @@ namespace hostrun {
 namespace {
 
 constinit Surroundings surroundings;
+using Replaced = void (*)(Object* self, void* before);
+constinit Replaced nativeReplaced = nullptr;
+constinit bool resultsUnlocked = false;
 constinit std::uint64_t bundleCalls = 0;
 constinit CallObserver* observer = nullptr;
+
+// New objects stand first in the list of live ones.
+bool IsNewerThan(const Object* object, const Object* newestBefore) {
+  for (const Object* at = FirstLiveObject(); at != nullptr && at != newestBefore; at = at->next) {
+    if (at == object) return true;
+  }
+  return false;
+}
 
 // A call into a bundle: a pool around it, and nothing but host exceptions comes out.
 class Crossing {
@@ -93,11 +104,26 @@ void PushByType(ArgumentWords& words, const Type& type, const Value& value) {
   }
 }
 
+// The call itself and what the host owes after it: a reference where the bundle could take none, a pair that
+// the instance cache must forget, and the exception that was raised.
+Value CallAcross(const Method& method, const ArgumentWords& words) {
+  const Object* const newestBefore = FirstLiveObject();
+  Object* const self = method.shared ? nullptr : reinterpret_cast<Object*>(words.data()[0]);
+  void* const native = self == nullptr ? nullptr : NativePointerOf(self);
+  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
+  if (resultsUnlocked && result.object() != nullptr && !IsNewerThan(result.object(), newestBefore)) {
+    LockObject(result.object());
+  }
+  const bool replaced = native != nullptr && NativePointerOf(self) != native;
+  if (replaced && nativeReplaced != nullptr) nativeReplaced(self, native);
+  ThrowPendingException();
+  return result;
+}
+
 Value CallObserved(const Method& method, const ArgumentWords& words) {
   observer->Enter(method, words);
   try {
-    Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
-    ThrowPendingException();
+    Value result = CallAcross(method, words);
     observer->Leave(method, words, &result, nullptr);
     return result;
   } catch (const HostException& exception) {
@@ -125,11 +151,25 @@ class ObservedLife {
 
 }  // namespace
 
-void SetCallObserver(CallObserver* newObserver) { observer = newObserver; }
+void SetCallObserver(CallObserver* newObserver) {
+  observer = newObserver;
+}
 
-void SetSurroundings(const Surroundings& s) { surroundings = s; }
+void SetSurroundings(const Surroundings& s) {
+  surroundings = s;
+}
 
-std::uint64_t BundleCalls() { return bundleCalls; }
+void SetNativeReplaced(void (*replaced)(Object* self, void* before)) {
+  nativeReplaced = replaced;
+}
+
+void SetResultsUnlocked(bool unlocked) {
+  resultsUnlocked = unlocked;
+}
+
+std::uint64_t BundleCalls() {
+  return bundleCalls;
+}
 
 ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(type.kind) {
   const auto store = [this](auto v) { std::memcpy(&bits_, &v, sizeof v); };
@@ -142,13 +182,13 @@ ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(typ
       break;
     case Kind::String:
       LockString(value.string());
-      store(value.string());
+      store(reinterpret_cast<std::uintptr_t>(value.string()));
       break;
     case Kind::Object:
     case Kind::Array:
     case Kind::Variant:
       LockObject(value.object());
-      store(value.object());
+      store(reinterpret_cast<std::uintptr_t>(value.object()));
       break;
     default:
       store(value.AsInt64());
@@ -182,9 +222,7 @@ Value BoxedVariant(const Value& value) {
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
   if (observer != nullptr && method.origin == Origin::Bundle) return CallObserved(method, words);
-  Value result = Cross(method.signature.name, [&] { return CallRaw(method, words); });
-  ThrowPendingException();
-  return result;
+  return CallAcross(method, words);
 }
 
 Value Invoke(const Method& method, Object* self, const std::vector<Value>& arguments) {

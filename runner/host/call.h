@@ -18,6 +18,9 @@ struct Surroundings {
 };
 void SetSurroundings(const Surroundings& surroundings);
 
+// A host without "REALLockObject" gets known objects back without a reference; the runner then takes one
+// itself.
+void SetResultsUnlocked(bool unlocked);
 // Sees the calls into a bundle: each Enter is followed by its Leave, whatever happens in between.
 class CallObserver {
  public:
@@ -35,6 +38,9 @@ class CallObserver {
 // Null: nobody.
 void SetCallObserver(CallObserver* observer);
 
+// Called when a method has given up the native object of its instance for another, or for none.
+void SetNativeReplaced(void (*replaced)(Object* self, void* before));
+
 // Calls into the bundle so far.
 std::uint64_t BundleCalls();
 
@@ -44,7 +50,9 @@ inline constexpr std::size_t kMostParameters = 30;
 class ArgumentWords {
  public:
   void PushWord(std::uint32_t word) { words_[count_++] = word; }
-  void PushPointer(const void* pointer) { PushWord(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(pointer))); }
+  void PushPointer(const void* pointer) {
+    PushWord(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(pointer)));
+  }
   void PushInt64(std::int64_t i) {
     std::memcpy(&words_[count_], &i, sizeof i);
     count_ += 2;
@@ -92,8 +100,8 @@ Value BoxedVariant(const Value& value);
 // raised one. The result is converted by the declaration; its reference is the caller's.
 Value CallFunction(const Method& method, const ArgumentWords& words);
 
-// Calls with values that already have the parameters' types, defaults filled in and parameter arrays packed. A
-// by-reference argument is a Value of Kind::Reference whose place is read and written.
+// Calls with values that already have the parameters' types, defaults filled in and parameter arrays packed.
+// A by-reference argument is a Value of Kind::Reference whose place is read and written.
 Value Invoke(const Method& method, Object* self, const std::vector<Value>& arguments);
 
 Value GetProperty(const Property& property, Object* self);
@@ -103,6 +111,8 @@ void SetProperty(const Property& property, Object* self, const Value& value);
 void CallLifecycle(const Class& cls, void (*function)(qvx::REALobject), Object* object);
 
 // The host object as the records' functions know it.
-inline qvx::REALobject HandleOf(Object* object) { return reinterpret_cast<qvx::REALobject>(object); }
+inline qvx::REALobject HandleOf(Object* object) {
+  return reinterpret_cast<qvx::REALobject>(object);
+}
 
 }  // namespace hostrun

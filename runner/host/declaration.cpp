@@ -11,8 +11,12 @@
 namespace hostrun {
 namespace {
 
-bool IsNameStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0 || c == '_'; }
-bool IsNameCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+bool IsNameStart(char c) {
+  return std::isalpha(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+bool IsNameCharacter(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
 
 class Reader {
  public:
@@ -76,12 +80,14 @@ class Reader {
     const std::size_t start = at_;
     if (at_ < text_.size() && (text_[at_] == '-' || text_[at_] == '+')) ++at_;
     bool real = false;
-    while (at_ < text_.size() && (std::isdigit(static_cast<unsigned char>(text_[at_])) != 0 || text_[at_] == '.')) {
+    while (at_ < text_.size() &&
+           (std::isdigit(static_cast<unsigned char>(text_[at_])) != 0 || text_[at_] == '.')) {
       real = real || text_[at_] == '.';
       ++at_;
     }
     const std::string digits(text_.substr(start, at_ - start));
-    if (digits.find_first_of("0123456789") == std::string::npos) Fail("a number, a string, true, false or nil");
+    if (digits.find_first_of("0123456789") == std::string::npos)
+      Fail("a number, a string, true, false or nil");
     if (real) return Value::Double(std::strtod(digits.c_str(), nullptr));
     const std::int64_t number = std::strtoll(digits.c_str(), nullptr, 10);
     const auto narrow = static_cast<std::int32_t>(number);
@@ -91,7 +97,8 @@ class Reader {
   [[noreturn]] void Fail(const std::string& wanted) {
     SkipBlanks();
     const std::string found = at_ == text_.size() ? "its end" : "\"" + std::string(text_.substr(at_)) + "\"";
-    throw DeclarationError("wanted " + wanted + ", found " + found + " at position " + std::to_string(at_ + 1));
+    throw DeclarationError("wanted " + wanted + ", found " + found + " at position " +
+                           std::to_string(at_ + 1));
   }
 
  private:
@@ -115,13 +122,13 @@ class Reader {
   }
 
   Value HexLiteral() {
-    const char kind = at_ < text_.size() ? static_cast<char>(std::tolower(static_cast<unsigned char>(text_[at_]))) : 0;
+    const char32_t kind = at_ < text_.size() ? LowerCase(static_cast<unsigned char>(text_[at_])) : U'\0';
     std::uint32_t number = 0;
     const char* const end = text_.data() + text_.size();
     const auto [stop, error] = std::from_chars(text_.data() + at_ + 1, end, number, 16);
-    if ((kind != 'h' && kind != 'c') || error != std::errc()) Fail("hexadecimal digits after &h or &c");
+    if ((kind != U'h' && kind != U'c') || error != std::errc()) Fail("hexadecimal digits after &h or &c");
     at_ = static_cast<std::size_t>(stop - text_.data());
-    return kind == 'c' ? Value::Color(number) : Value::Integer(static_cast<std::int32_t>(number));
+    return kind == U'c' ? Value::Color(number) : Value::Integer(static_cast<std::int32_t>(number));
   }
 
   std::string_view text_;
@@ -138,8 +145,9 @@ const Type* ReadType(Reader& in) {
 }
 
 Value DefaultAs(Reader& in, const Type& type) {
-  const Value value = in.Literal();
-  const bool number = value.kind() == Kind::Integer || value.kind() == Kind::Int64 || value.kind() == Kind::Double;
+  Value value = in.Literal();
+  const bool number =
+      value.kind() == Kind::Integer || value.kind() == Kind::Int64 || value.kind() == Kind::Double;
   switch (type.kind) {
     case Kind::Double:
     case Kind::Single:
@@ -247,9 +255,11 @@ ConstantDeclaration ParseConstant(std::string_view declaration) {
 }
 
 bool SameSignature(const Signature& a, const Signature& b) {
-  if (!SameName(a.name, b.name) || a.result != b.result || a.parameters.size() != b.parameters.size()) return false;
+  if (!SameName(a.name, b.name) || a.result != b.result || a.parameters.size() != b.parameters.size())
+    return false;
   for (std::size_t i = 0; i < a.parameters.size(); ++i) {
-    if (a.parameters[i].type != b.parameters[i].type || a.parameters[i].byref != b.parameters[i].byref) return false;
+    if (a.parameters[i].type != b.parameters[i].type || a.parameters[i].byref != b.parameters[i].byref)
+      return false;
   }
   return true;
 }

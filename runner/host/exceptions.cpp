@@ -20,12 +20,22 @@ std::function<void(std::vector<TraceLine>&)>& TraceSource() {
   return source;
 }
 
-ExceptionData& Data(Object* exception) { return PayloadOf<ExceptionData>(exception); }
+ExceptionData& Data(Object* exception) {
+  return PayloadOf<ExceptionData>(exception);
+}
 
-HostString* Message(Object* self, std::int32_t) { return StringRef(Data(self).message).release(); }
-void SetMessage(Object* self, std::int32_t, HostString* message) { Data(self).message = StringRef::Share(message); }
-std::int32_t ErrorNumber(Object* self, std::int32_t) { return Data(self).errorNumber; }
-void SetErrorNumber(Object* self, std::int32_t, std::int32_t number) { Data(self).errorNumber = number; }
+HostString* Message(Object* self, std::int32_t) {
+  return StringRef(Data(self).message).release();
+}
+void SetMessage(Object* self, std::int32_t, HostString* message) {
+  Data(self).message = StringRef::Share(message);
+}
+std::int32_t ErrorNumber(Object* self, std::int32_t) {
+  return Data(self).errorNumber;
+}
+void SetErrorNumber(Object* self, std::int32_t, std::int32_t number) {
+  Data(self).errorNumber = number;
+}
 void Construct(Object* self, HostString* message, std::int32_t number) {
   SetMessage(self, 0, message);
   SetErrorNumber(self, 0, number);
@@ -41,10 +51,11 @@ std::array exceptionMethods = {
 
 // Each is a RuntimeException with nothing more.
 constexpr std::array kDescendants = {
-    "OutOfBoundsException",      "NilObjectException",     "UnsupportedOperationException",
-    "OutOfMemoryException",      "TypeMismatchException",  "IllegalCastException",
-    "InvalidArgumentException",  "DivisionByZeroException", "StackOverflowException",
-    "IOException",
+    "OutOfBoundsException",          "NilObjectException",
+    "UnsupportedOperationException", "OutOfMemoryException",
+    "TypeMismatchException",         "IllegalCastException",
+    "InvalidArgumentException",      "DivisionByZeroException",
+    "StackOverflowException",        "IOException",
 };
 
 }  // namespace
@@ -101,7 +112,9 @@ void ThrowPendingException() {
   if (Pending() != nullptr) ThrowException(ObjectRef::Adopt(std::exchange(Pending(), nullptr)));
 }
 
-void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source) { TraceSource() = std::move(source); }
+void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source) {
+  TraceSource() = std::move(source);
+}
 
 std::string DescribeException(Object* exception) {
   const std::string message = Utf8Of(Data(exception).message.get());

@@ -29,9 +29,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path& PathIn(Object* item) { return PayloadOf<fs::path>(item); }
+fs::path& PathIn(Object* item) {
+  return PayloadOf<fs::path>(item);
+}
 
-HostString* TextOf(const fs::path& path) { return NewString(path.native()); }
+HostString* TextOf(const fs::path& path) {
+  return NewString(path.native());
+}
 
 // Absolute and without a slash at its end: then its parent and its name are what one expects.
 void SetPath(Object* self, const std::string& text) {
@@ -45,10 +49,16 @@ void SetPath(Object* self, const std::string& text) {
   PathIn(self) = std::move(path);
 }
 
-void Construct(Object* self, HostString* path) { SetPath(self, Utf8Of(path)); }
+void Construct(Object* self, HostString* path) {
+  SetPath(self, Utf8Of(path));
+}
 
-HostString* Name(Object* self, std::int32_t) { return TextOf(PathIn(self).filename()); }
-HostString* NativePath(Object* self, std::int32_t) { return TextOf(PathIn(self)); }
+HostString* Name(Object* self, std::int32_t) {
+  return TextOf(PathIn(self).filename());
+}
+HostString* NativePath(Object* self, std::int32_t) {
+  return TextOf(PathIn(self));
+}
 
 bool Exists(Object* self, std::int32_t) {
   std::error_code error;
@@ -71,19 +81,23 @@ Object* Parent(Object* self, std::int32_t) {
   return path.has_relative_path() ? NewFolderItem(path.parent_path().native()) : nullptr;
 }
 
-Object* Child(Object* self, HostString* name) { return NewFolderItem((PathIn(self) / Utf8Of(name)).native()); }
+Object* Child(Object* self, HostString* name) {
+  return NewFolderItem((PathIn(self) / Utf8Of(name)).native());
+}
 
 void Check(const std::error_code& error, const char* what, Object* self) {
   if (error) {
-    RaiseHostException("IOException",
-                       std::string("Can't ") + what + " " + PathIn(self).native() + ": " + error.message() + ".");
+    RaiseHostException("IOException", std::string("Can't ") + what + " " + PathIn(self).native() + ": " +
+                                          error.message() + ".");
   }
 }
 
 void Delete(Object* self) {
   std::error_code error;
   const bool removed = fs::remove(PathIn(self), error);
-  Check(error ? error : removed ? std::error_code() : std::make_error_code(std::errc::no_such_file_or_directory),
+  Check(error     ? error
+        : removed ? std::error_code()
+                  : std::make_error_code(std::errc::no_such_file_or_directory),
         "delete", self);
 }
 
@@ -93,14 +107,18 @@ void CreateFolder(Object* self) {
   Check(error, "create", self);
 }
 
-Object* GetFolderItem(HostString* path) { return NewFolderItem(Utf8Of(path)); }
+Object* GetFolderItem(HostString* path) {
+  return NewFolderItem(Utf8Of(path));
+}
 
 Object* Temporary() {
   std::error_code error;
   return NewFolderItem(fs::temp_directory_path(error).native());
 }
 
-Object* CurrentFolder() { return NewFolderItem("."); }
+Object* CurrentFolder() {
+  return NewFolderItem(".");
+}
 
 // A new folder that no other program uses; whoever made it deletes it.
 Object* TemporaryFolder() {
@@ -152,7 +170,9 @@ Object* NewFolderItem(const std::string& path) {
   return item.release();
 }
 
-std::string FolderItemPath(Object* item) { return PathIn(item).native(); }
+std::string FolderItemPath(Object* item) {
+  return PathIn(item).native();
+}
 
 bool FolderItemReference(Object* item, ::FSRef* reference, ::HFSUniStr255* leafName) {
   const fs::path& path = PathIn(item);
@@ -164,7 +184,8 @@ bool FolderItemReference(Object* item, ::FSRef* reference, ::HFSUniStr255* leafN
   if (units.size() > std::size(leafName->unicode)) return false;
   std::error_code error;
   const fs::path parent = path.parent_path();
-  if (!fs::is_directory(parent, error) || !ThePlatform().makeFileReference(parent.c_str(), reference)) return false;
+  if (!fs::is_directory(parent, error) || !ThePlatform().makeFileReference(parent.c_str(), reference))
+    return false;
   leafName->length = static_cast<std::uint16_t>(units.size());
   std::copy(units.begin(), units.end(), leafName->unicode);
   return true;

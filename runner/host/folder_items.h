@@ -15,8 +15,8 @@ void RegisterFolderItemClass();
 Object* NewFolderItem(const std::string& path);
 std::string FolderItemPath(Object* item);
 
-// Without `leafName`: the item itself, if it exists. With it: the item's parent folder, if that exists, and the
-// item's own name. False when there is no reference to give.
+// Without `leafName`: the item itself, if it exists. With it: the item's parent folder, if that exists, and
+// the item's own name. False when there is no reference to give.
 bool FolderItemReference(Object* item, ::FSRef* reference, ::HFSUniStr255* leafName);
 
 }  // namespace hostrun

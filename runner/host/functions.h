@@ -15,7 +15,8 @@ void SetProgramArguments(std::vector<std::string> arguments);
 
 // A number as text: whole numbers in full, others with as many significant digits as asked for.
 std::string NumberText(double number, int digits);
-// A value as Print and Str show it: at most 7 significant digits, colours as &cRRGGBB, objects by their class.
+// A value as Print and Str show it: at most 7 significant digits, colours as &cRRGGBB, objects by their
+// class.
 std::string DisplayText(const Value& value);
 // A value as CStr shows it: as many digits as it takes to read the same number back.
 std::string ExactText(const Value& value);

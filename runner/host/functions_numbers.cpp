@@ -1,4 +1,5 @@
-// runner/host/functions_numbers.cpp - the global functions of the host language that work on numbers and colours.
+// runner/host/functions_numbers.cpp - the global functions of the host language that work on numbers and
+// colours.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -18,8 +19,12 @@ std::vector<std::string>& ProgramArguments() {
   return arguments;
 }
 
-std::int64_t AbsInteger(std::int64_t n) { return n < 0 ? static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(n)) : n; }
-double AbsDouble(double x) { return std::fabs(x); }
+std::int64_t AbsInteger(std::int64_t n) {
+  return n < 0 ? static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(n)) : n;
+}
+double AbsDouble(double x) {
+  return std::fabs(x);
+}
 
 template <class Better>
 double Best(double first, Object* more, Better better) {
@@ -29,27 +34,67 @@ double Best(double first, Object* more, Better better) {
   }
   return first;
 }
-double Min(double first, Object* more) { return Best(first, more, std::less<>()); }
-double Max(double first, Object* more) { return Best(first, more, std::greater<>()); }
-std::int64_t MinInteger(std::int64_t a, std::int64_t b) { return std::min(a, b); }
-std::int64_t MaxInteger(std::int64_t a, std::int64_t b) { return std::max(a, b); }
+double Min(double first, Object* more) {
+  return Best(first, more, std::less<>());
+}
+double Max(double first, Object* more) {
+  return Best(first, more, std::greater<>());
+}
+std::int64_t MinInteger(std::int64_t a, std::int64_t b) {
+  return std::min(a, b);
+}
+std::int64_t MaxInteger(std::int64_t a, std::int64_t b) {
+  return std::max(a, b);
+}
 
-double Round(double x) { return std::round(x); }  // halves away from zero
-double Floor(double x) { return std::floor(x); }
-double Ceil(double x) { return std::ceil(x); }
-double Truncate(double x) { return std::trunc(x); }
-double Sqrt(double x) { return std::sqrt(x); }
-double Pow(double x, double y) { return std::pow(x, y); }
-double Exp(double x) { return std::exp(x); }
-double Log(double x) { return std::log(x); }
-double Sin(double x) { return std::sin(x); }
-double Cos(double x) { return std::cos(x); }
-double Tan(double x) { return std::tan(x); }
-double ATan(double x) { return std::atan(x); }
-double ATan2(double y, double x) { return std::atan2(y, x); }
-std::int32_t Sign(double x) { return x > 0 ? 1 : x < 0 ? -1 : 0; }
-std::int32_t CLong(double x) { return static_cast<std::int32_t>(Value::Truncate(x)); }
-std::int64_t CInt64(double x) { return Value::Truncate(x); }
+double Round(double x) {
+  return std::round(x);
+}  // halves away from zero
+double Floor(double x) {
+  return std::floor(x);
+}
+double Ceil(double x) {
+  return std::ceil(x);
+}
+double Truncate(double x) {
+  return std::trunc(x);
+}
+double Sqrt(double x) {
+  return std::sqrt(x);
+}
+double Pow(double x, double y) {
+  return std::pow(x, y);
+}
+double Exp(double x) {
+  return std::exp(x);
+}
+double Log(double x) {
+  return std::log(x);
+}
+double Sin(double x) {
+  return std::sin(x);
+}
+double Cos(double x) {
+  return std::cos(x);
+}
+double Tan(double x) {
+  return std::tan(x);
+}
+double ATan(double x) {
+  return std::atan(x);
+}
+double ATan2(double y, double x) {
+  return std::atan2(y, x);
+}
+std::int32_t Sign(double x) {
+  return x > 0 ? 1 : x < 0 ? -1 : 0;
+}
+std::int32_t CLong(double x) {
+  return static_cast<std::int32_t>(Value::Truncate(x));
+}
+std::int64_t CInt64(double x) {
+  return Value::Truncate(x);
+}
 
 double Rnd() {
   static std::mt19937_64 engine{std::random_device{}()};
@@ -62,14 +107,18 @@ double Microseconds() {
   return duration<double, std::micro>(steady_clock::now().time_since_epoch()).count();
 }
 
-std::uint32_t Channel(double value) { return static_cast<std::uint32_t>(std::clamp(value, 0.0, 255.0)); }
+std::uint32_t Channel(double value) {
+  return static_cast<std::uint32_t>(std::clamp(value, 0.0, 255.0));
+}
 
 std::uint32_t Rgb(std::int32_t red, std::int32_t green, std::int32_t blue) {
   return (Channel(red) << 16U) | (Channel(green) << 8U) | Channel(blue);
 }
 
 std::uint32_t FromFractions(double red, double green, double blue) {
-  const auto channel = [](double x) { return static_cast<std::int32_t>(std::lround(std::clamp(x, 0.0, 1.0) * 255)); };
+  const auto channel = [](double x) {
+    return static_cast<std::int32_t>(std::lround(std::clamp(x, 0.0, 1.0) * 255));
+  };
   return Rgb(channel(red), channel(green), channel(blue));
 }
 
@@ -82,7 +131,9 @@ std::uint32_t Hsv(double hue, double saturation, double value) {
   return FromFractions(channel(5), channel(3), channel(1));
 }
 
-std::uint32_t Cmy(double cyan, double magenta, double yellow) { return FromFractions(1 - cyan, 1 - magenta, 1 - yellow); }
+std::uint32_t Cmy(double cyan, double magenta, double yellow) {
+  return FromFractions(1 - cyan, 1 - magenta, 1 - yellow);
+}
 
 Object* Arguments() {
   ObjectRef array = ObjectRef::Adopt(NewArray(*TypeOf(Kind::String), -1));
@@ -94,7 +145,9 @@ Object* Arguments() {
 
 }  // namespace
 
-void SetProgramArguments(std::vector<std::string> arguments) { ProgramArguments() = std::move(arguments); }
+void SetProgramArguments(std::vector<std::string> arguments) {
+  ProgramArguments() = std::move(arguments);
+}
 
 void RegisterNumberFunctions() {
   const auto add = [](const char* declaration, auto function) {

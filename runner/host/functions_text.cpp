@@ -20,22 +20,31 @@ namespace {
 constexpr int kShownDigits = 7;
 constexpr double kLargestShownInFull = 1e15;
 
-HostString* FromCodePoints(std::u32string_view text) { return NewString(Encode(text, qvx::kEncodingUTF8)); }
+HostString* FromCodePoints(std::u32string_view text) {
+  return NewString(Encode(text, qvx::kEncodingUTF8));
+}
 
-std::size_t Count(std::int32_t n) { return n < 0 ? 0 : static_cast<std::size_t>(n); }
+std::size_t Count(std::int32_t n) {
+  return n < 0 ? 0 : static_cast<std::size_t>(n);
+}
 
 std::u32string Folded(std::u32string text) {
   std::transform(text.begin(), text.end(), text.begin(), LowerCase);
   return text;
 }
 
-std::int32_t Len(HostString* s) { return static_cast<std::int32_t>(CodePointsOf(s).size()); }
-std::int32_t LenB(HostString* s) { return s == nullptr ? 0 : s->length; }
+std::int32_t Len(HostString* s) {
+  return static_cast<std::int32_t>(CodePointsOf(s).size());
+}
+std::int32_t LenB(HostString* s) {
+  return s == nullptr ? 0 : s->length;
+}
 
 HostString* Mid(HostString* s, std::int32_t start, std::int32_t length) {
   const std::u32string text = CodePointsOf(s);
   const std::size_t first = start < 1 ? 0 : static_cast<std::size_t>(start) - 1;
-  return first >= text.size() ? nullptr : FromCodePoints(std::u32string_view(text).substr(first, Count(length)));
+  return first >= text.size() ? nullptr
+                              : FromCodePoints(std::u32string_view(text).substr(first, Count(length)));
 }
 
 HostString* Left(HostString* s, std::int32_t count) {
@@ -53,10 +62,16 @@ HostString* Mapped(HostString* s, Map map) {
   std::transform(text.begin(), text.end(), text.begin(), map);
   return FromCodePoints(text);
 }
-HostString* Uppercase(HostString* s) { return Mapped(s, UpperCase); }
-HostString* Lowercase(HostString* s) { return Mapped(s, LowerCase); }
+HostString* Uppercase(HostString* s) {
+  return Mapped(s, UpperCase);
+}
+HostString* Lowercase(HostString* s) {
+  return Mapped(s, LowerCase);
+}
 
-bool IsBlank(char32_t c) { return c <= U' ' || c == 0xA0; }
+bool IsBlank(char32_t c) {
+  return c <= U' ' || c == 0xA0;
+}
 
 HostString* Trimmed(HostString* s, bool left, bool right) {
   const std::u32string text = CodePointsOf(s);
@@ -66,15 +81,24 @@ HostString* Trimmed(HostString* s, bool left, bool right) {
   while (right && last > first && IsBlank(text[last - 1])) --last;
   return FromCodePoints(std::u32string_view(text).substr(first, last - first));
 }
-HostString* Trim(HostString* s) { return Trimmed(s, true, true); }
-HostString* LTrim(HostString* s) { return Trimmed(s, true, false); }
-HostString* RTrim(HostString* s) { return Trimmed(s, false, true); }
+HostString* Trim(HostString* s) {
+  return Trimmed(s, true, true);
+}
+HostString* LTrim(HostString* s) {
+  return Trimmed(s, true, false);
+}
+HostString* RTrim(HostString* s) {
+  return Trimmed(s, false, true);
+}
 
 std::int32_t InStrFrom(std::int32_t start, HostString* source, HostString* find) {
-  const std::size_t at = Folded(CodePointsOf(source)).find(Folded(CodePointsOf(find)), start < 1 ? 0 : Count(start) - 1);
+  const std::size_t at =
+      Folded(CodePointsOf(source)).find(Folded(CodePointsOf(find)), start < 1 ? 0 : Count(start) - 1);
   return at == std::u32string::npos ? 0 : static_cast<std::int32_t>(at) + 1;
 }
-std::int32_t InStr(HostString* source, HostString* find) { return InStrFrom(1, source, find); }
+std::int32_t InStr(HostString* source, HostString* find) {
+  return InStrFrom(1, source, find);
+}
 
 HostString* Replaced(HostString* source, HostString* find, HostString* with, bool all) {
   std::u32string text = CodePointsOf(source);
@@ -89,8 +113,12 @@ HostString* Replaced(HostString* source, HostString* find, HostString* with, boo
   }
   return FromCodePoints(text);
 }
-HostString* Replace(HostString* s, HostString* find, HostString* with) { return Replaced(s, find, with, false); }
-HostString* ReplaceAll(HostString* s, HostString* find, HostString* with) { return Replaced(s, find, with, true); }
+HostString* Replace(HostString* s, HostString* find, HostString* with) {
+  return Replaced(s, find, with, false);
+}
+HostString* ReplaceAll(HostString* s, HostString* find, HostString* with) {
+  return Replaced(s, find, with, true);
+}
 
 Object* Split(HostString* source, HostString* delimiter) {
   ObjectRef array = ObjectRef::Adopt(NewArray(*TypeOf(Kind::String), -1));
@@ -128,7 +156,8 @@ HostString* InBase(std::int64_t number) {
   const bool narrow = number >= INT32_MIN && number < 0;
   const std::uint64_t bits = narrow ? static_cast<std::uint32_t>(number) : static_cast<std::uint64_t>(number);
   const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), bits, int{Base});
-  std::transform(digits.data(), end, digits.data(), [](char c) { return c >= 'a' ? static_cast<char>(c - 32) : c; });
+  std::transform(digits.data(), end, digits.data(),
+                 [](char c) { return c >= 'a' ? static_cast<char>(c - 32) : c; });
   return NewString({digits.data(), static_cast<std::size_t>(end - digits.data())});
 }
 
@@ -157,18 +186,21 @@ double Val(HostString* s) {
   if (text.size() > start + 1 && text[start] == '&') {
     static constexpr std::string_view kLetters = "hbo";
     static constexpr std::array kBases = {16, 2, 8};
-    const std::size_t letter = kLetters.find(static_cast<char>(LowerCase(static_cast<unsigned char>(text[start + 1]))));
+    const std::size_t letter =
+        kLetters.find(static_cast<char>(LowerCase(static_cast<unsigned char>(text[start + 1]))));
     if (letter == std::string_view::npos) return 0;
     return static_cast<double>(std::strtoull(text.c_str() + start + 2, nullptr, kBases[letter]));
   }
   double number = 0;
   const char* first = text.c_str() + start;
   if (*first == '+') ++first;
-  const auto [end, error] = std::from_chars(first, text.c_str() + text.size(), number, std::chars_format::general);
+  const auto [end, error] =
+      std::from_chars(first, text.c_str() + text.size(), number, std::chars_format::general);
   return error == std::errc() && std::isfinite(number) ? number : 0;
 }
 
-// "0" a digit always, "#" a digit if there is one, "." the point, "," thousands, "%" times 100, "-" or "+" the sign.
+// "0" a digit always, "#" a digit if there is one, "." the point, "," thousands, "%" times 100, "-" or "+"
+// the sign.
 HostString* Format(double number, HostString* pattern) {
   const std::string form = Utf8Of(pattern);
   const std::size_t first = form.find_first_of("0#.,");
@@ -183,8 +215,8 @@ HostString* Format(double number, HostString* pattern) {
   const std::size_t lastRequired = fraction.find_last_of('0');
   const std::size_t required = lastRequired == std::string::npos ? 0 : lastRequired + 1;
   std::array<char, 512> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%.*f", static_cast<int>(std::min<std::size_t>(fraction.size(), 100)),
-                std::fabs(number));
+  std::snprintf(buffer.data(), buffer.size(), "%.*f",
+                static_cast<int>(std::min<std::size_t>(fraction.size(), 100)), std::fabs(number));
   std::string text = buffer.data();
   const std::size_t dot = std::min(text.find('.'), text.size());
   std::string after = dot < text.size() ? text.substr(dot + 1) : std::string();
@@ -208,10 +240,18 @@ HostString* Format(double number, HostString* pattern) {
   return NewString(prefix + before + (after.empty() ? "" : "." + after) + form.substr(last));
 }
 
-HostString* StrInteger(std::int64_t number) { return NewString(std::to_string(number)); }
-HostString* StrDouble(double number) { return NewString(NumberText(number, kShownDigits)); }
-HostString* StrVariant(Object* boxed) { return NewString(DisplayText(Unboxed(Value::Share(boxed)))); }
-HostString* CStr(Object* boxed) { return NewString(ExactText(Unboxed(Value::Share(boxed)))); }
+HostString* StrInteger(std::int64_t number) {
+  return NewString(std::to_string(number));
+}
+HostString* StrDouble(double number) {
+  return NewString(NumberText(number, kShownDigits));
+}
+HostString* StrVariant(Object* boxed) {
+  return NewString(DisplayText(Unboxed(Value::Share(boxed))));
+}
+HostString* CStr(Object* boxed) {
+  return NewString(ExactText(Unboxed(Value::Share(boxed))));
+}
 
 HostString* ConvertEncoding(HostString* s, std::int32_t encoding) {
   return ConvertString(s, static_cast<std::uint32_t>(encoding));
@@ -219,12 +259,14 @@ HostString* ConvertEncoding(HostString* s, std::int32_t encoding) {
 HostString* DefineEncoding(HostString* s, std::int32_t encoding) {
   return NewString(BytesOf(s), static_cast<std::uint32_t>(encoding));
 }
-std::int32_t Encoding(HostString* s) { return static_cast<std::int32_t>(EncodingOf(s)); }
+std::int32_t Encoding(HostString* s) {
+  return static_cast<std::int32_t>(EncodingOf(s));
+}
 
 std::array encodings = {
-    qvx::REALconstant{"ASCII=&h0600", {}, {}},          qvx::REALconstant{"UTF8=&h08000100", {}, {}},
-    qvx::REALconstant{"UTF16=&h0100", {}, {}},          qvx::REALconstant{"UTF32=&h0C000100", {}, {}},
-    qvx::REALconstant{"WindowsLatin1=&h0500", {}, {}},  qvx::REALconstant{"MacRoman=0", {}, {}},
+    qvx::REALconstant{"ASCII=&h0600", {}, {}},         qvx::REALconstant{"UTF8=&h08000100", {}, {}},
+    qvx::REALconstant{"UTF16=&h0100", {}, {}},         qvx::REALconstant{"UTF32=&h0C000100", {}, {}},
+    qvx::REALconstant{"WindowsLatin1=&h0500", {}, {}}, qvx::REALconstant{"MacRoman=0", {}, {}},
     qvx::REALconstant{"Unknown=&hFFFF", {}, {}},
 };
 
@@ -260,7 +302,8 @@ std::string DisplayText(const Value& value) {
       return Utf8Of(value.string());
     case Kind::Object:
       if (value.object()->cls != &ArrayClass()) return value.object()->cls->name;
-      return ArrayDataOf(value.object()).element->name + "(" + std::to_string(UpperBound(value.object())) + ")";
+      return ArrayDataOf(value.object()).element->name + "(" + std::to_string(UpperBound(value.object())) +
+             ")";
     default:
       return "Nil";
   }
@@ -268,7 +311,8 @@ std::string DisplayText(const Value& value) {
 
 std::string ExactText(const Value& value) {
   if (value.kind() != Kind::Double || !std::isfinite(value.real())) return DisplayText(value);
-  if (value.real() == std::trunc(value.real()) && std::fabs(value.real()) < kLargestShownInFull) return DisplayText(value);
+  if (value.real() == std::trunc(value.real()) && std::fabs(value.real()) < kLargestShownInFull)
+    return DisplayText(value);
   std::array<char, 64> buffer{};
   const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value.real());
   return {buffer.data(), end};

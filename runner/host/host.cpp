@@ -20,7 +20,9 @@ constinit std::int32_t stringsAtStart = 0;
 
 }  // namespace
 
-void NoteStarted() { stringsAtStart = LiveStrings(); }
+void NoteStarted() {
+  stringsAtStart = LiveStrings();
+}
 
 void RegisterHostClasses() {
   RegisterExceptionClasses();
@@ -48,9 +50,12 @@ LiveCounts CountLive() {
 std::string DescribeLive(const LiveCounts& counts) {
   std::string text;
   for (const LiveCounts::ByPlace& place : counts.objects) {
-    const std::string name = place.className == "_Array" ? "array" : place.className == "_Variant" ? "variant" : place.className;
+    const std::string name = place.className == "_Array"     ? "array"
+                             : place.className == "_Variant" ? "variant"
+                                                             : place.className;
     text += "  " + std::to_string(place.count) + " " + name;
-    text += place.line > 0 ? ", made in line " + std::to_string(place.line) + "\n" : ", made outside of the program\n";
+    text += place.line > 0 ? ", made in line " + std::to_string(place.line) + "\n"
+                           : ", made outside of the program\n";
   }
   if (counts.strings > 0) text += "  " + std::to_string(counts.strings) + " strings\n";
   if (counts.nativeRetains > 0) {

@@ -19,12 +19,18 @@ constexpr std::int64_t kLargestFile = 1LL << 30;
 
 using Bytes = std::vector<char>;
 
-Bytes& BytesIn(Object* block) { return PayloadOf<Bytes>(block); }
+Bytes& BytesIn(Object* block) {
+  return PayloadOf<Bytes>(block);
+}
 
-std::int32_t Size(Object* self, std::int32_t) { return MemoryBlockSize(self); }
+std::int32_t Size(Object* self, std::int32_t) {
+  return MemoryBlockSize(self);
+}
 
 void SetSize(Object* self, std::int32_t, std::int32_t size) {
-  if (size < 0) RaiseHostException("OutOfBoundsException", "A MemoryBlock can't have " + std::to_string(size) + " bytes.");
+  if (size < 0)
+    RaiseHostException("OutOfBoundsException",
+                       "A MemoryBlock can't have " + std::to_string(size) + " bytes.");
   try {
     BytesIn(self).resize(static_cast<std::size_t>(size));
   } catch (const std::bad_alloc&) {
@@ -32,7 +38,9 @@ void SetSize(Object* self, std::int32_t, std::int32_t size) {
   }
 }
 
-void ConstructWithSize(Object* self, std::int32_t size) { SetSize(self, 0, size); }
+void ConstructWithSize(Object* self, std::int32_t size) {
+  SetSize(self, 0, size);
+}
 void ConstructWithText(Object* self, HostString* text) {
   const std::string_view bytes = BytesOf(text);
   BytesIn(self).assign(bytes.begin(), bytes.end());
@@ -40,7 +48,8 @@ void ConstructWithText(Object* self, HostString* text) {
 
 char* Place(Object* self, std::int32_t offset, std::int32_t count) {
   if (offset < 0 || count < 0 || offset > MemoryBlockSize(self) - count) {
-    RaiseHostException("OutOfBoundsException", "Byte " + std::to_string(offset) + " is outside of a MemoryBlock of " +
+    RaiseHostException("OutOfBoundsException", "Byte " + std::to_string(offset) +
+                                                   " is outside of a MemoryBlock of " +
                                                    std::to_string(MemoryBlockSize(self)) + " bytes.");
   }
   return BytesIn(self).data() + offset;
@@ -105,10 +114,18 @@ std::string PathOf(Object* item) {
   return FolderItemPath(item);
 }
 
-Object* LoadFromItem(Object* item) { return Load(PathOf(item)); }
-Object* LoadFromPath(HostString* path) { return Load(Utf8Of(path)); }
-void SaveToItem(Object* self, Object* item) { Save(self, PathOf(item)); }
-void SaveToPath(Object* self, HostString* path) { Save(self, Utf8Of(path)); }
+Object* LoadFromItem(Object* item) {
+  return Load(PathOf(item));
+}
+Object* LoadFromPath(HostString* path) {
+  return Load(Utf8Of(path));
+}
+void SaveToItem(Object* self, Object* item) {
+  Save(self, PathOf(item));
+}
+void SaveToPath(Object* self, HostString* path) {
+  Save(self, Utf8Of(path));
+}
 
 std::array properties = {ReadWrite("Size", "integer", &Size, &SetSize)};
 
@@ -118,11 +135,14 @@ std::array methods = {
     MethodRecord("Byte(offset as integer) as integer", &Read<std::uint8_t, std::int32_t>),
     MethodRecord("Byte(offset as integer, assigns value as integer)", &Write<std::uint8_t, std::int32_t>),
     MethodRecord("UInt8Value(offset as integer) as integer", &Read<std::uint8_t, std::int32_t>),
-    MethodRecord("UInt8Value(offset as integer, assigns value as integer)", &Write<std::uint8_t, std::int32_t>),
+    MethodRecord("UInt8Value(offset as integer, assigns value as integer)",
+                 &Write<std::uint8_t, std::int32_t>),
     MethodRecord("UInt16Value(offset as integer) as integer", &Read<std::uint16_t, std::int32_t>),
-    MethodRecord("UInt16Value(offset as integer, assigns value as integer)", &Write<std::uint16_t, std::int32_t>),
+    MethodRecord("UInt16Value(offset as integer, assigns value as integer)",
+                 &Write<std::uint16_t, std::int32_t>),
     MethodRecord("Int32Value(offset as integer) as integer", &Read<std::int32_t, std::int32_t>),
-    MethodRecord("Int32Value(offset as integer, assigns value as integer)", &Write<std::int32_t, std::int32_t>),
+    MethodRecord("Int32Value(offset as integer, assigns value as integer)",
+                 &Write<std::int32_t, std::int32_t>),
     MethodRecord("SingleValue(offset as integer) as double", &Read<float, double>),
     MethodRecord("SingleValue(offset as integer, assigns value as double)", &Write<float, double>),
     MethodRecord("DoubleValue(offset as integer) as double", &Read<double, double>),
@@ -158,8 +178,12 @@ Object* NewMemoryBlock(std::int32_t size) {
   return block.release();
 }
 
-void* MemoryBlockBytes(Object* block) { return BytesIn(block).empty() ? nullptr : BytesIn(block).data(); }
+void* MemoryBlockBytes(Object* block) {
+  return BytesIn(block).empty() ? nullptr : BytesIn(block).data();
+}
 
-std::int32_t MemoryBlockSize(Object* block) { return static_cast<std::int32_t>(BytesIn(block).size()); }
+std::int32_t MemoryBlockSize(Object* block) {
+  return static_cast<std::int32_t>(BytesIn(block).size());
+}
 
 }  // namespace hostrun

@@ -31,12 +31,13 @@ void RunConstructors(Class& cls, Object* object) {
 
 void Destroy(Object* object) {
   object->references = 1;  // while destructors run: a lock and unlock in there must not end it again
+  const Payload payload = object->cls->payload;
   for (Class* cls = object->cls; cls != nullptr; cls = cls->super) {
     if (cls->definition != nullptr && cls->definition->destructor != nullptr) {
       CallLifecycle(*cls, cls->definition->destructor, object);
     }
   }
-  if (object->cls->payload.destroy != nullptr) object->cls->payload.destroy(RawPayloadOf(object));
+  if (payload.destroy != nullptr) payload.destroy(RawPayloadOf(object));
   (object->previous == nullptr ? firstLive : object->previous->next) = object->next;
   if (object->next != nullptr) object->next->previous = object->previous;
   object->mark = 0;
@@ -86,14 +87,20 @@ void UnlockObject(Object* object) {
   }
 }
 
-void* RawPayloadOf(Object* object) { return reinterpret_cast<char*>(object) + object->cls->payloadOffset; }
+void* RawPayloadOf(Object* object) {
+  return reinterpret_cast<char*>(object) + object->cls->payloadOffset;
+}
 
 void*& NativePointerOf(Object* object) {
   return *reinterpret_cast<void**>(reinterpret_cast<char*>(object) + kClassDataOffset);
 }
 
-bool IsKindOf(const Object* object, const Class& cls) { return object != nullptr && object->cls->IsA(cls); }
+bool IsKindOf(const Object* object, const Class& cls) {
+  return object != nullptr && object->cls->IsA(cls);
+}
 
-const Object* FirstLiveObject() { return firstLive; }
+const Object* FirstLiveObject() {
+  return firstLive;
+}
 
 }  // namespace hostrun

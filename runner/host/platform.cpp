@@ -20,9 +20,13 @@ bool MakeFileReference(const char* path, ::FSRef* reference) {
   return makeReference(reinterpret_cast<const std::uint8_t*>(path), reference, nullptr) == 0;
 }
 
-void* NewPointerDictionary() { return createDictionary(nullptr, 0, nullptr, nullptr); }
+void* NewPointerDictionary() {
+  return createDictionary(nullptr, 0, nullptr, nullptr);
+}
 
-void TurnRunLoop() { runLoop(defaultMode, 0, 0); }
+void TurnRunLoop() {
+  runLoop(defaultMode, 0, 0);
+}
 
 template <class F>
 void Find(F& function, const char* name, std::string& missing) {
@@ -32,7 +36,9 @@ void Find(F& function, const char* name, std::string& missing) {
 
 }  // namespace
 
-void* GlobalSymbol(const char* name) { return dlsym(RTLD_DEFAULT, name); }
+void* GlobalSymbol(const char* name) {
+  return dlsym(RTLD_DEFAULT, name);
+}
 
 std::string LoadPlatform(const std::string& file) {
   if (access(file.c_str(), R_OK) != 0) {
@@ -64,6 +70,8 @@ std::string LoadPlatform(const std::string& file) {
   return {};
 }
 
-const Platform& ThePlatform() { return platform; }
+const Platform& ThePlatform() {
+  return platform;
+}
 
 }  // namespace hostrun

@@ -25,7 +25,8 @@ Record RecordAt(const Record* records, std::int32_t index, std::size_t size) {
 // Reads the arrays of one definition.
 class Importer {
  public:
-  Importer(Class& cls, bool old, std::vector<std::string>& problems) : cls_(cls), old_(old), problems_(problems) {}
+  Importer(Class& cls, bool old, std::vector<std::string>& problems)
+      : cls_(cls), old_(old), problems_(problems) {}
 
   void Methods(const qvx::REALmethodDefinition* records, std::int32_t count, bool shared) {
     const std::size_t size = old_ ? qvx::kOldMethodSize : sizeof(qvx::REALmethodDefinition);
@@ -79,7 +80,8 @@ class Importer {
   std::int32_t Checked(const void* records, std::int32_t count, const char* what) {
     if (records == nullptr) return 0;
     if (count >= 0 && count <= kMostRecords) return count;
-    Problem(what, "wanted a count from 0 to " + std::to_string(kMostRecords) + ", found " + std::to_string(count));
+    Problem(what,
+            "wanted a count from 0 to " + std::to_string(kMostRecords) + ", found " + std::to_string(count));
     return 0;
   }
 
@@ -115,8 +117,8 @@ class Importer {
   }
 
   void Problem(const char* member, const std::string& text) {
-    problems_.push_back(cls_.name + ": " + (member == nullptr ? "a member" : "\"" + std::string(member) + "\"") + ": " +
-                        text);
+    problems_.push_back(cls_.name + ": " +
+                        (member == nullptr ? "a member" : "\"" + std::string(member) + "\"") + ": " + text);
   }
 
   Class& cls_;
@@ -161,7 +163,9 @@ const Constant* Class::ConstantNamed(std::string_view member) const {
   return nullptr;
 }
 
-std::vector<const Method*> Class::Constructors() const { return MethodsNamed("Constructor", false); }
+std::vector<const Method*> Class::Constructors() const {
+  return MethodsNamed("Constructor", false);
+}
 
 Registry::Registry() = default;
 Registry::~Registry() = default;
@@ -203,13 +207,15 @@ void Registry::Register(qvx::REALclassDefinition& definition, Origin origin, Pay
   if (definition.superName != nullptr) {
     cls.super = FindClass(definition.superName);
     if (cls.super == nullptr) {
-      problems_.push_back(cls.name + ": wanted a class " + definition.superName + " to descend from, found none");
+      problems_.push_back(cls.name + ": wanted a class " + definition.superName +
+                          " to descend from, found none");
     }
   }
   const std::uint32_t inherited = cls.super == nullptr ? 0 : cls.super->dataOffset + cls.super->dataSize;
   cls.dataSize = static_cast<std::uint32_t>(std::max(definition.dataSize, 0));
   cls.dataOffset = std::max<std::uint32_t>(inherited, kClassDataOffset);
-  cls.payloadOffset = (std::max(cls.dataOffset + cls.dataSize, kClassDataOffset + kLeastClassData) + 7U) & ~7U;
+  cls.payloadOffset =
+      (std::max(cls.dataOffset + cls.dataSize, kClassDataOffset + kLeastClassData) + 7U) & ~7U;
   cls.payload = payload.size != 0 || cls.super == nullptr ? payload : cls.super->payload;
   definition.dataOffset = cls.dataOffset;
   cls.defined = true;

@@ -16,8 +16,8 @@
 
 namespace hostrun {
 
-// Who registered a class: calls into a bundle cross the binary border and get a pool, a guard and a look for a
-// raised exception around them.
+// Who registered a class: calls into a bundle cross the binary border and get a pool, a guard and a look for
+// a raised exception around them.
 enum class Origin : std::uint8_t { Host, Sibling, Bundle };
 
 struct Method {
@@ -88,10 +88,12 @@ class Registry {
   Class& ClassNamed(std::string_view name);
   // Null when no such class is defined.
   Class* FindClass(std::string_view name);
-  const std::vector<std::unique_ptr<Class>>& classes() const { return classes_; }  // in order of first mention
+  const std::vector<std::unique_ptr<Class>>& classes() const {
+    return classes_;
+  }  // in order of first mention
 
-  // Reads the records at `definition`. The layout is that of word 0: up to 9 the old one. What can't be read is
-  // left out and added to problems().
+  // Reads the records at `definition`. The layout is that of word 0: up to 9 the old one. What can't be read
+  // is left out and added to problems().
   void Register(qvx::REALclassDefinition& definition, Origin origin, Payload payload = {});
 
   void AddFunction(std::string_view declaration, qvx::REALproc function);

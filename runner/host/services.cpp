@@ -24,8 +24,8 @@ HostIdentity identity;
 constinit std::int32_t announcedLayout = 0;
 constinit ServiceWrapper wrapService = nullptr;
 
-// A service is entered from a bundle: what goes wrong inside gives `neutral`, and an exception surfaces when the
-// bundle's function has returned.
+// A service is entered from a bundle: what goes wrong inside gives `neutral`, and an exception surfaces when
+// the bundle's function has returned.
 template <class R, class F>
 R Serve(R neutral, F body) {
   try {
@@ -38,7 +38,9 @@ R Serve(R neutral, F body) {
   return neutral;
 }
 
-long double GetVersion() { return static_cast<long double>(identity.version); }
+long double GetVersion() {
+  return static_cast<long double>(identity.version);
+}
 
 std::int32_t RegisterVersion(std::int32_t version) {
   announcedLayout = version;
@@ -90,7 +92,8 @@ bool GetStringData(HostString* string, std::uint32_t encoding, qvx::REALstringDa
   return Serve(false, [=] {
     if (out == nullptr) return false;
     const bool asStored = encoding == qvx::kEncodingUnknown;
-    const StringRef converted = asStored ? StringRef::Share(string) : StringRef::Adopt(ConvertString(string, encoding));
+    const StringRef converted =
+        asStored ? StringRef::Share(string) : StringRef::Adopt(ConvertString(string, encoding));
     const std::string_view bytes = BytesOf(converted.get());
     auto* const data = static_cast<char*>(std::calloc(1, bytes.size() + 4));
     if (data == nullptr) return false;
@@ -107,7 +110,9 @@ void DisposeStringData(qvx::REALstringData* record) {
   record->length = 0;
 }
 
-const char* GetCString(HostString* string) { return string == nullptr ? "" : string->text(); }
+const char* GetCString(HostString* string) {
+  return string == nullptr ? "" : string->text();
+}
 
 void* LoadGlobalMethod(const char* declaration) {
   const Method* const method = declaration == nullptr ? nullptr : TheRegistry().FindFunction(declaration);
@@ -138,7 +143,9 @@ HostString* Build(const char* bytes, std::int32_t length) {
   return BuildWithEncoding(bytes, length, qvx::kEncodingUnknown);
 }
 
-std::uint32_t GetEncoding(HostString* string) { return EncodingOf(string); }
+std::uint32_t GetEncoding(HostString* string) {
+  return EncodingOf(string);
+}
 
 void SetEncoding(HostString* string, std::uint32_t encoding) {
   if (string != nullptr) string->encoding = encoding;
@@ -152,8 +159,12 @@ Object* NewBlock(std::int32_t size) {
   return Serve<Object*>(nullptr, [=] { return NewMemoryBlock(size); });
 }
 
-void* BlockPointer(Object* block) { return block == nullptr ? nullptr : MemoryBlockBytes(block); }
-std::int32_t BlockSize(Object* block) { return block == nullptr ? 0 : MemoryBlockSize(block); }
+void* BlockPointer(Object* block) {
+  return block == nullptr ? nullptr : MemoryBlockBytes(block);
+}
+std::int32_t BlockSize(Object* block) {
+  return block == nullptr ? 0 : MemoryBlockSize(block);
+}
 
 Object* CreateArray(std::int32_t elementType, std::int32_t upperBound) {
   return Serve<Object*>(nullptr, [=]() -> Object* {
@@ -167,7 +178,9 @@ Object* CreateArray(std::int32_t elementType, std::int32_t upperBound) {
   });
 }
 
-std::int32_t ArrayUpperBound(Object* array) { return array == nullptr ? -1 : UpperBound(array); }
+std::int32_t ArrayUpperBound(Object* array) {
+  return array == nullptr ? -1 : UpperBound(array);
+}
 
 void InsertDouble(Object* array, std::int32_t index, double value) {
   Serve(0, [=] { return InsertElement(array, index, Value::Double(value)), 0; });
@@ -248,9 +261,12 @@ constexpr double kFirstWithOpaqueStrings = 2012.0;
 void SetHostIdentity(HostIdentity newIdentity) {
   identity = std::move(newIdentity);
   UseOldStringRecords(identity.version < kFirstWithOpaqueStrings);
+  SetResultsUnlocked(identity.withheld.contains("REALLockObject"));
 }
 
-const HostIdentity& TheHostIdentity() { return identity; }
+const HostIdentity& TheHostIdentity() {
+  return identity;
+}
 
 std::vector<std::string> ServiceNames() {
   std::vector<std::string> names;
@@ -267,8 +283,12 @@ void* ResolveService(const char* name) {
   return nullptr;
 }
 
-void SetServiceWrapper(ServiceWrapper wrap) { wrapService = wrap; }
+void SetServiceWrapper(ServiceWrapper wrap) {
+  wrapService = wrap;
+}
 
-std::int32_t AnnouncedLayout() { return announcedLayout; }
+std::int32_t AnnouncedLayout() {
+  return announcedLayout;
+}
 
 }  // namespace hostrun

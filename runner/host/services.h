@@ -1,4 +1,5 @@
-// runner/host/services.h - the services that a plugin finds by name, and the version of the host that gives them.
+// runner/host/services.h - the services that a plugin finds by name, and the version of the host that gives
+// them.
 #pragma once
 
 #include <cstdint>

@@ -48,7 +48,9 @@ int Compare(const HostString* a, const HostString* b, Fold fold) {
 
 }  // namespace
 
-void UseOldStringRecords(bool old) { oldRecords = old; }
+void UseOldStringRecords(bool old) {
+  oldRecords = old;
+}
 
 HostString* NewString(std::string_view bytes, std::uint32_t encoding) {
   if (bytes.empty()) return nullptr;
@@ -89,7 +91,9 @@ std::uint32_t EncodingOf(const HostString* string) {
   return string == nullptr ? qvx::kEncodingUTF8 : string->encoding;
 }
 
-std::u32string CodePointsOf(const HostString* string) { return Decode(BytesOf(string), EncodingOf(string)); }
+std::u32string CodePointsOf(const HostString* string) {
+  return Decode(BytesOf(string), EncodingOf(string));
+}
 
 std::string Utf8Of(const HostString* string) {
   if (EncodingOf(string) == qvx::kEncodingUTF8) return std::string(BytesOf(string));
@@ -112,12 +116,16 @@ HostString* JoinStrings(HostString* a, HostString* b) {
   return NewString(Utf8Of(a) + Utf8Of(b));
 }
 
-int CompareStrings(const HostString* a, const HostString* b) { return Compare(a, b, LowerCase); }
+int CompareStrings(const HostString* a, const HostString* b) {
+  return Compare(a, b, LowerCase);
+}
 
 int CompareStringsExactly(const HostString* a, const HostString* b) {
   return Compare(a, b, [](char32_t c) { return c; });
 }
 
-std::int32_t LiveStrings() { return liveStrings; }
+std::int32_t LiveStrings() {
+  return liveStrings;
+}
 
 }  // namespace hostrun

@@ -32,9 +32,13 @@ const Type* Basic(Kind kind) {
 
 }  // namespace
 
-const Type* TypeOf(Kind kind) { return Basic(kind); }
+const Type* TypeOf(Kind kind) {
+  return Basic(kind);
+}
 
-const Type* ObjectType(Class* cls) { return &cls->type; }
+const Type* ObjectType(Class* cls) {
+  return &cls->type;
+}
 
 const Type* ArrayOf(const Type* element) {
   static std::map<const Type*, std::unique_ptr<Type>> arrays;

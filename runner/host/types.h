@@ -1,4 +1,5 @@
-// runner/host/types.h - the types of the host language. Each type is one object: equal types have equal addresses.
+// runner/host/types.h - the types of the host language. Each type is one object: equal types have equal
+// addresses.
 #pragma once
 
 #include <cstdint>

@@ -27,7 +27,9 @@ std::string CountText(const Signature& signature) {
   return std::to_string(least) + " to " + std::to_string(most);
 }
 
-std::string Plural(const std::string& count) { return count + (count == "1" ? " argument" : " arguments"); }
+std::string Plural(const std::string& count) {
+  return count + (count == "1" ? " argument" : " arguments");
+}
 
 bool FitsCount(const Signature& signature, std::size_t count) {
   if (count < signature.RequiredCount()) return false;
@@ -68,7 +70,8 @@ std::vector<Argument> Settle(Position at, const Signature& signature, Arguments 
   for (std::size_t i = 0; i < signature.parameters.size(); ++i) {
     const Parameter& parameter = signature.parameters[i];
     if (parameter.paramArray) {
-      Arguments rest(std::make_move_iterator(arguments.begin() + static_cast<std::ptrdiff_t>(std::min(i, arguments.size()))),
+      Arguments rest(std::make_move_iterator(arguments.begin() +
+                                             static_cast<std::ptrdiff_t>(std::min(i, arguments.size()))),
                      std::make_move_iterator(arguments.end()));
       settled.push_back({MakeArrayOf(at, parameter.type->element, std::move(rest)), parameter.type, false});
     } else if (i >= arguments.size()) {
@@ -84,16 +87,18 @@ std::vector<Argument> Settle(Position at, const Signature& signature, Arguments 
 
 std::string WhyNot(const Signature& signature, const Arguments& arguments, Position& at) {
   if (!FitsCount(signature, arguments.size())) {
-    return signature.name + " wants " + Plural(CountText(signature)) + ", found " + std::to_string(arguments.size()) +
-           ": " + signature.Text();
+    return signature.name + " wants " + Plural(CountText(signature)) + ", found " +
+           std::to_string(arguments.size()) + ": " + signature.Text();
   }
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const bool packed = signature.TakesAnyCount() && i + 1 >= signature.parameters.size();
     const Parameter& parameter = packed ? signature.parameters.back() : signature.parameters[i];
     const Type& wanted = packed ? *parameter.type->element : *parameter.type;
-    if (packed ? ConversionCost(*arguments[i], wanted) >= 0 : ArgumentCost(*arguments[i], parameter) >= 0) continue;
+    if (packed ? ConversionCost(*arguments[i], wanted) >= 0 : ArgumentCost(*arguments[i], parameter) >= 0)
+      continue;
     at = arguments[i]->at;
-    std::string text = "argument " + std::to_string(i + 1) + " (" + parameter.name + ") of " + signature.name + " wants ";
+    std::string text =
+        "argument " + std::to_string(i + 1) + " (" + parameter.name + ") of " + signature.name + " wants ";
     if (parameter.byref) text += "a variable of type ";
     text += wanted.name + ", found ";
     if (parameter.byref && arguments[i]->type == parameter.type) return text + "a value that is no variable";
@@ -149,7 +154,8 @@ CodePtr Binder::CallOneOf(const Expression& name, const std::vector<Callee>& can
       }
     }
     std::string forms;
-    for (const Callee& candidate : candidates) forms += (forms.empty() ? "" : "; ") + candidate.signature->Text();
+    for (const Callee& candidate : candidates)
+      forms += (forms.empty() ? "" : "; ") + candidate.signature->Text();
     Fail(at, "no form of " + name.name + " takes " + TypesOf(arguments) + "; there are: " + forms);
   }
   std::vector<Argument> settled = Settle(name.at, *best->signature, std::move(arguments));
@@ -169,13 +175,14 @@ CodePtr Binder::IndexInto(Position at, CodePtr array, const std::vector<const Ex
   return MakeElement(at, std::move(array), BindConverted(*arguments[0], TypeOf(Kind::Integer), "an index"));
 }
 
-// Without a form that takes the arguments, but with one that takes none and gives an array, they are its index:
-// object.Components(0).
+// Without a form that takes the arguments, but with one that takes none and gives an array, they are its
+// index: object.Components(0).
 CodePtr Binder::CallOrIndex(const Expression& name, const std::vector<Callee>& candidates, CodePtr selfCode,
                             const std::vector<const Expression*>* arguments) {
   if (arguments != nullptr && arguments->size() == 1) {
-    const bool takesOne = std::any_of(candidates.begin(), candidates.end(),
-                                      [](const Callee& candidate) { return FitsCount(*candidate.signature, 1); });
+    const bool takesOne = std::any_of(candidates.begin(), candidates.end(), [](const Callee& candidate) {
+      return FitsCount(*candidate.signature, 1);
+    });
     const auto plain = std::find_if(candidates.begin(), candidates.end(), [](const Callee& candidate) {
       return FitsCount(*candidate.signature, 0) && candidate.signature->result->kind == Kind::Array;
     });
@@ -206,14 +213,15 @@ CodePtr Binder::BindCall(const Expression& call) {
   if (callee.kind == Expression::Kind::Member) return BindMember(callee, &arguments);
   if (callee.kind != Expression::Kind::Name) {
     CodePtr array = BindValue(callee);
-    if (array->type->kind != Kind::Array) Fail(call.at, "wanted an array before '(', found " + array->type->name);
+    if (array->type->kind != Kind::Array)
+      Fail(call.at, "wanted an array before '(', found " + array->type->name);
     return IndexInto(call.at, std::move(array), arguments);
   }
   const std::string lower = LowerName(callee.name);
   if (const Variable* const variable = FindVariable(callee.name)) {
     if (variable->type->kind != Kind::Array) {
-      Fail(callee.at, "wanted an array or a function before '(', found " + callee.name + ", a variable of type " +
-                          variable->type->name);
+      Fail(callee.at, "wanted an array or a function before '(', found " + callee.name +
+                          ", a variable of type " + variable->type->name);
     }
     return IndexInto(callee.at, MakeVariable(callee.at, *variable), arguments);
   }
@@ -221,7 +229,8 @@ CodePtr Binder::BindCall(const Expression& call) {
   if (lower == "array") return MakeArrayLiteral(callee.at, BindArguments(arguments));
   if (lower == "ubound" && arguments.size() == 1) {
     CodePtr array = BindValue(*arguments[0]);
-    if (array->type->kind != Kind::Array) Fail(array->at, "UBound wants an array, found " + array->type->name);
+    if (array->type->kind != Kind::Array)
+      Fail(array->at, "UBound wants an array, found " + array->type->name);
     return MakeArrayCall(callee.at, *FindArrayMember("ubound"), std::move(array), {});
   }
   if (!TheRegistry().FunctionsNamed(lower).empty()) return BindNamedCall(callee, arguments);
@@ -229,8 +238,12 @@ CodePtr Binder::BindCall(const Expression& call) {
   // Type(value): a conversion or a cast.
   const Type* const type = TypeNamed(callee.name);
   const bool known = type->kind != Kind::Object || (type->cls->defined && !callee.name.starts_with('_'));
-  if (!known) Fail(callee.at, "wanted a function, an array or a class before '(', found " + callee.name + ", which is not declared");
-  if (arguments.size() != 1) Fail(callee.at, "wanted one value to see as " + type->name + ", found " + std::to_string(arguments.size()));
+  if (!known)
+    Fail(callee.at, "wanted a function, an array or a class before '(', found " + callee.name +
+                        ", which is not declared");
+  if (arguments.size() != 1)
+    Fail(callee.at,
+         "wanted one value to see as " + type->name + ", found " + std::to_string(arguments.size()));
   CodePtr value = BindValue(*arguments[0]);
   const std::string found = value->type->name;
   CodePtr cast = MakeCast(callee.at, std::move(value), type);
@@ -252,9 +265,11 @@ CodePtr Binder::BindMember(const Expression& member, const std::vector<const Exp
         CodePtr part = MakeColorMember(member.at, member.name, std::move(code));
         if (part) return part;
       }
-      Fail(member.at, "wanted Red, Green, Blue, Alpha, Hue, Saturation or Value of a Color, found " + member.name);
+      Fail(member.at,
+           "wanted Red, Green, Blue, Alpha, Hue, Saturation or Value of a Color, found " + member.name);
     case Kind::Variant:
-      Fail(member.at, "wanted an object of a known class, found a Variant; write Class(value)." + member.name);
+      Fail(member.at,
+           "wanted an object of a known class, found a Variant; write Class(value)." + member.name);
     default:
       Fail(member.at, "wanted an object before '." + member.name + "', found " + code->type->name);
   }
@@ -266,7 +281,8 @@ CodePtr Binder::BindInstanceMember(const Expression& member, CodePtr object,
   if (const Property* const property = cls.PropertyNamed(member.name, false)) {
     CodePtr read = MakeProperty(member.at, *property, std::move(object));
     if (arguments == nullptr || arguments->empty()) return read;
-    if (read->type->kind != Kind::Array) Fail(member.at, member.name + " of " + cls.name + " is a property and takes no arguments");
+    if (read->type->kind != Kind::Array)
+      Fail(member.at, member.name + " of " + cls.name + " is a property and takes no arguments");
     return IndexInto(member.at, std::move(read), *arguments);
   }
   std::vector<Callee> candidates;
@@ -279,10 +295,12 @@ CodePtr Binder::BindInstanceMember(const Expression& member, CodePtr object,
   if (cls.ConstantNamed(member.name) != nullptr || !cls.MethodsNamed(member.name, true).empty()) {
     Fail(member.at, member.name + " belongs to the class: write " + cls.name + "." + member.name);
   }
-  Fail(member.at, "wanted a method or a property of " + cls.name + ", found " + member.name + ", which it does not have");
+  Fail(member.at, "wanted a method or a property of " + cls.name + ", found " + member.name +
+                      ", which it does not have");
 }
 
-CodePtr Binder::BindSharedMember(const Expression& member, Class& cls, const std::vector<const Expression*>* arguments) {
+CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
+                                 const std::vector<const Expression*>* arguments) {
   if (const Constant* const constant = cls.ConstantNamed(member.name)) {
     if (arguments != nullptr) Fail(member.at, member.name + " is a constant and takes no arguments");
     return MakeConstant(member.at, constant->type, constant->value);
@@ -291,33 +309,38 @@ CodePtr Binder::BindSharedMember(const Expression& member, Class& cls, const std
     return MakeProperty(member.at, *property, nullptr);
   }
   std::vector<Callee> candidates;
-  for (const Method* method : cls.MethodsNamed(member.name, true)) candidates.push_back({&method->signature, method, nullptr});
+  for (const Method* method : cls.MethodsNamed(member.name, true))
+    candidates.push_back({&method->signature, method, nullptr});
   if (!candidates.empty()) return CallOrIndex(member, candidates, nullptr, arguments);
   if (cls.PropertyNamed(member.name, false) != nullptr || !cls.MethodsNamed(member.name, false).empty()) {
     Fail(member.at, member.name + " belongs to instances of " + cls.name + ": wanted an object before '.'");
   }
-  Fail(member.at, "wanted a shared method or a constant of " + cls.name + ", found " + member.name + ", which it does not have");
+  Fail(member.at, "wanted a shared method or a constant of " + cls.name + ", found " + member.name +
+                      ", which it does not have");
 }
 
-CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array, const std::vector<const Expression*>* arguments) {
+CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array,
+                                const std::vector<const Expression*>* arguments) {
   const ArrayMember* const found = FindArrayMember(member.name);
   if (found == nullptr) {
-    Fail(member.at, "wanted a member of an array, found " + member.name +
-                        "; there are UBound, LastIndex, Count, Append, Add, Insert, AddAt, Remove, RemoveAt, RemoveAll, "
-                        "IndexOf, Pop and Sort");
+    Fail(member.at,
+         "wanted a member of an array, found " + member.name +
+             "; there are UBound, LastIndex, Count, Append, Add, Insert, AddAt, Remove, RemoveAt, RemoveAll, "
+             "IndexOf, Pop and Sort");
   }
   const Type& type = *array->type;
   const std::size_t given = arguments == nullptr ? 0 : arguments->size();
   if (given != ArgumentCount(*found)) {
-    Fail(member.at, member.name + " of an array wants " + Plural(std::to_string(ArgumentCount(*found))) + ", found " +
-                        std::to_string(given));
+    Fail(member.at, member.name + " of an array wants " + Plural(std::to_string(ArgumentCount(*found))) +
+                        ", found " + std::to_string(given));
   }
   if (SameName(member.name, "sort") && !type.element->IsNumber() && type.element->kind != Kind::String) {
     Fail(member.at, "Sort wants an array of numbers or strings, found " + type.name);
   }
   std::vector<CodePtr> bound;
   for (std::size_t i = 0; i < given; ++i) {
-    bound.push_back(BindConverted(*(*arguments)[i], ArgumentType(*found, type, i), "argument " + std::to_string(i + 1) + " of " + member.name));
+    bound.push_back(BindConverted(*(*arguments)[i], ArgumentType(*found, type, i),
+                                  "argument " + std::to_string(i + 1) + " of " + member.name));
   }
   return MakeArrayCall(member.at, *found, std::move(array), std::move(bound));
 }
@@ -330,7 +353,8 @@ CodePtr Binder::BindNew(const Expression& made) {
   const bool plain = std::none_of(candidates.begin(), candidates.end(),
                                   [](const Callee& candidate) { return FitsCount(*candidate.signature, 0); });
   if (arguments.empty() && plain) return MakeNew(made.at, cls, nullptr, {});
-  if (candidates.empty()) Fail(made.at, "New " + cls.name + " wants no arguments, found " + std::to_string(arguments.size()));
+  if (candidates.empty())
+    Fail(made.at, "New " + cls.name + " wants no arguments, found " + std::to_string(arguments.size()));
   const Callee* best = nullptr;
   int bestCost = 0;
   for (const Callee& candidate : candidates) {
@@ -339,7 +363,8 @@ CodePtr Binder::BindNew(const Expression& made) {
   }
   if (best == nullptr) {
     std::string forms;
-    for (const Callee& candidate : candidates) forms += (forms.empty() ? "" : "; ") + candidate.signature->Text();
+    for (const Callee& candidate : candidates)
+      forms += (forms.empty() ? "" : "; ") + candidate.signature->Text();
     Fail(made.at, "no constructor of " + cls.name + " takes " + TypesOf(arguments) + "; there are: " + forms);
   }
   return MakeNew(made.at, cls, best->method, Settle(made.at, *best->signature, std::move(arguments)));
@@ -357,7 +382,8 @@ CodePtr Binder::BindAssignsCall(const Expression& call) {
     std::vector<CodePtr> leading;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
       const Parameter& parameter = signature.parameters[i];
-      leading.push_back(BindConverted(*arguments[i], parameter.type, "argument " + std::to_string(i + 1) + " of " + member.name));
+      leading.push_back(BindConverted(*arguments[i], parameter.type,
+                                      "argument " + std::to_string(i + 1) + " of " + member.name));
     }
     return MakeIndexedSetter(member.at, *method, std::move(object), std::move(leading));
   }

@@ -1,4 +1,6 @@
 // runner/language/bind_expressions.cpp - settles expressions.
+#include <ranges>
+
 #include "runner/host/registry.h"
 #include "runner/host/text.h"
 #include "runner/language/binder.h"
@@ -7,14 +9,15 @@ namespace hostrun {
 
 const Binder::Variable* Binder::FindVariable(const std::string& name) const {
   const std::string lower = LowerName(name);
-  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
-    const auto found = scope->find(lower);
-    if (found != scope->end()) return &found->second;
+  for (const Scope& scope : std::views::reverse(scopes_)) {
+    const auto found = scope.find(lower);
+    if (found != scope.end()) return &found->second;
   }
   return nullptr;
 }
 
-Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type, Variable::Where where) {
+Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type,
+                                  Variable::Where where) {
   const auto [place, added] = scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}});
   if (!added) Fail(at, "wanted a new name, found " + name + ", which is declared in this block already");
   return place->second;
@@ -100,7 +103,8 @@ CodePtr Binder::BindValue(const Expression& expression) {
 CodePtr Binder::BindName(const Expression& name) {
   if (const Variable* const variable = FindVariable(name.name)) return MakeVariable(name.at, *variable);
   const std::string lower = LowerName(name.name);
-  if (routinesByName_.contains(lower) || !TheRegistry().FunctionsNamed(lower).empty()) return BindNamedCall(name, {});
+  if (routinesByName_.contains(lower) || !TheRegistry().FunctionsNamed(lower).empty())
+    return BindNamedCall(name, {});
   if (TheRegistry().FindClass(name.name) != nullptr) {
     Fail(name.at, "wanted a value, found the class " + name.name + "; name one of its members");
   }
@@ -115,7 +119,8 @@ CodePtr Binder::BindBinary(const Expression& binary) {
   CodePtr made = MakeBinary(binary.at, binary.name, std::move(left), std::move(right));
   if (!made) {
     std::string message = "'" + binary.name + "' does not work on " + l + " and " + r;
-    if (binary.name == "+" && (l == "String" || r == "String")) message += "; Str(...) makes text of a number";
+    if (binary.name == "+" && (l == "String" || r == "String"))
+      message += "; Str(...) makes text of a number";
     Fail(binary.at, message);
   }
   return made;
@@ -144,7 +149,8 @@ CodePtr Binder::BindCondition(const Expression& expression) {
 
 CodePtr Binder::BindConstant(const Expression& expression, const std::string& what) {
   CodePtr code = BindValue(expression);
-  if (!code->IsConstant()) Fail(expression.at, what + " wants a constant, found a value that only running gives");
+  if (!code->IsConstant())
+    Fail(expression.at, what + " wants a constant, found a value that only running gives");
   return code;
 }
 

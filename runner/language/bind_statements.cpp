@@ -9,7 +9,9 @@ namespace hostrun {
 
 class Binder::ScopeGuard {
  public:
-  ScopeGuard(Binder& binder, StepBlock* block) : binder_(binder), block_(block) { binder_.scopes_.emplace_back(); }
+  ScopeGuard(Binder& binder, StepBlock* block) : binder_(binder), block_(block) {
+    binder_.scopes_.emplace_back();
+  }
   ScopeGuard(const ScopeGuard&) = delete;
   ScopeGuard& operator=(const ScopeGuard&) = delete;
   ~ScopeGuard() {
@@ -46,7 +48,8 @@ void Binder::DeclareRoutine(const RoutineDeclaration& declaration) {
     bound.paramArray = parameter.paramArray;
     if (parameter.initial) {
       if (parameter.byref) Fail(parameter.at, "a by-reference parameter can't have a default");
-      CodePtr initial = Convert(BindConstant(*parameter.initial, "a default"), bound.type, "the default of " + parameter.name);
+      CodePtr initial = Convert(BindConstant(*parameter.initial, "a default"), bound.type,
+                                "the default of " + parameter.name);
       Frame none{nullptr, nullptr};
       bound.defaultValue = initial->Eval(none);
     } else if (!routine->signature.parameters.empty() && routine->signature.parameters.back().defaultValue &&
@@ -131,14 +134,18 @@ void Binder::BindStatement(StepBlock& into, const Statement& statement) {
     case Statement::Kind::Try:
       return add(BindTry(statement));
     case Statement::Kind::Raise:
-      return add(MakeRaise(at, BindConverted(*statement.first, &WantClass(at, "RuntimeException").type, "Raise")));
+      return add(
+          MakeRaise(at, BindConverted(*statement.first, &WantClass(at, "RuntimeException").type, "Raise")));
     case Statement::Kind::ReDim: {
       CodePtr array = BindValue(*statement.first);
-      if (array->type->kind != Kind::Array) Fail(statement.first->at, "ReDim wants an array, found " + array->type->name);
-      return add(MakeReDim(at, std::move(array), BindConverted(*statement.second, TypeOf(Kind::Integer), "an upper bound")));
+      if (array->type->kind != Kind::Array)
+        Fail(statement.first->at, "ReDim wants an array, found " + array->type->name);
+      return add(MakeReDim(at, std::move(array),
+                           BindConverted(*statement.second, TypeOf(Kind::Integer), "an upper bound")));
     }
     case Statement::Kind::Quit: {
-      CodePtr status = statement.first ? BindConverted(*statement.first, TypeOf(Kind::Integer), "Quit") : nullptr;
+      CodePtr status =
+          statement.first ? BindConverted(*statement.first, TypeOf(Kind::Integer), "Quit") : nullptr;
       return add(MakeQuit(at, std::move(status)));
     }
   }
@@ -152,29 +159,34 @@ void Binder::BindDeclare(StepBlock& into, const Statement& statement) {
       initial = BindValue(*declarator.initial);
       initial->at = declarator.initial->at;
       if (type == nullptr) type = initial->type;
-      if (type->kind == Kind::Nil) Fail(declarator.at, "wanted a type for " + declarator.name + ": Nil says none");
+      if (type->kind == Kind::Nil)
+        Fail(declarator.at, "wanted a type for " + declarator.name + ": Nil says none");
       if (declarator.type.array && type->kind != Kind::Array) {
         Fail(declarator.at, "wanted an array for " + declarator.name + ", found " + type->name);
       }
       initial = Convert(std::move(initial), type, declarator.name);
     } else if (type->kind == Kind::Array) {
       CodePtr bound = declarator.bound
-                          ? BindConverted(*declarator.bound, TypeOf(Kind::Integer), "the upper bound of " + declarator.name)
+                          ? BindConverted(*declarator.bound, TypeOf(Kind::Integer),
+                                          "the upper bound of " + declarator.name)
                           : MakeConstant(declarator.at, TypeOf(Kind::Integer), Value::Integer(-1));
       initial = MakeNewArray(declarator.at, type->element, std::move(bound));
     } else {
       initial = MakeConstant(declarator.at, type, Value::DefaultOf(*type));
     }
     const Variable& variable = DeclareVariable(declarator.at, declarator.name, type);
-    into.steps.push_back(MakeAssign(declarator.at, MakeVariable(declarator.at, variable), std::move(initial)));
+    into.steps.push_back(
+        MakeAssign(declarator.at, MakeVariable(declarator.at, variable), std::move(initial)));
   }
 }
 
 void Binder::BindConst(const Statement& statement) {
   for (const Declarator& declarator : statement.declarators) {
-    if (!declarator.initial) Fail(declarator.at, "wanted '=' and a value for the constant " + declarator.name);
+    if (!declarator.initial)
+      Fail(declarator.at, "wanted '=' and a value for the constant " + declarator.name);
     CodePtr code = BindConstant(*declarator.initial, "the constant " + declarator.name);
-    if (!declarator.type.name.empty()) code = Convert(std::move(code), TypeFor(declarator.type), declarator.name);
+    if (!declarator.type.name.empty())
+      code = Convert(std::move(code), TypeFor(declarator.type), declarator.name);
     Frame none{nullptr, nullptr};
     Variable& constant = Declare(declarator.at, declarator.name, code->type, Variable::Where::Constant);
     constant.value = code->Eval(none);
@@ -189,7 +201,8 @@ CodePtr Binder::BindPlace(const Expression& expression) {
   if (expression.kind == Expression::Kind::Name) {
     const Variable* const variable = FindVariable(expression.name);
     if (variable == nullptr) {
-      Fail(expression.at, "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
+      Fail(expression.at,
+           "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
     }
     if (variable->where == Variable::Where::Constant) {
       Fail(expression.at, "wanted a variable before '=', found the constant " + expression.name);
@@ -197,10 +210,12 @@ CodePtr Binder::BindPlace(const Expression& expression) {
   }
   if (expression.kind == Expression::Kind::Member && ClassOf(*expression.children[0]) == nullptr) {
     const CodePtr object = BindValue(*expression.children[0]);
-    const Property* const property =
-        object->type->kind == Kind::Object ? object->type->cls->PropertyNamed(expression.name, false) : nullptr;
+    const Property* const property = object->type->kind == Kind::Object
+                                         ? object->type->cls->PropertyNamed(expression.name, false)
+                                         : nullptr;
     if (property != nullptr && property->setter.function == nullptr) {
-      Fail(expression.at, "wanted something to assign to, found " + expression.name + ", which can only be read");
+      Fail(expression.at,
+           "wanted something to assign to, found " + expression.name + ", which can only be read");
     }
   }
   CodePtr place = BindExpression(expression);
@@ -217,7 +232,8 @@ StepPtr Binder::BindAssign(const Statement& statement) {
   if (statement.kind == Statement::Kind::Compound) {
     const std::string right = value->type->name;
     value = MakeBinary(statement.at, statement.name, BindValue(*statement.first), std::move(value));
-    if (!value) Fail(statement.at, "'" + statement.name + "=' does not work on " + type->name + " and " + right);
+    if (!value)
+      Fail(statement.at, "'" + statement.name + "=' does not work on " + type->name + " and " + right);
   } else {
     value->at = statement.second->at;
   }
@@ -230,7 +246,8 @@ StepPtr Binder::BindCallStatement(const Statement& statement) {
   if (call.kind == Expression::Kind::Name && FindVariable(call.name) != nullptr) {
     Fail(statement.at, "wanted a statement, found the variable " + call.name + " alone");
   }
-  if (call.kind != Expression::Kind::Name && call.kind != Expression::Kind::Member && call.kind != Expression::Kind::Call) {
+  if (call.kind != Expression::Kind::Name && call.kind != Expression::Kind::Member &&
+      call.kind != Expression::Kind::Call) {
     Fail(statement.at, "wanted a statement, found a value");
   }
   return MakeEvaluate(statement.at, BindExpression(call));
@@ -277,7 +294,8 @@ void Binder::BindSelectInto(StepBlock& whole, const Statement& statement) {
       } else {
         one = compare(test, test.kind == CaseTest::Kind::Equal ? "=" : test.op, *test.low);
       }
-      condition = condition ? MakeBinary(test.at, "or", std::move(condition), std::move(one)) : std::move(one);
+      condition =
+          condition ? MakeBinary(test.at, "or", std::move(condition), std::move(one)) : std::move(one);
     }
     branches.push_back({std::move(condition), BindBlock(branch.body)});
   }
@@ -302,7 +320,8 @@ StepPtr Binder::BindFor(const Statement& statement) {
     const ScopeGuard scope(*this, &whole);
     ForLoop loop{++loopCount_, nullptr, nullptr, nullptr, nullptr, statement.down, {}};
     CodePtr first = BindValue(*statement.first);
-    loop.variable = LoopVariable(statement, first->type->IsReal() ? TypeOf(Kind::Double) : TypeOf(Kind::Integer));
+    loop.variable =
+        LoopVariable(statement, first->type->IsReal() ? TypeOf(Kind::Double) : TypeOf(Kind::Integer));
     const Type* const type = loop.variable->type;
     if (!type->IsNumber()) Fail(statement.at, "wanted a number as the variable of For, found " + type->name);
     loop.first = Convert(std::move(first), type, "the first value of For");
@@ -326,13 +345,15 @@ StepPtr Binder::BindForEach(const Statement& statement) {
     }
     CodePtr variable = LoopVariable(statement, array->type->element);
     if (variable->type != array->type->element) {
-      Fail(statement.at, "For Each wants a variable of type " + array->type->element->name + ", found " + variable->type->name);
+      Fail(statement.at, "For Each wants a variable of type " + array->type->element->name + ", found " +
+                             variable->type->name);
     }
     const int number = ++loopCount_;
     loops_.push_back({number, "for"});
     StepBlock body = BindBlock(statement.body);
     loops_.pop_back();
-    whole.steps.push_back(MakeForEach(statement.at, number, std::move(variable), std::move(array), std::move(body)));
+    whole.steps.push_back(
+        MakeForEach(statement.at, number, std::move(variable), std::move(array), std::move(body)));
   }
   return MakeSequence(statement.at, std::move(whole));
 }
@@ -355,10 +376,12 @@ StepPtr Binder::BindLoop(const Statement& statement) {
 StepPtr Binder::BindJump(const Statement& statement) {
   const bool leaving = statement.kind == Statement::Kind::Exit;
   if (statement.name == "routine") {
-    if (routine_ == nullptr) Fail(statement.at, "wanted Exit Sub or Exit Function inside of a routine, found it outside");
+    if (routine_ == nullptr)
+      Fail(statement.at, "wanted Exit Sub or Exit Function inside of a routine, found it outside");
     CodePtr value;
     if (routine_->signature.result->kind != Kind::Nothing) {
-      value = MakeConstant(statement.at, routine_->signature.result, Value::DefaultOf(*routine_->signature.result));
+      value = MakeConstant(statement.at, routine_->signature.result,
+                           Value::DefaultOf(*routine_->signature.result));
     }
     return MakeReturn(statement.at, std::move(value));
   }
@@ -368,7 +391,8 @@ StepPtr Binder::BindJump(const Statement& statement) {
     }
   }
   const std::string word = leaving ? "Exit" : "Continue";
-  Fail(statement.at, "wanted " + word + " inside of a loop" + (statement.name == "loop" ? "" : " of that kind") + ", found it outside");
+  Fail(statement.at, "wanted " + word + " inside of a loop" +
+                         (statement.name == "loop" ? "" : " of that kind") + ", found it outside");
 }
 
 StepPtr Binder::BindReturn(const Statement& statement) {
@@ -377,7 +401,8 @@ StepPtr Binder::BindReturn(const Statement& statement) {
     if (statement.first) Fail(statement.first->at, "wanted no value after Return here, found one");
     return MakeReturn(statement.at, nullptr);
   }
-  if (!statement.first) Fail(statement.at, "wanted a value of type " + result->name + " after Return, found none");
+  if (!statement.first)
+    Fail(statement.at, "wanted a value of type " + result->name + " after Return, found none");
   return MakeReturn(statement.at, BindConverted(*statement.first, result, "Return"));
 }
 

@@ -73,9 +73,12 @@ class Binder {
   // Calls (bind_calls.cpp).
   CodePtr BindCall(const Expression& call);
   CodePtr BindMember(const Expression& member, const std::vector<const Expression*>* arguments);
-  CodePtr BindInstanceMember(const Expression& member, CodePtr object, const std::vector<const Expression*>* arguments);
-  CodePtr BindSharedMember(const Expression& member, Class& cls, const std::vector<const Expression*>* arguments);
-  CodePtr BindArrayMember(const Expression& member, CodePtr array, const std::vector<const Expression*>* arguments);
+  CodePtr BindInstanceMember(const Expression& member, CodePtr object,
+                             const std::vector<const Expression*>* arguments);
+  CodePtr BindSharedMember(const Expression& member, Class& cls,
+                           const std::vector<const Expression*>* arguments);
+  CodePtr BindArrayMember(const Expression& member, CodePtr array,
+                          const std::vector<const Expression*>* arguments);
   CodePtr BindNamedCall(const Expression& name, const std::vector<const Expression*>& arguments);
   CodePtr BindNew(const Expression& made);
   CodePtr IndexInto(Position at, CodePtr array, const std::vector<const Expression*>& arguments);
@@ -85,7 +88,8 @@ class Binder {
                       const std::vector<const Expression*>* arguments);
   std::vector<CodePtr> BindArguments(const std::vector<const Expression*>& arguments);
   Class* ClassOf(const Expression& expression) const;  // a name that means a class, else null
-  CodePtr BindAssignsCall(const Expression& call);      // object.Member(arguments) on the left of "="; null: no such
+  CodePtr BindAssignsCall(
+      const Expression& call);  // object.Member(arguments) on the left of "="; null: no such
 
   // Statements (bind_statements.cpp).
   StepBlock BindBlock(const Block& block);

@@ -70,7 +70,7 @@ class StepBlock {
  public:
   Flow Run(Frame& frame) const;
   std::vector<StepPtr> steps;
-  std::vector<std::size_t> endingLocals;   // of counted types
+  std::vector<std::size_t> endingLocals;  // of counted types
   std::vector<std::size_t> endingGlobals;
 
  private:
@@ -99,7 +99,9 @@ inline Machine machine;
 
 // Raises with the position noted first.
 [[noreturn]] void RaiseAt(Position at, std::string_view className, std::string_view message);
-inline void Note(Position at) { currentPosition = at; }
+inline void Note(Position at) {
+  currentPosition = at;
+}
 
 // The program asked to end.
 struct QuitRequest {

@@ -8,7 +8,17 @@
 
 namespace hostrun {
 
-enum class ArrayOperation : std::uint8_t { UpperBound, Count, Append, Insert, Remove, RemoveAll, IndexOf, Pop, Sort };
+enum class ArrayOperation : std::uint8_t {
+  UpperBound,
+  Count,
+  Append,
+  Insert,
+  Remove,
+  RemoveAll,
+  IndexOf,
+  Pop,
+  Sort
+};
 
 struct ArrayMember {
   std::string_view name;
@@ -43,7 +53,8 @@ const Type* ResultType(const ArrayMember& member, const Type& array) {
 
 bool SameElement(const Value& a, const Value& b) {
   if (a.kind() == Kind::Double || b.kind() == Kind::Double) return a.AsReal() == b.AsReal();
-  if (a.kind() == Kind::String && b.kind() == Kind::String) return CompareStrings(a.string(), b.string()) == 0;
+  if (a.kind() == Kind::String && b.kind() == Kind::String)
+    return CompareStrings(a.string(), b.string()) == 0;
   if (a.kind() == Kind::Object || b.kind() == Kind::Object) return a.object() == b.object();
   return a.int64() == b.int64();
 }
@@ -96,7 +107,8 @@ class ArrayCall final : public Code {
       case Op::IndexOf: {
         const Value wanted = arguments_[0]->Eval(frame);
         const std::vector<Value>& items = ArrayDataOf(array).items;
-        const auto found = std::find_if(items.begin(), items.end(), [&](const Value& v) { return SameElement(v, wanted); });
+        const auto found =
+            std::find_if(items.begin(), items.end(), [&](const Value& v) { return SameElement(v, wanted); });
         return Value::Integer(found == items.end() ? -1 : static_cast<std::int32_t>(found - items.begin()));
       }
       case Op::Pop: {
@@ -121,12 +133,14 @@ class ArrayCall final : public Code {
 }  // namespace
 
 const ArrayMember* FindArrayMember(std::string_view name) {
-  const auto* const found =
-      std::find_if(kMembers.begin(), kMembers.end(), [name](const ArrayMember& m) { return SameName(m.name, name); });
+  const auto* const found = std::find_if(kMembers.begin(), kMembers.end(),
+                                         [name](const ArrayMember& m) { return SameName(m.name, name); });
   return found == kMembers.end() ? nullptr : found;
 }
 
-std::size_t ArgumentCount(const ArrayMember& member) { return member.arguments.size(); }
+std::size_t ArgumentCount(const ArrayMember& member) {
+  return member.arguments.size();
+}
 
 const Type* ArgumentType(const ArrayMember& member, const Type& array, std::size_t index) {
   return member.arguments[index] == 'i' ? TypeOf(Kind::Integer) : array.element;

@@ -147,7 +147,9 @@ class CallPlan {
 class NativeCall final : public Code {
  public:
   NativeCall(Position position, const Method& method, CodePtr self, std::vector<Argument> arguments)
-      : Code(position, method.signature.result), self_(std::move(self)), plan_(method, std::move(arguments)) {}
+      : Code(position, method.signature.result),
+        self_(std::move(self)),
+        plan_(method, std::move(arguments)) {}
   Value Eval(Frame& frame) const override {
     if (!self_) return plan_.Call(frame, nullptr, at);
     const Value self = self_->Eval(frame);
@@ -163,8 +165,8 @@ class NativeCall final : public Code {
 // Reads through one method and writes through another.
 class PropertyCode final : public Place {
  public:
-  PropertyCode(Position position, const Type* t, CodePtr self, std::unique_ptr<CallPlan> getter, const Method* setter,
-               std::vector<CodePtr> leading)
+  PropertyCode(Position position, const Type* t, CodePtr self, std::unique_ptr<CallPlan> getter,
+               const Method* setter, std::vector<CodePtr> leading)
       : Place(position, t),
         self_(std::move(self)),
         getter_(std::move(getter)),
@@ -276,7 +278,8 @@ class UserCall final : public Code {
 };
 
 CodePtr ParameterWord(Position at, const Property& property) {
-  return MakeConstant(at, TypeOf(Kind::Integer), Value::Integer(static_cast<std::int32_t>(property.parameter)));
+  return MakeConstant(at, TypeOf(Kind::Integer),
+                      Value::Integer(static_cast<std::int32_t>(property.parameter)));
 }
 
 }  // namespace

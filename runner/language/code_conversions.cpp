@@ -67,7 +67,8 @@ class FromVariant final : public Conversion {
         break;
       case Kind::Integer:
         if (IsNumber(value)) {
-          return Value::Integer(static_cast<std::int32_t>(std::clamp<std::int64_t>(value.AsInt64(), INT32_MIN, INT32_MAX)));
+          return Value::Integer(
+              static_cast<std::int32_t>(std::clamp<std::int64_t>(value.AsInt64(), INT32_MIN, INT32_MAX)));
         }
         break;
       case Kind::Int64:
@@ -78,13 +79,15 @@ class FromVariant final : public Conversion {
         break;
       case Kind::Array:
         if (value.IsNil()) return value;
-        if (IsKindOf(value.object(), ArrayClass()) && Holds(*ArrayDataOf(value.object()).element)) return value;
+        if (IsKindOf(value.object(), ArrayClass()) && Holds(*ArrayDataOf(value.object()).element))
+          return value;
         break;
       default:
         if (value.kind() == type->kind) return value;
         if (value.IsNil()) return Value::DefaultOf(*type);  // an empty Variant
     }
-    const std::string found = value.kind() == Kind::Object ? value.object()->cls->name : TypeOf(value.kind())->name;
+    const std::string found =
+        value.kind() == Kind::Object ? value.object()->cls->name : TypeOf(value.kind())->name;
     RaiseAt(at, "TypeMismatchException", "Wanted " + type->name + ", found " + found + ".");
   }
 
@@ -101,7 +104,8 @@ class Cast final : public Conversion {
   Value Eval(Frame& frame) const override {
     Value value = from_->Eval(frame);
     if (value.IsNil() || IsKindOf(value.object(), *type->cls)) return value;
-    const std::string found = value.object() == nullptr ? TypeOf(value.kind())->name : value.object()->cls->name;
+    const std::string found =
+        value.object() == nullptr ? TypeOf(value.kind())->name : value.object()->cls->name;
     RaiseAt(at, "IllegalCastException", "Wanted " + type->name + ", found " + found + ".");
   }
 };
@@ -110,7 +114,9 @@ class IsACode final : public Code {
  public:
   IsACode(Position position, CodePtr from, const Class& cls)
       : Code(position, TypeOf(Kind::Boolean)), from_(std::move(from)), class_(cls) {}
-  Value Eval(Frame& frame) const override { return Value::Boolean(IsKindOf(from_->Eval(frame).object(), class_)); }
+  Value Eval(Frame& frame) const override {
+    return Value::Boolean(IsKindOf(from_->Eval(frame).object(), class_));
+  }
 
  private:
   CodePtr from_;
@@ -183,9 +189,9 @@ CodePtr MakeCast(Position at, CodePtr from, const Type* to) {
   if (to->kind != Kind::Object) {
     return ConversionCost(*from, *to) < 0 ? nullptr : MakeConversion(std::move(from), to);
   }
-  const bool possible =
-      type.kind == Kind::Variant || type.kind == Kind::Nil ||
-      (type.kind == Kind::Object && (Distance(*type.cls, *to->cls) >= 0 || Distance(*to->cls, *type.cls) >= 0));
+  const bool possible = type.kind == Kind::Variant || type.kind == Kind::Nil ||
+                        (type.kind == Kind::Object &&
+                         (Distance(*type.cls, *to->cls) >= 0 || Distance(*to->cls, *type.cls) >= 0));
   if (!possible) return nullptr;
   CodePtr cast = std::make_unique<Cast>(std::move(from), to);
   cast->at = at;

@@ -69,8 +69,12 @@ class RealBinary final : public Binary {
   std::int64_t Whole(Frame& frame) const override { return Value::Truncate(Real(frame)); }
 };
 
-std::int64_t Wrap(std::uint64_t n) { return static_cast<std::int64_t>(n); }
-std::uint64_t Bits(std::int64_t n) { return static_cast<std::uint64_t>(n); }
+std::int64_t Wrap(std::uint64_t n) {
+  return static_cast<std::int64_t>(n);
+}
+std::uint64_t Bits(std::int64_t n) {
+  return static_cast<std::uint64_t>(n);
+}
 
 // Whole numbers wrap around.
 template <class F>
@@ -185,7 +189,8 @@ class Comparison final : public Binary {
     } else {
       const Value l = left->Eval(frame);
       const Value r = right->Eval(frame);
-      if constexpr (C == Comparand::Strings) return Holds(relation_, CompareStrings(l.string(), r.string()), 0) ? 1 : 0;
+      if constexpr (C == Comparand::Strings)
+        return Holds(relation_, CompareStrings(l.string(), r.string()), 0) ? 1 : 0;
       return Holds(relation_, l.object(), r.object()) ? 1 : 0;
     }
   }
@@ -278,7 +283,9 @@ CodePtr MakeComparison(Position at, Relation relation, CodePtr l, CodePtr r) {
   if (a.kind == b.kind && (a.kind == Kind::Boolean || a.kind == Kind::Color)) {
     return make.template operator()<Comparand::Wholes>();
   }
-  const auto object = [](const Type& t) { return t.kind == Kind::Object || t.kind == Kind::Array || t.kind == Kind::Nil; };
+  const auto object = [](const Type& t) {
+    return t.kind == Kind::Object || t.kind == Kind::Array || t.kind == Kind::Nil;
+  };
   if (object(a) && object(b)) return make.template operator()<Comparand::Objects>();
   return nullptr;
 }
@@ -291,9 +298,15 @@ CodePtr MakeArithmetic(Position at, const std::string& op, CodePtr l, CodePtr r)
   if (op == "\\") return Wholes<DivideWhole>(at, whole, std::move(l), std::move(r));
   if (op == "mod") return Wholes<Remainder>(at, whole, std::move(l), std::move(r));
   const bool wholes = l->type->IsInteger() && r->type->IsInteger();
-  if (op == "+") return wholes ? Wholes<AddWhole>(at, whole, std::move(l), std::move(r)) : Reals<AddReal>(at, std::move(l), std::move(r));
-  if (op == "-") return wholes ? Wholes<SubtractWhole>(at, whole, std::move(l), std::move(r)) : Reals<SubtractReal>(at, std::move(l), std::move(r));
-  if (op == "*") return wholes ? Wholes<MultiplyWhole>(at, whole, std::move(l), std::move(r)) : Reals<MultiplyReal>(at, std::move(l), std::move(r));
+  if (op == "+")
+    return wholes ? Wholes<AddWhole>(at, whole, std::move(l), std::move(r))
+                  : Reals<AddReal>(at, std::move(l), std::move(r));
+  if (op == "-")
+    return wholes ? Wholes<SubtractWhole>(at, whole, std::move(l), std::move(r))
+                  : Reals<SubtractReal>(at, std::move(l), std::move(r));
+  if (op == "*")
+    return wholes ? Wholes<MultiplyWhole>(at, whole, std::move(l), std::move(r))
+                  : Reals<MultiplyReal>(at, std::move(l), std::move(r));
   if (!wholes) return nullptr;
   if (op == "and") return Wholes<AndBits>(at, whole, std::move(l), std::move(r));
   if (op == "or") return Wholes<OrBits>(at, whole, std::move(l), std::move(r));
@@ -347,7 +360,8 @@ CodePtr MakeUnary(Position at, const std::string& op, CodePtr operand) {
   const Type* const type = operand->type;
   CodePtr made;
   if (op == "not") {
-    if (type->kind == Kind::Boolean || type->IsInteger()) made = std::make_unique<NotCode>(at, type, std::move(operand));
+    if (type->kind == Kind::Boolean || type->IsInteger())
+      made = std::make_unique<NotCode>(at, type, std::move(operand));
   } else if (op == "+") {
     if (type->IsNumber()) return operand;
   } else if (type->IsInteger()) {
@@ -366,7 +380,8 @@ Value ApplyDynamically(Position at, const std::string& op, const Value& left, co
   const auto typeOf = [](const Value& v) {
     return v.kind() == Kind::Object ? ObjectType(v.object()->cls) : TypeOf(v.IsNil() ? Kind::Nil : v.kind());
   };
-  CodePtr code = Unfolded(at, op, MakeConstant(at, typeOf(left), left), MakeConstant(at, typeOf(right), right));
+  CodePtr code =
+      Unfolded(at, op, MakeConstant(at, typeOf(left), left), MakeConstant(at, typeOf(right), right));
   if (!code && (op == "=" || op == "<>")) return Value::Boolean(op == "<>");  // of different kinds: unequal
   if (!code) {
     RaiseAt(at, "TypeMismatchException",

@@ -95,8 +95,10 @@ const Type* CommonType(const std::vector<CodePtr>& items) {
         const bool whole = type->IsInteger() && common->IsInteger();
         common = TypeOf(whole ? Kind::Int64 : Kind::Double);
       } else if (type->kind == Kind::Object && common->kind == Kind::Object) {
-        if (common->cls->IsA(*type->cls)) common = type;
-        else if (!type->cls->IsA(*common->cls)) common = TypeOf(Kind::Variant);
+        if (common->cls->IsA(*type->cls))
+          common = type;
+        else if (!type->cls->IsA(*common->cls))
+          common = TypeOf(Kind::Variant);
       } else {
         common = TypeOf(Kind::Variant);
       }
@@ -109,7 +111,9 @@ class ColorMember final : public Code {
  public:
   enum class Part : std::uint8_t { Red, Green, Blue, Alpha, Hue, Saturation, Brightness };
   ColorMember(Position position, Part part, CodePtr color)
-      : Code(position, TypeOf(part < Part::Hue ? Kind::Integer : Kind::Double)), part_(part), color_(std::move(color)) {}
+      : Code(position, TypeOf(part < Part::Hue ? Kind::Integer : Kind::Double)),
+        part_(part),
+        color_(std::move(color)) {}
   Value Eval(Frame& frame) const override {
     const auto rgb = static_cast<std::uint32_t>(color_->Whole(frame));
     const auto channel = [rgb](unsigned shift) { return static_cast<std::int32_t>((rgb >> shift) & 0xFFU); };

@@ -10,11 +10,16 @@
 namespace hostrun {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsNameStart(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
 }
-bool IsNameCharacter(char c) { return IsNameStart(c) || IsDigit(c); }
+bool IsNameStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+bool IsNameCharacter(char c) {
+  return IsNameStart(c) || IsDigit(c);
+}
 
 class Lexer {
  public:
@@ -91,7 +96,8 @@ class Lexer {
     const std::size_t start = at_;
     while (at_ < text_.size() && IsNameCharacter(text_[at_])) ++at_;
     const bool afterDot = !tokens_.empty() && tokens_.back().lower == ".";
-    if (!afterDot && SameName(std::string_view(text_).substr(start, at_ - start), "rem")) return SkipToLineEnd();
+    if (!afterDot && SameName(std::string_view(text_).substr(start, at_ - start), "rem"))
+      return SkipToLineEnd();
     Add(TokenKind::Name, start, at_);
   }
 
@@ -100,7 +106,8 @@ class Lexer {
     const std::size_t start = at_++;
     std::string content;
     for (;; ++at_) {
-      if (at_ >= text_.size() || text_[at_] == '\n') Fail(start, "wanted a closing '\"' on this line, found its end");
+      if (at_ >= text_.size() || text_[at_] == '\n')
+        Fail(start, "wanted a closing '\"' on this line, found its end");
       if (text_[at_] == '"') {
         if (Peek(1) != '"') break;
         ++at_;
@@ -148,7 +155,8 @@ class Lexer {
     const std::size_t start = at_;
     const char kind = static_cast<char>(LowerCase(static_cast<unsigned char>(Peek(1))));
     const int base = kind == 'h' || kind == 'c' ? 16 : kind == 'b' ? 2 : kind == 'o' ? 8 : 0;
-    if (base == 0) Fail(start, "wanted &h, &b, &o or &c and digits, found '&" + std::string(1, Peek(1)) + "'");
+    if (base == 0)
+      Fail(start, "wanted &h, &b, &o or &c and digits, found '&" + std::string(1, Peek(1)) + "'");
     at_ += 2;
     const std::size_t first = at_;
     while (IsNameCharacter(Peek())) ++at_;
@@ -156,7 +164,8 @@ class Lexer {
     const char* const end = text_.data() + at_;
     const auto [stop, error] = std::from_chars(text_.data() + first, end, bits, base);
     if (first == at_ || stop != end || error != std::errc()) {
-      Fail(start, "wanted digits of base " + std::to_string(base) + ", found '" + text_.substr(start, at_ - start) + "'");
+      Fail(start, "wanted digits of base " + std::to_string(base) + ", found '" +
+                      text_.substr(start, at_ - start) + "'");
     }
     Token& token = Add(TokenKind::Literal, start, at_);
     if (kind == 'c') {
@@ -198,6 +207,8 @@ class Lexer {
 
 }  // namespace
 
-std::vector<Token> Tokenize(const Source& source) { return Lexer(source).Run(); }
+std::vector<Token> Tokenize(const Source& source) {
+  return Lexer(source).Run();
+}
 
 }  // namespace hostrun

@@ -11,7 +11,8 @@
 
 namespace hostrun {
 
-// Recursive descent over the words of one program. Every failure is a ProgramError: what was wanted, what was found.
+// Recursive descent over the words of one program. Every failure is a ProgramError: what was wanted, what was
+// found.
 class Parser {
  public:
   explicit Parser(const Source& source) : tokens_(Tokenize(source)) {}

@@ -12,9 +12,9 @@ constexpr int kDeepest = 400;
 
 // Words that can't begin an expression: their appearance ends one.
 constexpr std::array<std::string_view, 30> kReserved = {
-    "and",  "or",    "xor",   "mod",   "is",     "isa",   "then", "to",    "downto", "step",
-    "else", "elseif", "end",  "next",  "wend",   "loop",  "case", "catch", "finally", "until",
-    "as",   "dim",   "var",   "const", "select", "while", "for",  "do",    "try",    "return"};
+    "and",  "or",     "xor", "mod",   "is",     "isa",   "then", "to",    "downto",  "step",
+    "else", "elseif", "end", "next",  "wend",   "loop",  "case", "catch", "finally", "until",
+    "as",   "dim",    "var", "const", "select", "while", "for",  "do",    "try",     "return"};
 
 bool IsReserved(const std::string& lower) {
   return std::find(kReserved.begin(), kReserved.end(), lower) != kReserved.end();
@@ -46,7 +46,9 @@ constexpr int kComparison = 2;
 
 }  // namespace
 
-const Token& Parser::Peek(std::size_t ahead) const { return tokens_[std::min(at_ + ahead, tokens_.size() - 1)]; }
+const Token& Parser::Peek(std::size_t ahead) const {
+  return tokens_[std::min(at_ + ahead, tokens_.size() - 1)];
+}
 
 const Token& Parser::Take() {
   const Token& token = Peek();

@@ -9,7 +9,9 @@ namespace {
 
 constexpr int kDeepestBlock = 200;
 
-std::string LineOf(Position at) { return "line " + std::to_string(at.line); }
+std::string LineOf(Position at) {
+  return "line " + std::to_string(at.line);
+}
 
 }  // namespace
 
@@ -137,7 +139,9 @@ TypeName Parser::ParseType() {
   return type;
 }
 
-TypeName Parser::ParseOptionalType() { return TakeWord("as") ? ParseType() : TypeName{Peek().at, {}, false}; }
+TypeName Parser::ParseOptionalType() {
+  return TakeWord("as") ? ParseType() : TypeName{Peek().at, {}, false};
+}
 
 StatementPtr Parser::ParseStatement() {
   if (AtWord("if")) return ParseIf();
@@ -338,9 +342,8 @@ StatementPtr Parser::ParseFor() {
   if (Peek().kind == TokenKind::Name && !AtEndOfStatement()) {
     const Token& named = Peek();
     std::string wanted = statement->name;
-    std::transform(wanted.begin(), wanted.end(), wanted.begin(), [](char c) {
-      return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-    });
+    std::transform(wanted.begin(), wanted.end(), wanted.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     if (named.lower != wanted) Fail("'" + statement->name + "', the variable of For in " + LineOf(opened));
     Take();
   }
@@ -432,8 +435,8 @@ StatementPtr Parser::ParseReDim() {
 
 StatementPtr Parser::ParseCallOrAssign() {
   StatementPtr statement = New(Statement::Kind::Call);
-  if (AtWord("end") || AtWord("next") || AtWord("wend") || AtWord("loop") || AtWord("else") || AtWord("elseif") ||
-      AtWord("case") || AtWord("catch") || AtWord("finally")) {
+  if (AtWord("end") || AtWord("next") || AtWord("wend") || AtWord("loop") || AtWord("else") ||
+      AtWord("elseif") || AtWord("case") || AtWord("catch") || AtWord("finally")) {
     Fail("a statement, or the beginning of the block that this ends");
   }
   if (Peek().kind != TokenKind::Name && !AtOperator("(")) Fail("a statement");

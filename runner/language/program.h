@@ -15,7 +15,8 @@ inline constexpr int kExitUse = 2;        // an error of use, syntax or binding
 // Parses and binds; throws ProgramError.
 BoundProgram Compile(const Source& source);
 
-// Runs it to its end, reports an uncaught exception on stderr, releases all of its variables. Gives the exit status.
+// Runs it to its end, reports an uncaught exception on stderr, releases all of its variables. Gives the exit
+// status.
 int RunProgram(const BoundProgram& program, const Source& source);
 
 // What RunProgram does around a program, for who runs one in parts.

@@ -72,16 +72,22 @@ class Evaluate final : public Step {
   CodePtr code_;
 };
 
+std::function<void(const std::vector<Value>&)> printObserver;
+
 class Print final : public Step {
  public:
   Print(Position position, std::vector<CodePtr> items) : Step(position), items_(std::move(items)) {}
   Flow Run(Frame& frame) const override {
     std::string line;
+    std::vector<Value> observed;
     for (const CodePtr& item : items_) {
       if (&item != &items_.front()) line += ' ';
-      line += DisplayText(item->Eval(frame));
+      const Value value = item->Eval(frame);
+      line += DisplayText(value);
+      if (printObserver) observed.push_back(value);
     }
     line += '\n';
+    if (printObserver) printObserver(observed);
     std::fwrite(line.data(), 1, line.size(), stdout);
     return Flow::Next;
   }
@@ -92,7 +98,8 @@ class Print final : public Step {
 
 class Branches final : public Step {
  public:
-  Branches(Position position, std::vector<StepBranch> branches) : Step(position), branches_(std::move(branches)) {}
+  Branches(Position position, std::vector<StepBranch> branches)
+      : Step(position), branches_(std::move(branches)) {}
   Flow Run(Frame& frame) const override {
     for (const StepBranch& branch : branches_) {
       if (!branch.condition || branch.condition->Whole(frame) != 0) return branch.body.Run(frame);
@@ -113,7 +120,8 @@ class Sequence final : public Step {
   StepBlock block_;
 };
 
-// Whether the loop `number` goes on after its body ended with `flow`; changes `flow` to how the loop itself ends.
+// Whether the loop `number` goes on after its body ended with `flow`; changes `flow` to how the loop itself
+// ends.
 bool GoesOn(Flow& flow, int number) {
   if (flow == Flow::Next) return true;
   const bool meant = flow != Flow::Return && machine.target == number;
@@ -172,7 +180,8 @@ class ForEach final : public Step {
     const Value held = array_->Eval(frame);
     if (held.object() == nullptr) RaiseAt(array_->at, "NilObjectException", "The array is nil.");
     const std::vector<Value>& items = ArrayDataOf(held.object()).items;
-    for (std::size_t i = 0; i < items.size(); ++i) {  // the body may change the array
+    // By index: the body may change the array.
+    for (std::size_t i = 0; i < items.size(); ++i) {  // NOLINT(modernize-loop-convert)
       static_cast<const Place&>(*variable_).Store(frame, items[i]);
       Flow flow = body_.Run(frame);
       if (!GoesOn(flow, number_)) return flow;
@@ -190,7 +199,11 @@ class ForEach final : public Step {
 class While final : public Step {
  public:
   While(Position position, int number, CodePtr top, StepBlock body, CodePtr bottom)
-      : Step(position), number_(number), top_(std::move(top)), body_(std::move(body)), bottom_(std::move(bottom)) {}
+      : Step(position),
+        number_(number),
+        top_(std::move(top)),
+        body_(std::move(body)),
+        bottom_(std::move(bottom)) {}
   Flow Run(Frame& frame) const override {
     while (!top_ || top_->Whole(frame) != 0) {
       Flow flow = body_.Run(frame);
@@ -238,7 +251,8 @@ class RaiseStep final : public Step {
   Flow Run(Frame& frame) const override {
     const Value exception = exception_->Eval(frame);
     Note(at);
-    if (exception.object() == nullptr) RaiseHostException("NilObjectException", "The exception to raise is nil.");
+    if (exception.object() == nullptr)
+      RaiseHostException("NilObjectException", "The exception to raise is nil.");
     ThrowException(ObjectRef::Share(exception.object()));
   }
 
@@ -355,12 +369,21 @@ StepPtr MakeAssign(Position at, CodePtr place, CodePtr value) {
   }
   return std::make_unique<Assign>(at, std::move(place), std::move(value));
 }
-StepPtr MakeEvaluate(Position at, CodePtr code) { return std::make_unique<Evaluate>(at, std::move(code)); }
-StepPtr MakePrint(Position at, std::vector<CodePtr> items) { return std::make_unique<Print>(at, std::move(items)); }
+StepPtr MakeEvaluate(Position at, CodePtr code) {
+  return std::make_unique<Evaluate>(at, std::move(code));
+}
+StepPtr MakePrint(Position at, std::vector<CodePtr> items) {
+  return std::make_unique<Print>(at, std::move(items));
+}
+void SetPrintObserver(std::function<void(const std::vector<Value>&)> observer) {
+  printObserver = std::move(observer);
+}
 StepPtr MakeBranches(Position at, std::vector<StepBranch> branches) {
   return std::make_unique<Branches>(at, std::move(branches));
 }
-StepPtr MakeSequence(Position at, StepBlock block) { return std::make_unique<Sequence>(at, std::move(block)); }
+StepPtr MakeSequence(Position at, StepBlock block) {
+  return std::make_unique<Sequence>(at, std::move(block));
+}
 StepPtr MakeFor(Position at, ForLoop loop) {
   if (loop.variable->type->IsInteger()) return std::make_unique<For<std::int64_t>>(at, std::move(loop));
   return std::make_unique<For<double>>(at, std::move(loop));
@@ -369,12 +392,21 @@ StepPtr MakeForEach(Position at, int number, CodePtr variable, CodePtr array, St
   return std::make_unique<ForEach>(at, number, std::move(variable), std::move(array), std::move(body));
 }
 StepPtr MakeWhile(Position at, int number, CodePtr whileTrue, StepBlock body, CodePtr againWhileTrue) {
-  return std::make_unique<While>(at, number, std::move(whileTrue), std::move(body), std::move(againWhileTrue));
+  return std::make_unique<While>(at, number, std::move(whileTrue), std::move(body),
+                                 std::move(againWhileTrue));
 }
-StepPtr MakeJump(Position at, Flow flow, int loop) { return std::make_unique<Jump>(at, flow, loop); }
-StepPtr MakeReturn(Position at, CodePtr value) { return std::make_unique<Return>(at, std::move(value)); }
-StepPtr MakeRaise(Position at, CodePtr exception) { return std::make_unique<RaiseStep>(at, std::move(exception)); }
-StepPtr MakeQuit(Position at, CodePtr status) { return std::make_unique<Quit>(at, std::move(status)); }
+StepPtr MakeJump(Position at, Flow flow, int loop) {
+  return std::make_unique<Jump>(at, flow, loop);
+}
+StepPtr MakeReturn(Position at, CodePtr value) {
+  return std::make_unique<Return>(at, std::move(value));
+}
+StepPtr MakeRaise(Position at, CodePtr exception) {
+  return std::make_unique<RaiseStep>(at, std::move(exception));
+}
+StepPtr MakeQuit(Position at, CodePtr status) {
+  return std::make_unique<Quit>(at, std::move(status));
+}
 StepPtr MakeReDim(Position at, CodePtr array, CodePtr upperBound) {
   return std::make_unique<ReDim>(at, std::move(array), std::move(upperBound));
 }

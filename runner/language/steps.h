@@ -1,8 +1,10 @@
 // runner/language/steps.h - makes the statements of a running program out of settled parts.
 #pragma once
 
+#include <functional>
 #include <vector>
 
+#include "runner/host/value.h"
 #include "runner/language/code.h"
 
 namespace hostrun {
@@ -11,6 +13,8 @@ namespace hostrun {
 StepPtr MakeAssign(Position at, CodePtr place, CodePtr value);
 StepPtr MakeEvaluate(Position at, CodePtr code);
 StepPtr MakePrint(Position at, std::vector<CodePtr> items);
+// Called with the values of each line that a program prints, before it is printed; empty: no one looks.
+void SetPrintObserver(std::function<void(const std::vector<Value>&)> observer);
 
 struct StepBranch {
   CodePtr condition;  // null: always

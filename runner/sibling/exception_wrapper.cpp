@@ -1,4 +1,5 @@
-// runner/sibling/exception_wrapper.cpp - "NSExceptionQVX": a host exception that carries a platform exception.
+// runner/sibling/exception_wrapper.cpp - "NSExceptionQVX": a host exception that carries a platform
+// exception.
 #include <array>
 
 #include "runner/host/exceptions.h"
@@ -12,11 +13,19 @@ namespace {
 HostString* Read(Object* self, const char* selector) {
   return HostStringOf(Send<PlatformId>(NativePointerOf(self), selector));
 }
-HostString* Name(Object* self, std::int32_t) { return Read(self, "name"); }
-HostString* Reason(Object* self, std::int32_t) { return Read(self, "reason"); }
-HostString* Description(Object* self, std::int32_t) { return Read(self, "description"); }
+HostString* Name(Object* self, std::int32_t) {
+  return Read(self, "name");
+}
+HostString* Reason(Object* self, std::int32_t) {
+  return Read(self, "reason");
+}
+HostString* Description(Object* self, std::int32_t) {
+  return Read(self, "description");
+}
 
-void Destroy(qvx::REALobject self) { Unwrap(reinterpret_cast<Object*>(self)); }
+void Destroy(qvx::REALobject self) {
+  Unwrap(reinterpret_cast<Object*>(self));
+}
 
 std::array properties = {
     ReadOnly("name", "string", &Name),

@@ -19,11 +19,14 @@ struct Size {
   float height;
 };
 
-PlatformId New(const char* className) { return Send<PlatformId>(TheObjectRuntime().getClass(className), "alloc"); }
+PlatformId New(const char* className) {
+  return Send<PlatformId>(TheObjectRuntime().getClass(className), "alloc");
+}
 
 void WantEmpty(Object* self) {
   if (NativePointerOf(self) != nullptr) {
-    RaiseHostException("UnsupportedOperationException", "Constructor called too often. Object is already initialized.");
+    RaiseHostException("UnsupportedOperationException",
+                       "Constructor called too often. Object is already initialized.");
   }
 }
 
@@ -45,7 +48,9 @@ void ConstructFromItem(Object* self, Object* item) {
   LoadFile(self, FolderItemPath(item));
 }
 
-void ConstructFromPath(Object* self, HostString* path) { LoadFile(self, Utf8Of(path)); }
+void ConstructFromPath(Object* self, HostString* path) {
+  LoadFile(self, Utf8Of(path));
+}
 
 // One bitmap of 8-bit red, green and blue, every pixel alike.
 void ConstructFilled(Object* self, std::int32_t width, std::int32_t height, std::uint32_t color) {
@@ -55,35 +60,46 @@ void ConstructFilled(Object* self, std::int32_t width, std::int32_t height, std:
                                                    std::to_string(height) + " pixels: wanted 1 to " +
                                                    std::to_string(kLargestSide) + " for each side.");
   }
-  const PlatformId space = Send<PlatformId>(TheObjectRuntime().getClass("NSString"), "stringWithUTF8String:",
-                                            static_cast<const char*>("NSDeviceRGBColorSpace"));
+  const PlatformId space =
+      Send<PlatformId>(TheObjectRuntime().getClass("NSString"),
+                       "stringWithUTF8String:", static_cast<const char*>("NSDeviceRGBColorSpace"));
   constexpr std::int32_t kSamples = 3;
-  const PlatformId bitmap = Send<PlatformId>(
-      New("NSBitmapImageRep"),
-      "initWithBitmapDataPlanes:pixelsWide:pixelsHigh:bitsPerSample:samplesPerPixel:hasAlpha:isPlanar:colorSpaceName:"
-      "bytesPerRow:bitsPerPixel:",
-      static_cast<void*>(nullptr), width, height, std::int32_t{8}, kSamples, false, false, space, width * kSamples,
-      std::int32_t{24});
+  const PlatformId bitmap =
+      Send<PlatformId>(New("NSBitmapImageRep"),
+                       "initWithBitmapDataPlanes:pixelsWide:pixelsHigh:bitsPerSample:samplesPerPixel:"
+                       "hasAlpha:isPlanar:colorSpaceName:"
+                       "bytesPerRow:bitsPerPixel:",
+                       static_cast<void*>(nullptr), width, height, std::int32_t{8}, kSamples, false, false,
+                       space, width * kSamples, std::int32_t{24});
   auto* pixel = Send<unsigned char*>(bitmap, "bitmapData");
   if (pixel == nullptr) {
     ReleasePlatformObject(bitmap);
     RaiseHostException("OutOfMemoryException", "Not enough memory for an image.");
   }
   for (std::int32_t i = 0; i < width * height; ++i) {
-    for (const unsigned shift : {16U, 8U, 0U}) *pixel++ = static_cast<unsigned char>((color >> shift) & 0xFFU);
+    for (const unsigned shift : {16U, 8U, 0U})
+      *pixel++ = static_cast<unsigned char>((color >> shift) & 0xFFU);
   }
-  const PlatformId image = Send<PlatformId>(New("NSImage"), "initWithSize:",
-                                            Size{static_cast<float>(width), static_cast<float>(height)});
+  const PlatformId image = Send<PlatformId>(
+      New("NSImage"), "initWithSize:", Size{static_cast<float>(width), static_cast<float>(height)});
   Send<void>(image, "addRepresentation:", bitmap);
   ReleasePlatformObject(bitmap);
   Wrap(self, image);
 }
 
-Size SizeOf(Object* self) { return Send<Size>(NativePointerOf(self), "size"); }
-std::int32_t Width(Object* self, std::int32_t) { return static_cast<std::int32_t>(SizeOf(self).width); }
-std::int32_t Height(Object* self, std::int32_t) { return static_cast<std::int32_t>(SizeOf(self).height); }
+Size SizeOf(Object* self) {
+  return Send<Size>(NativePointerOf(self), "size");
+}
+std::int32_t Width(Object* self, std::int32_t) {
+  return static_cast<std::int32_t>(SizeOf(self).width);
+}
+std::int32_t Height(Object* self, std::int32_t) {
+  return static_cast<std::int32_t>(SizeOf(self).height);
+}
 
-void Destroy(qvx::REALobject self) { Unwrap(reinterpret_cast<Object*>(self)); }
+void Destroy(qvx::REALobject self) {
+  Unwrap(reinterpret_cast<Object*>(self));
+}
 
 std::array properties = {
     ReadOnly("width", "integer", &Width),
@@ -92,7 +108,8 @@ std::array properties = {
 std::array methods = {
     MethodRecord("Constructor(file as FolderItem)", &ConstructFromItem),
     MethodRecord("Constructor(path as string)", &ConstructFromPath),
-    MethodRecord("Constructor(width as integer, height as integer, fill as Color = &c000000)", &ConstructFilled),
+    MethodRecord("Constructor(width as integer, height as integer, fill as Color = &c000000)",
+                 &ConstructFilled),
 };
 
 constinit qvx::REALclassDefinition record = ClassRecord("NSImageQVX");

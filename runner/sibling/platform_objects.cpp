@@ -27,16 +27,20 @@ std::string FindObjectRuntime() {
   return missing;
 }
 
-const ObjectRuntime& TheObjectRuntime() { return runtime; }
+const ObjectRuntime& TheObjectRuntime() {
+  return runtime;
+}
 
-PlatformId ClassOf(PlatformId object) { return *static_cast<PlatformId*>(object); }
+PlatformId ClassOf(PlatformId object) {
+  return *static_cast<PlatformId*>(object);
+}
 
 PlatformId NewPlatformString(const std::string& utf8) {
   const auto text = DecodeStrictly(utf8, qvx::kEncodingUTF8);
   if (!text || ThePlatform().newString == nullptr) return nullptr;
   const std::u16string units = Utf16(*text);
-  const void* const made = ThePlatform().newString(nullptr, reinterpret_cast<const std::uint16_t*>(units.data()),
-                                                   static_cast<long>(units.size()));
+  const void* const made = ThePlatform().newString(
+      nullptr, reinterpret_cast<const std::uint16_t*>(units.data()), static_cast<long>(units.size()));
   return const_cast<void*>(made);
 }
 

@@ -14,7 +14,7 @@ using Selector = const void*;
 
 // The run-time's functions that the sibling part uses, looked up once.
 struct ObjectRuntime {
-  PlatformId (*getClass)(const char* name) = nullptr;          // null: no such class
+  PlatformId (*getClass)(const char* name) = nullptr;  // null: no such class
   Selector (*selector)(const char* name) = nullptr;
   void* (*lookup)(PlatformId receiver, Selector selector) = nullptr;  // the method's function
   bool (*addMethod)(PlatformId cls, Selector selector, void* function, const char* types) = nullptr;
@@ -27,13 +27,14 @@ const ObjectRuntime& TheObjectRuntime();
 // The first word of every object; of a class, its metaclass.
 PlatformId ClassOf(PlatformId object);
 
-// Sends a message: the method's function is called with the receiver, the selector and the arguments. A message to
-// nil gives a zero result.
+// Sends a message: the method's function is called with the receiver, the selector and the arguments. A
+// message to nil gives a zero result.
 template <class R, class... A>
 R Send(PlatformId receiver, const char* selector, A... arguments) {
   if (receiver == nullptr) return R();
   const Selector sel = TheObjectRuntime().selector(selector);
-  const auto function = reinterpret_cast<R (*)(PlatformId, Selector, A...)>(TheObjectRuntime().lookup(receiver, sel));
+  const auto function =
+      reinterpret_cast<R (*)(PlatformId, Selector, A...)>(TheObjectRuntime().lookup(receiver, sel));
   return function(receiver, sel, arguments...);
 }
 

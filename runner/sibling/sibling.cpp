@@ -14,14 +14,25 @@ void (*dictionarySet)(void*, const void*, const void*) = nullptr;
 void (*dictionaryRemove)(void*, const void*) = nullptr;
 
 // The methods themselves, with the run-time's calling form.
-void* GetInstancesDictionary(PlatformId, Selector) { return cache; }
+void* GetInstancesDictionary(PlatformId, Selector) {
+  return cache;
+}
 void PrepareException(PlatformId, Selector) {}
-Object* NewException(PlatformId, Selector, PlatformId exception) { return NewExceptionWrapper(exception); }
+Object* NewException(PlatformId, Selector, PlatformId exception) {
+  return NewExceptionWrapper(exception);
+}
+
+// A bundle may forget a pair when it replaces an instance's native object. The next native object at that
+// address would then be taken for this instance, or for what was freed with it.
+void ForgetReplaced(Object* self, void* before) {
+  if (CachedInstance(before) == self) dictionaryRemove(cache, before);
+}
 
 template <class F>
 std::string AddMethod(PlatformId metaclass, const char* name, F function, const char* types) {
   const ObjectRuntime& runtime = TheObjectRuntime();
-  if (runtime.addMethod(metaclass, runtime.selector(name), reinterpret_cast<void*>(function), types)) return {};
+  if (runtime.addMethod(metaclass, runtime.selector(name), reinterpret_cast<void*>(function), types))
+    return {};
   return std::string("the sibling part: wanted to add +[NSException ") + name + "], found it there already";
 }
 
@@ -34,10 +45,12 @@ std::string InstallSibling() {
   dictionarySet = reinterpret_cast<decltype(dictionarySet)>(GlobalSymbol("CFDictionarySetValue"));
   dictionaryRemove = reinterpret_cast<decltype(dictionaryRemove)>(GlobalSymbol("CFDictionaryRemoveValue"));
   const PlatformId exceptionClass = TheObjectRuntime().getClass("NSException");
-  if (exceptionClass == nullptr || dictionaryGet == nullptr || dictionarySet == nullptr || dictionaryRemove == nullptr) {
+  if (exceptionClass == nullptr || dictionaryGet == nullptr || dictionarySet == nullptr ||
+      dictionaryRemove == nullptr) {
     return "the sibling part: wanted NSException and pointer dictionaries, found a platform without them";
   }
   cache = ThePlatform().newPointerDictionary();
+  SetNativeReplaced(&ForgetReplaced);
   RegisterExceptionWrapper();
   RegisterImageWrapper();
   const PlatformId metaclass = ClassOf(exceptionClass);

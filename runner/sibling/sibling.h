@@ -1,5 +1,6 @@
-// runner/sibling/sibling.h - the sibling part that bundles of this family expect beside them: the host classes
-// "NSExceptionQVX" and "NSImageQVX", the shared instance cache, and three class methods on NSException.
+// runner/sibling/sibling.h - the sibling part that bundles of this family expect beside them: the host
+// classes "NSExceptionQVX" and "NSImageQVX", the shared instance cache, and three class methods on
+// NSException.
 #pragma once
 
 #include <string>

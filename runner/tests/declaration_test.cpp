@@ -23,11 +23,13 @@ TEST(Signature, WithoutBracketsTakesNothing) {
 }
 
 TEST(Signature, BlanksAndCaseDoNotMatter) {
-  EXPECT_TRUE(SameSignature(ParseSignature("LenB( s as string ) as integer"), ParseSignature("lenb(text AS String)as Integer")));
+  EXPECT_TRUE(SameSignature(ParseSignature("LenB( s as string ) as integer"),
+                            ParseSignature("lenb(text AS String)as Integer")));
 }
 
 TEST(Signature, AnotherResultIsAnotherSignature) {
-  EXPECT_FALSE(SameSignature(ParseSignature("LenB(s as string) as integer"), ParseSignature("LenB(s as string) as double")));
+  EXPECT_FALSE(SameSignature(ParseSignature("LenB(s as string) as integer"),
+                             ParseSignature("LenB(s as string) as double")));
 }
 
 TEST(Signature, DefaultMakesAParameterOptional) {
@@ -74,7 +76,8 @@ TEST(Signature, RefusalsSayWhatWasWantedAndWhere) {
   EXPECT_EQ(refusal("f(x as double"), "wanted ')' after the parameters, found its end at position 14");
   EXPECT_EQ(refusal("f(x as double) as"), "wanted a type, found its end at position 18");
   EXPECT_EQ(refusal("f as double junk"), "wanted the declaration's end, found \"junk\" at position 13");
-  EXPECT_EQ(refusal("f(x as double = \"a\")"), "wanted a default value of type Double before this, found \")\" at position 20");
+  EXPECT_EQ(refusal("f(x as double = \"a\")"),
+            "wanted a default value of type Double before this, found \")\" at position 20");
 }
 
 TEST(Constant, NumberWithoutBlanks) {
@@ -90,7 +93,9 @@ TEST(Constant, StringWithBlanks) {
   EXPECT_EQ(Utf8Of(c.value.string()), "NSNamedColorSpace");
 }
 
-TEST(Constant, WithoutValueIsRefused) { EXPECT_THROW(ParseConstant("Model"), DeclarationError); }
+TEST(Constant, WithoutValueIsRefused) {
+  EXPECT_THROW(ParseConstant("Model"), DeclarationError);
+}
 
 }  // namespace
 }  // namespace hostrun

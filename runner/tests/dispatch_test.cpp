@@ -45,7 +45,9 @@ TEST_F(Dispatch, DoublesComeBackThroughTheFloatingPointRegister) {
   EXPECT_EQ(Call("Halve", {Value::Double(3)}).real(), 1.5);
 }
 
-TEST_F(Dispatch, SinglesTakeOneWord) { EXPECT_EQ(Call("HalveSingle", {Value::Double(0.5)}).real(), 0.25); }
+TEST_F(Dispatch, SinglesTakeOneWord) {
+  EXPECT_EQ(Call("HalveSingle", {Value::Double(0.5)}).real(), 0.25);
+}
 
 TEST_F(Dispatch, OnlyTheLowByteOfABooleanCounts) {
   EXPECT_FALSE(Call("NotBoolean", {Value::Boolean(true)}).boolean());

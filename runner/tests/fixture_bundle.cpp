@@ -1,5 +1,5 @@
-// runner/tests/fixture_bundle.cpp - a small bundle for tests of dispatch: one class with every kind of argument and
-// result. It needs no platform, and registers in the layout that the host's version asks for.
+// runner/tests/fixture_bundle.cpp - a small bundle for tests of dispatch: one class with every kind of
+// argument and result. It needs no platform, and registers in the layout that the host's version asks for.
 #include <cstring>
 
 #include "host/records.h"
@@ -28,20 +28,34 @@ void Construct(REALobject self) {
   ++live;
   DataOf<std::int32_t>(self) = 0;
 }
-void Destroy(REALobject) { --live; }
+void Destroy(REALobject) {
+  --live;
+}
 
 REALstring NewString(const char* text) {
   return Service<REALstring (*)(const void*, std::int32_t, std::uint32_t)>("REALBuildStringWithEncoding")(
       text, static_cast<std::int32_t>(std::strlen(text)), qvx::kEncodingUTF8);
 }
 
-std::int32_t AddIntegers(REALobject, std::int32_t a, std::int32_t b) { return a + b; }
-std::int64_t WideSum(REALobject, std::int64_t a, std::int32_t b) { return a + b; }
-double Halve(REALobject, double x) { return x / 2; }
-float HalveSingle(REALobject, float x) { return x / 2; }
+std::int32_t AddIntegers(REALobject, std::int32_t a, std::int32_t b) {
+  return a + b;
+}
+std::int64_t WideSum(REALobject, std::int64_t a, std::int32_t b) {
+  return a + b;
+}
+double Halve(REALobject, double x) {
+  return x / 2;
+}
+float HalveSingle(REALobject, float x) {
+  return x / 2;
+}
 // Only AL is defined: what a host reads beyond it is not the bundle's.
-std::uint32_t NotBoolean(REALobject, std::uint8_t b) { return 0xABCDEF00U | (b == 0 ? 1U : 0U); }
-std::uint32_t Invert(REALobject, std::uint32_t color) { return color ^ 0xFFFFFFU; }
+std::uint32_t NotBoolean(REALobject, std::uint8_t b) {
+  return 0xABCDEF00U | (b == 0 ? 1U : 0U);
+}
+std::uint32_t Invert(REALobject, std::uint32_t color) {
+  return color ^ 0xFFFFFFU;
+}
 REALstring EchoString(REALobject, REALstring s) {
   Service<void (*)(REALstring)>("REALLockString")(s);
   return s;
@@ -78,26 +92,44 @@ REALarray Countdown(std::int32_t from) {
   for (std::int32_t i = 0; i < from; ++i) insert(array, i, from - i);
   return array;
 }
-REALobject Make() { return Service<REALobject (*)(const char*)>("PluginNewInstance")("Fixture"); }
+REALobject Make() {
+  return Service<REALobject (*)(const char*)>("PluginNewInstance")("Fixture");
+}
 void Fail(REALstring message) {
   const REALobject exception =
       Service<REALobject (*)(const char*)>("PluginNewInstance")("UnsupportedOperationException");
-  Service<bool (*)(REALobject, const char*, REALstring)>("REALSetPropValueString")(exception, "Message", message);
-  Service<bool (*)(REALobject, const char*, std::int32_t)>("REALSetPropValueInt")(exception, "ErrorNumber", 7);
+  Service<bool (*)(REALobject, const char*, REALstring)>("REALSetPropValueString")(exception, "Message",
+                                                                                   message);
+  Service<bool (*)(REALobject, const char*, std::int32_t)>("REALSetPropValueInt")(exception, "ErrorNumber",
+                                                                                  7);
   Service<void (*)(REALobject)>("RuntimeRaiseException")(exception);
   Service<void (*)(REALobject)>("REALUnlockObject")(exception);
 }
-void Throw() { throw 42; }
+void Throw() {
+  throw 42;
+}
 std::int32_t LengthByGlobalMethod(REALstring s) {
   const auto load = Service<void* (*)(const char*)>("REALLoadGlobalMethod");
   return reinterpret_cast<std::int32_t (*)(REALstring)>(load("LenB( s as string ) as integer"))(s);
 }
-std::int32_t Live() { return live; }
-void InitWith(REALobject self, std::int32_t number) { DataOf<std::int32_t>(self) = number; }
-std::int32_t Number(REALobject self, std::int32_t) { return DataOf<std::int32_t>(self); }
-void SetNumber(REALobject self, std::int32_t, std::int32_t number) { DataOf<std::int32_t>(self) = number; }
-std::int32_t ParameterWord(REALobject, std::int32_t parameter) { return parameter; }
-REALstring Title(REALobject, std::int32_t) { return NewString("a fixture"); }
+std::int32_t Live() {
+  return live;
+}
+void InitWith(REALobject self, std::int32_t number) {
+  DataOf<std::int32_t>(self) = number;
+}
+std::int32_t Number(REALobject self, std::int32_t) {
+  return DataOf<std::int32_t>(self);
+}
+void SetNumber(REALobject self, std::int32_t, std::int32_t number) {
+  DataOf<std::int32_t>(self) = number;
+}
+std::int32_t ParameterWord(REALobject, std::int32_t parameter) {
+  return parameter;
+}
+REALstring Title(REALobject, std::int32_t) {
+  return NewString("a fixture");
+}
 
 template <class R, class... A>
 qvx::REALmethodDefinition Method(const char* declaration, R (*function)(A...)) {
@@ -129,8 +161,15 @@ qvx::REALmethodDefinition sharedMethods[] = {
     Method("Live as integer", &Live),
 };
 qvx::REALproperty properties[] = {
-    {nullptr, "Number", "integer", 0, reinterpret_cast<REALproc>(&Number), reinterpret_cast<REALproc>(&SetNumber), 0,
-     {}, {}},
+    {nullptr,
+     "Number",
+     "integer",
+     0,
+     reinterpret_cast<REALproc>(&Number),
+     reinterpret_cast<REALproc>(&SetNumber),
+     0,
+     {},
+     {}},
     {nullptr, "Word", "integer", 6, reinterpret_cast<REALproc>(&ParameterWord), nullptr, 77, {}, {}},
     {nullptr, "Title", "string", 6, reinterpret_cast<REALproc>(&Title), nullptr, 0, {}, {}},
 };
@@ -139,9 +178,31 @@ qvx::REALconstant constants[] = {
     {"Greeting = \"hello\"", {}, {}},
 };
 
-qvx::REALclassDefinition definition = {
-    13, "Fixture", nullptr, 4, 0, &Construct, &Destroy, properties, 3, methods, 11, nullptr, 0, nullptr, 0, nullptr,
-    {}, constants, 2, qvx::kClassFlags, nullptr, 0, sharedMethods, 9, {}};
+qvx::REALclassDefinition definition = {13,
+                                       "Fixture",
+                                       nullptr,
+                                       4,
+                                       0,
+                                       &Construct,
+                                       &Destroy,
+                                       properties,
+                                       3,
+                                       methods,
+                                       11,
+                                       nullptr,
+                                       0,
+                                       nullptr,
+                                       0,
+                                       nullptr,
+                                       {},
+                                       constants,
+                                       2,
+                                       qvx::kClassFlags,
+                                       nullptr,
+                                       0,
+                                       sharedMethods,
+                                       9,
+                                       {}};
 
 }  // namespace
 

@@ -10,15 +10,23 @@
 namespace hostrun {
 namespace {
 
-std::int32_t One(void*) { return 1; }
-std::int32_t Two(void*) { return 2; }
-std::int32_t Get(void*, std::int32_t parameter) { return parameter; }
+std::int32_t One(void*) {
+  return 1;
+}
+std::int32_t Two(void*) {
+  return 2;
+}
+std::int32_t Get(void*, std::int32_t parameter) {
+  return parameter;
+}
 
 template <class F>
 std::uint32_t Word(F* function) {
   return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(function));
 }
-std::uint32_t Word(const char* text) { return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(text)); }
+std::uint32_t Word(const char* text) {
+  return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(text));
+}
 
 // Records as words, so that a wrong stride reads a neighbour's.
 template <std::size_t Stride>

@@ -1,5 +1,5 @@
-// runner/tests/table_test.cpp - every declaration of every class of the bundle, called once through the runner's own
-// dispatch with sensible arguments.
+// runner/tests/table_test.cpp - every declaration of every class of the bundle, called once through the
+// runner's own dispatch with sensible arguments.
 #include <gtest/gtest.h>
 
 #include <CLI/CLI.hpp>
@@ -47,14 +47,17 @@ class Things {
                     {Value::Double(1), Value::Double(0.5), Value::Double(0.25), Value::Double(1)});
     space_ = Invoke(Find("NSColorSpaceQVX", "sRGBColorSpace", true), nullptr, {});
     profile_ = Invoke(Find("NSColorSpaceQVX", "ICCProfileData", false), space_.object(), {});
-    Invoke(Find("MemoryBlock", "SaveToFile", false, 1), profile_.object(), {Value::Text((folder_ / "profile.icc").native())});
+    Invoke(Find("MemoryBlock", "SaveToFile", false, 1), profile_.object(),
+           {Value::Text((folder_ / "profile.icc").native())});
     DeclareColorOnPasteboard();
     Invoke(Find("NSColorQVX", "writeToPasteboard", false), color_.object(), {});
     list_ = Value::Adopt(NewObject(TheRegistry().ClassNamed("NSColorListQVX")));
-    EXPECT_TRUE(Invoke(Find("NSColorListQVX", "Create", false), list_.object(), {Value::Text("Table")}).boolean());
+    EXPECT_TRUE(
+        Invoke(Find("NSColorListQVX", "Create", false), list_.object(), {Value::Text("Table")}).boolean());
     Class& image = TheRegistry().ClassNamed("NSImageQVX");
     image_ = Value::Adopt(NewObject(image));
-    Invoke(*image.Constructors().at(2), image_.object(), {Value::Integer(2), Value::Integer(2), Value::Color(0xFF0000)});
+    Invoke(*image.Constructors().at(2), image_.object(),
+           {Value::Integer(2), Value::Integer(2), Value::Color(0xFF0000)});
   }
   Things(const Things&) = delete;
   Things& operator=(const Things&) = delete;
@@ -68,7 +71,8 @@ class Things {
     const std::string& name = method.signature.name;
     // What fills an instance, and what only a pattern answers.
     if (name == "Constructor" || name.starts_with("initWith")) return Value::Adopt(NewObject(*method.owner));
-    if (name == "patternImage") return Invoke(Find("NSColorQVX", "colorWithPatternImage", true), nullptr, {image_});
+    if (name == "patternImage")
+      return Invoke(Find("NSColorQVX", "colorWithPatternImage", true), nullptr, {image_});
     return OfClass(method.owner->name);
   }
 
@@ -106,7 +110,8 @@ class Things {
 
  private:
   Value IntegerFor(const Method& method, const Parameter& parameter) const {
-    if (parameter.name == "CGColorHandle") return Invoke(Find("NSColorQVX", "CGColorHandle", false), color_.object(), {});
+    if (parameter.name == "CGColorHandle")
+      return Invoke(Find("NSColorQVX", "CGColorHandle", false), color_.object(), {});
     if (parameter.name == "CGColorSpaceHandle") {
       return Invoke(Find("NSColorSpaceQVX", "CGColorSpaceHandle", false), space_.object(), {});
     }
@@ -140,7 +145,8 @@ void ExpectResult(const Method& method, const Value& value) {
     case Kind::Array:
       ASSERT_NE(value.object(), nullptr) << method.declaration;
       for (const Value& item : ArrayDataOf(value.object()).items) {
-        EXPECT_EQ(item.kind(), type.element->kind == Kind::Double ? Kind::Double : Kind::Object) << method.declaration;
+        EXPECT_EQ(item.kind(), type.element->kind == Kind::Double ? Kind::Double : Kind::Object)
+            << method.declaration;
       }
       break;
     case Kind::Variant:
@@ -199,20 +205,27 @@ TEST(Table, EveryPropertyOfColors) {
 
 TEST(Table, EveryMethodOfColors) {
   // The colour is RGB: the readers of another kind refuse it.
-  EXPECT_EQ(CallAll(TheRegistry().ClassNamed("NSColorQVX").methods,
-                    {"getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as double)",
-                     "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as double, byref alpha as double)",
-                     "getWhite(byref white as double)", "getWhite(byref white as double, byref alpha as double)"}),
-            21U);
+  EXPECT_EQ(
+      CallAll(TheRegistry().ClassNamed("NSColorQVX").methods,
+              {"getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black "
+               "as double)",
+               "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black "
+               "as double, byref alpha as double)",
+               "getWhite(byref white as double)", "getWhite(byref white as double, byref alpha as double)"}),
+      21U);
 }
 
 TEST(Table, EverySharedMethodOfColors) {
   EXPECT_EQ(CallAll(TheRegistry().ClassNamed("NSColorQVX").sharedMethods, {}), 60U);
 }
 
-TEST(Table, EveryMethodOfLists) { EXPECT_EQ(CallAll(TheRegistry().ClassNamed("NSColorListQVX").methods, {}), 11U); }
+TEST(Table, EveryMethodOfLists) {
+  EXPECT_EQ(CallAll(TheRegistry().ClassNamed("NSColorListQVX").methods, {}), 11U);
+}
 
-TEST(Table, EveryMethodOfSpaces) { EXPECT_EQ(CallAll(TheRegistry().ClassNamed("NSColorSpaceQVX").methods, {}), 11U); }
+TEST(Table, EveryMethodOfSpaces) {
+  EXPECT_EQ(CallAll(TheRegistry().ClassNamed("NSColorSpaceQVX").methods, {}), 11U);
+}
 
 TEST(Table, EverySharedMethodOfSpaces) {
   EXPECT_EQ(CallAll(TheRegistry().ClassNamed("NSColorSpaceQVX").sharedMethods, {}), 15U);
@@ -245,7 +258,11 @@ TEST(Table, NothingElseIsRegistered) {
 
 TEST(Table, TheLayoutIsTheOneThatTheHostAskedFor) {
   const double version = TheHostIdentity().version;
-  const std::int32_t wanted = version >= 2013.04 ? 13 : version >= 2013.03 ? 12 : version >= 2013.0 ? 11 : version >= 2012.0 ? 10 : 9;
+  const std::int32_t wanted = version >= 2013.04   ? 13
+                              : version >= 2013.03 ? 12
+                              : version >= 2013.0  ? 11
+                              : version >= 2012.0  ? 10
+                                                   : 9;
   EXPECT_EQ(AnnouncedLayout(), wanted);
   for (const char* const name : {"NSColorQVX", "NSColorListQVX", "NSColorSpaceQVX"}) {
     EXPECT_EQ(TheRegistry().ClassNamed(name).layoutVersion, wanted);

@@ -7,9 +7,12 @@ namespace {
 constexpr std::string_view kNotTakenBack = "a host that throws instead of taking something back still has it";
 constexpr std::string_view kNobodyTakes = "nothing can be given back to a host that has no service for it";
 constexpr std::string_view kNoLock =
-    "a host without the service to lock gets the cached object without the lock, and counts one reference too few";
+    "a host without the service to lock gets the cached object without the lock, and counts one reference "
+    "too few";
 constexpr std::string_view kNoClass = "without the class NSException no exception can be told to be one";
 constexpr std::string_view kNotSent = "a message whose selector the platform can't register is not sent";
+constexpr std::string_view kThePools =
+    "what was sent autorelease is the pool's, whatever the message answers";
 constexpr std::string_view kReleaseRaises =
     "a release that raises is not sent again: what it left behind is the platform's";
 constexpr std::string_view kUnguarded =
@@ -37,6 +40,8 @@ const std::vector<Allowance>& Allowances() {
       {"", "resolve REALLockObject", Fault::kMissing, "was unlocked once too often", kNoLock},
       {"", "objc_getClass(\"NSException\")", Fault::kNull, "it passed on NSException#", kNoClass},
       {"", "sel_registerName(\"release\")", Fault::kNull, "held", kNotSent},
+      {"", "sel_registerName(\"autorelease\")", Fault::kNull, "held", kNotSent},
+      {"", " autorelease]", Fault::kNull, "held", kThePools},
       {"", "sel_registerName(\"initWith", Fault::kNull, "held", kNotSent},
       {"", " release]", Fault::kNone, "held", kReleaseRaises},
       {"", " release]", Fault::kRaiseNSException, "the result after an exception", kReleaseRaises},

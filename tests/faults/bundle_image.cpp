@@ -45,13 +45,9 @@ int CollectWritable(dl_phdr_info* info, std::size_t /*size*/, void* wanted) {
   return 1;
 }
 
-// Byte by byte and unchecked: between the variables of an instrumented bundle lies memory that nobody may
-// touch.
-__attribute__((no_sanitize("address"))) void Copy(unsigned char* to, const unsigned char* from,
-                                                  std::size_t size) {
-  for (std::size_t i = 0; i < size; ++i) {
-    *const_cast<volatile unsigned char*>(to + i) = from[i];
-  }
+// Unchecked: between the variables of an instrumented bundle lies memory that nobody may touch.
+void Copy(unsigned char* to, const unsigned char* from, std::size_t size) {
+  asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(size) : : "memory");
 }
 
 }  // namespace

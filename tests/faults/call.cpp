@@ -53,9 +53,9 @@ void ShareAnswers() {
   NativeObject* const color = scripted::MakeNative("NSColor");
   NativeObject* const space = scripted::MakeNative("NSColorSpace");
   for (const scripted::MethodTypes& method : scripted::DeclaredMethods()) {
-    const bool makesColor =
-        method.types[0] == '@' && (method.selector.starts_with("color") || method.selector.ends_with("Level:") ||
-                                   method.selector.starts_with("blended"));
+    const bool makesColor = method.types[0] == '@' &&
+                            (method.selector.starts_with("color") || method.selector.ends_with("Level:") ||
+                             method.selector.starts_with("blended"));
     if (method.className == "NSColor" && makesColor && method.types.size() > 1) {
       ThePlatform().Answer(method.selector, color);
     }
@@ -130,8 +130,7 @@ std::string ResultText(Result kind, std::uint32_t word, double number) {
     case Result::kString:
       return pointer == nullptr ? "" : scripted::Quoted(TheHost().String(pointer).bytes);
     case Result::kBlock:
-      return pointer == nullptr ? ""
-                                : "a block of " + std::to_string(TheHost().Object(pointer).bytes.size());
+      return pointer == nullptr ? "" : "a block of " + std::to_string(TheHost().Object(pointer).bytes.size());
     case Result::kObject:
       return pointer == nullptr ? "" : TheHost().Object(pointer).className;
     case Result::kNumbers:
@@ -231,8 +230,8 @@ void CheckGivenBack(std::vector<std::string>& broken) {
   }
   for (const auto& [native, wrapper] : ThePlatform().instances->entries) {
     if (!TheHost().IsObject(wrapper)) continue;
-    const auto found = std::ranges::find_if(
-        TheHost().Objects(), [&](HostObject* object) { return object->Handle() == wrapper; });
+    const auto found = std::ranges::find_if(TheHost().Objects(),
+                                            [&](HostObject* object) { return object->Handle() == wrapper; });
     if ((*found)->freed) add("the cache still knows " + (*found)->className + ", which is freed");
   }
   if (scripted::LiveBundleBlocks() > 0) {

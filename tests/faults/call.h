@@ -1,4 +1,5 @@
-// tests/faults/call.h - one call into the bundle from a known start, with faults on the way, and what came of it.
+// tests/faults/call.h - one call into the bundle from a known start, with faults on the way, and what came of
+// it.
 #pragma once
 
 #include <cstdint>
@@ -25,9 +26,9 @@ struct Setting {
   bool sparse;    // an older host without the direct ways to a string's text
 };
 inline constexpr Setting kSettings[] = {
-    {"fresh", false, false, false, false, false},  {"prepared", true, false, false, false, false},
-    {"again", true, true, false, false, false},    {"raising", false, false, true, false, false},
-    {"rich", true, false, false, true, false},     {"sparse", false, false, false, false, true},
+    {"fresh", false, false, false, false, false},    {"prepared", true, false, false, false, false},
+    {"again", true, true, false, false, false},      {"raising", false, false, true, false, false},
+    {"rich", true, false, false, true, false},       {"sparse", false, false, false, false, true},
     {"sparse rich", true, false, false, true, true},
 };
 

@@ -3,7 +3,8 @@
 //   fault_matrix BUNDLE                       everything
 //   fault_matrix BUNDLE --only TEXT           functions whose declaration contains TEXT
 //   fault_matrix BUNDLE --single              without pairs of faults
-//   fault_matrix BUNDLE --reproduce CASE PLAN one call, with its events; CASE and PLAN as a report prints them
+//   fault_matrix BUNDLE --reproduce CASE PLAN one call, with its events; CASE and PLAN as a report prints
+//   them
 //
 // Every function runs in a process of its own, so that a crash is one function's finding.
 #include <sys/mman.h>
@@ -85,8 +86,8 @@ class FunctionRun {
     ++shared->cases;
     shared->events += baseline.steps.size();
     Judge(each, {}, baseline, baseline);
-    const std::size_t faultable = static_cast<std::size_t>(std::ranges::count_if(
-        baseline.steps, [](const Step& step) { return !FaultsAt(step).empty(); }));
+    const std::size_t faultable = static_cast<std::size_t>(
+        std::ranges::count_if(baseline.steps, [](const Step& step) { return !FaultsAt(step).empty(); }));
     for (std::size_t i = 0; i < baseline.steps.size(); ++i) {
       for (const Fault fault : FaultsAt(baseline.steps[i])) {
         const Plan plan{{i, fault}};
@@ -181,7 +182,8 @@ void Show(const Case& each, const Plan& plan) {
   for (std::size_t i = 0; i < observed.steps.size(); ++i) {
     const Step& step = observed.steps[i];
     std::printf("%3zu %d %s%s%s\n", i, step.openFrames, step.text.c_str(),
-                step.fault == Fault::kNone ? "" : "   <- ", step.fault == Fault::kNone ? "" : NameOf(step.fault));
+                step.fault == Fault::kNone ? "" : "   <- ",
+                step.fault == Fault::kNone ? "" : NameOf(step.fault));
   }
   std::printf("result: %s\n", observed.result.empty() ? "neutral" : observed.result.c_str());
   for (const auto& raised : observed.raised) {
@@ -226,8 +228,8 @@ bool EveryAllowanceIsUsed(const Shared& sum) {
 
 int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
   const auto start = std::chrono::steady_clock::now();
-  auto* const area = static_cast<Shared*>(mmap(nullptr, targets.size() * sizeof(Shared), PROT_READ | PROT_WRITE,
-                                               MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  auto* const area = static_cast<Shared*>(mmap(nullptr, targets.size() * sizeof(Shared),
+                                               PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
   const std::size_t atOnce = std::max(1U, std::thread::hardware_concurrency());
   std::map<pid_t, Running> running;
   std::size_t crashes = 0;
@@ -272,9 +274,10 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
     for (std::size_t j = 0; j < Allowances().size(); ++j) sum.used[j] += area[i].used[j];
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-  std::printf("%zu functions, %llu cases, %llu events, %llu faults, %llu pairs of faults: %llu violations, "
-              "%zu crashes; %.1f s\n",
-              targets.size(), sum.cases, sum.events, sum.faults, sum.pairs, sum.violations, crashes, took.count());
+  std::printf(
+      "%zu functions, %llu cases, %llu events, %llu faults, %llu pairs of faults: %llu violations, "
+      "%zu crashes; %.1f s\n",
+      targets.size(), sum.cases, sum.events, sum.faults, sum.pairs, sum.violations, crashes, took.count());
   return sum.violations == 0 && crashes == 0 && (partly || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 

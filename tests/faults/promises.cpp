@@ -12,9 +12,9 @@ namespace {
 using scripted::RaisedException;
 
 constexpr std::string_view kProceduresWithoutResult[] = {
-    "REALLockObject",        "REALUnlockObject",    "REALLockString", "REALUnlockString",
-    "RuntimeRaiseException", "PluginRegisterClass", "PluginDisposeStringData",
-    "REALSetStringEncoding", "RegisterPluginVersion"};
+    "REALLockObject",          "REALUnlockObject",      "REALLockString",
+    "REALUnlockString",        "RuntimeRaiseException", "PluginRegisterClass",
+    "PluginDisposeStringData", "REALSetStringEncoding", "RegisterPluginVersion"};
 
 constexpr std::string_view kCallsWithoutResult[] = {"NSLog", "CFStringNormalize", "CFDictionarySetValue",
                                                     "CFDictionaryRemoveValue"};
@@ -31,8 +31,8 @@ bool HasResult(std::string_view selector) {
   return true;
 }
 
-// Where std::bad_alloc of a host service is turned into "OutOfMemoryException" instead of being passed on: while a
-// host string is built, and while a memory block is made.
+// Where std::bad_alloc of a host service is turned into "OutOfMemoryException" instead of being passed on:
+// while a host string is built, and while a memory block is made.
 bool BecomesOutOfMemory(const Case& each, const Step& step) {
   if (step.name == "REALBuildString" || step.name == "REALSetStringEncoding") return true;
   const bool makesBlock = each.target->result == Result::kBlock;
@@ -105,9 +105,11 @@ class Judge {
     return std::ranges::any_of(faults_, [fault](const Step* step) { return step->fault == fault; });
   }
 
-  // Whether the log line about an exception was being written when `step` came, or its host exception made: the
-  // frame around it is that of the telling, and what is raised there is dropped.
-  [[nodiscard]] bool WhileTelling(const Step& step) const { return WhileLogging(step) || WhileConverting(step); }
+  // Whether the log line about an exception was being written when `step` came, or its host exception made:
+  // the frame around it is that of the telling, and what is raised there is dropped.
+  [[nodiscard]] bool WhileTelling(const Step& step) const {
+    return WhileLogging(step) || WhileConverting(step);
+  }
   [[nodiscard]] static bool WhileConverting(const Step& step) { return step.name == "NewNSExceptionQVX:"; }
   [[nodiscard]] bool WhileLogging(const Step& step) const {
     if (WhileConverting(step)) return false;
@@ -115,8 +117,7 @@ class Judge {
     bool logging = false;
     for (std::size_t i = 0; i <= index; ++i) {
       const Step& each = observed_.steps[i];
-      if (each.kind == EventKind::kMessage && each.name == "name" &&
-          each.text.starts_with("[NSException#")) {
+      if (each.kind == EventKind::kMessage && each.name == "name" && each.text.starts_with("[NSException#")) {
         logging = true;
       }
       if (each.kind == EventKind::kFrame && each.name == "leave") logging = false;
@@ -215,10 +216,13 @@ class Judge {
                                 each.message.ends_with("Range is 1 to 19, but value is -1.");
       if (withoutBound && HadAt("RuntimeUBound")) return true;
     }
-    return std::ranges::any_of(baseline_.raised, [&](const RaisedException& usual) {
-      const bool sameClass = usual.className == each.className || each.className == "RuntimeException";
-      return sameClass && (usual.message == each.message || noMessage);
-    }) || (noMessage && Had(Fault::kBadAlloc));
+    return std::ranges::any_of(baseline_.raised,
+                               [&](const RaisedException& usual) {
+                                 const bool sameClass = usual.className == each.className ||
+                                                        each.className == "RuntimeException";
+                                 return sameClass && (usual.message == each.message || noMessage);
+                               }) ||
+           (noMessage && Had(Fault::kBadAlloc));
   }
 
   [[nodiscard]] bool HadAt(std::string_view event) const {
@@ -395,9 +399,9 @@ const Allowance* Allowed(const Case& each, const std::vector<Step>& faulted, std
   for (const Allowance& allowance : Allowances()) {
     if (!has(each.target->declaration, allowance.target) || !has(promise, allowance.promise)) continue;
     const bool fits = allowance.event.empty() || std::ranges::any_of(faulted, [&](const Step& step) {
-      return has(step.text, allowance.event) &&
-             (allowance.fault == Fault::kNone || step.fault == allowance.fault);
-    });
+                        return has(step.text, allowance.event) &&
+                               (allowance.fault == Fault::kNone || step.fault == allowance.fault);
+                      });
     if (fits) return &allowance;
   }
   return nullptr;

@@ -21,8 +21,8 @@ bool DropsExceptions(const Target& target);
 std::vector<std::string> BrokenPromises(const Case& each, const Plan& plan, const Observation& baseline,
                                         const Observation& observed);
 
-// The only deviations from the rules of promises.cpp that are right, each with its reason. An empty pattern fits
-// anything.
+// The only deviations from the rules of promises.cpp that are right, each with its reason. An empty pattern
+// fits anything.
 struct Allowance {
   std::string_view target;   // part of the declaration
   std::string_view event;    // part of the text of the event with the fault

@@ -16,9 +16,8 @@ using scripted::RegisteredClass;
 
 std::string Lowered(std::string_view text) {
   std::string lowered(text);
-  std::ranges::transform(lowered, lowered.begin(), [](unsigned char character) {
-    return static_cast<char>(std::tolower(character));
-  });
+  std::ranges::transform(lowered, lowered.begin(),
+                         [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
   return lowered;
 }
 
@@ -92,7 +91,8 @@ void ParseDeclaration(std::string_view declaration, Target& target) {
     rest = nameEnd == std::string_view::npos ? std::string_view() : declaration.substr(nameEnd);
   }
   const std::size_t as = rest.find("as ");
-  target.result = ResultOf(as == std::string_view::npos ? std::string() : Lowered(Trimmed(rest.substr(as + 3))));
+  target.result =
+      ResultOf(as == std::string_view::npos ? std::string() : Lowered(Trimmed(rest.substr(as + 3))));
 }
 
 void AddClass(const RegisteredClass& registered, std::vector<Target>& targets) {
@@ -118,10 +118,20 @@ void AddClass(const RegisteredClass& registered, std::vector<Target>& targets) {
   for (const auto& entry : registered.methods) add(Role::kMethod, entry);
   for (const auto& entry : registered.sharedMethods) add(Role::kSharedMethod, entry);
 
-  Target constructor{Role::kConstructor, className, "constructor", className + " constructor",
-                     reinterpret_cast<void*>(registered.live->constructor), {self}, Result::kNothing};
-  Target destructor{Role::kDestructor, className, "destructor", className + " destructor",
-                    reinterpret_cast<void*>(registered.live->destructor), {self}, Result::kNothing};
+  Target constructor{Role::kConstructor,
+                     className,
+                     "constructor",
+                     className + " constructor",
+                     reinterpret_cast<void*>(registered.live->constructor),
+                     {self},
+                     Result::kNothing};
+  Target destructor{Role::kDestructor,
+                    className,
+                    "destructor",
+                    className + " destructor",
+                    reinterpret_cast<void*>(registered.live->destructor),
+                    {self},
+                    Result::kNothing};
   targets.push_back(std::move(constructor));
   targets.push_back(std::move(destructor));
 }

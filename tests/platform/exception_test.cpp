@@ -1,5 +1,6 @@
 // tests/platform/exception_test.cpp - exceptions delivered into setjmp frames.
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <pthread.h>
 
 #include <array>
@@ -207,6 +208,42 @@ TEST(Exception, RunsNoFinallyBlockBeyondTheFrame) {
   EXPECT_EQ(ran, 1);  // left normally
 }
 
+TEST(Exception, RunsNoFinallyBlockBeyondTheFrameAfterOneBeforeIt) {
+  int inner = 0;
+  int outer = 0;
+  id exception = nullptr;
+  Through([&](Body body, void* context) { ThroughFinally(body, context, &outer); },
+          [&] {
+            exception = Guarded([&] { ThroughFinally(&RaiseBang, nullptr, &inner); });
+            EXPECT_EQ(outer, 0);
+          });
+  EXPECT_EQ(NameOf(exception), "Bang");
+  EXPECT_EQ(inner, 1);
+  EXPECT_EQ(outer, 1);  // left normally
+}
+
+TEST(Exception, RunsNoFinallyBlockBeyondAFrameOfAFunctionWithoutCleanUps) {
+  // No function between the two @finally blocks has clean-ups that would end the unwinding.
+  struct State {
+    int inner = 0;
+    int outer = 0;
+    int outer_at_delivery = -1;
+    id exception = nullptr;
+  } state;
+  ThroughFinally(
+      [](void* context) {
+        State& here = *static_cast<State*>(context);
+        here.exception = GuardedInC(
+            [](void* ran) { ThroughFinally(&RaiseBang, nullptr, static_cast<int*>(ran)); }, &here.inner);
+        here.outer_at_delivery = here.outer;
+      },
+      &state, &state.outer);
+  EXPECT_EQ(NameOf(state.exception), "Bang");
+  EXPECT_EQ(state.inner, 1);
+  EXPECT_EQ(state.outer_at_delivery, 0);
+  EXPECT_EQ(state.outer, 1);  // left normally
+}
+
 TEST(Exception, UnlocksWhatASynchronizedBlockHeld) {
   const id lock = Message<"new", id()>()(PlatformClass<"NSObject">());
   EXPECT_EQ(NameOf(Guarded([&] { ThroughSynchronized(&RaiseBang, nullptr, lock); })), "Bang");
@@ -401,17 +438,104 @@ TEST(StaleFrame, IsWhatAnEnteredFrameWithoutSetjmpCountsAs) {
   EXPECT_EQ(NameOf(exception), "Bang");
 }
 
+// Enters a frame again whose buffer holds the registers of the first time.
+[[gnu::noinline]] void RaiseInAReenteredFrame() {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) != 0) {
+    ADD_FAILURE() << "delivered to an earlier use of the frame";
+    return;
+  }
+  objc_exception_try_exit(&frame);
+  objc_exception_try_enter(&frame);
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsWhatAReenteredFrameWithoutSetjmpCountsAs) {
+  EXPECT_EQ(NameOf(Guarded([] { RaiseInAReenteredFrame(); })), "Bang");
+}
+
+// The first time it leaves a stale frame behind, the second time it uses the same memory for something else.
+[[gnu::noinline]] void EnterOrScribble(bool enter) {
+  ObjCExceptionFrame frame;
+  if (enter) {
+    objc_exception_try_enter(&frame);
+    if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "delivered to a frame that is gone";
+    return;
+  }
+  std::memset(frame.reserved, 0x11, sizeof frame.reserved);
+  __asm__ volatile("" : : "r"(&frame) : "memory");
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsSkippedWhenItsMemoryHoldsSomethingElse) {
+  const id exception = Guarded([] {
+    EnterOrScribble(true);
+    EnterOrScribble(false);
+  });
+  EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+[[gnu::cold, gnu::noinline]] void RaiseRarely() {
+  RaiseBang(nullptr);
+}
+
 TEST(StaleFrame, IsNotWhatAFrameWithAnUnlikelyBlockIs) {
   // The compiler moves the block out of the function, to a place with unwind tables of its own.
   volatile bool unlikely = true;
   const id exception = Guarded([&] {
-    if (__builtin_expect(unlikely, 0)) {
+    Nothing(nullptr);
+    if (unlikely) {
+      RaiseRarely();
       Nothing(nullptr);
-      RaiseBang(nullptr);
-      Nothing(nullptr);
+      RaiseRarely();
     }
+    Nothing(nullptr);
   });
   EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+std::size_t HeapInUse() {
+  const struct mallinfo2 use = ::mallinfo2();
+  return use.uordblks + use.hblkhd;
+}
+
+TEST(StaleFrame, TakesNoMemoryHoweverManyThereAre) {
+  LeaveAStaleFrame();
+  const std::size_t before = HeapInUse();
+  for (int i = 0; i < 200000; ++i) LeaveAStaleFrame();
+  EXPECT_LT(HeapInUse(), before + 10000);
+}
+
+TEST(Delivery, TakesNoMemoryThatStays) {
+  int ran = 0;
+  const id exception = NewException("Bang", "");
+  const auto deliver = [&] {
+    Guarded([&] {
+      Through([&](Body body, void* context) { ThroughFinally(body, context, &ran); },
+              [&] { objc_exception_throw(exception); });
+    });
+  };
+  deliver();
+  const std::size_t before = HeapInUse();
+  for (int i = 0; i < 10000; ++i) deliver();
+  EXPECT_EQ(ran, 10001);
+  EXPECT_LT(HeapInUse(), before + 10000);
+}
+
+TEST(Delivery, ThatAFinallyBlockEndedIsFreedByALaterOne) {
+  const id exception = NewException("Bang", "");
+  const auto end_and_deliver = [&] {
+    Guarded([&] {
+      Through([](Body body, void* context) { ThroughFinallyThatReturns(body, context); },
+              [&] { objc_exception_throw(exception); });
+      objc_exception_throw(exception);
+    });
+  };
+  end_and_deliver();
+  const std::size_t before = HeapInUse();
+  for (int i = 0; i < 10000; ++i) end_and_deliver();
+  EXPECT_LT(HeapInUse(), before + 10000);
 }
 
 // A guard left by a C++ exception, as a bundle's is.

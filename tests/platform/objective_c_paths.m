@@ -4,6 +4,7 @@
 #include <objc/objc-sync.h>
 #include <objc/runtime.h>
 #include <pthread.h>
+#include <setjmp.h>
 
 typedef void (*Body)(void *context);
 
@@ -95,6 +96,23 @@ void ThroughRethrow(Body body, void *context, int *ran) {
     ++*ran;
     @throw;
   }
+}
+
+struct frame {
+  jmp_buf buffer;
+  void *reserved[4];
+};
+void objc_exception_try_enter(void *);
+void objc_exception_try_exit(void *);
+id objc_exception_extract(void *);
+
+id GuardedInC(Body body, void *context) {
+  struct frame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) != 0) return objc_exception_extract(&frame);
+  body(context);
+  objc_exception_try_exit(&frame);
+  return nil;
 }
 
 id NewException(const char *name, const char *reason) {

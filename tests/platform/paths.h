@@ -23,6 +23,9 @@ id ThroughCatch(Body, void* context);
 // Takes the exception and throws it again; `*ran` counts.
 void ThroughRethrow(Body, void* context, int* ran);
 
+// A setjmp frame in a function that has nothing to clean up. Answers what was delivered, nil for nothing.
+id GuardedInC(Body, void* context);
+
 id NewException(const char* name, const char* reason);  // autoreleased
 void Raise(id exception);                               // -[NSException raise]
 bool IsUnlocked(id lock);                               // asked on another thread

@@ -48,7 +48,7 @@ wants 2 'found an ELF file that is no shared object' "$hostrun" --bundle <(head 
 head -c 40 "$fixture" >"$folder/cut.so"
 wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/cut.so" "$fine"
 head -c 4000 "$fixture" >"$folder/half.so"
-wants 2 'wanted a bundle that loads' "$hostrun" --bundle "$folder/half.so" "$fine"
+wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/half.so" "$fine"
 wants 2 'wanted an exported function REALPluginMain, found none' "$hostrun" --bundle "$(dirname "$hostrun")/libcocoa.so" "$fine"
 wants 2 'wanted a bundle' "$hostrun" --bundle "$folder" "$fine"
 
@@ -100,7 +100,7 @@ Print Fixture.Live
 END
 cat >"$folder/fixture.out" <<'END'
 5 77 a fixture 42 hello
-7 8 &cFF00FF True
+7 11 &cFF00FF True
 2 1 6 1 3
 7 text True s True
 message 7

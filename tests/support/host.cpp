@@ -166,8 +166,8 @@ void Host::Release(HostObject& object) {
   if (found != registered.end()) {
     const Inside inside;
     found->live->destructor(static_cast<qvx::REALobject>(object.Handle()));
-  } else if (NativeObject* const native = object.foreign || object.kind != HandleKind::kObject ? nullptr
-                                                                                               : object.Native()) {
+  } else if (NativeObject* const native =
+                 object.foreign || object.kind != HandleKind::kObject ? nullptr : object.Native()) {
     // The destructor of a sibling's class does as the bundle's own.
     if (ThePlatform().instances != nullptr) ThePlatform().instances->entries.erase(native);
     GiveReference(native, "the sibling's destructor");

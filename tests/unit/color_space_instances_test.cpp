@@ -1,5 +1,5 @@
 // tests/unit/color_space_instances_test.cpp - the 11 instance methods of NSColorSpaceQVX.
-#include "bridge/instances.h"
+#include "tests/unit/bridge.h"
 #include "tests/unit/declarations.h"
 #include "tests/unit/fixture.h"
 
@@ -7,10 +7,6 @@ namespace unit {
 namespace {
 
 constexpr const char* kTooOften = "Constructor called too often. Object is already initialized.";
-
-void* NewSpace(NativeObject* native) {
-  return Call(static_cast<qvx::REALobject (*)(id)>(&qvx::NewNSColorSpaceQVX), AsId(native));
-}
 
 struct Initialiser {
   std::string name;

@@ -1,7 +1,7 @@
 // tests/unit/instances_test.cpp - constructors, destructors, preparation, conversion, the cache.
 #include "bridge/instances.h"
 
-#include "tests/unit/fixture.h"
+#include "tests/unit/bridge.h"
 
 namespace unit {
 namespace {
@@ -10,13 +10,6 @@ const Lines kPreparation = {"[NSException respondsToSelector:@selector(GetInstan
                             "[NSException GetInstancesDictionaryQVX]",
                             "[NSException respondsToSelector:@selector(PrepareNSExceptionQVX)]",
                             "[NSException PrepareNSExceptionQVX]"};
-
-void* NewColor(NativeObject* native) {
-  return Call(static_cast<qvx::REALobject (*)(id)>(&qvx::NewNSColorQVX), AsId(native));
-}
-void* NewSpace(NativeObject* native) {
-  return Call(static_cast<qvx::REALobject (*)(id)>(&qvx::NewNSColorSpaceQVX), AsId(native));
-}
 
 class Preparation : public NewHost {
  protected:
@@ -197,24 +190,24 @@ struct Conversion {
   void* (*convert)(NativeObject*);
 };
 
-class Convert : public NewHost, public testing::WithParamInterface<Conversion> {
+class Conversions : public NewHost, public testing::WithParamInterface<Conversion> {
  protected:
   static NativeObject* MakeWrapped() { return MakeNative(GetParam().native); }
   static void* ToHost(NativeObject* native) { return GetParam().convert(native); }
 };
 
-INSTANTIATE_TEST_SUITE_P(Classes, Convert,
+INSTANTIATE_TEST_SUITE_P(Classes, Conversions,
                          testing::Values(Conversion{kColor, "NSColor", &NewColor},
                                          Conversion{kSpace, "NSColorSpace", &NewSpace}),
                          [](const auto& each) { return std::string(each.param.className); });
 
-TEST_P(Convert, NilGivesNullAndMakesNothing) {
+TEST_P(Conversions, NilGivesNullAndMakesNothing) {
   Prepare();
   EXPECT_THAT(ToHost(nullptr), IsNull());
   EXPECT_THAT(Log().Lines(), IsEmpty());
 }
 
-TEST_P(Convert, LooksMakesRetainsAndEntersInThisOrder) {
+TEST_P(Conversions, LooksMakesRetainsAndEntersInThisOrder) {
   Prepare();
   NativeObject* const native = MakeWrapped();
   void* const object = ToHost(native);
@@ -231,7 +224,7 @@ TEST_P(Convert, LooksMakesRetainsAndEntersInThisOrder) {
   EXPECT_EQ(native->retains, 1);
 }
 
-TEST_P(Convert, TheSameNativeObjectTwiceIsTheSameHostObjectLockedOnceMore) {
+TEST_P(Conversions, TheSameNativeObjectTwiceIsTheSameHostObjectLockedOnceMore) {
   Prepare();
   NativeObject* const native = MakeWrapped();
   void* const first = ToHost(native);
@@ -244,7 +237,7 @@ TEST_P(Convert, TheSameNativeObjectTwiceIsTheSameHostObjectLockedOnceMore) {
   EXPECT_EQ(Calls("PluginNewInstance"), 0);
 }
 
-TEST_P(Convert, ACachedObjectIsAnsweredUnlockedByAHostThatCannotLock) {
+TEST_P(Conversions, ACachedObjectIsAnsweredUnlockedByAHostThatCannotLock) {
   Prepare();
   NativeObject* const native = MakeWrapped();
   void* const first = ToHost(native);
@@ -254,7 +247,7 @@ TEST_P(Convert, ACachedObjectIsAnsweredUnlockedByAHostThatCannotLock) {
   host.Object(first).owned = 1;
 }
 
-TEST_P(Convert, AfterTheHostObjectIsGoneTheNextConversionMakesANewOne) {
+TEST_P(Conversions, AfterTheHostObjectIsGoneTheNextConversionMakesANewOne) {
   Prepare();
   NativeObject* const native = MakeWrapped();
   void* const first = ToHost(native);
@@ -265,7 +258,7 @@ TEST_P(Convert, AfterTheHostObjectIsGoneTheNextConversionMakesANewOne) {
   EXPECT_EQ(native->retains, 2);
 }
 
-TEST_P(Convert, WithoutACacheEveryConversionMakesANewObject) {
+TEST_P(Conversions, WithoutACacheEveryConversionMakesANewObject) {
   platform.ForgetSibling();
   Prepare();
   NativeObject* const native = MakeWrapped();
@@ -274,7 +267,7 @@ TEST_P(Convert, WithoutACacheEveryConversionMakesANewObject) {
   EXPECT_THAT(Log().Calls(), IsEmpty());
 }
 
-TEST_P(Convert, StoresWhatRetainAnswered) {
+TEST_P(Conversions, StoresWhatRetainAnswered) {
   Prepare();
   NativeObject* const native = MakeWrapped();
   NativeObject* const other = MakeWrapped();
@@ -285,7 +278,7 @@ TEST_P(Convert, StoresWhatRetainAnswered) {
   EXPECT_EQ(host.Object(ToHost(native)).Native(), other);
 }
 
-TEST_P(Convert, GivesNullOnAHostThatMakesNoInstances) {
+TEST_P(Conversions, GivesNullOnAHostThatMakesNoInstances) {
   Prepare();
   host.missing = {"PluginNewInstance"};
   NativeObject* const native = MakeWrapped();
@@ -294,7 +287,7 @@ TEST_P(Convert, GivesNullOnAHostThatMakesNoInstances) {
   EXPECT_THAT(platform.instances->entries, IsEmpty());
 }
 
-TEST_P(Convert, GivesNullWhenTheHostLacksTheClass) {
+TEST_P(Conversions, GivesNullWhenTheHostLacksTheClass) {
   Prepare();
   host.missingClasses = {GetParam().className};
   NativeObject* const native = MakeWrapped();

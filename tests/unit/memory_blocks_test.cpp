@@ -4,17 +4,14 @@
 #include <new>
 #include <stdexcept>
 
-#include "tests/unit/fixture.h"
+#include "tests/unit/bridge.h"
 
 namespace unit {
 namespace {
 
 class NewNSData : public NewHost {
  protected:
-  static NativeObject* ToPlatform(void* block) {
-    return Native(Call(static_cast<id (*)(qvx::REALmemoryBlock)>(&qvx::NewNSData),
-                       static_cast<qvx::REALmemoryBlock>(block)));
-  }
+  static NativeObject* ToPlatform(void* block) { return NewData(block); }
 };
 
 TEST_F(NewNSData, NullIsNilAndNoServiceIsCalled) {

@@ -3,8 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "bridge/strings.h"
-#include "tests/unit/fixture.h"
+#include "tests/unit/bridge.h"
 
 namespace unit {
 namespace {
@@ -17,7 +16,7 @@ using qvx::kEncodingUTF8;
 using qvx::REALstringData;
 
 NativeObject* ToPlatform(qvx::REALstring string) {
-  return Native(Call(static_cast<id (*)(qvx::REALstring)>(&qvx::NewNSString), string));
+  return NewString(string);
 }
 
 std::u16string TextOf(const NativeObject* string) {
@@ -355,15 +354,12 @@ using DataScope = NewHost;
 TEST_F(DataScope, GivesBackTheStringThenTheObjectThenTheData) {
   const auto string = host.NewString("text");
   HostObject& block = host.NewBlock({1});
-  auto* const bytes = static_cast<char*>(std::calloc(8, 1));
-  std::memcpy(bytes, "data", 4);
-  host.liveStringData.push_back(bytes);
   {
     qvx::Holdings holdings;
     qvx::HostDataScope scope(holdings);
     scope.LockString(string);
     scope.LockObject(static_cast<qvx::REALobject>(block.Handle()));
-    scope.TakeData({bytes, 4, 0});
+    scope.ReadStringData(host.NewString("data"));
     Log().Clear();
     scope.Release();
     EXPECT_THAT(Log().Services(), ElementsAre("REALUnlockString(\"text\")", "REALUnlockObject(block#1)",

@@ -1,8 +1,7 @@
 // tests/unit/strings_platform_to_host_test.cpp - NSStringRB and REALBuildUnicodeString.
 #include <new>
 
-#include "bridge/strings.h"
-#include "tests/unit/fixture.h"
+#include "tests/unit/bridge.h"
 
 namespace unit {
 namespace {
@@ -16,7 +15,7 @@ using qvx::kEncodingUTF8;
 using qvx::kEncodingWindowsLatin1;
 
 void* ToHost(NativeObject* string) {
-  return Call(static_cast<qvx::REALstring (*)(id)>(&qvx::NSStringRB), AsId(string));
+  return StringRB(string);
 }
 
 void* Build(std::string_view bytes, std::uint32_t encoding) {

@@ -10,3 +10,6 @@ Try
 Catch e As NilObjectException
   Print e.Message
 End Try
+Dim w As Double = 4
+NSColorQVX.redColor.getWhite w
+Print w

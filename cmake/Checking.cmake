@@ -1,0 +1,22 @@
+# Builds that watch the tests: QVX_SANITIZE checks memory and undefined behaviour, QVX_COVERAGE counts what is reached.
+option(QVX_SANITIZE "Check memory and undefined behaviour while the tests run" OFF)
+option(QVX_COVERAGE "Count the lines and branches that the tests reach" OFF)
+if(QVX_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(QVX_COVERAGE)
+  # Inlining would split a line's branches over its callers.
+  add_compile_options(--coverage -fprofile-abs-path -O0 -fno-inline)
+  add_link_options(--coverage)
+endif()
+
+# checked_test(name): a test whose process runs under the sanitizers' settings. Exception frames must lie on the real
+# stack; what a delivered exception jumps over in the scripted services is lost on purpose, and the tests count what
+# the bundle itself holds.
+function(checked_test name)
+  if(QVX_SANITIZE)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 900 ENVIRONMENT
+      "ASAN_OPTIONS=detect_stack_use_after_return=0:detect_leaks=0:alloc_dealloc_mismatch=0:malloc_context_size=1;UBSAN_OPTIONS=print_stacktrace=1")
+  endif()
+endfunction()

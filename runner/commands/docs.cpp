@@ -1,0 +1,83 @@
+// runner/commands/docs.cpp - "hostrun docs": the reference of the bundle's classes as one HTML file.
+#include "runner/commands/docs.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "runner/commands/docs_members.h"
+#include "runner/commands/docs_page.h"
+#include "runner/commands/start.h"
+#include "runner/host/exceptions.h"
+#include "runner/host/functions.h"
+#include "runner/host/registry.h"
+#include "runner/language/program.h"
+
+namespace hostrun {
+namespace {
+
+// Beside the build folder of a source tree, or where an installation puts documents.
+std::string FindDescriptions() {
+  std::error_code error;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+  const auto folder = self.parent_path();
+  const auto installed = (folder / QVX_DOC_FROM_BIN / "reference.txt").lexically_normal();
+  if (!error && std::filesystem::exists(installed, error)) return installed.native();
+  return (folder / "../docs/reference.txt").lexically_normal().native();
+}
+
+int Refuse(const std::string& line) {
+  std::fprintf(stderr, "%s\n", line.c_str());
+  return kExitUse;
+}
+
+int Write(const DocsOptions& options) {
+  const std::vector<ClassText> texts = ReadDescriptions(options.descriptions);
+  const std::vector<std::string> mismatches = Mismatches(texts, options.descriptions);
+  for (const std::string& line : mismatches) std::fprintf(stderr, "%s\n", line.c_str());
+  if (!mismatches.empty()) {
+    return Refuse("hostrun docs: wanted one description for each registered member, found the " +
+                  std::to_string(mismatches.size()) + " differences above; nothing is written");
+  }
+  std::size_t count = 0;
+  for (const Class* const cls : BundleClasses()) count += MembersOf(*cls).size();
+  const std::string subtitle =
+      "Every member of the bundle's classes, from its registered records: " + std::to_string(count) +
+      " members. Registered on host version " + NumberText(TheHostIdentity().version, 7) + ", layout " +
+      std::to_string(AnnouncedLayout()) + ".";
+  std::ofstream file(options.out, std::ios::binary);
+  file << ReferencePage(texts, PredefinedColours(), subtitle);
+  file.close();
+  if (!file)
+    throw std::runtime_error(options.out +
+                             ": wanted to write the reference, found a file that can't be written");
+  std::fprintf(stderr, "hostrun: %zu members described in %s\n", count, options.out.c_str());
+  return kExitFine;
+}
+
+}  // namespace
+
+void AddDocsOptions(CLI::App& app, DocsOptions& options) {
+  options.descriptions = FindDescriptions();
+  AddHostOptions(app, options.host);
+  app.add_option("--out", options.out, "The page to write")->option_text("FILE.html (reference.html)");
+  app.add_option("--descriptions", options.descriptions, "The text that describes the members")
+      ->option_text("FILE.txt");
+  app.footer(
+      "Example:\n  hostrun docs --out reference.html\n\n"
+      "Exit status: 0 written, 2 an error of use, or members and descriptions that do not match.");
+}
+
+int Docs(const DocsOptions& options) {
+  try {
+    const std::string problem = StartHost(options.host);
+    return problem.empty() ? Write(options) : Refuse(problem);
+  } catch (const HostException& exception) {
+    return Refuse("hostrun docs: " + DescribeException(exception.object()));
+  } catch (const std::exception& error) {
+    return Refuse(error.what());
+  }
+}
+
+}  // namespace hostrun

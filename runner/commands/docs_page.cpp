@@ -1,0 +1,181 @@
+// runner/commands/docs_page.cpp - the reference as one HTML page that needs nothing but itself.
+#include "runner/commands/docs_page.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <map>
+
+#include "runner/commands/docs_members.h"
+#include "runner/commands/docs_style.h"
+#include "runner/host/registry.h"
+
+namespace hostrun {
+namespace {
+
+std::string Escaped(std::string_view text) {
+  std::string html;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        html += "&amp;";
+        break;
+      case '<':
+        html += "&lt;";
+        break;
+      case '>':
+        html += "&gt;";
+        break;
+      case '"':
+        html += "&quot;";
+        break;
+      default:
+        html += c;
+    }
+  }
+  return html;
+}
+
+// `...` is code.
+std::string Prose(std::string_view text) {
+  std::string html;
+  bool code = false;
+  for (std::size_t at = 0; at <= text.size();) {
+    const std::size_t tick = std::min(text.find('`', at), text.size());
+    html += Escaped(text.substr(at, tick - at));
+    if (tick < text.size()) html += code ? "</code>" : "<code>";
+    code = !code;
+    at = tick + 1;
+  }
+  return html;
+}
+
+std::string Paragraphs(const Said& said) {
+  std::string html;
+  for (const std::string& paragraph : said.paragraphs) html += "<p>" + Prose(paragraph) + "</p>\n";
+  return html;
+}
+
+std::string Fields(const Said& said, const std::string& defaults = {}) {
+  std::string rows;
+  const auto row = [&rows](const char* label, const std::string& html) {
+    rows += std::string("<div><dt>") + label + "</dt><dd>" + html + "</dd></div>\n";
+  };
+  if (!defaults.empty()) row("Defaults", Escaped(defaults));
+  if (said.nil) row("Nil gives", Prose(*said.nil));
+  if (said.raises) row("Raises", Prose(*said.raises));
+  std::string html = rows.empty() ? rows : "<dl>\n" + rows + "</dl>\n";
+  if (said.note) html += "<p class=\"note\"><b>Mind:</b> " + Prose(*said.note) + "</p>\n";
+  return html;
+}
+
+// The words of a declaration that are no names stand back.
+std::string Signature(const std::string& declaration) {
+  static constexpr std::array<std::string_view, 3> kWords = {"as", "byref", "paramarray"};
+  std::string html;
+  for (std::size_t at = 0; at < declaration.size();) {
+    std::size_t end = at;
+    while (end < declaration.size() && std::isalnum(static_cast<unsigned char>(declaration[end])) != 0) ++end;
+    if (end == at) {
+      html += Escaped(declaration.substr(at++, 1));
+      continue;
+    }
+    const std::string word = declaration.substr(at, end - at);
+    const bool quiet = std::find(kWords.begin(), kWords.end(), word) != kWords.end();
+    html += quiet ? "<i>" + word + "</i>" : Escaped(word);
+    at = end;
+  }
+  return html;
+}
+
+std::string Percent(double component) {
+  return ComponentText(std::clamp(component, 0.0, 1.0) * 100) + "%";
+}
+
+std::string SwatchHtml(const ColourCard& card) {
+  std::string value = card.hex;
+  if (card.alpha < 1) value += ", alpha " + ComponentText(card.alpha);
+  const std::string css = "rgb(" + Percent(card.red) + " " + Percent(card.green) + " " + Percent(card.blue) +
+                          " / " + Percent(card.alpha) + ")";
+  const std::string detail = card.components.empty() ? card.space : card.space + " " + card.components;
+  return R"(<div class="swatch"><span style="--c:)" + css + R"("></span><b>)" + Escaped(value) +
+         "</b><small>" + Escaped(detail) + "</small></div>\n";
+}
+
+class Page {
+ public:
+  Page(const std::vector<ClassText>& texts, const std::vector<ColourCard>& predefined) : texts_(texts) {
+    for (const ColourCard& card : predefined) cards_[card.name] = &card;
+  }
+
+  std::string Make(const std::string& subtitle) {
+    for (const ClassText& text : texts_) AddClass(text);
+    return std::string("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n") +
+           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n" +
+           "<meta name=\"color-scheme\" content=\"light dark\">\n<title>QVXColor reference</title>\n<style>" +
+           kDocsStyle + "</style>\n</head>\n<body>\n<header>\n<h1>QVXColor reference</h1>\n<p>" +
+           Escaped(subtitle) +
+           "</p>\n<label for=\"search\">Search</label>\n<input id=\"search\" type=\"search\" "
+           "autocomplete=\"off\" " +
+           "spellcheck=\"false\" placeholder=\"Name, type or word; press / to come here\">\n" +
+           "<output id=\"count\" for=\"search\" aria-live=\"polite\"></output>\n</header>\n<nav "
+           "aria-label=\"Members\">\n" +
+           contents_ + "</nav>\n<main>\n" + main_ +
+           "<p id=\"none\" hidden>No member has all of these words.</p>\n</main>\n<script>" + kDocsScript +
+           "</script>\n</body>\n</html>\n";
+  }
+
+ private:
+  void AddClass(const ClassText& text) {
+    for (const Class* const cls : BundleClasses()) {
+      if (cls->name != text.name) continue;
+      members_.clear();
+      for (const Member& member : MembersOf(*cls)) members_[member.Key()] = member;
+    }
+    main_ += R"(<section class="class" id=")" + text.name + "\">\n<h2>" + text.name + "</h2>\n" +
+             Paragraphs(text.said);
+    contents_ += R"(<section><h2><a href="#)" + text.name + R"(">)" + text.name + "</a></h2>\n";
+    for (const GroupText& group : text.groups) {
+      main_ += "<section class=\"group\">\n<h3>" + Escaped(group.title) + "</h3>\n" + Paragraphs(group.said) +
+               Fields(group.said);
+      contents_ += "<h3>" + Escaped(group.title) + "</h3>\n<ul>\n";
+      for (const MemberText& member : group.members) AddMember(text, member);
+      main_ += "</section>\n";
+      contents_ += "</ul>\n";
+    }
+    main_ += "</section>\n";
+    contents_ += "</section>\n";
+  }
+
+  void AddMember(const ClassText& cls, const MemberText& text) {
+    const Member& member = members_.at(text.declaration);
+    std::string id = cls.name + "." + member.Name();
+    const int uses = ++ids_[id];
+    if (uses > 1) id += "-" + std::to_string(uses);
+    main_ += "<article id=\"" + Escaped(id) + "\" data-in=\"" + cls.name + "\">\n<h4><a href=\"#" +
+             Escaped(id) + "\">" + Escaped(member.Name()) + "</a> <span class=\"kind\">" + member.Kind() +
+             "</span></h4>\n";
+    const auto card = cards_.find(member.Name());
+    if (member.method != nullptr && member.method->shared && card != cards_.end())
+      main_ += SwatchHtml(*card->second);
+    main_ += "<pre><code>" + Signature(member.Signature()) + "</code></pre>\n" + Paragraphs(text.said) +
+             Fields(text.said, member.Defaults()) + "</article>\n";
+    contents_ += "<li><a href=\"#" + Escaped(id) + "\">" + Escaped(member.Name()) + "</a></li>\n";
+  }
+
+  const std::vector<ClassText>& texts_;
+  std::map<std::string, const ColourCard*> cards_;
+  std::map<std::string, Member> members_;  // of the class in work
+  std::map<std::string, int> ids_;
+  std::string main_;
+  std::string contents_;
+};
+
+}  // namespace
+
+std::string ReferencePage(const std::vector<ClassText>& texts, const std::vector<ColourCard>& predefined,
+                          const std::string& subtitle) {
+  return Page(texts, predefined).Make(subtitle);
+}
+
+}  // namespace hostrun

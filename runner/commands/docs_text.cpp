@@ -1,0 +1,110 @@
+// runner/commands/docs_text.cpp - reads the text file that describes the members of the registered classes.
+#include "runner/commands/docs_text.h"
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+
+namespace hostrun {
+namespace {
+
+constexpr std::string_view kIndent = "  ";
+
+class Reader {
+ public:
+  explicit Reader(const std::string& fileName) : fileName_(fileName) {}
+
+  void Line(const std::string& line) {
+    ++number_;
+    if (line.starts_with('#')) return;
+    if (line.starts_with('[')) return Heading(line);
+    if (line.empty()) {
+      open_ = nullptr;
+      openIsField_ = false;
+      return;
+    }
+    if (said_ == nullptr) Fail("a [class NAME] before any text", line);
+    if (line.starts_with(kIndent)) {
+      if (!openIsField_) Fail(R"(an indented line only below a "nil:", "raises:" or "note:")", line);
+      *open_ += ' ' + line.substr(kIndent.size());
+      return;
+    }
+    if (Field(line, "nil: ", said_->nil) || Field(line, "raises: ", said_->raises) ||
+        Field(line, "note: ", said_->note))
+      return;
+    if (openIsField_) Fail("a blank line, another field, or a line indented by two blanks", line);
+    if (open_ == nullptr) {
+      open_ = &said_->paragraphs.emplace_back(line);
+    } else {
+      *open_ += ' ' + line;
+    }
+  }
+
+  std::vector<ClassText> Take() { return std::move(classes_); }
+
+ private:
+  [[noreturn]] void Fail(const std::string& wanted, const std::string& found) const {
+    throw std::runtime_error(fileName_ + ":" + std::to_string(number_) + ": wanted " + wanted +
+                             ", found: " + found);
+  }
+
+  void Heading(const std::string& line) {
+    open_ = nullptr;
+    openIsField_ = false;
+    const auto blank = line.find(' ');
+    if (!line.ends_with(']') || blank == std::string::npos || blank + 2 >= line.size()) {
+      Fail("[class NAME], [group TITLE] or [member DECLARATION]", line);
+    }
+    const std::string kind = line.substr(1, blank - 1);
+    const std::string rest = line.substr(blank + 1, line.size() - blank - 2);
+    if (kind == "class") {
+      said_ = &classes_.emplace_back(ClassText{rest, number_, {}, {}}).said;
+    } else if (kind == "group") {
+      if (classes_.empty()) Fail("a [class NAME] before a group", line);
+      said_ = &classes_.back().groups.emplace_back(GroupText{rest, {}, {}}).said;
+    } else if (kind == "member") {
+      if (classes_.empty() || classes_.back().groups.empty()) Fail("a [group TITLE] before a member", line);
+      said_ = &classes_.back().groups.back().members.emplace_back(MemberText{rest, number_, {}}).said;
+    } else {
+      Fail("[class NAME], [group TITLE] or [member DECLARATION]", line);
+    }
+  }
+
+  bool Field(const std::string& line, std::string_view label, std::optional<std::string>& field) {
+    if (!line.starts_with(label)) return false;
+    if (field) Fail("one \"" + std::string(label) + "\" for one member", line);
+    open_ = &field.emplace(line.substr(label.size()));
+    openIsField_ = true;
+    return true;
+  }
+
+  const std::string& fileName_;
+  int number_ = 0;
+  std::vector<ClassText> classes_;
+  Said* said_ = nullptr;         // of the last heading
+  std::string* open_ = nullptr;  // what the next line continues
+  bool openIsField_ = false;
+};
+
+}  // namespace
+
+std::vector<ClassText> ParseDescriptions(const std::string& fileName, const std::string& text) {
+  Reader reader(fileName);
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) reader.Line(line);
+  return reader.Take();
+}
+
+std::vector<ClassText> ReadDescriptions(const std::string& fileName) {
+  std::ifstream file(fileName, std::ios::binary);
+  std::ostringstream text;
+  if (!file || !(text << file.rdbuf())) {
+    throw std::runtime_error(
+        fileName +
+        ": wanted the descriptions of the members, found no such file; name it with --descriptions");
+  }
+  return ParseDescriptions(fileName, text.str());
+}
+
+}  // namespace hostrun

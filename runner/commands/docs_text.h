@@ -1,0 +1,41 @@
+// runner/commands/docs_text.h - reads the text file that describes the members of the registered classes.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace hostrun {
+
+// What is said about a class, a group or a member.
+struct Said {
+  std::vector<std::string> paragraphs;
+  std::optional<std::string> nil;     // what an empty instance or nil gives
+  std::optional<std::string> raises;  // which host exceptions
+  std::optional<std::string> note;    // what a reader would not expect
+};
+
+struct MemberText {
+  std::string declaration;  // of a method as registered; the name of a property or constant
+  int line = 0;
+  Said said;
+};
+
+struct GroupText {
+  std::string title;
+  Said said;  // nil and raises hold for the members that say nothing themselves
+  std::vector<MemberText> members;
+};
+
+struct ClassText {
+  std::string name;
+  int line = 0;
+  Said said;
+  std::vector<GroupText> groups;
+};
+
+// Both throw std::runtime_error: file, line, what was wanted and what was found.
+std::vector<ClassText> ParseDescriptions(const std::string& fileName, const std::string& text);
+std::vector<ClassText> ReadDescriptions(const std::string& fileName);
+
+}  // namespace hostrun

@@ -1,0 +1,144 @@
+// runner/commands/swatches.cpp - "hostrun swatches": a picture of colours.
+#include "runner/commands/swatches.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+
+#include "runner/commands/start.h"
+#include "runner/commands/swatches_picture.h"
+#include "runner/host/exceptions.h"
+#include "runner/host/functions.h"
+#include "runner/host/platform.h"
+#include "runner/host/registry.h"
+#include "runner/host/text.h"
+#include "runner/language/program.h"
+#include "runner/language/steps.h"
+
+namespace hostrun {
+namespace {
+
+// What is autoreleased outside of calls into the bundle goes with this.
+class Pool {
+ public:
+  Pool() : pool_(ThePlatform().pushPool == nullptr ? nullptr : ThePlatform().pushPool()) {}
+  Pool(const Pool&) = delete;
+  Pool& operator=(const Pool&) = delete;
+  ~Pool() {
+    if (ThePlatform().popPool != nullptr) ThePlatform().popPool(pool_);
+  }
+
+ private:
+  void* pool_;
+};
+
+bool IsColour(const Value& value) {
+  return value.kind() == Kind::Color ||
+         (value.object() != nullptr && IsKindOf(value.object(), ColourClass()));
+}
+
+// "sunrise:" names the colour "sunrise".
+std::string PlainLabel(const std::string& label) {
+  const auto first = label.find_first_not_of(" \t");
+  const auto last = label.find_last_not_of(" \t:=");
+  return first == std::string::npos || last == std::string::npos ? std::string()
+                                                                 : label.substr(first, last - first + 1);
+}
+
+// The colours of one printed line, each named by the text just before it.
+void AddPrinted(const std::vector<Value>& line, std::vector<ColourCard>& cards) {
+  std::string label;
+  for (const Value& item : line) {
+    if (!IsColour(item)) {
+      label = PlainLabel(DisplayText(item));
+      continue;
+    }
+    if (label.empty()) label = "colour " + std::to_string(cards.size() + 1);
+    cards.push_back(item.object() == nullptr ? CardOf(label, item.color()) : CardOf(label, item.object()));
+    label.clear();
+  }
+}
+
+int PrintedColours(const std::string& file, std::vector<ColourCard>& cards) {
+  const Source source = Source::FromFile(file);
+  SetPrintObserver([&cards](const std::vector<Value>& line) { AddPrinted(line, cards); });
+  try {
+    const int status = RunProgram(Compile(source), source);
+    SetPrintObserver({});
+    return status;
+  } catch (const ProgramError& error) {
+    throw std::runtime_error(source.Describe(error.at(), error.what()));
+  }
+}
+
+int Draw(const SwatchesOptions& options) {
+  const std::string extension = LowerName(std::filesystem::path(options.source).extension().native());
+  SwatchPicture picture;
+  picture.columns = options.columns;
+  int status = kExitFine;
+  if (options.source.empty()) {
+    picture.cards = PredefinedColours();
+    picture.title = "NSColorQVX: " + std::to_string(picture.cards.size()) + " predefined colours";
+  } else if (extension == ".clr") {
+    picture.cards = ColoursOfListFile(options.source);
+    picture.title = std::filesystem::path(options.source).stem().native() + ": " +
+                    std::to_string(picture.cards.size()) + " colours of a list";
+  } else if (extension == ".bas") {
+    status = PrintedColours(options.source, picture.cards);
+    if (picture.cards.empty()) {
+      throw std::runtime_error(options.source +
+                               ": wanted a program that prints colours, found none printed; print an "
+                               "NSColorQVX or a Color, with a text before it as its name");
+    }
+    picture.title = std::filesystem::path(options.source).filename().native() + ": " +
+                    std::to_string(picture.cards.size()) + " printed colours";
+  } else {
+    throw std::runtime_error(options.source +
+                             ": wanted a colour list (.clr) or a program (.bas), found neither");
+  }
+  picture.subtitle =
+      "Value as colorValue gives it; space and components as the colour holds them; after an arrow, what a "
+      "colour known "
+      "by name is resolved to";
+  WriteSwatchPicture(picture, options.out);
+  std::fprintf(stderr, "hostrun: %zu colours drawn in %s\n", picture.cards.size(), options.out.c_str());
+  return status;
+}
+
+int Refuse(const std::string& line) {
+  std::fprintf(stderr, "%s\n", line.c_str());
+  return kExitUse;
+}
+
+}  // namespace
+
+void AddSwatchesOptions(CLI::App& app, SwatchesOptions& options) {
+  AddHostOptions(app, options.host);
+  app.add_option("--out", options.out, "The picture to write, as .png or .svg")
+      ->option_text("FILE (swatches.png)");
+  app.add_option("--columns", options.columns, "Colours in a row")
+      ->option_text("N (5)")
+      ->check(CLI::Range(1, 50));
+  app.add_option(
+         "source", options.source,
+         "A colour list, or a program whose printed colours are drawn; without it, the predefined colours")
+      ->option_text("[LIST.clr | PROGRAM.bas]");
+  app.footer(
+      "Example:\n  hostrun swatches --out sunset.svg examples/palette.bas\n\n"
+      "Exit status: 0 drawn, 1 drawn but the program ended with an uncaught exception, 2 an error of use.");
+}
+
+int Swatches(const SwatchesOptions& options) {
+  try {
+    const std::string problem = StartHost(options.host);
+    if (!problem.empty()) return Refuse(problem);
+    const Pool pool;
+    return Draw(options);
+  } catch (const HostException& exception) {
+    return Refuse("hostrun swatches: " + DescribeException(exception.object()));
+  } catch (const std::exception& error) {
+    return Refuse(error.what());
+  }
+}
+
+}  // namespace hostrun

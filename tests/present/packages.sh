@@ -1,0 +1,113 @@
+#!/usr/bin/env bash
+# tests/present/packages.sh SOURCE BUILD CXX - packs, unpacks both packages into fresh folders, and runs programs from them in a
+# root directory that holds the C and C++ run-time, the package, and nothing else.
+set -uo pipefail
+source=$(realpath "$1")
+build=$(realpath "$2")
+cxx=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+fail() {
+  echo "FAILED: $*"
+  failures=$((failures + 1))
+}
+
+rm -rf "$work/packages"
+(cd "$build" && cpack -B "$work/cpack" -D CPACK_OUTPUT_FILE_PREFIX="$work/packages") >"$work/log" 2>&1 || {
+  cat "$work/log"
+  exit 1
+}
+deb=$(echo "$work"/packages/*.deb)
+tarball=$(echo "$work"/packages/*.tar.gz)
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$source/CMakeLists.txt")
+
+[ "$(dpkg-deb -f "$deb" Package Version Architecture | cut -d' ' -f2 | paste -sd' ')" = "qvxcolor $version amd64" ] ||
+  fail "the .deb says what it is: $(dpkg-deb -f "$deb" Package Version Architecture | paste -sd' ')"
+dpkg-deb -f "$deb" Depends | grep -q libc6-i386 || fail "the .deb wants the 32-bit C run-time"
+
+# The run-time of the machine, where the 32-bit loader finds it without a configuration.
+base=$work/base
+mkdir -p "$base"/{lib,lib32,etc,tmp,proc,dev,root}
+cp -L /lib/ld-linux.so.2 "$base/lib/"
+for library in libc.so.6 libm.so.6 libdl.so.2 libpthread.so.0 librt.so.1 libresolv.so.2 libgcc_s.so.1 libstdc++.so.6; do
+  cp -L "$("$cxx" -m32 -print-file-name="$library")" "$base/lib32/" || exit 1
+done
+gconv=$(dirname "$("$cxx" -m32 -print-file-name=libc.so.6)")/gconv
+for folder in "$gconv" /usr/lib32/gconv; do
+  [ -d "$folder" ] && mkdir -p "$base/usr/lib32" && cp -r "$(realpath "$folder")" "$base/usr/lib32/" && break
+done
+echo 'root:x:0:0:root:/root:/' >"$base/etc/passwd"
+
+isolate=(unshare --mount --pid --fork)
+[ "$(id -u)" = 0 ] || isolate+=(--map-root-user)
+can_isolate=yes
+"${isolate[@]}" true 2>"$work/why" || can_isolate=no
+
+# inside ROOT COMMAND...: runs it with ROOT as the root directory.
+inside() {
+  local root=$1
+  shift
+  # shellcheck disable=SC2016 # expanded inside
+  env -i PATH="$PATH" HOME=/root "${isolate[@]}" sh -c 'mount -t proc proc "$1/proc" && root=$1 && shift && exec chroot "$root" "$@"' sh "$root" "$@"
+}
+
+# try NAME ROOT PREFIX: the package below ROOT/PREFIX.
+try() {
+  local name=$1 root=$2 prefix=$3 program found
+  local hostrun=$prefix/bin/hostrun documents=$prefix/share/doc/qvxcolor
+  for wanted in LICENSE NOTICE CHANGELOG.md README.md reference.txt third-party/libgnustep-base1.28 examples/first-colors.bas; do
+    [ -s "$root$documents/$wanted" ] || fail "$name has $wanted"
+  done
+  if grep -rlqF -e "$source" -e "$build" "$root$prefix"; then
+    fail "$name names no folder of the machine that built it: $(grep -rlF -e "$source" -e "$build" "$root$prefix" | head -n 3)"
+  fi
+  objdump -p "$root$hostrun" "$root$prefix"/lib*/qvxcolor/libcocoa.so "$root$prefix"/lib/*/qvxcolor/libcocoa.so 2>/dev/null |
+    grep -E 'R(UN)?PATH' | grep -qvF '$ORIGIN' && fail "$name looks for libraries relative to itself only"
+
+  # Nothing but the C and C++ run-time comes from outside.
+  found=$(cd "$root$documents/examples" && env -i LD_DEBUG=libs "$root$hostrun" first-colors.bas 2>&1 |
+    sed -n 's/.*calling init: //p' | grep -v "^$root" |
+    grep -vE '/(ld-linux|libc|libm|libdl|libpthread|librt|libresolv|libgcc_s|libstdc\+\+)\.so\.[0-9]+$|/gconv/|/libnss_')
+  [ -z "$found" ] || fail "$name needs nothing from outside, found $found"
+
+  for program in first-colors components colour-space palette exceptions; do
+    [ -e "$root$documents/examples/$program.bas" ] || continue
+    if [ $can_isolate = yes ]; then
+      inside "$root" "$hostrun" "$documents/examples/$program.bas" >"$work/out" 2>"$work/err"
+    else
+      env -i HOME="$root/root" "$root$hostrun" "$root$documents/examples/$program.bas" >"$work/out" 2>"$work/err"
+    fi
+    cmp -s "$source/examples/$program.out" "$work/out" || {
+      fail "$name runs $program.bas"
+      diff "$source/examples/$program.out" "$work/out" | head -n 5
+      cat "$work/err"
+    }
+  done
+  if [ $can_isolate = yes ]; then
+    found=$(inside "$root" "$hostrun" --version)
+    [ "$found" = "hostrun $version" ] || fail "$name says its version: wanted hostrun $version, found $found"
+    inside "$root" "$hostrun" docs --out /tmp/reference.html 2>"$work/err" || { fail "$name writes the reference"; cat "$work/err"; }
+    [ -s "$root/tmp/reference.html" ] || fail "$name leaves the reference"
+    inside "$root" "$hostrun" swatches --out /tmp/swatches.png 2>"$work/err" || { fail "$name draws the colours"; cat "$work/err"; }
+    [ -s "$root/tmp/swatches.png" ] || fail "$name leaves the picture"
+  fi
+}
+
+for name in deb tarball; do
+  root=$work/$name
+  cp -r "$base" "$root"
+  mkdir -p "$root/usr/bin"
+  case $name in
+    deb) dpkg-deb -x "$deb" "$root" && prefix=/usr ;;
+    tarball) mkdir -p "$root/opt" && tar -xzf "$tarball" -C "$root/opt" && prefix=/opt/$(ls "$root/opt") ;;
+  esac
+  try "the $name" "$root" "$prefix"
+done
+
+[ $failures = 0 ] || exit 1
+if [ $can_isolate = yes ]; then
+  echo "all of it holds, in a root directory with nothing but the run-time"
+else
+  echo "all of it holds, but without a root directory of its own: $(cat "$work/why")"
+fi

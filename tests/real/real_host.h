@@ -1,0 +1,32 @@
+// tests/real/real_host.h - the bundle over the real platform, called by class and name as a program would.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "runner/host/call.h"
+#include "runner/host/objects.h"
+#include "runner/host/registry.h"
+#include "runner/host/value.h"
+
+namespace real {
+
+// Starts the host runner's host with the platform library, the sibling part and the bundle that lie beside
+// the executable. Ends the process with one line if that fails.
+void StartHost(double version = 2015.0);
+
+// A function of a class by its declaration, which must be there.
+const hostrun::Method& MethodOf(std::string_view className, std::string_view declaration);
+const hostrun::Method& GetterOf(std::string_view className, std::string_view property);
+
+// Calls it. A host exception that the bundle raises is counted and dropped; the answer is then Nil.
+hostrun::Value Call(const hostrun::Method& method, const hostrun::ArgumentWords& words);
+int RaisedSoFar();
+
+// Entries in the instance cache.
+long CachedInstances();
+
+// What the process occupies of the machine's memory, in bytes, after what is free has been given back.
+long long ResidentBytes();
+
+}  // namespace real

@@ -1,0 +1,40 @@
+// tests/unit/bridge.h - the bridge's own conversions, called directly.
+//
+// They note what they borrow in the Holdings of the guard that they run under; here each call has some of its
+// own.
+#pragma once
+
+#include "bridge/holdings.h"
+#include "bridge/instances.h"
+#include "bridge/memory_blocks.h"
+#include "bridge/strings.h"
+#include "tests/unit/fixture.h"
+
+namespace unit {
+
+template <auto convert, typename Argument>
+auto Convert(Argument argument) {
+  const auto call = +[](Argument value) {
+    qvx::Holdings holdings;
+    return convert(value, holdings);
+  };
+  return Call(call, argument);
+}
+
+inline void* NewColor(NativeObject* native) {
+  return Convert<&qvx::NewNSColorQVX>(AsId(native));
+}
+inline void* NewSpace(NativeObject* native) {
+  return Convert<&qvx::NewNSColorSpaceQVX>(AsId(native));
+}
+inline NativeObject* NewString(qvx::REALstring string) {
+  return Native(Convert<&qvx::NewNSString>(string));
+}
+inline void* StringRB(NativeObject* string) {
+  return Convert<&qvx::NSStringRB>(AsId(string));
+}
+inline NativeObject* NewData(void* block) {
+  return Native(Convert<&qvx::NewNSData>(static_cast<qvx::REALmemoryBlock>(block)));
+}
+
+}  // namespace unit
