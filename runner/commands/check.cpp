@@ -4,8 +4,6 @@
 // process per host version loads the platform and the bundle; its copies make the checks.
 #include "runner/commands/check.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -70,7 +68,7 @@ Result RunOne(const BundleCheck& check, milliseconds limit) {
 class Reporter {
  public:
   explicit Reporter(const CheckOptions& options)
-      : options_(options), paint_(TakesColour(stdout)), progress_(isatty(STDERR_FILENO) != 0) {}
+      : options_(options), paint_(TakesColour(stdout)), progress_(TakesSequences(stderr)) {}
 
   void Take(const Result& result) {
     ++counts_[IndexOf(result.status)];

@@ -56,10 +56,6 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
 std::string StartHost(const HostOptions& options) {
   SetHostIdentity(options.identity);
   RegisterHostClasses();
-  if (options.identity.withheld.contains("RegisterPluginVersion")) {
-    return "--without RegisterPluginVersion: wanted a service that a bundle can do without, found one that "
-           "it calls unasked";
-  }
   const bool platform = options.platform != kNoPlatform;
   std::string problem = platform ? LoadPlatform(options.platform) : std::string();
   if (problem.empty() && platform && options.sibling) problem = InstallSibling();

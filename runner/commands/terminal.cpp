@@ -37,10 +37,14 @@ const char* Sequence(Style style) {
 
 }  // namespace
 
-bool TakesColour(std::FILE* stream) {
+bool TakesSequences(std::FILE* stream) {
   const char* const terminal = std::getenv("TERM");
   const bool dumb = terminal == nullptr || std::string_view(terminal) == "dumb";
-  return !dumb && !IsSet("NO_COLOR") && isatty(fileno(stream)) != 0;
+  return !dumb && isatty(fileno(stream)) != 0;
+}
+
+bool TakesColour(std::FILE* stream) {
+  return !IsSet("NO_COLOR") && TakesSequences(stream);
 }
 
 bool TakesTrueColour(std::FILE* stream) {

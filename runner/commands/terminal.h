@@ -8,7 +8,9 @@
 
 namespace hostrun {
 
-// Whether escape sequences may go to that stream: a terminal, and the user does not object with NO_COLOR.
+// Whether escape sequences may go to that stream: a terminal that knows them.
+bool TakesSequences(std::FILE* stream);
+// Whether it may be coloured too: the user does not object with NO_COLOR.
 bool TakesColour(std::FILE* stream);
 // Whether it also shows 24-bit colours.
 bool TakesTrueColour(std::FILE* stream);

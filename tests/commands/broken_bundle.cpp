@@ -1,50 +1,23 @@
 // tests/commands/broken_bundle.cpp - a bundle that breaks the contract in one place, for the tests of
-// "hostrun check". FAULT, given by the build, says in which; with kNone it keeps the contract. What concerns
-// symbols is given by macros of its own.
+// "hostrun check". The environment's BROKEN_BUNDLE_FAULT says in which; without one it keeps the contract.
+// What concerns the file is given by macros and options of the build.
+#include <pthread.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "host/records.h"
 
 namespace {
 
-enum class Fault : std::uint8_t {
-  kNone,
-  kCrashOnEntry,
-  kHangOnEntry,
-  kEndsOnEntry,
-  kWrongVersion,
-  kTwoVersions,
-  kLateVersion,
-  kNoClass,
-  kSameClassTwice,
-  kUnknownSuperclass,
-  kWrongLayoutWord,
-  kDataSize,
-  kReservedWord,
-  kNoFunction,
-  kFunctionIsData,
-  kDeclarationIsNoText,
-  kCountTooLarge,
-  kBadDeclaration,
-  kUnknownType,
-  kBadConstant,
-  kFullInstance,
-  kCrash,
-  kHang,
-  kNotNeutral,
-  kNotNeutralByReference,
-  kRaises,
-  kKeepsArgument,
-  kLeaksString,
-  kLeaksObject,
-  kWrongClass,
-  kNullHandle,
-};
-constexpr Fault kFault = Fault::FAULT;
+// Whether this is the fault to show.
+bool Has(std::string_view fault) {
+  static const char* const wanted = std::getenv("BROKEN_BUNDLE_FAULT");
+  return wanted != nullptr && fault == wanted;
+}
 
 using qvx::REALobject;
 using qvx::REALproc;
@@ -62,25 +35,24 @@ REALobject New(const char* name) {
 }
 
 void Construct(REALobject self) {
-  if (kFault == Fault::kFullInstance) std::memset(reinterpret_cast<char*>(self) + 24, 1, sizeof(void*));
+  if (Has("FullInstance")) std::memset(reinterpret_cast<char*>(self) + 24, 1, sizeof(void*));
 }
 void Destroy(REALobject) {}
 
 std::int32_t Number(REALobject self, std::int32_t) {
-  if (kFault == Fault::kNullHandle && self == nullptr) return 3;
-  return kFault == Fault::kNotNeutral ? 7 : 0;
+  if (Has("NullHandle") && self == nullptr) return 3;
+  return Has("NotNeutral") ? 7 : 0;
 }
 
 void Read(REALobject, double* out) {
-  *out = kFault == Fault::kNotNeutralByReference ? 0.5 : 0;
+  *out = Has("NotNeutralByReference") ? 0.5 : 0;
 }
 
 void Use(REALobject, REALobject other) {
-  if (kFault == Fault::kKeepsArgument && other != nullptr)
-    Service<void (*)(REALobject)>("REALLockObject")(other);
-  if (kFault == Fault::kCrash) std::abort();
-  while (kFault == Fault::kHang) sleep(1);
-  if (kFault == Fault::kRaises) {
+  if (Has("KeepsArgument") && other != nullptr) Service<void (*)(REALobject)>("REALLockObject")(other);
+  if (Has("Crash")) std::abort();
+  while (Has("Hang")) sleep(1);
+  if (Has("Raises")) {
     const REALobject exception = New("UnsupportedOperationException");
     Service<void (*)(REALobject)>("RuntimeRaiseException")(exception);
     Service<void (*)(REALobject)>("REALUnlockObject")(exception);
@@ -88,11 +60,11 @@ void Use(REALobject, REALobject other) {
 }
 
 REALobject Make() {
-  if (kFault == Fault::kLeaksObject) New("Sound");
-  if (kFault == Fault::kLeaksString) {
+  if (Has("LeaksObject")) New("Sound");
+  if (Has("LeaksString")) {
     Service<REALstring (*)(const void*, std::int32_t, std::uint32_t)>("REALBuildString")("lost", 4, 0);
   }
-  return New(kFault == Fault::kWrongClass ? "RuntimeException" : "Sound");
+  return New(Has("WrongClass") ? "RuntimeException" : "Sound");
 }
 
 template <class R, class... A>
@@ -100,21 +72,22 @@ REALproc Proc(R (*function)(A...)) {
   return reinterpret_cast<REALproc>(function);
 }
 
-constexpr const char* kUseDeclaration = kFault == Fault::kBadDeclaration ? "Use(other Sound)"
-                                        : kFault == Fault::kUnknownType  ? "Use(other as Nowhere)"
-                                                                         : "Use(other as Sound)";
+const char* UseDeclaration() {
+  if (Has("DeclarationIsNoText")) return reinterpret_cast<const char*>(16);
+  if (Has("BadDeclaration")) return "Use(other Sound)";
+  return Has("UnknownType") ? "Use(other as Nowhere)" : "Use(other as Sound)";
+}
 std::int32_t data[4] = {1, 2, 3, 4};
 
 std::array<qvx::REALproperty, 1> properties = {
     {{nullptr, "Number", "integer", qvx::kPropertyFlags, Proc(&Number), nullptr, 0, {}, {}}}};
 std::array<qvx::REALmethodDefinition, 2> methods = {{
     {Proc(&Read), nullptr, "Read(byref out as double)", qvx::kMethodFlags, {}},
-    {Proc(&Use), nullptr, kUseDeclaration, qvx::kMethodFlags, {}},
+    {Proc(&Use), nullptr, nullptr, qvx::kMethodFlags, {}},
 }};
 std::array<qvx::REALmethodDefinition, 1> sharedMethods = {
     {{Proc(&Make), nullptr, "Make as Sound", qvx::kMethodFlags, {}}}};
-std::array<qvx::REALconstant, 1> constants = {
-    {{kFault == Fault::kBadConstant ? "Answer:42" : "Answer=42", {}, {}}}};
+std::array<qvx::REALconstant, 1> constants = {{{"Answer=42", {}, {}}}};
 
 // The records of the old layout, of which the host reads no more.
 template <class Old, class Record, std::size_t N>
@@ -131,14 +104,15 @@ qvx::REALclassDefinition definition;
 
 void Describe(std::int32_t version) {
   const bool old = version <= 9;
-  if (kFault == Fault::kReservedWord) properties[0].reserved[1] = 5;
-  if (kFault == Fault::kNoFunction) methods[0].function = nullptr;
-  if (kFault == Fault::kFunctionIsData) properties[0].getter = reinterpret_cast<REALproc>(&data);
-  if (kFault == Fault::kDeclarationIsNoText) methods[1].declaration = reinterpret_cast<const char*>(16);
-  definition.version = kFault == Fault::kWrongLayoutWord ? version + 1 : version;
+  if (Has("ReservedWord")) properties[0].reserved[1] = 5;
+  if (Has("NoFunction")) methods[0].function = nullptr;
+  if (Has("FunctionIsData")) properties[0].getter = reinterpret_cast<REALproc>(&data);
+  methods[1].declaration = UseDeclaration();
+  if (Has("BadConstant")) constants[0].declaration = "Answer:42";
+  definition.version = Has("WrongLayoutWord") ? version + 1 : version;
   definition.name = "Sound";
-  definition.superName = kFault == Fault::kUnknownSuperclass ? "Missing" : nullptr;
-  definition.dataSize = kFault == Fault::kDataSize ? 4 : 16;
+  definition.superName = Has("UnknownSuperclass") ? "Missing" : nullptr;
+  definition.dataSize = Has("DataSize") ? 4 : 16;
   definition.constructor = &Construct;
   definition.destructor = &Destroy;
   definition.properties = old ? Shrunk<OldProperty>(properties) : properties.data();
@@ -148,7 +122,7 @@ void Describe(std::int32_t version) {
   definition.sharedMethods = old ? Shrunk<OldMethod>(sharedMethods) : sharedMethods.data();
   definition.sharedMethodCount = 1;
   definition.constants = old ? Shrunk<OldConstant>(constants) : constants.data();
-  definition.constantCount = kFault == Fault::kCountTooLarge ? 1000000 : 1;
+  definition.constantCount = Has("CountTooLarge") ? 1000000 : 1;
   definition.flags = qvx::kClassFlags;
 }
 
@@ -156,14 +130,18 @@ void Announce(std::int32_t version) {
   Service<std::int32_t (*)(std::int32_t)>("RegisterPluginVersion")(version);
 }
 void Register() {
-  Service<void (*)(qvx::REALclassDefinition*)>("PluginRegisterClass")(&definition);
+  auto* const where =
+      Has("DefinitionNowhere") ? reinterpret_cast<qvx::REALclassDefinition*>(16) : &definition;
+  Service<void (*)(qvx::REALclassDefinition*)>("PluginRegisterClass")(where);
 }
 
 void Enter(void* (*resolver)(const char*)) {
   resolve = resolver;
-  if (kFault == Fault::kCrashOnEntry) std::abort();
-  if (kFault == Fault::kEndsOnEntry) std::_Exit(0);
-  while (kFault == Fault::kHangOnEntry) sleep(1);
+  if (Has("CrashOnEntry")) std::abort();
+  if (Has("EndsOnEntry")) std::_Exit(0);
+  while (Has("HangOnEntry")) sleep(1);
+  // The host is well until it makes the copy of itself that the first check runs in.
+  if (Has("CrashLater")) pthread_atfork(&std::abort, nullptr, nullptr);
   const double host = static_cast<double>(Service<long double (*)()>("REALGetRBVersion")());
   const std::int32_t version = host >= 2013.04   ? 13
                                : host >= 2013.03 ? 12
@@ -171,11 +149,11 @@ void Enter(void* (*resolver)(const char*)) {
                                : host >= 2012.0  ? 10
                                                  : 9;
   Describe(version);
-  if (kFault != Fault::kLateVersion) Announce(kFault == Fault::kWrongVersion ? version - 1 : version);
-  if (kFault == Fault::kTwoVersions) Announce(version);
-  if (kFault != Fault::kNoClass) Register();
-  if (kFault == Fault::kSameClassTwice) Register();
-  if (kFault == Fault::kLateVersion) Announce(version);
+  if (!Has("LateVersion")) Announce(Has("WrongVersion") ? version - 1 : version);
+  if (Has("TwoVersions")) Announce(version);
+  if (!Has("NoClass")) Register();
+  if (Has("SameClassTwice")) Register();
+  if (Has("LateVersion")) Announce(version);
 }
 
 }  // namespace

@@ -84,14 +84,13 @@ TEST(Classes, AlsoShowsTheHostsOwnClassesWhenAsked) {
 TEST(Classes, ShowsTheWordsOfBothLayoutsSideBySide) {
   const std::vector<std::string> lines = Lines(RunHostrun({"classes", "NSColorQVX", "--layout"}).out);
   ASSERT_EQ(lines.size(), 31U);
-  EXPECT_EQ(lines[1], "  word  byte  holds                     layout 13                     layout 9");
-  EXPECT_EQ(lines[2], "  0     0     layout version            13                            9");
-  EXPECT_EQ(
-      lines[9],
-      "  7     28    properties                20 properties of 48 bytes     20 properties of 40 bytes");
+  EXPECT_EQ(lines[1], "  word  byte  holds                     layout 13                  layout 9");
+  EXPECT_EQ(lines[2], "  0     0     layout version            13                         9");
+  EXPECT_EQ(lines[9],
+            "  7     28    properties                20 properties of 48 bytes  20 properties of 40 bytes");
   EXPECT_EQ(lines[25],
-            "  23    92    shared methods            60 methods of 24 bytes        60 methods of 16 bytes");
-  EXPECT_EQ(lines[30], "  28    112   reserved                  0                             -");
+            "  23    92    shared methods            60 methods of 24 bytes     60 methods of 16 bytes");
+  EXPECT_EQ(lines[30], "  28    112   reserved                  0                          -");
 }
 
 TEST(Classes, NegotiatesTheLayoutOfTheHostThatIsAskedFor) {

@@ -49,6 +49,18 @@ void Redirect(const std::string& path, int flags, int to) {
 
 }  // namespace
 
+void BecomeHostrun(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
+  // Whoever runs the tests may object to colour, and has a history of their own.
+  for (const char* const name : {"NO_COLOR", "COLORTERM"}) unsetenv(name);
+  setenv("XDG_STATE_HOME", TheFolder().File("state").c_str(), 1);
+  for (const std::string& variable : environment) putenv(const_cast<char*>(variable.c_str()));
+  std::vector<char*> words = {const_cast<char*>("hostrun")};
+  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  execv(BuiltFile("hostrun").c_str(), words.data());
+  _exit(127);
+}
+
 Finished RunHostrun(const std::vector<std::string>& arguments, const std::string& input,
                     const std::vector<std::string>& environment) {
   const std::string in = TemporaryFile("stdin", input);
@@ -59,12 +71,7 @@ Finished RunHostrun(const std::vector<std::string>& arguments, const std::string
     Redirect(in, O_RDONLY, STDIN_FILENO);
     Redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
     Redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
-    for (const std::string& variable : environment) putenv(const_cast<char*>(variable.c_str()));
-    std::vector<char*> words = {const_cast<char*>("hostrun")};
-    for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
-    words.push_back(nullptr);
-    execv(BuiltFile("hostrun").c_str(), words.data());
-    _exit(127);
+    BecomeHostrun(arguments, environment);
   }
   int status = 0;
   waitpid(child, &status, 0);

@@ -16,6 +16,10 @@ struct Finished {
 Finished RunHostrun(const std::vector<std::string>& arguments, const std::string& input = {},
                     const std::vector<std::string>& environment = {});
 
+// Replaces this process, with extra variables in its environment.
+[[noreturn]] void BecomeHostrun(const std::vector<std::string>& arguments,
+                                const std::vector<std::string>& environment);
+
 // A file of this build: a bundle, a library.
 std::string BuiltFile(const std::string& name);
 
