@@ -222,7 +222,7 @@ void AddCheckOptions(CLI::App& app, CheckOptions& options) {
   app.add_option("--time-limit", options.timeLimit, "Seconds that one check may take")
       ->option_text("SECONDS (10)")
       ->check(CLI::Range(0.1, 3600.0));
-  app.add_flag("--json", options.json, "For tools");
+  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
   app.add_flag("--only-failed", options.onlyFailed, "Leave out what passed");
   app.footer(
       "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "

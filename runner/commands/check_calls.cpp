@@ -146,7 +146,7 @@ Alive CountAlive() {
   Alive alive;
   const LiveCounts counts = CountLive();
   for (const LiveCounts::ByPlace& place : counts.objects) alive.objects += place.count;
-  alive.strings = counts.strings;
+  for (const LiveCounts::ByPlace& place : counts.strings) alive.strings += place.count;
   alive.natives = counts.nativeRetains;
   return alive;
 }

@@ -362,7 +362,7 @@ void AddClassesOptions(CLI::App& app, ClassesOptions& options) {
   app.add_option("class", options.wanted, "A class, or one member of it with all that is known of it")
       ->option_text("CLASS[.MEMBER]");
   app.add_flag("--all", options.all, "Also the classes that the host and the sibling part bring");
-  app.add_flag("--json", options.json, "For tools");
+  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
   app.add_flag("--layout", options.layout,
                "The words of the definition records, in the current and the old layout");
   app.footer(

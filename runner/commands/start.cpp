@@ -48,8 +48,9 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
         return there ? std::string() : "wanted the name of a service, found " + name;
       })
       ->group(group);
-  app.add_flag("!--no-sibling", options.sibling,
-               "Run without NSExceptionQVX, NSImageQVX and the instance cache")
+  app.add_flag_callback(
+         "--no-sibling", [&options] { options.sibling = false; },
+         "Run without NSExceptionQVX, NSImageQVX and the instance cache")
       ->group(group);
 }
 

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -63,6 +64,17 @@ bool AtTerminal::Shows(const std::string& text) {
     }
     if (!ReadMore()) return false;
   }
+}
+
+bool AtTerminal::Prompts(const std::string& prompt) {
+  if (!Shows(prompt)) return false;
+  // The prompt is shown a moment before keys are read one by one; a control key would be lost in between.
+  termios modes{};
+  for (int waited = 0; waited < kPatience; ++waited) {
+    if (tcgetattr(terminal_, &modes) == 0 && (modes.c_lflag & ICANON) == 0) return true;
+    poll(nullptr, 0, 1);
+  }
+  return false;
 }
 
 int AtTerminal::Status() {

@@ -22,6 +22,9 @@ class AtTerminal {
   // Waits until the terminal shows that text, behind what was waited for before.
   bool Shows(const std::string& text);
 
+  // Waits until it asks for a line.
+  bool Prompts(const std::string& prompt = "> ");
+
   // Waits until it ends, and gives its status; -1 where it does not end by itself.
   int Status();
 

@@ -8,7 +8,6 @@
 namespace command_tests {
 namespace {
 
-constexpr const char* kPrompt = "> ";
 constexpr const char* kUp = "\033[A";
 constexpr const char* kEndOfInput = "\004";
 constexpr const char* kInterrupt = "\003";
@@ -22,10 +21,10 @@ std::string ScreenOf(const std::vector<std::string>& arguments,
 
 std::string ScreenOfColour(const std::vector<std::string>& environment) {
   AtTerminal terminal({"repl"}, environment);
-  EXPECT_TRUE(terminal.Shows(kPrompt));
+  EXPECT_TRUE(terminal.Prompts());
   terminal.Type("NSColorQVX.redColor\n");
   EXPECT_TRUE(terminal.Shows("NSCalibratedRGBColorSpace 1 0 0 1")) << terminal.screen();
-  EXPECT_TRUE(terminal.Shows(kPrompt));
+  EXPECT_TRUE(terminal.Prompts());
   terminal.Type(kEndOfInput);
   EXPECT_EQ(terminal.Status(), 0);
   return terminal.screen();
@@ -83,9 +82,9 @@ TEST(Terminal, ShowsAColourAsABlockWhereTheTerminalCan) {
 
 TEST(Terminal, CompletesClassesMembersAndVariables) {
   AtTerminal terminal({"repl"});
-  ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Dim favourite As NSColorQVX = NSColorQ\t.orangeC\t\n");
-  ASSERT_TRUE(terminal.Shows(kPrompt)) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
   terminal.Type("favou\t.numberOfC\t\n");
   EXPECT_TRUE(terminal.Shows("\r\n4\r\n")) << terminal.screen();
   terminal.Type("Print favourite.colorSpaceN\t\n");
@@ -94,7 +93,7 @@ TEST(Terminal, CompletesClassesMembersAndVariables) {
 
 TEST(Terminal, ListsWhatABeginningMayBecome) {
   AtTerminal terminal({"repl"});
-  ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(terminal.Prompts());
   terminal.Type("NSColorSpaceQVX.generic\t\t");
   EXPECT_TRUE(terminal.Shows("NSColorSpaceQVX.genericCMYKColorSpace")) << terminal.screen();
   EXPECT_TRUE(terminal.Shows("NSColorSpaceQVX.genericRGBColorSpace")) << terminal.screen();
@@ -104,40 +103,40 @@ TEST(Terminal, KeepsAHistoryFromOneSessionToTheNext) {
   const std::vector<std::string> own = {"XDG_STATE_HOME=" + TemporaryFile("", "") + "history"};
   {
     AtTerminal terminal({"repl"}, own);
-    ASSERT_TRUE(terminal.Shows(kPrompt));
+    ASSERT_TRUE(terminal.Prompts());
     terminal.Type("6 * 7\n");
     ASSERT_TRUE(terminal.Shows("\r\n42\r\n")) << terminal.screen();
-    ASSERT_TRUE(terminal.Shows(kPrompt));
+    ASSERT_TRUE(terminal.Prompts());
     terminal.Type(std::string(kUp) + "\n");
     EXPECT_TRUE(terminal.Shows("\r\n42\r\n")) << terminal.screen();
-    ASSERT_TRUE(terminal.Shows(kPrompt));
+    ASSERT_TRUE(terminal.Prompts());
     terminal.Type(kEndOfInput);
     EXPECT_EQ(terminal.Status(), 0);
   }
   AtTerminal next({"repl"}, own);
-  ASSERT_TRUE(next.Shows(kPrompt));
+  ASSERT_TRUE(next.Prompts());
   next.Type(std::string(kUp) + "\n");
   EXPECT_TRUE(next.Shows("\r\n42\r\n")) << next.screen();
 }
 
 TEST(Terminal, DropsALineWhenItIsInterrupted) {
   AtTerminal terminal({"repl"});
-  ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Print 1 +");
   ASSERT_TRUE(terminal.Shows("+"));
   terminal.Type(kInterrupt);
-  ASSERT_TRUE(terminal.Shows(kPrompt)) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
   terminal.Type("Print 2 + 3\n");
   EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();
 }
 
 TEST(Terminal, AsksForTheRestOfABlock) {
   AtTerminal terminal({"repl"});
-  ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(terminal.Prompts());
   terminal.Type("For i As Integer = 8 To 9\n");
-  ASSERT_TRUE(terminal.Shows("... ")) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts("... ")) << terminal.screen();
   terminal.Type("Print i\n");
-  ASSERT_TRUE(terminal.Shows("... "));
+  ASSERT_TRUE(terminal.Prompts("... "));
   terminal.Type("Next\n");
   EXPECT_TRUE(terminal.Shows("\r\n8\r\n9\r\n")) << terminal.screen();
 }
