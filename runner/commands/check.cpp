@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "runner/commands/check_parts.h"
@@ -236,6 +237,9 @@ void AddCheckOptions(CLI::App& app, CheckOptions& options) {
 int Check(const CheckOptions& options) {
   Reporter reporter(options);
   Checker checker(options, reporter);
+  std::error_code error;
+  if (!std::filesystem::exists(checker.bundle(), error))
+    return Refuse(kCommand, checker.bundle() + ": wanted a bundle, found no such file");
   checker.CheckTheFile();
   if (options.version != nullptr && options.version->count() > 0) {
     checker.CheckOn(options.version->as<std::string>());

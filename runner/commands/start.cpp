@@ -15,8 +15,7 @@ constexpr const char* kNoPlatform = "none";
 
 }  // namespace
 
-// Beside the executable, as a build leaves it, or where an installation puts what is private.
-std::string BesideExecutable(const char* file) {
+std::string OwnFile(const char* file) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) return file;
@@ -28,8 +27,8 @@ std::string BesideExecutable(const char* file) {
 }
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
-  options.bundle = BesideExecutable("QVXColor.so");
-  options.platform = BesideExecutable("libcocoa.so");
+  options.bundle = OwnFile("QVXColor.so");
+  options.platform = OwnFile("libcocoa.so");
   const char* const group = "Host";
   app.add_option("--bundle", options.bundle, "The bundle to load")->option_text("FILE")->group(group);
   app.add_option("--platform", options.platform,

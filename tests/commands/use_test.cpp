@@ -6,14 +6,17 @@
 namespace command_tests {
 namespace {
 
-const char* const kCommands[] = {"classes", "check", "trace", "repl"};
+const char* const kCommands[] = {"classes", "check", "trace", "repl", "docs", "swatches"};
 
 TEST(Use, EachCommandHelpsWithAnExampleAndItsExitStatus) {
   for (const std::string command : kCommands) {
     const Finished finished = RunHostrun({command, "--help"});
     EXPECT_EQ(finished.status, 0) << command;
     EXPECT_NE(finished.out.find("Usage: hostrun " + command), std::string::npos) << finished.out;
-    EXPECT_NE(finished.out.find("Example"), std::string::npos) << command;
+    const std::size_t example = finished.out.find("\nExample");
+    ASSERT_NE(example, std::string::npos) << command;
+    EXPECT_NE(finished.out.find("hostrun " + std::string(command), example), std::string::npos)
+        << finished.out;
     EXPECT_NE(finished.out.find("Exit status: "), std::string::npos) << command;
   }
 }
@@ -32,6 +35,45 @@ TEST(Use, EachCommandRefusesWhatItDoesNotKnow) {
     EXPECT_NE(finished.err.find("hostrun " + command + " --help says more"), std::string::npos)
         << finished.err;
   }
+}
+
+TEST(Use, AMissingFileIsRefusedByItsName) {
+  const std::vector<std::vector<std::string>> uses = {
+      {"nowhere.bas"},
+      {"--bundle", "nowhere.so", TemporaryFile("fine.bas", "Print 1\n")},
+      {"trace", "nowhere.bas"},
+      {"check", "nowhere.so"},
+      {"classes", "--bundle", "nowhere.so"},
+      {"repl", "--bundle", "nowhere.so"},
+      {"docs", "--descriptions", "nowhere.txt"},
+      {"swatches", "nowhere.clr"}};
+  for (const std::vector<std::string>& use : uses) {
+    const Finished finished = RunHostrun(use);
+    EXPECT_EQ(finished.status, 2) << use[0];
+    EXPECT_EQ(finished.out, "") << use[0];
+    EXPECT_NE(finished.err.find("nowhere."), std::string::npos) << finished.err;
+    EXPECT_NE(finished.err.find("wanted "), std::string::npos) << finished.err;
+    EXPECT_EQ(Lines(finished.err).size(), 1U) << finished.err;
+  }
+}
+
+TEST(Use, ACommandThatIsSpelledWrongIsToldFromAProgram) {
+  const Finished finished = RunHostrun({"clases"});
+  EXPECT_EQ(finished.status, 2);
+  EXPECT_EQ(finished.err,
+            "clases: wanted a program file or a command, found neither; hostrun --help lists the commands\n");
+}
+
+TEST(Use, TheExitStatusesOfARunAreThoseThatTheHelpNames) {
+  EXPECT_NE(RunHostrun({"--help"}).out.find("Exit status: 0 fine, 1 an uncaught host exception"),
+            std::string::npos);
+  EXPECT_EQ(RunHostrun({TemporaryFile("fine.bas", "Print 1\n")}).status, 0);
+  EXPECT_EQ(RunHostrun({TemporaryFile("raises.bas", "Raise New RuntimeException(\"x\", 1)\n")}).status, 1);
+  const std::string ring = TemporaryFile("ring.bas", "Dim r() As Variant\nr.Append r\n");
+  EXPECT_EQ(RunHostrun({ring}).status, 0);
+  EXPECT_EQ(RunHostrun({"--leaks", ring}).status, 1);
+  EXPECT_EQ(RunHostrun({TemporaryFile("wrong.bas", "Dim x As Nothing\n")}).status, 2);
+  EXPECT_EQ(RunHostrun({TemporaryFile("quits.bas", "Quit 9\n")}).status, 9);
 }
 
 TEST(Use, OnlyTheFirstWordIsACommand) {
@@ -57,6 +99,21 @@ TEST(Use, AnUncaughtExceptionShowsClassMessageNumberAndTheLinesOfTheProgram) {
                               "    ^\n"
                               "  in Inner, called from line 5\n"
                               "  in Outer, called from line 7\n");
+}
+
+TEST(Use, WhatABundleLeaksIsNamedByTheLineThatCalledIt) {
+  const std::string program = TemporaryFile("calls.bas", "Dim s As Sound\ns = Sound.Make\ns = Sound.Make\n");
+  const auto leaksOf = [&](const std::string& fault) {
+    return RunHostrun({"--leaks", "--platform", "none", "--bundle", BuiltFile("broken/Any.so"), program}, {},
+                      {"BROKEN_BUNDLE_FAULT=" + fault});
+  };
+  EXPECT_EQ(leaksOf("LeaksObject").err,
+            "still alive at the end:\n  1 Sound, made in line 2\n  1 Sound, made in line 3\n");
+  EXPECT_EQ(leaksOf("LeaksString").err,
+            "still alive at the end:\n  1 string, made in line 2\n  1 string, made in line 3\n");
+  EXPECT_EQ(leaksOf("LeaksString").status, 1);
+  EXPECT_EQ(leaksOf("None").err, "");
+  EXPECT_EQ(leaksOf("None").status, 0);
 }
 
 }  // namespace
