@@ -96,7 +96,7 @@ class Reporter {
           {"bundle", bundle}, {"checks", std::move(list_)}, {"tally", std::move(tally)}};
       std::printf("%s\n", answer.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
     } else {
-      std::string text = std::to_string(Total()) + " checks";
+      std::string text = Counted(static_cast<std::size_t>(Total()), "check");
       for (std::size_t i = 0; i < kNames.size(); ++i) {
         if (i < 2 || counts_[i] > 0) text += ", " + std::to_string(counts_[i]) + " " + kNames[i];
       }
@@ -130,7 +130,9 @@ class Reporter {
   bool ShowsProgress() const { return progress_ && (options_.json || options_.onlyFailed); }
   void ShowProgress(const std::string& name) {
     if (!ShowsProgress()) return;
-    std::fprintf(stderr, "\r\033[K%d checks, %d failed: %.60s", Total(), Total() - counts_[0], name.c_str());
+    std::fprintf(stderr, "\r\033[K%s, %d failed: %.60s",
+                 Counted(static_cast<std::size_t>(Total()), "check").c_str(), Total() - counts_[0],
+                 name.c_str());
     std::fflush(stderr);
   }
   void ClearProgress() const {

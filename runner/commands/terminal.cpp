@@ -58,6 +58,10 @@ std::string Painter::operator()(Style style, std::string_view text) const {
   return Sequence(style) + std::string(text) + "\033[0m";
 }
 
+std::string Counted(std::size_t count, std::string_view thing) {
+  return std::to_string(count) + " " + std::string(thing) + (count == 1 ? "" : "s");
+}
+
 int Refuse(std::string_view command, std::string_view line) {
   std::fflush(stdout);
   std::fprintf(stderr, "%.*s: %.*s\n", static_cast<int>(command.size()), command.data(),

@@ -27,6 +27,9 @@ class Painter {
   bool colour_;
 };
 
+// "1 check", "2 checks".
+std::string Counted(std::size_t count, std::string_view thing);
+
 // Says why on stderr and gives the exit status for an error of use.
 int Refuse(std::string_view command, std::string_view line);
 

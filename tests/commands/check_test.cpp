@@ -212,7 +212,7 @@ TEST(Check, TakesOnlyTheChecksThatAFilterNames) {
   const Finished finished = CheckBroken("NotNeutral", {"--filter", "/call/Sound.R"});
   EXPECT_EQ(finished.status, 0);
   EXPECT_EQ(finished.out,
-            "passed    2015.0/call/Sound.Read(byref out as double)\n1 checks, 1 passed, 0 failed\n");
+            "passed    2015.0/call/Sound.Read(byref out as double)\n1 check, 1 passed, 0 failed\n");
 }
 
 TEST(Check, RefusesAFilterThatNamesNoCheck) {

@@ -58,7 +58,7 @@ TEST(Terminal, ColoursTheStatusOfEachCheck) {
 TEST(Terminal, ShowsProgressWhereNothingElseShowsThatTimePasses) {
   for (const std::string option : {"--only-failed", "--json"}) {
     const std::string screen = ScreenOf(CheckSound(option));
-    EXPECT_NE(screen.find("\r\033[K1 checks, 0 failed: file/format\r\033[K2 checks, 0 failed: "),
+    EXPECT_NE(screen.find("\r\033[K1 check, 0 failed: file/format\r\033[K2 checks, 0 failed: "),
               std::string::npos)
         << screen;
     const std::size_t last = screen.find("18 checks, 0 failed: 2015.0/call/Sound.Make as Sound\r\033[K");
