@@ -55,6 +55,8 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   AddColourSpaceRows(bundle);
   AddListScaleRows(bundle, 1);
   if (scale == Scale::kNone) return;
+  AddLargeStringRows(bundle);
+  AddLargeBlockRows(bundle);
   AddListScaleRows(bundle, 1'000);
   AddListScaleRows(bundle, 100'000);
   for (const long live : {1L, 1'000L, 100'000L, 1'000'000L}) {
@@ -107,6 +109,7 @@ void RunBenchmarks(bool quick, Collector& collector) {
                                         quick ? "--benchmark_repetitions=3" : "--benchmark_repetitions=9",
                                         quick ? "--benchmark_min_time=0.004" : "--benchmark_min_time=0.02"};
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size());
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   int count = static_cast<int>(pointers.size());
   benchmark::Initialize(&count, pointers.data());

@@ -97,6 +97,9 @@ void AddGetterRows(Bundle& bundle);
 void AddFactoryRows(Bundle& bundle);
 void AddStringRows(Bundle& bundle);
 void AddBlockRows(Bundle& bundle);
+// Too large to count their instructions.
+void AddLargeStringRows(Bundle& bundle);
+void AddLargeBlockRows(Bundle& bundle);
 void AddExceptionRows(Bundle& bundle);
 void AddColourSpaceRows(Bundle& bundle);
 // Conversions and destructions with that many live wrappers. The bundle must be fresh.

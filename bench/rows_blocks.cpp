@@ -71,24 +71,23 @@ void AddIn(Bundle& bundle, const std::string& size, const char* limit, qvx::REAL
   });
 }
 
+void AddSize(Bundle& bundle, std::int32_t size, const char* name, const char* limit, double target) {
+  const bool counted = size == kSmall;
+  const std::vector<unsigned char> profile = Profile(bundle, size);
+  const qvx::REALmemoryBlock block = NewBlock(profile.data(), static_cast<std::int32_t>(profile.size()));
+  AddLimit(bundle, limit, profile, counted);
+  AddOut(bundle, name, limit, block, target, counted);
+  AddIn(bundle, name, limit, block, counted);
+}
+
 }  // namespace
 
 void AddBlockRows(Bundle& bundle) {
-  const struct {
-    std::int32_t size;
-    const char* name;
-    const char* limit;
-    double target;
-  } sizes[] = {{kSmall, "3 KiB", "malloc + memcpy, 3 KiB", 0},
-               {kLarge, "16 MiB", "malloc + memcpy, 16 MiB", 1.05}};
-  for (const auto& each : sizes) {
-    const bool counted = each.size == kSmall;
-    const std::vector<unsigned char> profile = Profile(bundle, each.size);
-    const qvx::REALmemoryBlock block = NewBlock(profile.data(), static_cast<std::int32_t>(profile.size()));
-    AddLimit(bundle, each.limit, profile, counted);
-    AddOut(bundle, each.name, each.limit, block, each.target, counted);
-    AddIn(bundle, each.name, each.limit, block, counted);
-  }
+  AddSize(bundle, kSmall, "3 KiB", "malloc + memcpy, 3 KiB", 0);
+}
+
+void AddLargeBlockRows(Bundle& bundle) {
+  AddSize(bundle, kLarge, "16 MiB", "malloc + memcpy, 16 MiB", 1.05);
 }
 
 }  // namespace bench

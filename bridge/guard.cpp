@@ -9,16 +9,31 @@ bool IsNSException(id exception) {
          objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
 }
 
-id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context) {
-  Holdings holdings;
-  auto withHoldings = [body, context, &holdings] { body(context, holdings); };
-  const id exception = RunInFrame(withHoldings);
-  // Each in a frame of its own, so that a platform exception on the way is dropped and the first one goes on.
+namespace {
+
+// Each in a frame of its own, so that a platform exception on the way is dropped and the first one goes on.
+void GiveBackHeld(Holdings& holdings) {
   while (!holdings.IsEmpty()) [[unlikely]] {
       auto giveBack = [&holdings] { holdings.GiveBack(); };
       RunInFrame(giveBack);
     }
+}
+
+}  // namespace
+
+id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context) {
+  Holdings holdings;
+  auto withHoldings = [body, context, &holdings] { body(context, holdings); };
+  const id exception = RunInFrame(withHoldings);
+  GiveBackHeld(holdings);
   return exception;
+}
+
+void EndDelivered(id exception, Holdings& holdings, OnNSException then) {
+  GiveBackHeld(holdings);
+  if (exception == nullptr) return;
+  if (!IsNSException(exception)) objc_exception_throw(exception);
+  if (then == OnNSException::kRaise) RaiseNSExceptionQVX(exception);
 }
 
 }  // namespace qvx

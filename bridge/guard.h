@@ -136,4 +136,32 @@ Result GuardedResult(Body&& body) {
   return GuardedResult(Result{}, body);
 }
 
+// What becomes of an NSException after its delivery.
+enum class OnNSException { kRaise, kDrop };
+
+// The end of a body that held things and was left by a delivered exception: gives them back, then raises,
+// drops or passes on.
+[[gnu::cold]] void EndDelivered(id exception, Holdings& holdings, OnNSException then);
+
+// The frame of GuardedAnswer. A delivery finds nothing here that has changed since the frame was entered.
+template <typename Make>
+[[gnu::noinline]] auto AnswerInFrame(Make& make, Holdings& holdings, OnNSException then) {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) == 0) {
+    const FrameExit exit(frame);
+    return make(holdings);
+  }
+  EndDelivered(objc_exception_extract(&frame), holdings, then);
+  return std::invoke_result_t<Make&, Holdings&>();
+}
+
+// GuardedResult for what `make` answers from its Holdings, in a frame function of its own: less for each
+// call, more code for each body. For what programs call most. A delivery gives the neutral value.
+template <typename Make>
+auto GuardedAnswer(OnNSException then, Make make) {
+  Holdings holdings;
+  return AnswerInFrame(make, holdings, then);
+}
+
 }  // namespace qvx

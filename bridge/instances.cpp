@@ -18,33 +18,6 @@ bool RespondsTo(id receiver, const Message<Name, Signature>& message) {
   return selector != nullptr && msg::respondsToSelector(receiver, selector) != 0;
 }
 
-// Out of the way of the conversions that the cache answers.
-[[gnu::noinline]] REALobject NewEnteredInstance(id native, const char* className, Holdings& holdings) {
-  const REALobject wrapper = REALnewInstance(className);
-  if (wrapper == nullptr) return nullptr;
-  Holdings::Item* const held = holdings.HoldObject(wrapper);
-  const id retained = msg::retain(native);
-  ClassData(wrapper) = retained;
-  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry. An
-  // instance that could retain nothing removes none, so it enters none.
-  if (retained != nullptr) [[likely]]
-    EnterInCache(native, wrapper);
-  holdings.Forget(held);
-  return wrapper;
-}
-
-[[gnu::always_inline]] inline REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
-  if (native == nullptr) return nullptr;
-  if (instances != nullptr) {
-    if (const void* found = CFDictionaryGetValue(instances, native)) {
-      const auto wrapper = static_cast<REALobject>(const_cast<void*>(found));
-      REALLockObject(wrapper);
-      return wrapper;
-    }
-  }
-  return NewEnteredInstance(native, className, holdings);
-}
-
 }  // namespace
 
 void FetchFromSiblings() {
@@ -83,16 +56,18 @@ void DestroyInstance(REALobject instance, std::size_t offset) {
   });
 }
 
-REALobject NewNSColorQVX(id color, Holdings& holdings) {
-  return NewWrapper(color, "NSColorQVX", holdings);
-}
-
-REALobject NewNSColorSpaceQVX(id colorSpace, Holdings& holdings) {
-  return NewWrapper(colorSpace, "NSColorSpaceQVX", holdings);
-}
-
-REALobject NewNSImageQVX(id image, Holdings& holdings) {
-  return NewWrapper(image, "NSImageQVX", holdings);
+REALobject NewEnteredInstance(id native, const char* className, Holdings& holdings) {
+  const REALobject wrapper = REALnewInstance(className);
+  if (wrapper == nullptr) return nullptr;
+  Holdings::Item* const held = holdings.HoldObject(wrapper);
+  const id retained = msg::retain(native);
+  ClassData(wrapper) = retained;
+  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry. An
+  // instance that could retain nothing removes none, so it enters none.
+  if (retained != nullptr) [[likely]]
+    EnterInCache(native, wrapper);
+  holdings.Forget(held);
+  return wrapper;
 }
 
 }  // namespace qvx

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "bridge/holdings.h"
-#include "host/types.h"
+#include "host/services.h"
 #include "platform/cocoa.h"
 
 namespace qvx {
@@ -44,12 +44,33 @@ void RemoveFromCache(id native);
 // the class data. `offset` is where the class keeps its data; null instances are left alone.
 void DestroyInstance(REALobject instance, std::size_t offset);
 
+// A new instance of a wrapper class, which retains the native object and enters the cache. Null when the host
+// has no such class.
+REALobject NewEnteredInstance(id native, const char* className, Holdings& holdings);
+
 // The host object that wraps a native object, with one reference for the caller: the one in the cache, locked
-// once more, or a new instance that retains the native object and enters the cache. Null for nil, and when
-// the host has no such class.
-REALobject NewNSColorQVX(id color, Holdings& holdings);
-REALobject NewNSColorSpaceQVX(id colorSpace, Holdings& holdings);
+// once more, or else a new instance. Null for nil.
+[[gnu::always_inline]] inline REALobject NewWrapper(id native, const char* className, Holdings& holdings) {
+  if (native == nullptr) return nullptr;
+  if (instances != nullptr) {
+    if (const void* found = CFDictionaryGetValue(instances, native)) {
+      const auto wrapper = static_cast<REALobject>(const_cast<void*>(found));
+      REALLockObject(wrapper);
+      return wrapper;
+    }
+  }
+  return NewEnteredInstance(native, className, holdings);
+}
+
+inline REALobject NewNSColorQVX(id color, Holdings& holdings) {
+  return NewWrapper(color, "NSColorQVX", holdings);
+}
+inline REALobject NewNSColorSpaceQVX(id colorSpace, Holdings& holdings) {
+  return NewWrapper(colorSpace, "NSColorSpaceQVX", holdings);
+}
 // The same for the sibling part's image class.
-REALobject NewNSImageQVX(id image, Holdings& holdings);
+inline REALobject NewNSImageQVX(id image, Holdings& holdings) {
+  return NewWrapper(image, "NSImageQVX", holdings);
+}
 
 }  // namespace qvx

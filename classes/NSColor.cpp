@@ -10,6 +10,7 @@
 #include "bridge/strings.h"
 #include "classes/classes.h"
 #include "classes/tables.h"
+#include "classes/text_getters.h"
 #include "host/services.h"
 #include "platform/messages.h"
 
@@ -88,17 +89,9 @@ double Component(REALobject self, std::int32_t /*parameter*/) {
 }
 
 // One descriptive string. An NSException is dropped here too, and gives the null string.
-[[gnu::noinline]] REALstring TextOf(REALobject self, Selector& selector) {
-  REALstring result = nullptr;
-  CatchNSException([self, &selector, &result](Holdings& holdings) {
-    if (self != nullptr) result = NSStringRB(Send<id>(ClassData(self), selector), holdings);
-  });
-  return result;
-}
-
 template <FixedString Name>
 REALstring Text(REALobject self, std::int32_t /*parameter*/) {
-  return TextOf(self, kSelector<Name>);
+  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>, OnNSException::kDrop);
 }
 
 std::int32_t numberOfComponents(REALobject self, std::int32_t /*parameter*/) {
@@ -258,9 +251,9 @@ REALobject highlightWithLevel(REALobject self, double level) {
 }
 
 REALobject colorSpace(REALobject self) {
-  return GuardedResult<REALobject>([self](REALobject& result, Holdings& holdings) {
+  return GuardedAnswer(OnNSException::kRaise, [self](Holdings& holdings) {
     const id color = NativeOf(self);
-    if (color != nullptr) result = NewNSColorSpaceQVX(msg::colorSpace(color), holdings);
+    return color != nullptr ? NewNSColorSpaceQVX(msg::colorSpace(color), holdings) : nullptr;
   });
 }
 
@@ -285,8 +278,8 @@ void writeToPasteboard(REALobject self) {
 template <typename Make>
 REALobject Factory(Make make) {
   CocoaInit();
-  return GuardedResult<REALobject>(
-      [make](REALobject& result, Holdings& holdings) { result = NewNSColorQVX(make(), holdings); });
+  return GuardedAnswer(OnNSException::kRaise,
+                       [make](Holdings& holdings) { return NewNSColorQVX(make(), holdings); });
 }
 
 // The element of a host array of doubles, or 0.0 where it can't be read. The reading service exists up to
@@ -333,17 +326,15 @@ REALobject colorWithDeviceCyan(double cyan, double magenta, double yellow, doubl
 }
 
 // The family of three components and alpha; the message names the space and the kind of components.
-[[gnu::noinline]] REALobject FromThreeComponents(Selector& selector, double first, double second,
-                                                 double third, double alpha) {
-  return Factory([=, &selector] {
-    return Send<id>(NSColorClass(), selector, ToCGFloat(first), ToCGFloat(second), ToCGFloat(third),
-                    ToCGFloat(alpha));
-  });
+[[gnu::noinline]] REALobject FromThreeComponents(Selector& selector, CGFloat first, CGFloat second,
+                                                 CGFloat third, CGFloat alpha) {
+  return Factory([=, &selector] { return Send<id>(NSColorClass(), selector, first, second, third, alpha); });
 }
 
 template <FixedString Name>
 REALobject ThreeComponents(double first, double second, double third, double alpha) {
-  return FromThreeComponents(kSelector<Name>, first, second, third, alpha);
+  return FromThreeComponents(kSelector<Name>, ToCGFloat(first), ToCGFloat(second), ToCGFloat(third),
+                             ToCGFloat(alpha));
 }
 constexpr auto& colorWithDeviceRed = ThreeComponents<"colorWithDeviceRed:green:blue:alpha:">;
 constexpr auto& colorWithDeviceHue = ThreeComponents<"colorWithDeviceHue:saturation:brightness:alpha:">;

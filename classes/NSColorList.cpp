@@ -5,6 +5,7 @@
 #include "bridge/strings.h"
 #include "classes/classes.h"
 #include "classes/tables.h"
+#include "classes/text_getters.h"
 #include "host/services.h"
 #include "platform/messages.h"
 
@@ -93,9 +94,7 @@ REALboolean isEditable(REALobject self) {
 }
 
 REALstring name(REALobject self) {
-  return GuardedResult<REALstring>([self](REALstring& result, Holdings& holdings) {
-    if (self != nullptr) result = NSStringRB(msg::name(ListData(self)), holdings);
-  });
+  return TextOf(self != nullptr ? &ListData(self) : nullptr, kSelector<"name">, OnNSException::kRaise);
 }
 
 // ---- Filling the instance ----

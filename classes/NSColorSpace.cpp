@@ -10,6 +10,7 @@
 #include "bridge/strings.h"
 #include "classes/classes.h"
 #include "classes/tables.h"
+#include "classes/text_getters.h"
 #include "host/services.h"
 #include "platform/messages.h"
 
@@ -85,15 +86,9 @@ REALmemoryBlock ICCProfileData(REALobject self) {
   });
 }
 
-[[gnu::noinline]] REALstring TextOf(REALobject self, Selector& selector) {
-  return GuardedResult<REALstring>([self, &selector](REALstring& result, Holdings& holdings) {
-    if (self != nullptr) result = NSStringRB(Send<id>(ClassData(self), selector), holdings);
-  });
-}
-
 template <FixedString Name>
 REALstring Text(REALobject self) {
-  return TextOf(self, kSelector<Name>);
+  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>, OnNSException::kRaise);
 }
 constexpr auto& localizedName = Text<"localizedName">;
 constexpr auto& colorSpaceName = Text<"colorSpaceName">;

@@ -1,0 +1,14 @@
+// classes/text_getters.cpp - the getter of one text, which every class has.
+#include "classes/text_getters.h"
+
+#include "bridge/strings.h"
+
+namespace qvx {
+
+REALstring TextOf(const id* data, Selector& selector, OnNSException then) {
+  return GuardedAnswer(then, [data, &selector](Holdings& holdings) {
+    return data != nullptr ? NSStringRB(Send<id>(*data, selector), holdings) : nullptr;
+  });
+}
+
+}  // namespace qvx

@@ -1,0 +1,15 @@
+// classes/text_getters.h - the getter of one text, which every class has.
+#pragma once
+
+#include "bridge/guard.h"
+#include "host/types.h"
+#include "platform/message.h"
+
+namespace qvx {
+
+// Sends `selector` to the native object of an instance and answers the text as a new host string, whose one
+// reference is the caller's. `data` is the instance's class data, null for a null instance, which gives the
+// null string; an empty instance is a message to nil. An NSException gives the null string too.
+REALstring TextOf(const id* data, Selector& selector, OnNSException then);
+
+}  // namespace qvx
