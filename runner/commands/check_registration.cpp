@@ -175,8 +175,8 @@ class RecordReader {
         return which + ", word " + std::to_string(i) + " (" + fields[i].name + "): " + problem;
       }
       if (fields[i].holds != RecordWord::Holds::Array || words[i] == 0) continue;
-      const std::string inside =
-          CheckRecords(fields[i].of, words[i], words[i + 1], which + ", " + fields[i].name);
+      const std::string array = std::string(which).append(", ").append(fields[i].name);
+      std::string inside = CheckRecords(fields[i].of, words[i], words[i + 1], array);
       if (!inside.empty()) return inside;
     }
     return {};
