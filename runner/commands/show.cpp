@@ -98,7 +98,7 @@ std::string ObjectText(Object* object, bool trueColour) {
   std::string text = cls.name;
   for (const char* const member : {"localizedName", "name", "Path"}) {
     const std::string name = AskText(object, member);
-    if (!name.empty()) return text + " \"" + name + "\"";
+    if (!name.empty()) return text.append(" \"").append(name).append("\"");
   }
   if (cls.origin != Origin::Host && NativePointerOf(object) == nullptr) text += ", empty";
   return text;

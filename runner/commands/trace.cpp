@@ -55,7 +55,7 @@ std::string WordsText(const Parameter& parameter, const std::uint32_t*& words, b
     return value;
   };
   if (parameter.byref) {
-    const std::uint32_t* place = reinterpret_cast<const std::uint32_t*>(take(std::uint32_t{}));
+    const auto* place = reinterpret_cast<const std::uint32_t*>(take(std::uint32_t{}));
     Parameter itself = parameter;
     itself.byref = false;
     return (after ? "" : "byref ") + WordsText(itself, place, after);
