@@ -30,6 +30,7 @@ const char* StackLimit() {
 
 void FillTrace(std::vector<TraceLine>& trace) {
   Position at = currentPosition;
+  // NOLINTNEXTLINE(modernize-loop-convert): clang 14 knows no reversed view of this library
   for (auto call = machine.calls.rbegin(); call != machine.calls.rend(); ++call) {
     trace.push_back({call->routine->signature.name, at.line, at.column});
     at = call->at;

@@ -190,7 +190,7 @@ TEST(Check, RefusesAFileThatIsNoBundleAndSaysSoOnce) {
   EXPECT_EQ(finished.status, 1);
   EXPECT_NE(finished.out.find("failed    file/format\n"), std::string::npos) << finished.out;
   EXPECT_NE(finished.out.find("found a file that is not ELF"), std::string::npos);
-  EXPECT_EQ(Lines(finished.out).back(), "10 checks, 0 passed, 9 failed, 1 skipped");
+  EXPECT_EQ(LastLine(finished.out), "10 checks, 0 passed, 9 failed, 1 skipped");
 }
 
 TEST(Check, GivesALinePerCheckAndATallyAsTheLastLine) {

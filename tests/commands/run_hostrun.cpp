@@ -94,4 +94,9 @@ std::vector<std::string> Lines(const std::string& text) {
   return lines;
 }
 
+std::string LastLine(const std::string& text) {
+  const std::vector<std::string> lines = Lines(text);
+  return lines.empty() ? std::string() : lines.back();
+}
+
 }  // namespace command_tests

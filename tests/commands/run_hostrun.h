@@ -28,5 +28,7 @@ std::string TemporaryFile(const std::string& name, const std::string& text);
 
 // The lines of a text.
 std::vector<std::string> Lines(const std::string& text);
+// Empty where there is none.
+std::string LastLine(const std::string& text);
 
 }  // namespace command_tests
