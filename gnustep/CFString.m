@@ -11,15 +11,15 @@ enum { kStackUnits = 256 };
 // Text that NSString's own initialisers refuse or change: UTF-16 with a surrogate that has no partner, and
 // text that starts with what they take for a byte-order mark. Here it is kept unit by unit.
 @interface CFVerbatimString : NSString {
-  unichar *_units;
+  unichar* _units;
   NSUInteger _length;
 }
-- (instancetype)initWithUnits:(const unichar *)units length:(NSUInteger)length;
+- (instancetype)initWithUnits:(const unichar*)units length:(NSUInteger)length;
 @end
 
 @implementation CFVerbatimString
 
-- (instancetype)initWithUnits:(const unichar *)units length:(NSUInteger)length {
+- (instancetype)initWithUnits:(const unichar*)units length:(NSUInteger)length {
   self = [super init];
   if (self == nil) return nil;
   _units = malloc(length * sizeof *_units);
@@ -48,7 +48,7 @@ enum { kStackUnits = 256 };
   return _units[index];
 }
 
-- (void)getCharacters:(unichar *)buffer range:(NSRange)range {
+- (void)getCharacters:(unichar*)buffer range:(NSRange)range {
   if (range.location > _length || range.length > _length - range.location) {
     [NSException raise:NSRangeException
                 format:@"range %@ is beyond a string of %u units", NSStringFromRange(range), _length];
@@ -56,19 +56,19 @@ enum { kStackUnits = 256 };
   memcpy(buffer, _units + range.location, range.length * sizeof *buffer);
 }
 
-- (id)copyWithZone:(NSZone *)zone {
+- (id)copyWithZone:(NSZone*)zone {
   return [self retain];
 }
 
-- (id)mutableCopyWithZone:(NSZone *)zone {
-  NSMutableString *copy = [[NSMutableString allocWithZone:zone] initWithCapacity:_length];
+- (id)mutableCopyWithZone:(NSZone*)zone {
+  NSMutableString* copy = [[NSMutableString allocWithZone:zone] initWithCapacity:_length];
   [copy appendString:self];
   return copy;
 }
 
 @end
 
-static BOOL needs_verbatim_string(const UniChar *units, CFIndex count) {
+static BOOL needs_verbatim_string(const UniChar* units, CFIndex count) {
   if (count != 0 && (units[0] == 0xFEFF || units[0] == 0xFFFE)) return YES;
   for (CFIndex i = 0; i < count; ++i) {
     if (units[i] < 0xD800 || units[i] > 0xDFFF) continue;
@@ -78,7 +78,7 @@ static BOOL needs_verbatim_string(const UniChar *units, CFIndex count) {
   return NO;
 }
 
-COCOA_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar *characters,
+COCOA_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
                                                       CFIndex count) {
   if (count < 0 || (characters == NULL && count != 0)) return NULL;
   NSUInteger length = (NSUInteger)count;
@@ -88,12 +88,12 @@ COCOA_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, 
   return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:length];
 }
 
-COCOA_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char *bytes,
+COCOA_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* bytes,
                                                    CFStringEncoding encoding) {
   if (bytes == NULL || text_encoding_width(encoding) == 0) return NULL;
   size_t length = text_encoding_length(encoding, bytes);
   UniChar on_stack[kStackUnits];
-  UniChar *units = length <= kStackUnits
+  UniChar* units = length <= kStackUnits
                        ? on_stack
                        : malloc(length * sizeof *units);  // no encoding has more units than bytes
   if (units == NULL) return NULL;
@@ -106,14 +106,14 @@ COCOA_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, con
   return string;
 }
 
-COCOA_EXPORT Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex bufferSize,
+COCOA_EXPORT Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize,
                                         CFStringEncoding encoding) {
   size_t width = text_encoding_width(encoding);
   if (string == NULL || buffer == NULL || width == 0 || bufferSize < (CFIndex)width) return 0;
-  NSString *text = (NSString *)string;
+  NSString* text = (NSString*)string;
   NSUInteger count = [text length];
   UniChar on_stack[kStackUnits];
-  UniChar *units = count <= kStackUnits ? on_stack : malloc(count * sizeof *units);
+  UniChar* units = count <= kStackUnits ? on_stack : malloc(count * sizeof *units);
   if (units == NULL) return 0;
   [text getCharacters:units range:NSMakeRange(0, count)];
   size_t length;
@@ -124,18 +124,18 @@ COCOA_EXPORT Boolean CFStringGetCString(CFStringRef string, char *buffer, CFInde
   return whole;
 }
 
-COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) { return (CFIndex)[(NSString *)string length]; }
+COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) { return (CFIndex)[(NSString*)string length]; }
 
 // `maxLength` is a hint to the allocator elsewhere and has no use here.
 COCOA_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,
                                                           CFStringRef string) {
-  return (CFMutableStringRef)[(NSString *)string mutableCopy];
+  return (CFMutableStringRef)[(NSString*)string mutableCopy];
 }
 
 // Forms D, KD, C and KC are 0 to 3. Anything else leaves the string as it is.
 COCOA_EXPORT void CFStringNormalize(CFMutableStringRef string, CFIndex form) {
-  NSMutableString *text = (NSMutableString *)string;
-  NSString *normalised = nil;
+  NSMutableString* text = (NSMutableString*)string;
+  NSString* normalised = nil;
   switch (form) {
     case 0:
       normalised = [text decomposedStringWithCanonicalMapping];

@@ -7,10 +7,10 @@
 
 enum { kPOSIXPathStyle = 0 };
 
-COCOA_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef *ref) {
-  const char *path = file_reference_path(ref);
+COCOA_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* ref) {
+  const char* path = file_reference_path(ref);
   if (path == NULL) return NULL;
-  NSString *text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
+  NSString* text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
                                                                                length:strlen(path)];
   if (text == nil) return NULL;
   struct stat status;
@@ -21,15 +21,15 @@ COCOA_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef
 COCOA_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
                                                             CFStringRef component, Boolean isDirectory) {
   if (url == NULL || component == NULL) return NULL;
-  NSString *folder = [(NSURL *)url path];
+  NSString* folder = [(NSURL*)url path];
   if (folder == nil) return NULL;
   // Not stringByAppendingPathComponent:, which takes a backslash for a separator.
-  NSString *separator = [folder hasSuffix:@"/"] ? @"" : @"/";
-  NSString *path = [NSString stringWithFormat:@"%@%@%@", folder, separator, (NSString *)component];
+  NSString* separator = [folder hasSuffix:@"/"] ? @"" : @"/";
+  NSString* path = [NSString stringWithFormat:@"%@%@%@", folder, separator, (NSString*)component];
   return (CFURLRef)[[NSURL alloc] initFileURLWithPath:path isDirectory:isDirectory != 0];
 }
 
 COCOA_EXPORT CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFIndex style) {
   if (url == NULL || style != kPOSIXPathStyle) return NULL;
-  return (CFStringRef)[[(NSURL *)url path] copy];
+  return (CFStringRef)[[(NSURL*)url path] copy];
 }

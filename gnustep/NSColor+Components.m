@@ -2,7 +2,7 @@
 //
 // GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods
 // that every kind of colour inherits where it has no such component.
-#import "ColourConversion.h"
+#import "colour_conversion.h"
 
 void QVXRefuseComponent(NSColor* color, SEL selector) {
   [NSException raise:NSInternalInconsistencyException

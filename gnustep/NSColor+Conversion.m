@@ -1,5 +1,5 @@
 // gnustep/NSColor+Conversion.m - which space a colour is in, conversion to another, and the hash.
-#import "ColourConversion.h"
+#import "colour_conversion.h"
 
 @implementation NSColor (QVXConversion)
 

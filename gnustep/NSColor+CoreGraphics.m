@@ -2,8 +2,8 @@
 //
 // The handle of a colour is the colour itself: it stays valid while the colour lives, and comes back as the
 // same colour in the same space, patterns and named colours included.
-#import "ColourClasses.h"
-#import "ExportedHandles.h"
+#import "colour_classes.h"
+#import "exported_handles.h"
 
 @implementation NSColor (QVXCoreGraphics)
 

@@ -2,8 +2,8 @@
 //
 // GNUstep follows a null pointer there; with no graphics context there is nothing to set, and nothing
 // happens.
-#import "GNUstepColours.h"
-#import "StockMethods.h"
+#import "gnustep_colours.h"
+#import "stock_methods.h"
 
 static void Set(NSColor* self, SEL selector, const char* className, QVXMethod* kept) {
   if (![NSGraphicsContext currentContext]) return;

@@ -1,6 +1,6 @@
 // gnustep/NSColor+Factories.m - colours made from components in a given space.
-#import "ColourConversion.h"
-#import "HueSaturationBrightness.h"
+#import "colour_conversion.h"
+#import "hue_saturation_brightness.h"
 
 @implementation NSColor (QVXFactories)
 

@@ -1,6 +1,6 @@
 // gnustep/NSColor+Pasteboard.m - colours on a pasteboard, and whether their alpha counts there.
-#import "ColourArchive.h"
-#import "ExactColours.h"
+#import "colour_archive.h"
+#import "exact_colours.h"
 
 static NSString* const kKey = @"";
 

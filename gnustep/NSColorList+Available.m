@@ -4,9 +4,9 @@
 // into an array: one file that can't be read there would take down every program of the user. So a file that
 // is no list gives an empty one while the table is filled, and this file keeps it from being seen.
 #include <pthread.h>
-#import "ColourLists.h"
 
-#import "StockMethods.h"
+#import "colour_lists.h"
+#import "stock_methods.h"
 
 static NSString* const kSystem = @"System";
 

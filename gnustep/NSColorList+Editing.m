@@ -1,7 +1,7 @@
 // gnustep/NSColorList+Editing.m - changing a colour list: everything is checked before anything changes.
 #import <AppKit/AppKitExceptions.h>
 
-#import "ColourLists.h"
+#import "colour_lists.h"
 
 @implementation NSColorList (QVXEditing)
 
@@ -45,8 +45,8 @@
 
 - (void)insertColor:(NSColor*)color key:(NSString*)key atIndex:(unsigned)index {
   [self qvx_check:_cmd color:color key:key];
-  // A key that is there already leaves its old place first. A new one is not looked for: that takes as long as the
-  // list is.
+  // A key that is there already leaves its old place first. A new one is not looked for: that takes as long
+  // as the list is.
   BOOL moves = [_colorDictionary objectForKey:key] != nil;
   NSUInteger last = [_orderedColorKeys count] - (moves ? 1 : 0);
   if (index > last)

@@ -1,6 +1,6 @@
 // gnustep/NSColorList+Files.m - colour lists from files and to files.
-#import "ColourLists.h"
-#import "ExactColours.h"
+#import "colour_lists.h"
+#import "exact_colours.h"
 
 static NSString* const kExtension = @"clr";
 

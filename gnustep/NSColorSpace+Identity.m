@@ -1,7 +1,7 @@
 // gnustep/NSColorSpace+Identity.m - equality, copies, description and archives of colour spaces.
 #include <objc/runtime.h>
 
-#import "ColourSpaces.h"
+#import "colour_spaces.h"
 
 static NSString* const kKindKey = @"NSID";  // the desktop platform's names of these keys
 static NSString* const kDataKey = @"NSICC";
@@ -11,12 +11,12 @@ static NSString* const kDataKey = @"NSICC";
 - (BOOL)isEqual:(id)other {
   if (other == self) return YES;
   if (![other isKindOfClass:[NSColorSpace class]]) return NO;
-  QVXProfile* profile = [self qvx_profile];
-  return profile && profile == [other qvx_profile];
+  QVXProfile* profile = QVXProfileOfSpace(self);
+  return profile && profile == QVXProfileOfSpace(other);
 }
 
 - (NSUInteger)hash {
-  QVXProfile* profile = [self qvx_profile];
+  QVXProfile* profile = QVXProfileOfSpace(self);
   return profile ? QVXProfileHash(profile) : (NSUInteger)self >> 3;
 }
 
@@ -33,7 +33,7 @@ static NSString* const kDataKey = @"NSICC";
 // Keyed: a number for a predefined space, else the ICC data. Unkeyed: the number, then the data or nil.
 // GNUstep alone writes and reads nothing.
 - (void)encodeWithCoder:(NSCoder*)coder {
-  int kind = [self qvx_kind];
+  int kind = QVXKindOfSpace(self);
   NSData* data = kind == QVXOtherSpace ? [self ICCProfileData] : nil;
   if ([coder allowsKeyedCoding]) {
     if (kind != QVXOtherSpace) [coder encodeInt:kind forKey:kKindKey];

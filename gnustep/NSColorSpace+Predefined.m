@@ -3,7 +3,7 @@
 #include <pthread.h>
 #include <stdlib.h>
 
-#import "ColourSpaces.h"
+#import "colour_spaces.h"
 
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;
@@ -136,35 +136,37 @@ static QVXProfile* InstalledCMYK(void) {
 }
 
 - (NSString*)colorSpaceName {
-  NSString* stockName = [self qvx_stockName];
+  NSString* stockName = QVXStockNameOfSpace(self);
   return stockName ? stockName : NSCustomColorSpace;
 }
 
-- (NSString*)qvx_stockName {
-  return predefined[[self qvx_kind]].stockName;
-}
-
-- (QVXSpaceKind)qvx_kind {
-  for (int kind = QVXOtherSpace + 1; kind < QVXSpaceKinds; kind++)
-    if (__atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE) == self) return kind;
+// Functions of the implementation, which sees the instance variables: each conversion asks them several
+// times.
+QVXSpaceKind QVXKindOfSpace(NSColorSpace* space) {
+  for (int kind = QVXOtherSpace + 1; space && kind < QVXSpaceKinds; kind++)
+    if (__atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE) == space) return kind;
   return QVXOtherSpace;
 }
 
-- (QVXProfile*)qvx_profile {
-  QVXSpaceKind kind = [self qvx_kind];
-  if (kind == QVXOtherSpace) return _colorSyncProfile;
+NSString* QVXStockNameOfSpace(NSColorSpace* space) { return predefined[QVXKindOfSpace(space)].stockName; }
+
+static QVXProfile* ProfileOfKind(NSColorSpace* space, QVXSpaceKind kind) {
+  if (kind == QVXOtherSpace) return space ? space->_colorSyncProfile : NULL;
   if (kind == QVXGenericCMYKSpace) return InstalledCMYK();
   int builtIn = predefined[kind].builtIn;
   return builtIn == kNoProfile ? NULL : QVXProfileBuiltIn(builtIn);
 }
 
-- (QVXProfile*)qvx_workingProfile {
-  int builtIn = predefined[[self qvx_kind]].workingBuiltIn;
-  return builtIn == kNoProfile ? [self qvx_profile] : QVXProfileBuiltIn(builtIn);
+QVXProfile* QVXProfileOfSpace(NSColorSpace* space) { return ProfileOfKind(space, QVXKindOfSpace(space)); }
+
+QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
+  QVXSpaceKind kind = QVXKindOfSpace(space);
+  int builtIn = predefined[kind].workingBuiltIn;
+  return builtIn == kNoProfile ? ProfileOfKind(space, kind) : QVXProfileBuiltIn(builtIn);
 }
 
 - (NSString*)localizedName {
-  QVXSpaceKind kind = [self qvx_kind];
+  QVXSpaceKind kind = QVXKindOfSpace(self);
   if (kind != QVXOtherSpace) return predefined[kind].name;
   const char* description = _colorSyncProfile ? QVXProfileDescription(_colorSyncProfile) : "";
   return *description ? [NSString stringWithUTF8String:description] : nil;

@@ -1,7 +1,7 @@
 // gnustep/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out again.
-#import "ColourSpaces.h"
-#import "ExportedHandles.h"
-#import "StockMethods.h"
+#import "colour_spaces.h"
+#import "exported_handles.h"
+#import "stock_methods.h"
 
 @implementation NSColorSpace (QVXFromProfiles)
 
@@ -46,12 +46,12 @@
 }
 
 - (void*)colorSyncProfile {
-  return [self qvx_profile];
+  return QVXProfileOfSpace(self);
 }
 
 - (NSData*)ICCProfileData {
   NSData* data = __atomic_load_n(&_iccData, __ATOMIC_ACQUIRE);
-  QVXProfile* profile = data ? NULL : [self qvx_profile];
+  QVXProfile* profile = data ? NULL : QVXProfileOfSpace(self);
   if (!profile) return data;
   size_t size = 0;
   const void* bytes = QVXProfileBytes(profile, &size);

@@ -4,9 +4,9 @@
 #include <math.h>
 #include <string.h>
 
-#import "ColourConversion.h"
-#import "ExactColours.h"
-#import "HueSaturationBrightness.h"
+#import "colour_conversion.h"
+#import "exact_colours.h"
+#import "hue_saturation_brightness.h"
 
 static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) : 0; }
 

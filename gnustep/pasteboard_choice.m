@@ -11,14 +11,14 @@
 @end
 
 static IMP stock_server;                     // +[NSPasteboard _pbs]
-static CocoaPasteboardServer *local_server;  // kept for the life of the process once it is chosen
+static CocoaPasteboardServer* local_server;  // kept for the life of the process once it is chosen
 
 static BOOL a_server_runs(void) {
-  NSString *host = [[NSUserDefaults standardUserDefaults] stringForKey:@"NSHost"];
+  NSString* host = [[NSUserDefaults standardUserDefaults] stringForKey:@"NSHost"];
   @try {
     return [NSConnection rootProxyForConnectionWithRegisteredName:PBSNAME
                                                              host:host != nil ? host : @""] != nil;
-  } @catch (NSException *) {
+  } @catch (NSException*) {
     return NO;  // no folder for ports, no network: nobody to talk to
   }
 }

@@ -8,7 +8,7 @@
 // The server that GNUstep's NSPasteboard talks to: pasteboards by name. Not for several threads at once, as
 // the client is not either. An object of this class may also be vended to other processes.
 @interface CocoaPasteboardServer : NSObject <GSPasteboardSvr> {
-  NSMutableDictionary *_pasteboards;
+  NSMutableDictionary* _pasteboards;
   unsigned _unique_count;
 }
 @end

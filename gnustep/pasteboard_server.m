@@ -6,24 +6,24 @@
 // One pasteboard. Each declaration of types starts a new generation, numbered by the change count; who holds
 // an older count can change nothing any more.
 @interface CocoaPasteboard : NSObject <GSPasteboardObj> {
-  CocoaPasteboardServer *_server;  // not owned, outlives every pasteboard
-  NSString *_name;
-  NSArray *_types;
-  NSMutableDictionary *_data;
+  CocoaPasteboardServer* _server;  // not owned, outlives every pasteboard
+  NSString* _name;
+  NSArray* _types;
+  NSMutableDictionary* _data;
   id _owner;                  // not owned: by convention an owner takes its promises back before it goes
-  NSPasteboard *_owner_side;  // the owner's own pasteboard object, handed back to it
+  NSPasteboard* _owner_side;  // the owner's own pasteboard object, handed back to it
   int _change_count;
 }
-- (instancetype)initWithName:(NSString *)name server:(CocoaPasteboardServer *)server;
+- (instancetype)initWithName:(NSString*)name server:(CocoaPasteboardServer*)server;
 @end
 
 @interface CocoaPasteboardServer (Pasteboards)
-- (void)forget:(NSString *)name;
+- (void)forget:(NSString*)name;
 @end
 
 @implementation CocoaPasteboard
 
-- (instancetype)initWithName:(NSString *)name server:(CocoaPasteboardServer *)server {
+- (instancetype)initWithName:(NSString*)name server:(CocoaPasteboardServer*)server {
   self = [super init];
   if (self != nil) {
     _server = server;
@@ -42,7 +42,7 @@
   [super dealloc];
 }
 
-- (NSString *)name {
+- (NSString*)name {
   return _name;
 }
 
@@ -50,22 +50,22 @@
   return _change_count;
 }
 
-- (void)replaceTypes:(NSArray *)types {
-  NSArray *old = _types;
+- (void)replaceTypes:(NSArray*)types {
+  NSArray* old = _types;
   _types = [types copy];
   [old release];
 }
 
-- (void)setOwner:(id)owner side:(NSPasteboard *)side {
+- (void)setOwner:(id)owner side:(NSPasteboard*)side {
   [side retain];
   [_owner_side release];
   _owner_side = side;
   _owner = owner;
 }
 
-- (int)declareTypes:(NSArray *)types owner:(id)owner pasteboard:(NSPasteboard *)side {
+- (int)declareTypes:(NSArray*)types owner:(id)owner pasteboard:(NSPasteboard*)side {
   id previous = _owner;
-  NSPasteboard *previous_side = [[_owner_side retain] autorelease];
+  NSPasteboard* previous_side = [[_owner_side retain] autorelease];
   ++_change_count;
   [_data removeAllObjects];
   [self replaceTypes:types != nil ? types : [NSArray array]];
@@ -79,10 +79,10 @@
 }
 
 // 0 means that the caller's generation is over.
-- (int)addTypes:(NSArray *)types owner:(id)owner pasteboard:(NSPasteboard *)side oldCount:(int)count {
+- (int)addTypes:(NSArray*)types owner:(id)owner pasteboard:(NSPasteboard*)side oldCount:(int)count {
   if (count != _change_count) return 0;
-  NSMutableArray *all = [NSMutableArray arrayWithArray:_types];
-  for (NSString *type in types) {
+  NSMutableArray* all = [NSMutableArray arrayWithArray:_types];
+  for (NSString* type in types) {
     if (![all containsObject:type]) [all addObject:type];
   }
   [self replaceTypes:all];
@@ -90,14 +90,14 @@
   return _change_count;
 }
 
-- (BOOL)setData:(NSData *)data forType:(NSString *)type isFile:(BOOL)isFile oldCount:(int)count {
+- (BOOL)setData:(NSData*)data forType:(NSString*)type isFile:(BOOL)isFile oldCount:(int)count {
   if (data == nil || count != _change_count || ![_types containsObject:type]) return NO;
   [_data setObject:[NSData dataWithData:data] forKey:type];
   return YES;
 }
 
 // Data that was only promised is asked of the owner now.
-- (NSData *)dataForType:(NSString *)type oldCount:(int)count mustBeCurrent:(BOOL)mustBeCurrent {
+- (NSData*)dataForType:(NSString*)type oldCount:(int)count mustBeCurrent:(BOOL)mustBeCurrent {
   if ((mustBeCurrent && count != _change_count) || ![_types containsObject:type]) return nil;
   if ([_data objectForKey:type] == nil && [_owner respondsToSelector:@selector(pasteboard:
                                                                          provideDataForType:)]) {
@@ -106,14 +106,14 @@
   return [[[_data objectForKey:type] retain] autorelease];
 }
 
-- (NSArray *)typesAndChangeCount:(int *)count {
+- (NSArray*)typesAndChangeCount:(int*)count {
   if (count != NULL) *count = _change_count;
   return [[_types retain] autorelease];
 }
 
-- (NSString *)availableTypeFromArray:(NSArray *)types changeCount:(int *)count {
+- (NSString*)availableTypeFromArray:(NSArray*)types changeCount:(int*)count {
   if (count != NULL) *count = _change_count;
-  for (NSString *type in types) {
+  for (NSString* type in types) {
     if ([_types containsObject:type]) return type;
   }
   return nil;
@@ -144,12 +144,12 @@
 }
 
 // No name stands for a new pasteboard with a name that nobody else uses.
-- (id<GSPasteboardObj>)pasteboardWithName:(NSString *)name {
+- (id<GSPasteboardObj>)pasteboardWithName:(NSString*)name {
   while (name == nil || [name length] == 0) {
     name = [NSString stringWithFormat:@"Pasteboard-%d-%u", getpid(), ++_unique_count];
     if ([_pasteboards objectForKey:name] != nil) name = nil;
   }
-  CocoaPasteboard *pasteboard = [_pasteboards objectForKey:name];
+  CocoaPasteboard* pasteboard = [_pasteboards objectForKey:name];
   if (pasteboard == nil) {
     pasteboard = [[[CocoaPasteboard alloc] initWithName:name server:self] autorelease];
     [_pasteboards setObject:pasteboard forKey:name];
@@ -157,7 +157,7 @@
   return pasteboard;
 }
 
-- (void)forget:(NSString *)name {
+- (void)forget:(NSString*)name {
   [[[_pasteboards objectForKey:name] retain] autorelease];
   [_pasteboards removeObjectForKey:name];
 }

@@ -8,26 +8,32 @@
 
 static const char kLibraries[] = "/usr/lib/libgnustep-base.so";
 
+// The folder below which GNUstep's libraries were unpacked, to be freed; NULL if that is the file system's
+// root.
+static char* root_of_libraries(void) {
+  Dl_info base;
+  if (dladdr((const void*)GNUstepConfig, &base) == 0) return NULL;
+  char* path = realpath(base.dli_fname, NULL);
+  char* end = NULL;
+  for (char* found = path; found && (found = strstr(found, kLibraries)) != NULL; found++) end = found;
+  if (end == NULL || end == path) {
+    free(path);
+    return NULL;
+  }
+  *end = '\0';
+  return path;
+}
+
 // GNUstep's own folders, when its libraries were unpacked below a folder other than the file system's root.
 // Without this it would look for its resources below /usr, where there are none or another version's. The
 // machine's own system folder stays on the search path, in the place of the network's, which is the local
 // one's twin.
-static void find_resources(void) {
-  Dl_info base;
-  if (dladdr((const void *)GNUstepConfig, &base) == 0) return;
-  char *resolved = realpath(base.dli_fname, NULL);
-  if (resolved == NULL) return;
-  NSString *file = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:resolved
-                                                                               length:strlen(resolved)];
-  free(resolved);
-  NSRange libraries = [file rangeOfString:[NSString stringWithUTF8String:kLibraries]
-                                  options:NSBackwardsSearch];
-  if (libraries.length == 0 || libraries.location == 0) return;
-  NSString *root = [file substringToIndex:libraries.location];
-  NSMutableDictionary *configuration = GNUstepConfig(nil);
-  NSString *machine = [configuration objectForKey:@"GNUSTEP_SYSTEM_LIBRARY"];
+static void find_resources(const char* path) {
+  NSString* root = [NSString stringWithUTF8String:path];
+  NSMutableDictionary* configuration = GNUstepConfig(nil);
+  NSString* machine = [configuration objectForKey:@"GNUSTEP_SYSTEM_LIBRARY"];
   if (machine == nil) machine = @"/usr/lib/GNUstep";  // GNUstep's own default, without a configuration file
-  if ([machine hasPrefix:root]) return;
+  if (root == nil || [machine hasPrefix:root]) return;
   [configuration setObject:machine forKey:@"GNUSTEP_NETWORK_LIBRARY"];
   [configuration setObject:[root stringByAppendingString:@"/usr/lib/GNUstep"]
                     forKey:@"GNUSTEP_SYSTEM_LIBRARY"];
@@ -38,7 +44,7 @@ static void find_resources(void) {
 // Exceptions reach setjmp frames only if every library's raise binds to this library.
 static void check_load_order(void) {
   Dl_info here, thrower;
-  void *found = dlsym(RTLD_DEFAULT, "objc_exception_throw");
+  void* found = dlsym(RTLD_DEFAULT, "objc_exception_throw");
   if (found == NULL || dladdr(found, &thrower) == 0 || dladdr(kLibraries, &here) == 0) return;
   if (thrower.dli_fbase == here.dli_fbase) return;
   fprintf(stderr,
@@ -59,9 +65,12 @@ static void check_load_order(void) {
   // The bottom pool of the thread that loads the library. A host without pools of its own keeps what is
   // autoreleased, and is not told so object by object.
   [[NSAutoreleasePool alloc] init];
-  NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-  find_resources();
+  char* root = root_of_libraries();
+  if (root == NULL) return;
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+  find_resources(root);
   [pool drain];
+  free(root);
 }
 
 @end

@@ -1,22 +1,26 @@
 # Tests of the colour classes: GNUstep's own, and what libcocoa makes of them.
 set(scenario_sources
-  colours/Scenario.m
   colours/archive_scenarios.m
   colours/colour_scenarios.m
   colours/conversion_scenarios.m
+  colours/exchange_scenarios.m
   colours/folder_scenarios.m
+  colours/gnustep_scenarios.m
+  colours/ink_profile.c
+  colours/ink_scenarios.m
   colours/list_file_scenarios.m
   colours/list_scenarios.m
   colours/named_scenarios.m
   colours/pasteboard_scenarios.m
   colours/profile_scenarios.m
+  colours/scenario.m
   colours/space_scenarios.m)
 
 # One source, two programs: with GNUstep alone, and with libcocoa before it.
 add_executable(colour_scenarios_plain ${scenario_sources})
-target_link_libraries(colour_scenarios_plain PRIVATE gnustep warnings)
+target_link_libraries(colour_scenarios_plain PRIVATE gnustep lcms2 warnings)
 add_executable(colour_scenarios_here ${scenario_sources})
-target_link_libraries(colour_scenarios_here PRIVATE cocoa gnustep warnings)
+target_link_libraries(colour_scenarios_here PRIVATE cocoa gnustep lcms2 warnings)
 foreach(program colour_scenarios_plain colour_scenarios_here)
   target_include_directories(${program} PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)
   target_link_options(${program} PRIVATE -Wl,--no-as-needed)
@@ -38,8 +42,9 @@ add_executable(colour_library_test
   colours/accuracy_test.cpp
   colours/damage_test.cpp
   colours/sharing_test.cpp
+  colours/ink_profile.c
   colours/colour_calls.m)
-target_link_libraries(colour_library_test PRIVATE cocoa gnustep gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
+target_link_libraries(colour_library_test PRIVATE cocoa gnustep lcms2 gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
 target_include_directories(colour_library_test PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)
 target_link_options(colour_library_test PRIVATE -Wl,--no-as-needed)
 target_compile_definitions(colour_library_test PRIVATE
@@ -49,3 +54,10 @@ target_compile_definitions(colour_library_test PRIVATE
 add_test(NAME platform.colour_library COMMAND colour_library_test)
 set_tests_properties(platform.colour_library PROPERTIES TIMEOUT 600
   ENVIRONMENT "QVX_CMYK_PROFILE=${QVX_SYSROOT}/usr/share/color/icc/ghostscript/default_cmyk.icc")
+
+# The bundle's own functions on the pasteboard, as a host calls them.
+add_executable(bundle_pasteboard_test colours/bundle_pasteboard_test.cpp)
+target_include_directories(bundle_pasteboard_test PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(bundle_pasteboard_test PRIVATE real_host gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
+add_test(NAME platform.bundle_pasteboard COMMAND bundle_pasteboard_test)
+set_tests_properties(platform.bundle_pasteboard PROPERTIES TIMEOUT 120)

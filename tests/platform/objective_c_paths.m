@@ -6,9 +6,9 @@
 #include <pthread.h>
 #include <setjmp.h>
 
-typedef void (*Body)(void *context);
+typedef void (*Body)(void* context);
 
-void ThroughFinally(Body body, void *context, int *ran) {
+void ThroughFinally(Body body, void* context, int* ran) {
   @try {
     body(context);
   } @finally {
@@ -16,7 +16,7 @@ void ThroughFinally(Body body, void *context, int *ran) {
   }
 }
 
-void ThroughTwoFinallys(Body body, void *context, int *ran) {
+void ThroughTwoFinallys(Body body, void* context, int* ran) {
   @try {
     @try {
       body(context);
@@ -28,23 +28,23 @@ void ThroughTwoFinallys(Body body, void *context, int *ran) {
   }
 }
 
-void ThroughSynchronized(Body body, void *context, id lock) {
+void ThroughSynchronized(Body body, void* context, id lock) {
   @synchronized(lock) {
     body(context);
   }
 }
 
-void ThroughUnrelatedCatch(Body body, void *context, int *ran) {
+void ThroughUnrelatedCatch(Body body, void* context, int* ran) {
   @try {
     body(context);
-  } @catch (NSString *text) {
+  } @catch (NSString* text) {
     *ran += 100;
   } @finally {
     ++*ran;
   }
 }
 
-void ThroughFinallyThatThrows(Body body, void *context, id thrown) {
+void ThroughFinallyThatThrows(Body body, void* context, id thrown) {
   @try {
     body(context);
   } @finally {
@@ -52,19 +52,19 @@ void ThroughFinallyThatThrows(Body body, void *context, id thrown) {
   }
 }
 
-void ThroughFinallyThatThrowsAndCatches(Body body, void *context, int *ran) {
+void ThroughFinallyThatThrowsAndCatches(Body body, void* context, int* ran) {
   @try {
     body(context);
   } @finally {
     @try {
       [NSException raise:@"Inner" format:@"caught at once"];
-    } @catch (NSException *inner) {
+    } @catch (NSException* inner) {
       ++*ran;
     }
   }
 }
 
-void ThroughFinallyCalling(Body body, void *context, Body clean_up, void *clean_up_context) {
+void ThroughFinallyCalling(Body body, void* context, Body clean_up, void* clean_up_context) {
   @try {
     body(context);
   } @finally {
@@ -72,7 +72,7 @@ void ThroughFinallyCalling(Body body, void *context, Body clean_up, void *clean_
   }
 }
 
-int ThroughFinallyThatReturns(Body body, void *context) {
+int ThroughFinallyThatReturns(Body body, void* context) {
   @try {
     body(context);
   } @finally {
@@ -80,19 +80,19 @@ int ThroughFinallyThatReturns(Body body, void *context) {
   }
 }
 
-id ThroughCatch(Body body, void *context) {
+id ThroughCatch(Body body, void* context) {
   @try {
     body(context);
-  } @catch (NSException *exception) {
+  } @catch (NSException* exception) {
     return exception;
   }
   return nil;
 }
 
-void ThroughRethrow(Body body, void *context, int *ran) {
+void ThroughRethrow(Body body, void* context, int* ran) {
   @try {
     body(context);
-  } @catch (NSException *exception) {
+  } @catch (NSException* exception) {
     ++*ran;
     @throw;
   }
@@ -100,13 +100,13 @@ void ThroughRethrow(Body body, void *context, int *ran) {
 
 struct frame {
   jmp_buf buffer;
-  void *reserved[4];
+  void* reserved[4];
 };
-void objc_exception_try_enter(void *);
-void objc_exception_try_exit(void *);
-id objc_exception_extract(void *);
+void objc_exception_try_enter(void*);
+void objc_exception_try_exit(void*);
+id objc_exception_extract(void*);
 
-id GuardedInC(Body body, void *context) {
+id GuardedInC(Body body, void* context) {
   struct frame frame;
   objc_exception_try_enter(&frame);
   if (_setjmp(frame.buffer) != 0) return objc_exception_extract(&frame);
@@ -115,15 +115,15 @@ id GuardedInC(Body body, void *context) {
   return nil;
 }
 
-id NewException(const char *name, const char *reason) {
+id NewException(const char* name, const char* reason) {
   return [NSException exceptionWithName:[NSString stringWithUTF8String:name]
                                  reason:[NSString stringWithUTF8String:reason]
                                userInfo:nil];
 }
 
-void Raise(id exception) { [(NSException *)exception raise]; }
+void Raise(id exception) { [(NSException*)exception raise]; }
 
-static void *try_lock(void *lock) {
+static void* try_lock(void* lock) {
   objc_sync_enter((id)lock);
   objc_sync_exit((id)lock);
   return lock;
@@ -211,16 +211,16 @@ static uintptr_t misalignment;
 @implementation Forwarder
 
 + (id)forwarderTo:(id)target {
-  Forwarder *forwarder = [[[Forwarder alloc] init] autorelease];
+  Forwarder* forwarder = [[[Forwarder alloc] init] autorelease];
   forwarder->_target = target;
   return forwarder;
 }
 
-- (NSMethodSignature *)methodSignatureForSelector:(SEL)selector {
+- (NSMethodSignature*)methodSignatureForSelector:(SEL)selector {
   return [_target methodSignatureForSelector:selector];
 }
 
-- (void)forwardInvocation:(NSInvocation *)invocation {
+- (void)forwardInvocation:(NSInvocation*)invocation {
   [invocation invokeWithTarget:_target];
 }
 

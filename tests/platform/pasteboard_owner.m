@@ -22,12 +22,12 @@
   _silent = YES;
 }
 
-- (void)pasteboard:(NSPasteboard *)pasteboard provideDataForType:(NSString *)type {
+- (void)pasteboard:(NSPasteboard*)pasteboard provideDataForType:(NSString*)type {
   ++_asked;
   if (!_silent) [pasteboard setData:[type dataUsingEncoding:NSUTF8StringEncoding] forType:type];
 }
 
-- (void)pasteboardChangedOwner:(NSPasteboard *)pasteboard {
+- (void)pasteboardChangedOwner:(NSPasteboard*)pasteboard {
   ++_lost;
 }
 

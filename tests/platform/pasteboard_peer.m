@@ -10,7 +10,7 @@
 
 static int serve(void) {
   id server = [[NSClassFromString(@"CocoaPasteboardServer") alloc] init];
-  NSConnection *connection = [[NSConnection alloc] init];
+  NSConnection* connection = [[NSConnection alloc] init];
   [connection setRootObject:server];
   if (![connection registerName:PBSNAME]) return 1;
   puts("ready");
@@ -19,19 +19,19 @@ static int serve(void) {
   return 0;
 }
 
-int main(int argc, char **argv) {
-  NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+int main(int argc, char** argv) {
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
   int status = 0;
   if (argc > 1 && strcmp(argv[1], "serve") == 0) {
     status = serve();
   } else {
-    NSPasteboard *pasteboard = [NSPasteboard pasteboardWithName:@"between processes"];
+    NSPasteboard* pasteboard = [NSPasteboard pasteboardWithName:@"between processes"];
     if (argc > 2) {
       [pasteboard declareTypes:[NSArray arrayWithObject:NSStringPboardType] owner:nil];
       status =
           [pasteboard setString:[NSString stringWithUTF8String:argv[2]] forType:NSStringPboardType] ? 0 : 1;
     } else {
-      NSString *text = [pasteboard stringForType:NSStringPboardType];
+      NSString* text = [pasteboard stringForType:NSStringPboardType];
       puts(text != nil ? [text UTF8String] : "(nothing)");
     }
   }

@@ -1,6 +1,6 @@
 // tests/platform/colours/accuracy_test.cpp - conversions agree with Little CMS's own command-line tool.
 //
-// Every ordered pair of five spaces, on a grid of at least 1,000 colours, within 1/4096 per component. The
+// Every ordered pair of six spaces, on a grid of at least 1,000 colours, within 1/4096 per component. The
 // tool gets the very profiles that the spaces carry, and does not clip: its results are clipped here as the
 // library clips.
 #include <gtest/gtest.h>
@@ -13,11 +13,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "colour_calls.h"
+#include "ink_profile.h"
 
 namespace {
 
@@ -27,7 +30,7 @@ using Colour = std::vector<float>;
 constexpr double kTolerance = 1.0 / 4096;
 constexpr std::size_t kSmallestGrid = 1000;
 
-enum class Kind { kRGB, kGray, kCMYK, kLab };
+enum class Kind { kRGB, kGray, kCMYK, kLab, kInks };
 
 struct TestedSpace {
   const char* name;
@@ -35,11 +38,13 @@ struct TestedSpace {
   const char* source;  // a class method, or a file of the installed profiles
 };
 
-constexpr std::array<TestedSpace, 5> kSpaces{{{"sRGB", Kind::kRGB, "sRGBColorSpace"},
+constexpr unsigned kInks = 6;
+constexpr std::array<TestedSpace, 6> kSpaces{{{"sRGB", Kind::kRGB, "sRGBColorSpace"},
                                               {"AdobeRGB", Kind::kRGB, "adobeRGB1998ColorSpace"},
                                               {"Gray22", Kind::kGray, "genericGamma22GrayColorSpace"},
                                               {"CMYK", Kind::kCMYK, "default_cmyk.icc"},
-                                              {"Lab", Kind::kLab, "lab.icc"}}};
+                                              {"Lab", Kind::kLab, "lab.icc"},
+                                              {"SixInks", Kind::kInks, nullptr}}};
 
 std::vector<char> readFile(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
@@ -47,6 +52,11 @@ std::vector<char> readFile(const fs::path& path) {
 }
 
 Space open(const TestedSpace& tested) {
+  if (tested.kind == Kind::kInks) {
+    std::size_t size = 0;
+    const std::unique_ptr<void, decltype(&std::free)> bytes(MakeInkProfile(kInks, &size), &std::free);
+    return spaceFromProfile(bytes.get(), size);
+  }
   if (tested.kind != Kind::kCMYK && tested.kind != Kind::kLab) return predefinedSpace(tested.source);
   const std::vector<char> bytes = readFile(fs::path(QVX_ICC_FOLDER) / tested.source);
   return spaceFromProfile(bytes.data(), bytes.size());
@@ -54,7 +64,7 @@ Space open(const TestedSpace& tested) {
 
 // The tool's unit for a component: what it calls 1.
 double unit(Kind kind) {
-  return kind == Kind::kCMYK ? 100 : kind == Kind::kLab ? 1 : 255;
+  return kind == Kind::kCMYK || kind == Kind::kInks ? 100 : kind == Kind::kLab ? 1 : 255;
 }
 
 // Every combination of evenly spaced values, for each component from low to high.
@@ -80,6 +90,8 @@ std::vector<Colour> gridOf(Kind kind) {
       return combinations({{0.F, 1.F}, {0.F, 1.F}, {0.F, 1.F}}, 11);
     case Kind::kCMYK:
       return combinations({{0.F, 1.F}, {0.F, 1.F}, {0.F, 1.F}, {0.F, 1.F}}, 6);
+    case Kind::kInks:
+      return combinations(std::vector<std::pair<float, float>>(kInks, {0.F, 1.F}), 4);
     case Kind::kLab:
       return combinations({{0.F, 100.F}, {-100.F, 100.F}, {-100.F, 100.F}}, 11);
   }

@@ -1,30 +1,27 @@
 // tests/platform/colours/colour_behaviour_test.cpp - every scenario, against GNUstep alone and with libcocoa.
 //
 // The scenarios and their expected answers are in the two scenario programs; each is run in a process of its
-// own, with folders of its own, and may hang or crash there.
+// own, with folders that were emptied before, and may hang or crash there.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <array>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-
-constexpr auto kPatience = 20s;
-
 struct Scenario {
   std::string name, plain, here;
 };
@@ -76,58 +73,92 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// The program's standard output, without the last line end; or "hangs", "crashes with signal N", "ends with
-// status N".
-std::string run(const std::string& program, const std::vector<std::string>& arguments) {
-  const ScratchFolder scratch;
-  writeConfiguration(scratch.path());
-  const std::string output = (scratch.path() / "output").string();
-  const std::string errors = (scratch.path() / "errors").string();
-
+// What a scenario program finds in its environment; the folder is the one of all its scenarios.
+std::vector<std::string> environmentFor(const fs::path& folder) {
   const std::string profiles = QVX_ICC_FOLDER;
-  std::vector<std::string> environment{"GNUSTEP_CONFIG_FILE=" + (scratch.path() / "GNUstep.conf").string(),
-                                       "QVX_SCENARIO_FOLDER=" + scratch.path().string(),
-                                       "QVX_ICC_FOLDER=" + profiles,
-                                       "QVX_CMYK_PROFILE=" + profiles + "/default_cmyk.icc",
-                                       "HOME=" + scratch.path().string(),
-                                       "LC_ALL=C.UTF-8",
-                                       "PATH=/usr/bin:/bin"};
-  std::vector<std::string> words{program};
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  const std::vector<char*> envp = pointersTo(environment);
-  const std::vector<char*> argv = pointersTo(words);
-
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  constexpr mode_t kMode = 0600;
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT, kMode);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errors.c_str(), O_WRONLY | O_CREAT, kMode);
-  pid_t child = 0;
-  const int failure = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), envp.data());
-  posix_spawn_file_actions_destroy(&actions);
-  if (failure != 0) return "can't be started: " + program;
-
-  const auto end = std::chrono::steady_clock::now() + kPatience;
-  int status = 0;
-  while (waitpid(child, &status, WNOHANG) == 0) {
-    if (std::chrono::steady_clock::now() > end) {
-      kill(child, SIGKILL);
-      waitpid(child, &status, 0);
-      return "hangs";
-    }
-    std::this_thread::sleep_for(2ms);
-  }
-  if (WIFSIGNALED(status)) return "crashes with signal " + std::to_string(WTERMSIG(status));
-  if (WEXITSTATUS(status) != 0)
-    return "ends with status " + std::to_string(WEXITSTATUS(status)) + ": " + contents(errors);
-  std::string text = contents(output);
-  if (!text.empty() && text.back() == '\n') text.pop_back();
-  return text;
+  return {"GNUSTEP_CONFIG_FILE=" + (folder / "GNUstep.conf").string(),
+          "QVX_SCENARIO_FOLDER=" + folder.string(),
+          "QVX_ICC_FOLDER=" + profiles,
+          std::string("QVX_SCENARIOS_PLAIN=") + QVX_SCENARIOS_PLAIN,
+          "QVX_CMYK_PROFILE=" + profiles + "/default_cmyk.icc",
+          "HOME=" + folder.string(),
+          "LC_ALL=C.UTF-8",
+          "PATH=/usr/bin:/bin"};
 }
 
+// A scenario program at work. It forks a child for each scenario that it is asked for, so that the libraries
+// are loaded once; the children share a folder, which is emptied before each.
+class Server {
+ public:
+  explicit Server(std::string program) : program_(std::move(program)) { start(); }
+  ~Server() {
+    if (toServer_ != nullptr) std::fclose(toServer_);
+    if (fromServer_ != nullptr) std::fclose(fromServer_);
+    if (process_ > 0) waitpid(process_, nullptr, 0);
+  }
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  // What the scenario printed, without the last line end; or "hangs", "crashes with signal N", "ends with
+  // status N".
+  std::string run(const std::string& scenario) {
+    if (process_ <= 0) return "can't be started: " + program_;
+    for (const fs::directory_entry& each : fs::directory_iterator(folder_.path())) fs::remove_all(each);
+    writeConfiguration(folder_.path());
+    std::fprintf(toServer_, "%s\n", scenario.c_str());
+    std::fflush(toServer_);
+    int status = 0;
+    if (std::fscanf(fromServer_, "%d", &status) != 1) return "ended its program: " + program_;
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM) return "hangs";
+    if (WIFSIGNALED(status)) return "crashes with signal " + std::to_string(WTERMSIG(status));
+    if (WEXITSTATUS(status) != 0)
+      return "ends with status " + std::to_string(WEXITSTATUS(status)) + ": " +
+             contents(folder_.path() / "errors");
+    std::string text = contents(folder_.path() / "output");
+    if (!text.empty() && text.back() == '\n') text.pop_back();
+    return text;
+  }
+
+ private:
+  void start() {
+    writeConfiguration(folder_.path());
+    std::array<int, 2> questions{};
+    std::array<int, 2> answers{};
+    if (pipe2(questions.data(), O_CLOEXEC) != 0 || pipe2(answers.data(), O_CLOEXEC) != 0) return;
+    std::vector<std::string> words{program_, "serve"};
+    std::vector<std::string> environment = environmentFor(folder_.path());
+    const std::vector<char*> argv = pointersTo(words);
+    const std::vector<char*> envp = pointersTo(environment);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, questions[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, answers[1], STDOUT_FILENO);
+    if (posix_spawn(&process_, program_.c_str(), &actions, nullptr, argv.data(), envp.data()) != 0)
+      process_ = 0;
+    posix_spawn_file_actions_destroy(&actions);
+    close(questions[0]);
+    close(answers[1]);
+    toServer_ = fdopen(questions[1], "w");
+    fromServer_ = fdopen(answers[0], "r");
+  }
+
+  std::string program_;
+  ScratchFolder folder_;
+  pid_t process_ = 0;
+  FILE* toServer_ = nullptr;
+  FILE* fromServer_ = nullptr;
+};
+
+// The program's own list of its scenarios.
 std::vector<Scenario> allScenarios() {
+  FILE* const listing = popen(QVX_SCENARIOS_HERE, "r");  // NOLINT: the command is made by the build
+  if (listing == nullptr) return {};
+  std::string text;
+  for (int next = std::fgetc(listing); next != EOF; next = std::fgetc(listing))
+    text.push_back(static_cast<char>(next));
+  pclose(listing);
+  std::istringstream lines(text);
   std::vector<Scenario> scenarios;
-  std::istringstream lines(run(QVX_SCENARIOS_HERE, {}));
   Scenario each;
   while (std::getline(lines, each.name) && std::getline(lines, each.plain) && std::getline(lines, each.here))
     scenarios.push_back(each);
@@ -136,32 +167,45 @@ std::vector<Scenario> allScenarios() {
 
 class Behaviour : public testing::Test {
  public:
-  Behaviour(std::string program, std::string name, std::string expected)
-      : program_(std::move(program)), name_(std::move(name)), expected_(std::move(expected)) {}
-  void TestBody() override { EXPECT_EQ(run(program_, {name_}), expected_) << name_; }
+  Behaviour(Server& server, std::string name, std::string expected)
+      : server_(server), name_(std::move(name)), expected_(std::move(expected)) {}
+  void TestBody() override { EXPECT_EQ(server_.run(name_), expected_) << name_; }
 
  private:
-  std::string program_, name_, expected_;
+  Server& server_;
+  std::string name_, expected_;
 };
 
-void registerBehaviour(const char* suite, const std::string& program, const std::string& name,
+void registerBehaviour(const char* suite, Server& server, const std::string& name,
                        const std::string& expected) {
   testing::RegisterTest(suite, name.c_str(), nullptr, nullptr, __FILE__, __LINE__,
-                        [=]() -> Behaviour* { return new Behaviour(program, name, expected); });
+                        [=, &server]() -> Behaviour* { return new Behaviour(server, name, expected); });
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
+int runAll() {
   const std::vector<Scenario> scenarios = allScenarios();
   if (scenarios.empty()) {
     std::fputs("wanted scenarios from " QVX_SCENARIOS_HERE ", found none; build it first\n", stderr);
     return EXIT_FAILURE;
   }
+  Server plain(QVX_SCENARIOS_PLAIN);
+  Server here(QVX_SCENARIOS_HERE);
+  std::signal(SIGPIPE, SIG_IGN);  // a program that ended is an answer, not this one's end
   for (const Scenario& each : scenarios) {
-    if (!each.plain.empty()) registerBehaviour("GNUstepAlone", QVX_SCENARIOS_PLAIN, each.name, each.plain);
-    registerBehaviour("WithLibcocoa", QVX_SCENARIOS_HERE, each.name, each.here);
+    if (!each.plain.empty()) registerBehaviour("GNUstepAlone", plain, each.name, each.plain);
+    registerBehaviour("WithLibcocoa", here, each.name, each.here);
   }
   return RUN_ALL_TESTS();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    testing::InitGoogleTest(&argc, argv);
+    return runAll();
+  } catch (const std::exception& problem) {
+    std::fprintf(stderr, "colour_behaviour_test: wanted to run the scenarios, found: %s\n", problem.what());
+    return EXIT_FAILURE;
+  }
 }

@@ -3,7 +3,7 @@
 
 #include <time.h>
 
-#import "ColourClasses.h"
+#import "colour_classes.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
 extern BOOL GSDebugAllocationActive(BOOL active);

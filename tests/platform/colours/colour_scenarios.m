@@ -1,6 +1,6 @@
 // tests/platform/colours/colour_scenarios.m - making colours, their components, equality, handles and
 // drawing.
-#import "Scenario.h"
+#import "scenario.h"
 
 #include <math.h>
 

@@ -1,12 +1,13 @@
 // tests/platform/colours/conversion_scenarios.m - colours from one space to another.
-#import "Scenario.h"
+#import "scenario.h"
 
 static NSColorSpace* SpaceNamed(NSString* file) {
   return [[[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(file)] autorelease];
 }
 
+// Of four components with the alpha, or of four inks, which are opaque.
 static NSColor* Made(NSColorSpace* space, CGFloat a, CGFloat b, CGFloat c, CGFloat d) {
-  const CGFloat components[] = {a, b, c, d};
+  const CGFloat components[] = {a, b, c, d, 1};
   return [NSColor colorWithColorSpace:space components:components count:[space numberOfColorComponents] + 1];
 }
 
@@ -153,6 +154,29 @@ static NSString* StockFormulasBack(void) {
                                           nil]);
 }
 
+static NSString* BlendWithNothing(void) {
+  NSColor* custom = [NSColor colorWithSRGBRed:1 green:0.5 blue:0.25 alpha:1];
+  return Joined([NSArray arrayWithObjects:Shown([[NSColor redColor] blendedColorWithFraction:0.5
+                                                                                     ofColor:nil]),
+                                          Shown([custom blendedColorWithFraction:0.5 ofColor:nil]), nil]);
+}
+
+static NSString* CustomHighlight(void) {
+  NSColor* color = [NSColor colorWithSRGBRed:0 green:0 blue:0 alpha:1];
+  NSColor* lighter = [color highlightWithLevel:0.5];
+  NSColor* darker = [[NSColor colorWithSRGBRed:1 green:1 blue:1 alpha:1] shadowWithLevel:0.5];
+  return [NSString stringWithFormat:@"%@, %@, %@", YesNo([color highlightWithLevel:0] == color),
+                                    [lighter redComponent] > 0 ? @"lighter" : @"no lighter",
+                                    [darker redComponent] < 1 ? @"darker" : @"no darker"];
+}
+
+static NSString* GenericCMYKByProfile(void) {
+  NSColorSpace* generic = [NSColorSpace genericCMYKColorSpace];
+  NSColor* red = [[NSColor colorWithSRGBRed:1 green:0 blue:0 alpha:1] colorUsingColorSpace:generic];
+  NSColor* mixed = [Made(generic, 0.1, 0.2, 0.3, 0.4) colorUsingColorSpaceName:NSDeviceRGBColorSpace];
+  return Joined([NSArray arrayWithObjects:Shown(red), Shown(mixed), nil]);
+}
+
 const Scenario conversionScenarios[] = {
     {"asking for generic RGB gives a calibrated colour", "1.000 0.500 0.250 0.500 DeviceRGB",
      "1.000 0.500 0.250 0.500 CalibratedRGB", AskedSingleton},
@@ -193,6 +217,13 @@ const Scenario conversionScenarios[] = {
     {"a blend with a pattern is no colour", "raises NSInvalidArgumentException", "nil, nil", PatternBlends},
     {"highlight and shadow of a pattern are no colours", "raises NSInvalidArgumentException", "nil, nil",
      PatternHighlight},
+    {"a blend with nothing is no colour", "nil, nil", "nil, nil", BlendWithNothing},
+    {"a custom colour has a highlight and a shadow", "yes, lighter, darker", "yes, lighter, darker",
+     CustomHighlight},
+    {"generic CMYK converts by the installed profile",
+     "0.000 1.000 1.000 0.000 1.000 DeviceCMYK, 0.500 0.400 0.300 1.000 DeviceRGB",
+     "0.000 1.000 1.000 0.000 1.000 Custom Generic CMYK, 0.604 0.545 0.488 1.000 DeviceRGB",
+     GenericCMYKByProfile},
     {"custom colours blend in calibrated RGB like their twins",
      "1.000 0.500 0.500 0.500 CalibratedRGB, as its twins",
      "0.993 0.500 0.514 0.500 CalibratedRGB, as its twins", BlendOfCustom},

@@ -1,5 +1,5 @@
 // tests/platform/colours/space_scenarios.m - the predefined colour spaces.
-#import "Scenario.h"
+#import "scenario.h"
 
 #include <stdlib.h>
 

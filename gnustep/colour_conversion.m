@@ -1,11 +1,11 @@
-// gnustep/ColourConversion.m - colours from one space to another: the rules, in one place.
-#import "ColourConversion.h"
+// gnustep/colour_conversion.m - colours from one space to another: the rules, in one place.
+#import "colour_conversion.h"
 
 #include <string.h>
 
-#include "ColourTransforms.h"
-#import "GNUstepColours.h"
 #import "QVXProfileColor.h"
+#include "colour_transforms.h"
+#import "gnustep_colours.h"
 
 enum { kMostComponents = QVXMostChannels + 1 };
 
@@ -13,13 +13,14 @@ static double Positive(double value) { return value > 0 ? value : 0; }
 
 // The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
 static NSString* FormulaName(NSColorSpace* space) {
-  NSString* name = [space qvx_stockName];
+  NSString* name = QVXStockNameOfSpace(space);
   if (name) return name;
-  return [space qvx_kind] == QVXGenericCMYKSpace && ![space qvx_profile] ? NSDeviceCMYKColorSpace : nil;
+  return QVXKindOfSpace(space) == QVXGenericCMYKSpace && !QVXProfileOfSpace(space) ? NSDeviceCMYKColorSpace
+                                                                                   : nil;
 }
 
 NSColor* QVXColourWithComponents(NSColorSpace* space, const CGFloat* c) {
-  switch ([space qvx_kind]) {
+  switch (QVXKindOfSpace(space)) {
     case QVXDeviceRGBSpace:
       return [NSColor colorWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
     case QVXGenericRGBSpace:
@@ -38,12 +39,12 @@ NSColor* QVXColourWithComponents(NSColorSpace* space, const CGFloat* c) {
 // By GNUstep's formulas. Generic CMYK without a profile takes part as device CMYK.
 static NSColor* ConvertByFormula(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
   CGFloat components[kMostComponents];
-  if (![from qvx_stockName]) {
+  if (!QVXStockNameOfSpace(from)) {
     [color getComponents:components];
     color = QVXColourWithComponents(QVXSpaceOfKind(QVXDeviceCMYKSpace), components);
   }
   color = [color colorUsingColorSpaceName:FormulaName(to) device:nil];
-  if ([to qvx_stockName] || !color) return color;
+  if (QVXStockNameOfSpace(to) || !color) return color;
   [color getComponents:components];
   return QVXColourWithComponents(to, components);
 }
@@ -52,18 +53,19 @@ static NSColor* ConvertByFormula(NSColor* color, NSColorSpace* from, NSColorSpac
 // sRGB.
 static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
   CGFloat components[kMostComponents];
-  [color getComponents:components];
-  CGFloat alpha = components[[color numberOfComponents] - 1];
   double source[QVXMostChannels];
   double result[QVXMostChannels];
-  for (NSInteger i = 0; i < [color numberOfComponents] - 1; i++) source[i] = components[i];
+  [color getComponents:components];
+  NSInteger last = [color numberOfComponents] - 1;
+  CGFloat alpha = components[last];
+  for (NSInteger i = 0; i < last; i++) source[i] = components[i];
   QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
-  QVXProfile* fromProfile = [from qvx_workingProfile];
+  QVXProfile* fromProfile = QVXWorkingProfileOfSpace(from);
   if (!fromProfile) {
     for (int i = 0; i < 3; i++) source[i] = Positive(1 - source[3] - source[i]);
     fromProfile = srgb;
   }
-  QVXProfile* toProfile = [to qvx_workingProfile];
+  QVXProfile* toProfile = QVXWorkingProfileOfSpace(to);
   if (!fromProfile || !srgb) return nil;
   if (fromProfile == (toProfile ? toProfile : srgb))
     memcpy(result, source, sizeof result);
@@ -83,10 +85,12 @@ NSColor* QVXColourInSpace(NSColor* color, NSColorSpace* to) {
   if (!to || !color) return nil;
   NSColorSpace* from = [color colorSpace];
   if (from == to || [from isEqual:to]) return color;
-  color = QVXConcreteColour(color);
-  from = [color colorSpace];
-  if (!from) return nil;
-  if (from == to || [from isEqual:to]) return color;
+  if (!from) {
+    color = QVXConcreteColour(color);
+    from = [color colorSpace];
+    if (!from) return nil;
+    if (from == to || [from isEqual:to]) return color;
+  }
   if ([to numberOfColorComponents] < 1) return nil;
   return FormulaName(from) && FormulaName(to) ? ConvertByFormula(color, from, to)
                                               : ConvertByProfile(color, from, to);

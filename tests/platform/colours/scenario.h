@@ -1,7 +1,7 @@
-// tests/platform/colours/Scenario.h - a behaviour of the colour classes, and what it is with and without
+// tests/platform/colours/scenario.h - a behaviour of the colour classes, and what it is with and without
 // libcocoa.
 //
-// A scenario is run in a process of its own, in a program linked with GNUstep alone and in one linked with
+// A scenario is run in a process of its own, by a program linked with GNUstep alone and by one linked with
 // this project's library too. It answers with a text; the programs add what a scenario can't say itself: that
 // it raised.
 #pragma once
@@ -9,10 +9,10 @@
 #include <stddef.h>
 
 #ifdef __OBJC__
-#import "ColourClasses.h"
+#import "colour_classes.h"
 typedef NSString* (*ScenarioFunction)(void);
 
-// --- helpers, in Scenario.m
+// --- helpers, in scenario.m
 
 // "a, b, c"
 NSString* Joined(NSArray* parts);
@@ -41,10 +41,15 @@ NSString* UserColours(void);
 NSString* SystemColours(void);
 
 NSData* ProfileNamed(NSString* fileName);  // of the installed free profiles
+NSData* InkProfile(unsigned inks);         // made by ink_profile.h
 NSColor* Pattern(void);
 
 // A colour that is archived as one of a kind that no reader knows.
 NSColor* Unheard(void);
+
+// A list's keys and colours, and a list to write: what another program is asked for.
+NSString* ListAsText(NSString* path);
+BOOL WriteStockList(NSString* path);
 
 // Runs the function in a child process, so that this one has not touched a colour yet.
 void InChild(void (*function)(void));
@@ -60,7 +65,9 @@ typedef struct {
 } Scenario;
 
 // The tables, each ended by an entry without a name.
+extern const Scenario gnustepScenarios[];
 extern const Scenario spaceScenarios[];
+extern const Scenario inkScenarios[];
 extern const Scenario profileScenarios[];
 extern const Scenario conversionScenarios[];
 extern const Scenario colourScenarios[];
@@ -70,3 +77,4 @@ extern const Scenario pasteboardScenarios[];
 extern const Scenario listScenarios[];
 extern const Scenario listFileScenarios[];
 extern const Scenario folderScenarios[];
+extern const Scenario exchangeScenarios[];

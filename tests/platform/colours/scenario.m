@@ -1,11 +1,16 @@
-// tests/platform/colours/Scenario.m - the program that runs one scenario, by its number, and its helpers.
-#import "Scenario.h"
+// tests/platform/colours/scenario.m - the program that runs one scenario, by its number, and its helpers.
+#import "scenario.h"
 
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "ink_profile.h"
+
+// Seconds after which a scenario hangs.
+enum { kPatience = 20 };
 
 NSString* Joined(NSArray* parts) { return [parts componentsJoinedByString:@", "]; }
 NSString* YesNo(BOOL value) { return value ? @"yes" : @"no"; }
@@ -63,6 +68,13 @@ NSData* ProfileNamed(NSString* fileName) {
   return data;
 }
 
+NSData* InkProfile(unsigned inks) {
+  size_t size = 0;
+  void* bytes = MakeInkProfile(inks, &size);
+  if (!bytes) [NSException raise:@"NoSuchProfile" format:@"wanted a profile of %u inks, found none", inks];
+  return [NSData dataWithBytesNoCopy:bytes length:size freeWhenDone:YES];
+}
+
 NSColor* Pattern(void) {
   NSImage* image = [[[NSImage alloc] initWithSize:NSMakeSize(2, 2)] autorelease];
   return [NSColor colorWithPatternImage:image];
@@ -100,8 +112,9 @@ void InChild(void (*function)(void)) {
 
 static const Scenario* Find(const char* wanted) {
   static const Scenario* const tables[] = {
-      spaceScenarios,   profileScenarios,    conversionScenarios, colourScenarios,   namedScenarios,
-      archiveScenarios, pasteboardScenarios, listScenarios,       listFileScenarios, folderScenarios};
+      gnustepScenarios,  inkScenarios,    spaceScenarios,   profileScenarios,    conversionScenarios,
+      colourScenarios,   namedScenarios,  archiveScenarios, pasteboardScenarios, listScenarios,
+      listFileScenarios, folderScenarios, exchangeScenarios};
   for (size_t i = 0; i < sizeof tables / sizeof *tables; i++)
     for (const Scenario* each = tables[i]; each->name; each++) {
       if (!wanted)
@@ -112,9 +125,61 @@ static const Scenario* Find(const char* wanted) {
   return NULL;
 }
 
-// Without an argument: every scenario's name and its two expected answers, a line each. With a name: its
-// answer.
+static NSString* Read(const void* path) { return ListAsText([NSString stringWithUTF8String:path]); }
+static NSString* Write(const void* path) {
+  return YesNo(WriteStockList([NSString stringWithUTF8String:path]));
+}
+static NSString* Ask(const void* scenario) { return ((const Scenario*)scenario)->run(); }
+
+// Prints the answer, or what was raised.
+static int Run(NSString* (*function)(const void*), const void* argument) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSString* answer;
+  @try {
+    answer = function(argument);
+  } @catch (NSException* exception) {
+    answer = [@"raises " stringByAppendingString:[exception name]];
+  }
+  printf("%s\n", [answer UTF8String]);
+  fflush(stdout);
+  [pool release];
+  return 0;
+}
+
+// In the child: its own folder takes what it prints, and a hanging scenario is ended by the alarm.
+static int RunApart(const char* name) {
+  const Scenario* scenario = Find(name);
+  const char* folder = getenv("QVX_SCENARIO_FOLDER");
+  if (!scenario || !folder || chdir(folder) != 0 || !freopen("output", "w", stdout) ||
+      !freopen("errors", "w", stderr) || !freopen("/dev/null", "r", stdin))
+    return 2;
+  alarm(kPatience);
+  return Run(Ask, scenario);
+}
+
+// Runs each scenario whose name is read in a child process, and answers with the child's status. No message
+// has been sent in this process, so each child is as new as a process of its own.
+static int Serve(void) {
+  char name[1024];
+  while (fgets(name, sizeof name, stdin)) {
+    name[strcspn(name, "\n")] = 0;
+    pid_t child = fork();
+    if (child == 0) exit(RunApart(name));
+    int status = -1;
+    if (child < 0 || waitpid(child, &status, 0) != child) return 2;
+    printf("%d\n", status);
+    fflush(stdout);
+  }
+  return 0;
+}
+
+// Without an argument: every scenario's name and its two expected answers, a line each. With "serve": see
+// above. With "read" or "write" and a path: what the exchange scenarios ask of the program with GNUstep
+// alone. With a name: its answer.
 int main(int argc, char** argv) {
+  if (argc > 1 && strcmp(argv[1], "serve") == 0) return Serve();
+  if (argc > 2 && strcmp(argv[1], "read") == 0) return Run(Read, argv[2]);
+  if (argc > 2 && strcmp(argv[1], "write") == 0) return Run(Write, argv[2]);
   const Scenario* scenario = Find(argc > 1 ? argv[1] : NULL);
   if (argc < 2) return 0;
   if (!scenario) {
@@ -123,15 +188,5 @@ int main(int argc, char** argv) {
             argv[1]);
     return 2;
   }
-  NSAutoreleasePool* pool = [NSAutoreleasePool new];
-  NSString* answer;
-  @try {
-    answer = scenario->run();
-  } @catch (NSException* exception) {
-    answer = [@"raises " stringByAppendingString:[exception name]];
-  }
-  printf("%s\n", [answer UTF8String]);
-  fflush(stdout);
-  [pool release];
-  return 0;
+  return Run(Ask, scenario);
 }

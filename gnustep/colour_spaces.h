@@ -1,8 +1,8 @@
-// gnustep/ColourSpaces.h - what the colour classes know of a colour space beyond its public methods.
+// gnustep/colour_spaces.h - what the colour classes know of a colour space beyond its public methods.
 #pragma once
 
-#import "ColourClasses.h"
-#include "ColourProfiles.h"
+#import "colour_classes.h"
+#include "colour_profiles.h"
 
 // The predefined spaces, one object each. The numbers are written to archives: never change them.
 typedef enum {
@@ -22,22 +22,22 @@ typedef enum {
 // The one object of a kind; nil for a number that is none.
 NSColorSpace* QVXSpaceOfKind(int kind);
 
-@interface NSColorSpace (QVXProfiles)
-// Which predefined space the receiver is; QVXOtherSpace for those made from ICC data.
-- (QVXSpaceKind)qvx_kind;
+// Which predefined space it is; QVXOtherSpace for those made from ICC data, and for nil.
+QVXSpaceKind QVXKindOfSpace(NSColorSpace* space);
 
-// The name of GNUstep's own colours in this space, or nil if colours in it are QVXProfileColor objects.
-- (NSString*)qvx_stockName;
+// The name of GNUstep's own colours in the space, or nil if colours in it are QVXProfileColor objects.
+NSString* QVXStockNameOfSpace(NSColorSpace* space);
 
 // The profile that the space carries, borrowed; NULL for the device spaces, and for generic CMYK where no
 // CMYK profile is installed.
-- (QVXProfile*)qvx_profile;
+QVXProfile* QVXProfileOfSpace(NSColorSpace* space);
 
 // The profile that colours of the space are converted with, borrowed: the carried one; sRGB for device RGB;
 // gamma 2.2 for device gray; NULL for the CMYK spaces without a profile, which are converted by formula
 // through device RGB.
-- (QVXProfile*)qvx_workingProfile;
+QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space);
 
+@interface NSColorSpace (QVXProfiles)
 // Makes the receiver, just allocated, the space of a profile and takes over the caller's reference to that.
 // The bytes are kept as they are; NULL stands for the profile's own.
 - (id)qvx_initWithProfile:(QVXProfile*)profile data:(NSData*)data;

@@ -1,5 +1,5 @@
-// gnustep/StockMethods.m - GNUstep's own methods behind the categories that correct them.
-#import "StockMethods.h"
+// gnustep/stock_methods.m - GNUstep's own methods behind the categories that correct them.
+#import "stock_methods.h"
 
 #include <stdio.h>
 #include <stdlib.h>

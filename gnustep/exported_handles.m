@@ -1,5 +1,5 @@
-// gnustep/ExportedHandles.m - which objects have been handed out as Core Graphics handles.
-#import "ExportedHandles.h"
+// gnustep/exported_handles.m - which objects have been handed out as Core Graphics handles.
+#import "exported_handles.h"
 
 #import <Foundation/Foundation.h>
 #include <pthread.h>

@@ -1,5 +1,5 @@
-// gnustep/HueSaturationBrightness.h - the hexcone: red, green and blue as hue, saturation and brightness, and
-// back.
+// gnustep/hue_saturation_brightness.h - the hexcone: red, green and blue as hue, saturation and brightness,
+// and back.
 #pragma once
 
 typedef struct {

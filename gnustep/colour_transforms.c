@@ -1,10 +1,10 @@
-// gnustep/ColourTransforms.c - the cache of Little CMS transforms, and conversion through it.
-#include "ColourTransforms.h"
+// gnustep/colour_transforms.c - the cache of Little CMS transforms, and conversion through it.
+#include "colour_transforms.h"
 
 #include <math.h>
 #include <pthread.h>
 
-#include "LittleCMS.h"
+#include "little_cms.h"
 
 enum { kEntries = 64 };
 

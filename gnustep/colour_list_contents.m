@@ -1,9 +1,9 @@
-// gnustep/ColourListContents.m - reading what a colour-list file holds, without trusting it.
+// gnustep/colour_list_contents.m - reading what a colour-list file holds, without trusting it.
 #include <math.h>
 #include <string.h>
 
-#import "ColourArchive.h"
-#import "ExactColours.h"
+#import "colour_archive.h"
+#import "exact_colours.h"
 
 // A file above this size is no colour list.
 enum { kLargestFile = 64 * 1024 * 1024 };

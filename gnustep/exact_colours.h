@@ -1,4 +1,4 @@
-// gnustep/ExactColours.h - colours in spaces with a profile, written so that nothing is lost.
+// gnustep/exact_colours.h - colours in spaces with a profile, written so that nothing is lost.
 //
 // Other GNUstep programs read such a colour as its device RGB twin. The exact colours stand behind the
 // archive, in a trailer that other programs do not look at: words of 32 bits, little-endian,

@@ -1,8 +1,8 @@
-// gnustep/BuiltInProfiles.c - the profiles that the library makes itself: the same bytes in every run.
+// gnustep/built_in_profiles.c - the profiles that the library makes itself: the same bytes in every run.
 #include <stdlib.h>
 #include <string.h>
 
-#include "LittleCMS.h"
+#include "little_cms.h"
 
 static const cmsCIExyY kD65 = {0.3127, 0.3290, 1.0};
 // Adobe RGB (1998), from its published encoding.

@@ -1,4 +1,4 @@
-// gnustep/GNUstepColours.h - GNUstep's own kinds of colour. None is in a public header; the classes are
+// gnustep/gnustep_colours.h - GNUstep's own kinds of colour. None is in a public header; the classes are
 // exported.
 #pragma once
 

@@ -1,12 +1,12 @@
-// gnustep/ColourProfiles.c - opening, checking, sharing and releasing ICC profiles.
-#include "ColourProfiles.h"
+// gnustep/colour_profiles.c - opening, checking, sharing and releasing ICC profiles.
+#include "colour_profiles.h"
 
 #include <pthread.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "ColourTransforms.h"
-#include "LittleCMS.h"
+#include "colour_transforms.h"
+#include "little_cms.h"
 
 struct QVXProfile {
   QVXProfile* next;  // in its bucket

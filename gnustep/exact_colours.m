@@ -1,10 +1,10 @@
-// gnustep/ExactColours.m - colours in spaces with a profile, written so that nothing is lost.
-#import "ExactColours.h"
+// gnustep/exact_colours.m - colours in spaces with a profile, written so that nothing is lost.
+#import "exact_colours.h"
 
 #include <string.h>
 
-#import "ColourConversion.h"
-#import "GNUstepColours.h"
+#import "colour_conversion.h"
+#import "gnustep_colours.h"
 
 static const char kMagic[8] = {'Q', 'V', 'X', 'e', 'x', 'a', 'c', 't'};
 static NSString* const kCoderKey = @"QVXExactColour";
@@ -33,7 +33,7 @@ static void AppendBlock(NSMutableData* data, NSData* block) {
 static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* color,
                          NSMutableArray* profiles) {
   NSColorSpace* space = [color colorSpace];
-  uint32_t number = [space qvx_kind];
+  uint32_t number = QVXKindOfSpace(space);
   if (number == QVXOtherSpace) {
     NSData* profile = [space ICCProfileData];
     NSUInteger index = [profiles indexOfObject:profile];

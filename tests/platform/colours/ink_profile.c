@@ -1,0 +1,77 @@
+// tests/platform/colours/ink_profile.c - a printer with many inks, made with Little CMS.
+#include "ink_profile.h"
+
+#include <lcms2.h>
+#include <stdlib.h>
+
+enum { kFewest = 5, kMost = 8 };
+
+// Lab as a table holds it: 0 to 65535 stands for L from 0 to 100, a and b from -128 to 127.
+static cmsUInt16Number Encoded(double value, double low, double high) {
+  double share = (value - low) / (high - low);
+  return (cmsUInt16Number)(0.5 + 65535 * (share < 0 ? 0 : share > 1 ? 1 : share));
+}
+
+static cmsInt32Number LabOfInks(const cmsUInt16Number in[], cmsUInt16Number out[], void* cargo) {
+  unsigned inks = *(const unsigned*)cargo;
+  double others = 0;
+  for (unsigned i = 3; i < inks; i++) others += in[i] / 65535.0 / (inks - 3);
+  out[0] = Encoded(100 * (1 - in[0] / 65535.0) * (1 - others / 2), 0, 100);
+  out[1] = Encoded(200 * (in[1] / 65535.0) - 100, -128, 127);
+  out[2] = Encoded(200 * (in[2] / 65535.0) - 100, -128, 127);
+  return 1;
+}
+
+static cmsInt32Number InksOfLab(const cmsUInt16Number in[], cmsUInt16Number out[], void* cargo) {
+  unsigned inks = *(const unsigned*)cargo;
+  out[0] = (cmsUInt16Number)(65535 - in[0]);
+  for (unsigned i = 1; i < 3; i++) out[i] = Encoded(in[i] / 65535.0 * 255 - 128, -100, 100);
+  for (unsigned i = 3; i < inks; i++) out[i] = 0;
+  return 1;
+}
+
+static int AddTable(cmsHPROFILE profile, cmsTagSignature tag, cmsPipeline* table) {
+  int written = table && cmsWriteTag(profile, tag, table);
+  cmsPipelineFree(table);
+  return written;
+}
+
+static cmsPipeline* Table(unsigned from, unsigned to, unsigned points, cmsSAMPLER16 sampler, unsigned inks) {
+  cmsPipeline* table = cmsPipelineAlloc(NULL, from, to);
+  cmsStage* grid = cmsStageAllocCLut16bit(NULL, points, from, to, NULL);
+  if (!table || !grid) return table;
+  cmsStageSampleCLut16bit(grid, sampler, &inks, 0);
+  cmsPipelineInsertStage(table, cmsAT_END, cmsStageAllocToneCurves(NULL, from, NULL));  // straight ones
+  cmsPipelineInsertStage(table, cmsAT_END, grid);
+  cmsPipelineInsertStage(table, cmsAT_END, cmsStageAllocToneCurves(NULL, to, NULL));
+  return table;
+}
+
+void* MakeInkProfile(unsigned inks, size_t* size) {
+  static const cmsColorSpaceSignature signatures[] = {cmsSig5colorData, cmsSig6colorData, cmsSig7colorData,
+                                                      cmsSig8colorData};
+  if (inks < kFewest || inks > kMost) return NULL;
+  cmsHPROFILE profile = cmsCreateProfilePlaceholder(NULL);
+  if (!profile) return NULL;
+  cmsSetProfileVersion(profile, 4.3);
+  cmsSetDeviceClass(profile, cmsSigOutputClass);
+  cmsSetColorSpace(profile, signatures[inks - kFewest]);
+  cmsSetPCS(profile, cmsSigLabData);
+  cmsMLU* name = cmsMLUalloc(NULL, 1);
+  cmsMLUsetASCII(name, "en", "US", "Many Inks");
+  int made = cmsWriteTag(profile, cmsSigProfileDescriptionTag, name) &&
+             cmsWriteTag(profile, cmsSigMediaWhitePointTag, cmsD50_XYZ()) &&
+             AddTable(profile, cmsSigAToB0Tag, Table(inks, 3, 3, LabOfInks, inks)) &&
+             AddTable(profile, cmsSigBToA0Tag, Table(3, inks, 33, InksOfLab, inks));
+  cmsMLUfree(name);
+  cmsUInt32Number needed = 0;
+  void* bytes = NULL;
+  if (made && cmsSaveProfileToMem(profile, NULL, &needed)) bytes = malloc(needed);
+  if (bytes && !cmsSaveProfileToMem(profile, bytes, &needed)) {
+    free(bytes);
+    bytes = NULL;
+  }
+  cmsCloseProfile(profile);
+  *size = needed;
+  return bytes;
+}
