@@ -82,10 +82,11 @@ int Dispatch(int argc, char** argv) {
     footer += "  " + std::string(command.name) +
               std::string(10 - std::string_view(command.name).size(), ' ') + command.purpose + "\n";
   }
-  app.footer(footer +
-             "\nExample:\n  hostrun examples/first-colors.bas\n\n"
-             "Exit status: 0 fine, 1 an uncaught host exception (or a leak with --leaks), 2 an error of use "
-             "or in the program.");
+  app.footer(
+      footer +
+      "\nExample:\n  hostrun examples/first-colors.bas\n\n"
+      "Exit status: 0 fine, 1 an uncaught host exception (or with --leaks something still alive), 2 an "
+      "error of use\nor in the program; otherwise what Quit gives.");
   app.set_version_flag("--version", "hostrun " QVX_VERSION);
   return Start(app, "hostrun", &hostrun::AddRunOptions, &hostrun::Run, argc, argv);
 }

@@ -4,10 +4,9 @@
 // process per host version loads the platform and the bundle; its copies make the checks.
 #include "runner/commands/check.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "runner/commands/check_parts.h"
@@ -70,7 +69,7 @@ Result RunOne(const BundleCheck& check, milliseconds limit) {
 class Reporter {
  public:
   explicit Reporter(const CheckOptions& options)
-      : options_(options), paint_(TakesColour(stdout)), progress_(isatty(STDERR_FILENO) != 0) {}
+      : options_(options), paint_(TakesColour(stdout)), progress_(TakesSequences(stderr)) {}
 
   void Take(const Result& result) {
     ++counts_[IndexOf(result.status)];
@@ -97,7 +96,7 @@ class Reporter {
           {"bundle", bundle}, {"checks", std::move(list_)}, {"tally", std::move(tally)}};
       std::printf("%s\n", answer.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
     } else {
-      std::string text = std::to_string(Total()) + " checks";
+      std::string text = Counted(static_cast<std::size_t>(Total()), "check");
       for (std::size_t i = 0; i < kNames.size(); ++i) {
         if (i < 2 || counts_[i] > 0) text += ", " + std::to_string(counts_[i]) + " " + kNames[i];
       }
@@ -131,7 +130,9 @@ class Reporter {
   bool ShowsProgress() const { return progress_ && (options_.json || options_.onlyFailed); }
   void ShowProgress(const std::string& name) {
     if (!ShowsProgress()) return;
-    std::fprintf(stderr, "\r\033[K%d checks, %d failed: %.60s", Total(), Total() - counts_[0], name.c_str());
+    std::fprintf(stderr, "\r\033[K%s, %d failed: %.60s",
+                 Counted(static_cast<std::size_t>(Total()), "check").c_str(), Total() - counts_[0],
+                 name.c_str());
     std::fflush(stderr);
   }
   void ClearProgress() const {
@@ -224,7 +225,7 @@ void AddCheckOptions(CLI::App& app, CheckOptions& options) {
   app.add_option("--time-limit", options.timeLimit, "Seconds that one check may take")
       ->option_text("SECONDS (10)")
       ->check(CLI::Range(0.1, 3600.0));
-  app.add_flag("--json", options.json, "For tools");
+  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
   app.add_flag("--only-failed", options.onlyFailed, "Leave out what passed");
   app.footer(
       "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "
@@ -238,6 +239,9 @@ void AddCheckOptions(CLI::App& app, CheckOptions& options) {
 int Check(const CheckOptions& options) {
   Reporter reporter(options);
   Checker checker(options, reporter);
+  std::error_code error;
+  if (!std::filesystem::exists(checker.bundle(), error))
+    return Refuse(kCommand, checker.bundle() + ": wanted a bundle, found no such file");
   checker.CheckTheFile();
   if (options.version != nullptr && options.version->count() > 0) {
     checker.CheckOn(options.version->as<std::string>());

@@ -104,6 +104,7 @@ std::string CallOnce(const Method& method, const Way& way, std::uint32_t paramet
   // A property's getter takes the word of its record.
   if (parameterWord != 0) arguments[0] = Value::Integer(static_cast<std::int32_t>(parameterWord));
   std::vector<std::int32_t> references;
+  references.reserve(arguments.size());
   for (const Value& argument : arguments) {
     references.push_back(argument.object() == nullptr ? 0 : argument.object()->references);
   }
@@ -146,7 +147,7 @@ Alive CountAlive() {
   Alive alive;
   const LiveCounts counts = CountLive();
   for (const LiveCounts::ByPlace& place : counts.objects) alive.objects += place.count;
-  alive.strings = counts.strings;
+  for (const LiveCounts::ByPlace& place : counts.strings) alive.strings += place.count;
   alive.natives = counts.nativeRetains;
   return alive;
 }

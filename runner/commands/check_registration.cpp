@@ -93,32 +93,6 @@ std::vector<std::uint32_t> CopyWords(const void* at, std::size_t bytes) {
   return words;
 }
 
-std::int32_t RecordVersion(std::int32_t version) {
-  events.push_back({version, {}});
-  using Service = std::int32_t (*)(std::int32_t);
-  return reinterpret_cast<Service>(ResolveService("RegisterPluginVersion"))(version);
-}
-
-void RecordClass(qvx::REALclassDefinition* definition) {
-  const auto address = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(definition));
-  if (!Memory().IsReadable(address, qvx::kOldClassSize)) {
-    events.push_back({0, {0}});
-    return;
-  }
-  const std::size_t size = RecordSize(RecordKind::Definition, IsOldLayout(definition->version));
-  events.push_back({0, CopyWords(definition, size)});
-  using Service = void (*)(qvx::REALclassDefinition*);
-  reinterpret_cast<Service>(ResolveService("PluginRegisterClass"))(definition);
-}
-
-void* ResolveRecorded(const char* name) {
-  void* const service = ResolveService(name);
-  if (service == nullptr) return nullptr;
-  if (std::strcmp(name, "RegisterPluginVersion") == 0) return reinterpret_cast<void*>(&RecordVersion);
-  if (std::strcmp(name, "PluginRegisterClass") == 0) return reinterpret_cast<void*>(&RecordClass);
-  return service;
-}
-
 // --- version and order
 
 struct Threshold {
@@ -127,7 +101,13 @@ struct Threshold {
 };
 constexpr Threshold kThresholds[] = {{2013.04, 13}, {2013.03, 12}, {2013.0, 11}, {2012.0, 10}, {0, 9}};
 
+bool IsWithheld(const char* service) {
+  return TheHostIdentity().withheld.contains(service);
+}
+
+// A bundle that can't ask for the version takes the host for the oldest.
 std::int32_t WantedLayout() {
+  if (IsWithheld("REALGetRBVersion")) return std::end(kThresholds)[-1].layout;
   for (const Threshold& threshold : kThresholds) {
     if (TheHostIdentity().version >= threshold.host) return threshold.layout;
   }
@@ -135,6 +115,7 @@ std::int32_t WantedLayout() {
 }
 
 std::string CheckVersion() {
+  if (IsWithheld("RegisterPluginVersion")) return {};
   std::vector<std::int32_t> versions;
   for (const Event& event : events) {
     if (event.definition.empty()) versions.push_back(event.version);
@@ -152,7 +133,7 @@ const char* TextAt(std::uint32_t address) {
 std::string CheckOrder() {
   const Memory memory;
   std::set<std::string> names;
-  bool announced = false;
+  bool announced = IsWithheld("RegisterPluginVersion");
   for (const Event& event : events) {
     if (event.definition.empty()) {
       announced = true;
@@ -171,14 +152,16 @@ std::string CheckOrder() {
     if (!known)
       return "wanted the class that " + name + " descends from before it, found no " + TextAt(super);
   }
-  return names.empty() ? "wanted a registered class, found none" : "";
+  return names.empty() && !IsWithheld("PluginRegisterClass") ? "wanted a registered class, found none" : "";
 }
 
 // --- record words
 
 class RecordReader {
  public:
-  explicit RecordReader(bool old) : old_(old) {}
+  // Everything, or only whether the pointers to texts and records lead anywhere.
+  enum class What : std::uint8_t { Everything, Pointers };
+  explicit RecordReader(bool old, What what = What::Everything) : old_(old), what_(what) {}
 
   // The first thing that is wrong with the words of one record.
   std::string Check(RecordKind kind, const std::vector<std::uint32_t>& words,
@@ -186,13 +169,14 @@ class RecordReader {
     const std::span<const RecordWord> fields = WordsOf(kind);
     for (std::size_t i = 0; i < words.size(); ++i) {
       std::string problem = CheckWord(fields[i], words[i], i + 1 < words.size() ? words[i + 1] : 0);
-      if (problem.empty() && IsRequired(kind, i) && words[i] == 0) problem = "wanted a pointer, found null";
+      if (problem.empty() && what_ == What::Everything && IsRequired(kind, i) && words[i] == 0)
+        problem = "wanted a pointer, found null";
       if (!problem.empty()) {
         return which + ", word " + std::to_string(i) + " (" + fields[i].name + "): " + problem;
       }
       if (fields[i].holds != RecordWord::Holds::Array || words[i] == 0) continue;
-      const std::string inside =
-          CheckRecords(fields[i].of, words[i], words[i + 1], which + ", " + fields[i].name);
+      const std::string array = std::string(which).append(", ").append(fields[i].name);
+      std::string inside = CheckRecords(fields[i].of, words[i], words[i + 1], array);
       if (!inside.empty()) return inside;
     }
     return {};
@@ -215,6 +199,8 @@ class RecordReader {
   std::string CheckWord(const RecordWord& field, std::uint32_t word, std::uint32_t next) const {
     constexpr std::uint32_t kMostRecords = 10000;
     const std::string_view name = field.name;
+    const bool pointer = field.holds == RecordWord::Holds::Text || field.holds == RecordWord::Holds::Array;
+    if (what_ == What::Pointers && !pointer) return {};
     switch (field.holds) {
       case RecordWord::Holds::Number:
         if ((name == "reserved" || name == "zero") && word != 0)
@@ -258,6 +244,7 @@ class RecordReader {
   }
 
   bool old_;
+  What what_;
   Memory memory_;
 };
 
@@ -265,6 +252,39 @@ std::string CheckRecords(const Event& event) {
   if (event.definition.size() < 2) return "wanted a class definition, found a pointer to none";
   const bool old = IsOldLayout(static_cast<std::int32_t>(event.definition[0]));
   return RecordReader(old).Check(RecordKind::Definition, event.definition, "definition");
+}
+
+// --- services that record
+
+std::int32_t RecordVersion(std::int32_t version) {
+  events.push_back({version, {}});
+  using Service = std::int32_t (*)(std::int32_t);
+  return reinterpret_cast<Service>(ResolveService("RegisterPluginVersion"))(version);
+}
+
+void RecordClass(qvx::REALclassDefinition* definition) {
+  const Memory memory;
+  const auto address = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(definition));
+  const bool old = memory.IsReadable(address, qvx::kOldClassSize) && IsOldLayout(definition->version);
+  const std::size_t size = RecordSize(RecordKind::Definition, old);
+  if (!memory.IsReadable(address, static_cast<std::uint32_t>(size))) {
+    events.push_back({0, {0}});
+    return;
+  }
+  events.push_back({0, CopyWords(definition, size)});
+  // The registry follows every pointer.
+  const RecordReader reader(old, RecordReader::What::Pointers);
+  if (!reader.Check(RecordKind::Definition, events.back().definition, {}).empty()) return;
+  using Service = void (*)(qvx::REALclassDefinition*);
+  reinterpret_cast<Service>(ResolveService("PluginRegisterClass"))(definition);
+}
+
+void* ResolveRecorded(const char* name) {
+  void* const service = ResolveService(name);
+  if (service == nullptr) return nullptr;
+  if (std::strcmp(name, "RegisterPluginVersion") == 0) return reinterpret_cast<void*>(&RecordVersion);
+  if (std::strcmp(name, "PluginRegisterClass") == 0) return reinterpret_cast<void*>(&RecordClass);
+  return service;
 }
 
 // --- declarations
@@ -327,13 +347,15 @@ std::string EnterBundle(const HostOptions& options) {
 std::vector<BundleCheck> RegistrationChecks() {
   std::vector<BundleCheck> checks = {{"version", &CheckVersion}, {"order", &CheckOrder}};
   const Memory memory;
+  std::set<std::string> names;
   for (std::size_t i = 0; i < events.size(); ++i) {
     const std::vector<std::uint32_t>& words = events[i].definition;
     if (words.empty()) continue;
     const bool named = words.size() > 1 && memory.IsText(words[1]);
     const std::string name = named ? TextAt(words[1]) : "class " + std::to_string(i);
     checks.push_back({"records/" + name, [i] { return CheckRecords(events[i]); }});
-    if (named) checks.push_back({"declarations/" + name, [name] { return CheckDeclarations(name); }});
+    if (named && names.insert(name).second)
+      checks.push_back({"declarations/" + name, [name] { return CheckDeclarations(name); }});
   }
   return checks;
 }

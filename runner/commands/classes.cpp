@@ -33,7 +33,7 @@ std::string Suggest(const std::string& wanted, const std::vector<std::string>& n
   constexpr std::size_t kMost = 8;
   std::vector<std::string> near;
   for (const std::string& name : names) {
-    const std::size_t shared = std::min<std::size_t>({3, wanted.size(), name.size()});
+    const auto shared = std::min<std::size_t>({3, wanted.size(), name.size()});
     const bool listed = std::find(near.begin(), near.end(), name) != near.end();
     if (!listed && SameName(name.substr(0, shared), wanted.substr(0, shared))) near.push_back(name);
   }
@@ -156,6 +156,7 @@ class Browser {
 
   void MethodGroup(const char* title, const std::deque<Method>& methods) {
     std::vector<Row> rows;
+    rows.reserve(methods.size());
     for (const Method& method : methods) rows.push_back(RowOf(method));
     Group(title, rows);
   }
@@ -273,7 +274,7 @@ std::int32_t LayoutVersion(const ordered_json& cls) {
 }
 
 // The negotiated layout and the one of the other kind.
-struct BothLayouts {
+struct BothLayouts {  // NOLINT(bugprone-exception-escape): the library's moves throw nothing
   ordered_json current;
   ordered_json old;
 };
@@ -327,8 +328,9 @@ int ShowJson(const Selection& selection) {
     }
     list.push_back(std::move(one));
   }
+  const std::int32_t announced = AnnouncedLayout();
   const ordered_json answer = {{"hostVersion", TheHostIdentity().version},
-                               {"layout", AnnouncedLayout()},
+                               {"layout", announced == 0 ? ordered_json() : ordered_json(announced)},
                                {"classes", std::move(list)}};
   std::printf("%s\n", answer.dump(2).c_str());
   return kExitFine;
@@ -362,7 +364,7 @@ void AddClassesOptions(CLI::App& app, ClassesOptions& options) {
   app.add_option("class", options.wanted, "A class, or one member of it with all that is known of it")
       ->option_text("CLASS[.MEMBER]");
   app.add_flag("--all", options.all, "Also the classes that the host and the sibling part bring");
-  app.add_flag("--json", options.json, "For tools");
+  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
   app.add_flag("--layout", options.layout,
                "The words of the definition records, in the current and the old layout");
   app.footer(

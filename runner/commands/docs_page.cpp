@@ -117,7 +117,7 @@ class Page {
            Escaped(subtitle) +
            "</p>\n<label for=\"search\">Search</label>\n<input id=\"search\" type=\"search\" "
            "autocomplete=\"off\" " +
-           "spellcheck=\"false\" placeholder=\"Name, type or word; press / to come here\">\n" +
+           "spellcheck=\"false\" placeholder=\"Name, type or word ( / leads here)\">\n" +
            "<output id=\"count\" for=\"search\" aria-live=\"polite\"></output>\n</header>\n<nav "
            "aria-label=\"Members\">\n" +
            contents_ + "</nav>\n<main>\n" + main_ +

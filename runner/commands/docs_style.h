@@ -32,10 +32,11 @@ input {
   background: var(--paper); color: var(--ink);
 }
 input:focus-visible, a:focus-visible { outline: 2px solid var(--link); outline-offset: 2px; }
+input::placeholder { color: var(--soft); opacity: 1; }
 output { margin-left: 0.8rem; color: var(--soft); font-size: 0.85rem; }
 nav {
   position: sticky; top: 7.2rem; align-self: start; max-height: calc(100vh - 7.2rem); overflow: auto;
-  padding: 1rem 1rem 2rem 1.5rem; font-size: 0.85rem; border-right: 1px solid var(--edge);
+  padding: 1rem 1rem 2rem 1.5rem; font-size: 0.85rem;
 }
 nav h2 { font-size: 1rem; margin: 1rem 0 0.3rem; }
 nav h3 { font-size: 0.8rem; margin: 0.7rem 0 0.1rem; color: var(--soft); font-weight: 600; }
@@ -43,7 +44,7 @@ nav ul { list-style: none; margin: 0; padding: 0; }
 nav li a { display: block; overflow-wrap: anywhere; padding: 0.08rem 0; }
 a { color: var(--link); text-decoration: none; }
 a:hover { text-decoration: underline; }
-main { padding: 0 2rem 4rem; max-width: 60rem; }
+main { padding: 0 2rem 4rem; max-width: 60rem; border-left: 1px solid var(--edge); }
 main h2 { font-size: 1.6rem; margin: 2rem 0 0.3rem; }
 main h3 { font-size: 1.15rem; margin: 2.2rem 0 0.3rem; border-bottom: 1px solid var(--edge); }
 p { margin: 0.45rem 0; }
@@ -71,7 +72,8 @@ dd { margin: 0; }
 @media (max-width: 52rem) {
   body { grid-template-columns: minmax(0, 1fr); }
   nav { display: none; }
-  main { padding: 0 1rem 3rem; }
+  main { padding: 0 1rem 3rem; border-left: 0; }
+  output { display: block; margin: 0.3rem 0 0; }
 }
 )css";
 

@@ -124,7 +124,7 @@ std::string ArgumentText(const std::uint32_t* words, const EncodedType& type) {
 
 // "name: argument name: argument", as far as the method's encoding tells.
 std::string SelectorText(const std::uint32_t* words, const void* cls) {
-  const std::string name = TheRuntime().selectorName(Pointer(words[1]));
+  std::string name = TheRuntime().selectorName(Pointer(words[1]));
   const void* const method = TheRuntime().instanceMethod(cls, Pointer(words[1]));
   if (method == nullptr || name.find(':') == std::string::npos) return name;
   const char* encoding = TheRuntime().typeEncoding(method);

@@ -2,6 +2,7 @@
 #include "runner/commands/run.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include "runner/commands/start.h"
 #include "runner/host/functions.h"
@@ -38,6 +39,12 @@ void AddRunOptions(CLI::App& app, RunOptions& options) {
 
 int Run(const RunOptions& options) {
   try {
+    // Most likely a command that is spelled wrong.
+    if (!std::filesystem::path(options.program).has_extension() &&
+        !std::filesystem::exists(options.program)) {
+      return Refuse(options.program +
+                    ": wanted a program file or a command, found neither; hostrun --help lists the commands");
+    }
     const Source source = Source::FromFile(options.program);
     const std::string problem = StartHost(options.host);
     if (!problem.empty()) return Refuse(problem);

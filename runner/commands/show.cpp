@@ -73,10 +73,13 @@ std::optional<std::string> ColourText(Object* object, bool trueColour) {
     return std::nullopt;
   }
   if (NativePointerOf(object) == nullptr) return object->cls->name + ", empty";
-  std::string text = object->cls->name + " " + AskText(object, "colorSpaceName");
+  const std::string space = AskText(object, "colorSpaceName");
+  std::string text = object->cls->name + " " + space;
   const std::string name = AskText(object, "localizedColorNameComponent");
   if (!name.empty()) text += " " + name;
-  const std::optional<Value> components = Ask(object, "Components");
+  // These have no components to ask for.
+  const bool named = space == "NSNamedColorSpace" || space == "NSPatternColorSpace";
+  const std::optional<Value> components = named ? std::nullopt : Ask(object, "Components");
   if (components && components->object() != nullptr) {
     for (const Value& component : ArrayDataOf(components->object()).items)
       text += " " + DisplayText(component);
@@ -95,7 +98,7 @@ std::string ObjectText(Object* object, bool trueColour) {
   std::string text = cls.name;
   for (const char* const member : {"localizedName", "name", "Path"}) {
     const std::string name = AskText(object, member);
-    if (!name.empty()) return text + " \"" + name + "\"";
+    if (!name.empty()) return text.append(" \"").append(name).append("\"");
   }
   if (cls.origin != Origin::Host && NativePointerOf(object) == nullptr) text += ", empty";
   return text;

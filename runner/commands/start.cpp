@@ -15,8 +15,7 @@ constexpr const char* kNoPlatform = "none";
 
 }  // namespace
 
-// Beside the executable, as a build leaves it, or where an installation puts what is private.
-std::string BesideExecutable(const char* file) {
+std::string OwnFile(const char* file) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) return file;
@@ -28,8 +27,8 @@ std::string BesideExecutable(const char* file) {
 }
 
 void AddHostOptions(CLI::App& app, HostOptions& options) {
-  options.bundle = BesideExecutable("QVXColor.so");
-  options.platform = BesideExecutable("libcocoa.so");
+  options.bundle = OwnFile("QVXColor.so");
+  options.platform = OwnFile("libcocoa.so");
   const char* const group = "Host";
   app.add_option("--bundle", options.bundle, "The bundle to load")->option_text("FILE")->group(group);
   app.add_option("--platform", options.platform,
@@ -48,18 +47,15 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
         return there ? std::string() : "wanted the name of a service, found " + name;
       })
       ->group(group);
-  app.add_flag("!--no-sibling", options.sibling,
-               "Run without NSExceptionQVX, NSImageQVX and the instance cache")
+  app.add_flag_callback(
+         "--no-sibling", [&options] { options.sibling = false; },
+         "Run without NSExceptionQVX, NSImageQVX and the instance cache")
       ->group(group);
 }
 
 std::string StartHost(const HostOptions& options) {
   SetHostIdentity(options.identity);
   RegisterHostClasses();
-  if (options.identity.withheld.contains("RegisterPluginVersion")) {
-    return "--without RegisterPluginVersion: wanted a service that a bundle can do without, found one that "
-           "it calls unasked";
-  }
   const bool platform = options.platform != kNoPlatform;
   std::string problem = platform ? LoadPlatform(options.platform) : std::string();
   if (problem.empty() && platform && options.sibling) problem = InstallSibling();

@@ -9,8 +9,9 @@
 
 namespace hostrun {
 
-// The path of a file in the executable's folder, as a build leaves it, or where an installation keeps it.
-std::string BesideExecutable(const char* file);
+// The path of a file that belongs to hostrun: in the executable's folder, as a build leaves it, or where an
+// installation keeps it.
+std::string OwnFile(const char* file);
 
 // The options that describe the host, with their defaults: the files beside the executable.
 void AddHostOptions(CLI::App& app, HostOptions& options);

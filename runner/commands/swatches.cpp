@@ -7,6 +7,7 @@
 
 #include "runner/commands/start.h"
 #include "runner/commands/swatches_picture.h"
+#include "runner/commands/terminal.h"
 #include "runner/host/exceptions.h"
 #include "runner/host/functions.h"
 #include "runner/host/platform.h"
@@ -78,11 +79,11 @@ int Draw(const SwatchesOptions& options) {
   int status = kExitFine;
   if (options.source.empty()) {
     picture.cards = PredefinedColours();
-    picture.title = "NSColorQVX: " + std::to_string(picture.cards.size()) + " predefined colours";
+    picture.title = "NSColorQVX: " + Counted(picture.cards.size(), "predefined colour");
   } else if (extension == ".clr") {
     picture.cards = ColoursOfListFile(options.source);
     picture.title = std::filesystem::path(options.source).stem().native() + ": " +
-                    std::to_string(picture.cards.size()) + " colours of a list";
+                    Counted(picture.cards.size(), "colour") + " of a list";
   } else if (extension == ".bas") {
     status = PrintedColours(options.source, picture.cards);
     if (picture.cards.empty()) {
@@ -91,17 +92,18 @@ int Draw(const SwatchesOptions& options) {
                                "NSColorQVX or a Color, with a text before it as its name");
     }
     picture.title = std::filesystem::path(options.source).filename().native() + ": " +
-                    std::to_string(picture.cards.size()) + " printed colours";
+                    Counted(picture.cards.size(), "printed colour");
   } else {
     throw std::runtime_error(options.source +
                              ": wanted a colour list (.clr) or a program (.bas), found neither");
   }
   picture.subtitle =
       "Value as colorValue gives it; space and components as the colour holds them; after an arrow, what a "
-      "colour known "
-      "by name is resolved to";
+      "colour known by "
+      "name is resolved to";
   WriteSwatchPicture(picture, options.out);
-  std::fprintf(stderr, "hostrun: %zu colours drawn in %s\n", picture.cards.size(), options.out.c_str());
+  std::fprintf(stderr, "hostrun: %s drawn in %s\n", Counted(picture.cards.size(), "colour").c_str(),
+               options.out.c_str());
   return status;
 }
 

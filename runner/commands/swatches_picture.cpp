@@ -8,6 +8,7 @@
 #include <cmath>
 #include <filesystem>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include "host/types.h"
@@ -19,14 +20,17 @@ namespace {
 constexpr const char* kFont = "DejaVu Sans";
 constexpr double kMargin = 24;
 constexpr double kGap = 14;
-constexpr double kHeader = 64;
+constexpr double kTitleHeight = 40;
+constexpr double kLineHeight = 16;  // of the subtitle
+constexpr double kHeaderGap = 8;
+constexpr double kSubtitleSize = 12;
 constexpr double kCardWidth = 216;
 constexpr double kSwatchHeight = 72;
 constexpr double kCardHeight = 136;
 constexpr double kCorner = 8;
 constexpr double kInset = 10;
 constexpr double kSquare = 9;  // of the checkerboard
-constexpr double kSmallestText = 7;
+constexpr double kSmallestText = 8.5;
 constexpr double kCheckerLight = 1.0;
 constexpr double kCheckerDark = 0.82;
 
@@ -72,6 +76,14 @@ struct Free {
 };
 using Surface = std::unique_ptr<cairo_surface_t, Free>;
 
+// Where everything is.
+struct Layout {
+  double width = 0;
+  double height = 0;
+  double top = 0;  // of the first row of cards
+  std::vector<std::string> subtitle;
+};
+
 class Drawing {
  public:
   explicit Drawing(cairo_surface_t* surface) : pen_(cairo_create(surface)) {
@@ -85,16 +97,36 @@ class Drawing {
 
   cairo_status_t Status() const { return cairo_status(pen_.get()); }
 
-  void Draw(const SwatchPicture& picture) {
+  // The words of a subtitle in as many lines as it takes.
+  std::vector<std::string> Lines(const std::string& text, double width) {
+    Font(kSubtitleSize, false);
+    std::vector<std::string> lines;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+      if (!lines.empty() && WidthOf(lines.back() + " " + word) <= width) {
+        lines.back() += " " + word;
+      } else {
+        lines.push_back(word);
+      }
+    }
+    return lines;
+  }
+
+  void Draw(const SwatchPicture& picture, const Layout& layout) {
     Colour(kPaper);
     cairo_paint(pen_.get());
-    Text(kMargin, kMargin + 18, picture.title, 20, true, kStrong, 1e4);
-    Text(kMargin, kMargin + 40, picture.subtitle, 12, false, kSoft, 1e4);
+    const double inside = layout.width - 2 * kMargin;
+    Text(kMargin, kMargin + 18, picture.title, 20, true, kStrong, inside);
+    double line = kMargin + kTitleHeight;
+    for (const std::string& text : layout.subtitle) {
+      Text(kMargin, line, text, kSubtitleSize, false, kSoft, inside);
+      line += kLineHeight;
+    }
     for (std::size_t i = 0; i < picture.cards.size(); ++i) {
       const std::size_t row = i / static_cast<std::size_t>(picture.columns);
       const std::size_t column = i % static_cast<std::size_t>(picture.columns);
       Card(picture.cards[i], kMargin + static_cast<double>(column) * (kCardWidth + kGap),
-           kMargin + kHeader + static_cast<double>(row) * (kCardHeight + kGap));
+           layout.top + static_cast<double>(row) * (kCardHeight + kGap));
     }
   }
 
@@ -120,12 +152,16 @@ class Drawing {
     return extents.x_advance;
   }
 
+  void Font(double size, bool bold) {
+    cairo_select_font_face(pen_.get(), kFont, CAIRO_FONT_SLANT_NORMAL,
+                           bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(pen_.get(), size);
+  }
+
   // Text that fits: made smaller first, then cut.
   void Text(double x, double y, std::string text, double size, bool bold, const Rgb& colour, double width) {
     cairo_t* const pen = pen_.get();
-    cairo_select_font_face(pen, kFont, CAIRO_FONT_SLANT_NORMAL,
-                           bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(pen, size);
+    Font(size, bold);
     const double natural = WidthOf(text);
     if (natural > width) cairo_set_font_size(pen, std::max(kSmallestText, size * width / natural));
     std::u32string characters = Decode(text, qvx::kEncodingUTF8);
@@ -218,6 +254,19 @@ void Check(cairo_status_t status, const std::string& file) {
   throw std::runtime_error(file + ": wanted to write a picture, found: " + cairo_status_to_string(status));
 }
 
+Layout LayoutOf(const SwatchPicture& picture) {
+  const Surface scratch(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1));
+  const auto columns = static_cast<std::size_t>(picture.columns);
+  const std::size_t rows = (picture.cards.size() + columns - 1) / columns;
+  Layout layout;
+  layout.width = 2 * kMargin + picture.columns * (kCardWidth + kGap) - kGap;
+  layout.subtitle = Drawing(scratch.get()).Lines(picture.subtitle, layout.width - 2 * kMargin);
+  layout.top =
+      kMargin + kTitleHeight + static_cast<double>(layout.subtitle.size()) * kLineHeight + kHeaderGap;
+  layout.height = layout.top + static_cast<double>(rows) * (kCardHeight + kGap) - kGap + kMargin;
+  return layout;
+}
+
 }  // namespace
 
 Ink InkOn(const ColourCard& card) {
@@ -229,22 +278,20 @@ Ink InkOn(const ColourCard& card) {
 }
 
 void WriteSwatchPicture(const SwatchPicture& picture, const std::string& file) {
-  const auto columns = static_cast<std::size_t>(picture.columns);
-  const std::size_t rows = (picture.cards.size() + columns - 1) / columns;
-  const double width = 2 * kMargin + picture.columns * (kCardWidth + kGap) - kGap;
-  const double height = 2 * kMargin + kHeader + static_cast<double>(rows) * (kCardHeight + kGap) - kGap;
   const std::string extension = LowerName(std::filesystem::path(file).extension().native());
   if (extension != ".png" && extension != ".svg") {
     throw std::runtime_error(file + ": wanted a file name that ends in .png or .svg, found " +
                              (extension.empty() ? "none of them" : extension));
   }
+  const Layout layout = LayoutOf(picture);
   const bool vector = extension == ".svg";
-  const Surface surface(vector ? cairo_svg_surface_create(file.c_str(), width, height)
-                               : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width),
-                                                            static_cast<int>(height)));
+  const Surface surface(vector
+                            ? cairo_svg_surface_create(file.c_str(), layout.width, layout.height)
+                            : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(layout.width),
+                                                         static_cast<int>(layout.height)));
   Check(cairo_surface_status(surface.get()), file);
   Drawing drawing(surface.get());
-  drawing.Draw(picture);
+  drawing.Draw(picture, layout);
   Check(drawing.Status(), file);
   if (!vector) Check(cairo_surface_write_to_png(surface.get(), file.c_str()), file);
   cairo_surface_finish(surface.get());

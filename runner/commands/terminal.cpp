@@ -37,10 +37,14 @@ const char* Sequence(Style style) {
 
 }  // namespace
 
-bool TakesColour(std::FILE* stream) {
+bool TakesSequences(std::FILE* stream) {
   const char* const terminal = std::getenv("TERM");
   const bool dumb = terminal == nullptr || std::string_view(terminal) == "dumb";
-  return !dumb && !IsSet("NO_COLOR") && isatty(fileno(stream)) != 0;
+  return !dumb && isatty(fileno(stream)) != 0;
+}
+
+bool TakesColour(std::FILE* stream) {
+  return !IsSet("NO_COLOR") && TakesSequences(stream);
 }
 
 bool TakesTrueColour(std::FILE* stream) {
@@ -52,6 +56,10 @@ bool TakesTrueColour(std::FILE* stream) {
 std::string Painter::operator()(Style style, std::string_view text) const {
   if (!colour_ || style == Style::Plain) return std::string(text);
   return Sequence(style) + std::string(text) + "\033[0m";
+}
+
+std::string Counted(std::size_t count, std::string_view thing) {
+  return std::to_string(count) + " " + std::string(thing) + (count == 1 ? "" : "s");
 }
 
 int Refuse(std::string_view command, std::string_view line) {

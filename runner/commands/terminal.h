@@ -8,7 +8,9 @@
 
 namespace hostrun {
 
-// Whether escape sequences may go to that stream: a terminal, and the user does not object with NO_COLOR.
+// Whether escape sequences may go to that stream: a terminal that knows them.
+bool TakesSequences(std::FILE* stream);
+// Whether it may be coloured too: the user does not object with NO_COLOR.
 bool TakesColour(std::FILE* stream);
 // Whether it also shows 24-bit colours.
 bool TakesTrueColour(std::FILE* stream);
@@ -24,6 +26,9 @@ class Painter {
  private:
   bool colour_;
 };
+
+// "1 check", "2 checks".
+std::string Counted(std::size_t count, std::string_view thing);
 
 // Says why on stderr and gives the exit status for an error of use.
 int Refuse(std::string_view command, std::string_view line);

@@ -55,7 +55,7 @@ std::string WordsText(const Parameter& parameter, const std::uint32_t*& words, b
     return value;
   };
   if (parameter.byref) {
-    const std::uint32_t* place = reinterpret_cast<const std::uint32_t*>(take(std::uint32_t{}));
+    const auto* place = reinterpret_cast<const std::uint32_t*>(take(std::uint32_t{}));
     Parameter itself = parameter;
     itself.byref = false;
     return (after ? "" : "byref ") + WordsText(itself, place, after);
@@ -324,7 +324,7 @@ void Arrived(const char* name, const void* from, const std::uint32_t* words) {
 
 // Loads the library that stands before the platform. Gives what prevents that, or an empty text.
 std::string StandBefore(const std::string& platform) {
-  const std::string file = BesideExecutable(kShim);
+  const std::string file = OwnFile(kShim);
   void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_GLOBAL);
   if (library == nullptr) return file + ": wanted the library that watches the platform, found: " + dlerror();
   const auto connect =

@@ -30,7 +30,8 @@ class CallObserver {
   virtual ~CallObserver() = default;
   virtual void Enter(const Method& method, const class ArgumentWords& words) = 0;
   // Either a result or an exception.
-  virtual void Leave(const Method& method, const class ArgumentWords& words, const Value* result, Object* exception) = 0;
+  virtual void Leave(const Method& method, const class ArgumentWords& words, const Value* result,
+                     Object* exception) = 0;
   // The constructor or destructor of a definition.
   virtual void EnterLife(const Class& cls, bool constructor) = 0;
   virtual void LeaveLife(const Class& cls, bool constructor) = 0;

@@ -16,12 +16,30 @@
 namespace hostrun {
 namespace {
 
-constinit std::int32_t stringsAtStart = 0;
+constexpr const char* kStringName = "_String";
+
+using Places = std::map<std::pair<std::string, int>, int>;
+
+std::vector<LiveCounts::ByPlace> Listed(const Places& places) {
+  std::vector<LiveCounts::ByPlace> list;
+  for (const auto& [place, count] : places) list.push_back({place.first, place.second, count});
+  return list;
+}
+
+// "3 strings"; of a class that programs can name, "3 FolderItem".
+std::string Counted(const LiveCounts::ByPlace& place) {
+  const std::string number = std::to_string(place.count) + " ";
+  const std::string plural = place.count == 1 ? "" : "s";
+  if (place.className == "_Array") return number + "array" + plural;
+  if (place.className == "_Variant") return number + "variant" + plural;
+  if (place.className == kStringName) return number + "string" + plural;
+  return number + place.className;
+}
 
 }  // namespace
 
 void NoteStarted() {
-  stringsAtStart = LiveStrings();
+  GiveStringsToHost();
 }
 
 void RegisterHostClasses() {
@@ -35,31 +53,35 @@ void RegisterHostClasses() {
 
 LiveCounts CountLive() {
   LiveCounts counts;
-  std::map<std::pair<std::string, int>, int> byPlace;
+  Places byPlace;
   for (const Object* object = FirstLiveObject(); object != nullptr; object = object->next) {
     ++byPlace[{object->cls->name, object->line}];
     if (object->cls->origin != Origin::Host && NativePointerOf(const_cast<Object*>(object)) != nullptr) {
       ++counts.nativeRetains;
     }
   }
-  for (const auto& [place, count] : byPlace) counts.objects.push_back({place.first, place.second, count});
-  counts.strings = LiveStrings() - stringsAtStart;
+  counts.objects = Listed(byPlace);
+  byPlace.clear();
+  for (const HostString* string = FirstLiveString(); string != nullptr; string = string->next) {
+    if (string->line != kLineOfHost) ++byPlace[{kStringName, string->line}];
+  }
+  counts.strings = Listed(byPlace);
   return counts;
 }
 
 std::string DescribeLive(const LiveCounts& counts) {
   std::string text;
-  for (const LiveCounts::ByPlace& place : counts.objects) {
-    const std::string name = place.className == "_Array"     ? "array"
-                             : place.className == "_Variant" ? "variant"
-                                                             : place.className;
-    text += "  " + std::to_string(place.count) + " " + name;
-    text += place.line > 0 ? ", made in line " + std::to_string(place.line) + "\n"
-                           : ", made outside of the program\n";
+  for (const auto* places : {&counts.objects, &counts.strings}) {
+    for (const LiveCounts::ByPlace& place : *places) {
+      text += "  " + Counted(place);
+      text += place.line > 0 ? ", made in line " + std::to_string(place.line) + "\n"
+                             : ", made outside of the program\n";
+    }
   }
-  if (counts.strings > 0) text += "  " + std::to_string(counts.strings) + " strings\n";
   if (counts.nativeRetains > 0) {
-    text += "  " + std::to_string(counts.nativeRetains) + " native objects retained by wrapper instances\n";
+    text += "  " + std::to_string(counts.nativeRetains) +
+            (counts.nativeRetains == 1 ? " native object" : " native objects") +
+            " retained by wrapper instances\n";
   }
   return text;
 }

@@ -29,9 +29,9 @@ struct LiveCounts {
     int count = 0;
   };
   std::vector<ByPlace> objects;
-  int strings = 0;
+  std::vector<ByPlace> strings;
   int nativeRetains = 0;  // wrapper instances that still hold their native object
-  bool Any() const { return !objects.empty() || strings > 0; }
+  bool Any() const { return !objects.empty() || !strings.empty(); }
 };
 LiveCounts CountLive();
 // One line per kind; empty when nothing is alive.

@@ -52,7 +52,7 @@ struct Constant {
 struct Class {
   std::string name;
   Class* super = nullptr;
-  bool defined = false;  // false: only named so far
+  bool defined = false;    // false: only named so far
   std::int32_t order = 0;  // of registration, from 1
   Origin origin = Origin::Host;
   std::int32_t layoutVersion = 0;

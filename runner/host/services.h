@@ -24,7 +24,8 @@ std::vector<std::string> ServiceNames();
 // The resolver handed to plugins: null for a name that is unknown or withheld.
 void* ResolveService(const char* name);
 
-// What the resolver answers instead of a service's own function; null: that function. To be set before any plugin asks.
+// What the resolver answers instead of a service's own function; null: that function. To be set before any
+// plugin asks.
 using ServiceWrapper = void* (*)(const char* name, void* function);
 void SetServiceWrapper(ServiceWrapper wrap);
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 
+#include "runner/host/position.h"
 #include "runner/host/text.h"
 
 namespace hostrun {
@@ -15,6 +16,7 @@ constexpr std::size_t kTerminator = 4;  // zero bytes, enough to end UTF-32
 
 constinit bool oldRecords = false;
 constinit std::int32_t liveStrings = 0;
+constinit HostString* firstLive = nullptr;
 
 bool Is7Bit(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -68,6 +70,10 @@ HostString* NewString(std::string_view bytes, std::uint32_t encoding) {
     string->old.buffer = string->buffer;
     string->old.length = string->length;
   }
+  string->line = currentPosition.line;
+  string->next = firstLive;
+  if (firstLive != nullptr) firstLive->previous = string;
+  firstLive = string;
   ++liveStrings;
   return string;
 }
@@ -78,6 +84,8 @@ void LockString(HostString* string) {
 
 void UnlockString(HostString* string) {
   if (string == nullptr || --string->references > 0) return;
+  (string->previous == nullptr ? firstLive : string->previous->next) = string->next;
+  if (string->next != nullptr) string->next->previous = string->previous;
   std::free(string);
   --liveStrings;
 }
@@ -126,6 +134,14 @@ int CompareStringsExactly(const HostString* a, const HostString* b) {
 
 std::int32_t LiveStrings() {
   return liveStrings;
+}
+
+const HostString* FirstLiveString() {
+  return firstLive;
+}
+
+void GiveStringsToHost() {
+  for (HostString* string = firstLive; string != nullptr; string = string->next) string->line = kLineOfHost;
 }
 
 }  // namespace hostrun

@@ -19,12 +19,16 @@ struct HostString {
   qvx::OldStringRecord old;
   std::int32_t references;
   std::uint32_t encoding;
-  std::int32_t length;  // bytes
-  char* buffer;         // one byte, the text, four zero bytes
+  std::int32_t length;   // bytes
+  char* buffer;          // one byte, the text, four zero bytes
+  std::int32_t line;     // of the program, when it was made; 0 outside, kLineOfHost for what the host keeps
+  HostString* previous;  // in the list of all live strings
+  HostString* next;
 
   const char* text() const { return buffer + 1; }
 };
 static_assert(offsetof(HostString, old) == 0);
+inline constexpr std::int32_t kLineOfHost = -1;
 
 // The form of the strings made from now on.
 void UseOldStringRecords(bool old);
@@ -50,6 +54,10 @@ int CompareStrings(const HostString* a, const HostString* b);
 int CompareStringsExactly(const HostString* a, const HostString* b);
 
 std::int32_t LiveStrings();
+// The newest; the others follow by `next`.
+const HostString* FirstLiveString();
+// The strings that are alive now are the host's own.
+void GiveStringsToHost();
 
 // An owned reference.
 class StringRef {

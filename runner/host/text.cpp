@@ -133,7 +133,7 @@ std::u32string DecodeBytes(std::string_view bytes, std::uint32_t encoding, bool&
       ok = false;
       text += kReplacement;
     } else if (encoding == qvx::kEncodingWindowsLatin1) {
-      text += byte < 0xA0 ? kWindowsLatin1[byte - 0x80U] : byte;
+      text += byte < 0xA0 ? kWindowsLatin1[byte - 0x80U] : static_cast<char32_t>(byte);
     } else {  // Mac Roman, which also stands for an unknown encoding
       text += kMacRoman[byte - 0x80U];
     }

@@ -38,6 +38,7 @@ class Value {
   static Value DefaultOf(const Type& type);
 
   Value(const Value& other) : kind_(other.kind_), bits_(other.bits_) { Lock(); }
+  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): every constructor gives bits
   Value(Value&& other) noexcept : kind_(other.kind_), bits_(other.bits_) { other.kind_ = Kind::Nothing; }
   Value& operator=(const Value& other) {
     Value copy(other);

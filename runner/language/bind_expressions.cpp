@@ -1,6 +1,4 @@
 // runner/language/bind_expressions.cpp - settles expressions.
-#include <ranges>
-
 #include "runner/host/registry.h"
 #include "runner/host/text.h"
 #include "runner/language/binder.h"
@@ -9,9 +7,10 @@ namespace hostrun {
 
 const Binder::Variable* Binder::FindVariable(const std::string& name) const {
   const std::string lower = LowerName(name);
-  for (const Scope& scope : std::views::reverse(scopes_)) {
-    const auto found = scope.find(lower);
-    if (found != scope.end()) return &found->second;
+  // NOLINTNEXTLINE(modernize-loop-convert): clang 14 knows no reversed view of this library
+  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+    const auto found = scope->find(lower);
+    if (found != scope->end()) return &found->second;
   }
   return nullptr;
 }

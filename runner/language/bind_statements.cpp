@@ -165,6 +165,7 @@ void Binder::BindDeclare(StepBlock& into, const Statement& statement) {
         Fail(declarator.at, "wanted an array for " + declarator.name + ", found " + type->name);
       }
       initial = Convert(std::move(initial), type, declarator.name);
+      // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): the parser wants a type or a value
     } else if (type->kind == Kind::Array) {
       CodePtr bound = declarator.bound
                           ? BindConverted(*declarator.bound, TypeOf(Kind::Integer),
@@ -385,6 +386,7 @@ StepPtr Binder::BindJump(const Statement& statement) {
     }
     return MakeReturn(statement.at, std::move(value));
   }
+  // NOLINTNEXTLINE(modernize-loop-convert): clang 14 knows no reversed view of this library
   for (auto loop = loops_.rbegin(); loop != loops_.rend(); ++loop) {
     if (statement.name == "loop" || statement.name == loop->word) {
       return MakeJump(statement.at, leaving ? Flow::Exit : Flow::Continue, loop->number);

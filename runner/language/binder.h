@@ -25,8 +25,8 @@ class Binder {
  public:
   BoundProgram Bind(const ProgramText& text);
 
-  // A program that comes in parts: a later part knows the names of those before, and may declare one of them anew. A
-  // part that fails leaves no trace.
+  // A program that comes in parts: a later part knows the names of those before, and may declare one of them
+  // anew. A part that fails leaves no trace.
   StepBlock BindPart(const ProgramText& text);
   // An expression as a part of its own; it may give nothing.
   CodePtr BindPart(const Expression& expression);
@@ -48,7 +48,7 @@ class Binder {
     int number;
     std::string_view word;  // for, while, do
   };
-  struct Callee;  // what a call names
+  struct Callee;    // what a call names
   struct Snapshot;  // of what a part changes
 
   // Names.

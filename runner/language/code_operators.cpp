@@ -341,6 +341,7 @@ CodePtr Unfolded(Position at, const std::string& op, CodePtr l, CodePtr r) {
   if (relation) return MakeComparison(at, *relation, std::move(l), std::move(r));
   if (a.IsNumber() && b.IsNumber()) return MakeArithmetic(at, op, std::move(l), std::move(r));
   if (op == "+" && a.kind == Kind::String && b.kind == Kind::String) {
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the caller owns it
     return std::make_unique<Concatenation>(at, TypeOf(Kind::String), std::move(l), std::move(r));
   }
   if (a.kind != Kind::Boolean || b.kind != Kind::Boolean) return nullptr;

@@ -68,6 +68,7 @@ ProgramText Parser::ParseProgram() {
 }
 
 ExpressionPtr Parser::ParseLoneExpression() {
+  while (Peek().kind == TokenKind::EndOfLine) Take();
   ExpressionPtr expression = ParseExpression();
   while (Peek().kind == TokenKind::EndOfLine) Take();
   if (Peek().kind != TokenKind::EndOfFile) Fail("the end of the expression");

@@ -30,6 +30,7 @@ const char* StackLimit() {
 
 void FillTrace(std::vector<TraceLine>& trace) {
   Position at = currentPosition;
+  // NOLINTNEXTLINE(modernize-loop-convert): clang 14 knows no reversed view of this library
   for (auto call = machine.calls.rbegin(); call != machine.calls.rend(); ++call) {
     trace.push_back({call->routine->signature.name, at.line, at.column});
     at = call->at;
@@ -65,8 +66,10 @@ void ReportUncaught(const Source& source, Object* exception) {
   const auto& data = PayloadOf<ExceptionData>(exception);
   const std::vector<TraceLine>& trace = data.trace;
   const TraceLine where = trace.empty() ? TraceLine() : trace.front();
-  std::string text = source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception) + " (error " +
-                                                                   std::to_string(data.errorNumber) + ")") + "\n";
+  std::string text =
+      source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception) + " (error " +
+                                                      std::to_string(data.errorNumber) + ")") +
+      "\n";
   for (std::size_t i = 0; i + 1 < trace.size(); ++i) {
     if (i == kShownTrace) {
       text += "  and " + std::to_string(trace.size() - 1 - i) + " more calls\n";

@@ -12,11 +12,16 @@
 namespace hostrun {
 namespace {
 
-std::optional<ExpressionPtr> TryExpression(const Source& part) {
+// A part that is no program is taken for a lone expression. Where it is none either, the error that lies
+// further on says more.
+ExpressionPtr ParseAlone(const Source& part, const ProgramError& asProgram) {
   try {
     return Parser(part).ParseLoneExpression();
-  } catch (const ProgramError&) {
-    return std::nullopt;
+  } catch (const ProgramError& asExpression) {
+    const auto place = [](const ProgramError& error) {
+      return std::pair(error.at().line, error.at().column);
+    };
+    throw place(asExpression) > place(asProgram) ? asExpression : asProgram;
   }
 }
 
@@ -28,21 +33,24 @@ Session::~Session() {
 }
 
 Session::State Session::Run(const std::string& text, bool more) {
-  const int count = static_cast<int>(std::count(text.begin(), text.end(), '\n'));
-  // Lines are counted through the whole session.
+  // Lines are counted through the whole session, those of a part that is refused too.
+  const int last = lines_ + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
   const Source part(name_, std::string(static_cast<std::size_t>(lines_), '\n') + text);
+  const auto keep = [&] {
+    whole_ += text;
+    lines_ = last;
+  };
   try {
     std::optional<ProgramText> program;
     std::optional<ExpressionPtr> expression;
     try {
       program = Parser(part).ParseProgram();
+      keep();
     } catch (const ProgramError& error) {
-      if (more && error.at().line > lines_ + count) return State::WantsMore;
-      expression = TryExpression(part);
-      if (!expression) throw;
+      if (more && error.at().line > last) return State::WantsMore;
+      keep();
+      expression = ParseAlone(part, error);
     }
-    whole_ += text;
-    lines_ += count;
     if (program && program->routines.empty() && program->body.size() == 1 &&
         program->body.front()->kind == Statement::Kind::Call) {
       expression = std::move(program->body.front()->first);

@@ -39,7 +39,7 @@ class Session {
   std::function<void(const Value&)> show_;
   Binder binder_;
   std::vector<Value> globals_;
-  std::string whole_;  // all parts that ran
+  std::string whole_;  // all parts so far
   int lines_ = 0;
   int status_ = 0;
 };

@@ -33,7 +33,7 @@ void WantEmpty(Object* self) {
 void LoadFile(Object* self, const std::string& path) {
   WantEmpty(self);
   const PlatformId name = NewPlatformString(path);
-  const PlatformId image = Send<PlatformId>(New("NSImage"), "initWithContentsOfFile:", name);
+  auto* const image = Send<PlatformId>(New("NSImage"), "initWithContentsOfFile:", name);
   ReleasePlatformObject(name);
   const bool readable = image != nullptr && Send<signed char>(image, "isValid") != 0;
   if (!readable) {
@@ -60,11 +60,11 @@ void ConstructFilled(Object* self, std::int32_t width, std::int32_t height, std:
                                                    std::to_string(height) + " pixels: wanted 1 to " +
                                                    std::to_string(kLargestSide) + " for each side.");
   }
-  const PlatformId space =
+  auto* const space =
       Send<PlatformId>(TheObjectRuntime().getClass("NSString"),
                        "stringWithUTF8String:", static_cast<const char*>("NSDeviceRGBColorSpace"));
   constexpr std::int32_t kSamples = 3;
-  const PlatformId bitmap =
+  auto* const bitmap =
       Send<PlatformId>(New("NSBitmapImageRep"),
                        "initWithBitmapDataPlanes:pixelsWide:pixelsHigh:bitsPerSample:samplesPerPixel:"
                        "hasAlpha:isPlanar:colorSpaceName:"
@@ -80,7 +80,7 @@ void ConstructFilled(Object* self, std::int32_t width, std::int32_t height, std:
     for (const unsigned shift : {16U, 8U, 0U})
       *pixel++ = static_cast<unsigned char>((color >> shift) & 0xFFU);
   }
-  const PlatformId image = Send<PlatformId>(
+  auto* const image = Send<PlatformId>(
       New("NSImage"), "initWithSize:", Size{static_cast<float>(width), static_cast<float>(height)});
   Send<void>(image, "addRepresentation:", bitmap);
   ReleasePlatformObject(bitmap);

@@ -3,7 +3,8 @@
 #   cmake -DHOSTRUN=FILE -DPROGRAM=NAME.bas [-DOPTIONS=LIST] -P run_program.cmake
 #
 # Beside NAME.bas: NAME.out is what it must print. A program whose first line is "' wants STATUS TEXT" must end with
-# that status and have the text on stderr.
+# that status and have the text on stderr. NAME.err, where there is one, is all that it must say there,
+# but for what the platform logs with a date.
 cmake_path(GET PROGRAM PARENT_PATH folder)
 cmake_path(GET PROGRAM STEM name)
 execute_process(COMMAND ${HOSTRUN} --leaks ${OPTIONS} ${name}.bas one "second argument"
@@ -17,6 +18,13 @@ if(program MATCHES "^' wants ([0-9]+) ([^\n]*)\n")
   string(FIND "\n${err}" "${wanted_text}" at)
   if(at EQUAL -1)
     message(FATAL_ERROR "wanted on stderr\n${wanted_text}\nfound\n${err}")
+  endif()
+endif()
+if(EXISTS ${folder}/${name}.err)
+  file(READ ${folder}/${name}.err wanted_err)
+  string(REGEX REPLACE "[0-9]+-[0-9]+-[0-9]+ [0-9:.]+ hostrun[^\n]*\n" "" err "${err}")
+  if(NOT err STREQUAL wanted_err)
+    message(FATAL_ERROR "wanted on stderr all of ${name}.err, found\n${err}")
   endif()
 endif()
 if(NOT status EQUAL wanted_status)

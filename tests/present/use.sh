@@ -31,6 +31,7 @@ holds() {
 }
 starts_with() { [ "$(head -c "${#2}" "$1")" = "$2" ]; }
 png_width() { od -An -tu1 -j16 -N4 "$1" | awk '{ print (($1 * 256 + $2) * 256 + $3) * 256 + $4 }'; }
+png_height() { od -An -tu1 -j20 -N4 "$1" | awk '{ print (($1 * 256 + $2) * 256 + $3) * 256 + $4 }'; }
 count() { grep -c -- "$1" "$2"; }
 silent() { [ "$(wc -l <err)" = 1 ]; }
 
@@ -65,8 +66,11 @@ check "a program without colours is refused" 2 "wanted a program that prints col
 printf 'Print "a", &cFF0000\nDim c As NSColorQVX = NSColorQVX.redColor\nc.getWhite(1)\n' >wrong.bas
 check "a wrong program shows its line" 2 "wrong.bas:3:" swatches wrong.bas
 printf 'Print "a", &cFF0000\nDim a As Double\nNSColorQVX.redColor.getWhite(a)\n' >raises.bas
-check "an uncaught exception still draws what was printed" 1 "1 colours drawn" swatches --out raises.png raises.bas
+check "an uncaught exception still draws what was printed" 1 "1 colour drawn in raises.png" swatches --out raises.png raises.bas
 holds "and the picture is there" test -s raises.png
+check "one colour in a row" 1 "1 colour drawn in single.png" swatches --columns 1 --out single.png raises.bas
+holds "what is said above the colours goes over several lines where it must" \
+  test "$(png_height single.png)" -gt "$(png_height raises.png)"
 check "a missing list is refused" 2 "absent.clr: wanted a colour-list file, found none" swatches absent.clr
 echo junk >junk.clr
 check "a file that is no list is refused" 2 "junk.clr: wanted a colour-list file, found something" swatches junk.clr

@@ -35,7 +35,6 @@ wants 2 'program is required' "$hostrun"
 wants 2 '--frobnicate' "$hostrun" --frobnicate "$fine"
 wants 2 '--host-version' "$hostrun" --host-version new "$fine"
 wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nonsense "$fine"
-wants 2 'found one that it calls unasked' "$hostrun" --without RegisterPluginVersion "$fine"
 wants 0 '' "$hostrun" --help
 
 # Bundles that are none.

@@ -8,6 +8,8 @@
 ' options --without REALGetRBVersion
 ' options --without REALGetStringEncoding
 ' options --without REALConvertString
+' options --without RegisterPluginVersion
+' options --without RegisterPluginVersion --host-version 2011.0
 ' Services whose lack a host program does not see.
 Dim list As New NSColorListQVX
 Print list.Create("Grün")

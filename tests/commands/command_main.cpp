@@ -1,0 +1,7 @@
+// tests/commands/command_main.cpp - runs the tests of the commands.
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}

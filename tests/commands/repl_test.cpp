@@ -1,0 +1,95 @@
+// tests/commands/repl_test.cpp - "hostrun repl" with its lines from a pipe.
+#include <gtest/gtest.h>
+
+#include "run_hostrun.h"
+
+namespace command_tests {
+namespace {
+
+Finished Typed(const std::string& lines) {
+  return RunHostrun({"repl"}, lines);
+}
+
+TEST(Repl, ShowsTheValueOfAnExpression) {
+  const Finished finished = Typed("1 + 2 * 3\n\"a\" + \"\"\"b\"\n7 > 8\nNil\n");
+  EXPECT_EQ(finished.out, "7\n\"a\"\"b\"\nFalse\nNil\n");
+  EXPECT_EQ(finished.err, "");
+  EXPECT_EQ(finished.status, 0);
+}
+
+TEST(Repl, ShowsAColourWithItsSpaceAndComponents) {
+  EXPECT_EQ(Typed("NSColorQVX.colorWithDeviceRGB(1, 0.5, 0)\n").out,
+            "NSColorQVX NSDeviceRGBColorSpace 1 0.5 0 1\n");
+  EXPECT_EQ(Typed("New NSColorListQVX\n").out, "NSColorListQVX, empty\n");
+  EXPECT_EQ(Typed("&cFF8000\n").out, "&cFF8000\n");
+  EXPECT_EQ(Typed("Array(1, 2)\n").out, "array of 2: 1, 2\n");
+}
+
+TEST(Repl, NeverSendsColoursToAPipe) {
+  const Finished finished =
+      RunHostrun({"repl"}, "NSColorQVX.redColor\n", {"COLORTERM=truecolor", "TERM=xterm"});
+  EXPECT_EQ(finished.out.find('\033'), std::string::npos);
+}
+
+TEST(Repl, KeepsWhatWasDeclared) {
+  EXPECT_EQ(Typed("Dim x As Integer = 5\nx = x + 1\nx\n").out, "6\n");
+}
+
+TEST(Repl, KeepsSubsAndFunctions) {
+  EXPECT_EQ(Typed("Function Twice(n As Integer) As Integer\n  Return n * 2\nEnd Function\nTwice(4)\n").out,
+            "8\n");
+}
+
+TEST(Repl, LetsANameBeDeclaredAnew) {
+  EXPECT_EQ(Typed("Dim x As Integer = 5\nDim x As String = \"text\"\nx\n").out, "\"text\"\n");
+  EXPECT_EQ(Typed("Sub S()\n  Print 1\nEnd Sub\nSub S()\n  Print 2\nEnd Sub\nS\n").out, "2\n");
+}
+
+TEST(Repl, ReadsBlocksOverSeveralLines) {
+  EXPECT_EQ(Typed("For i As Integer = 1 To 2\n\n  If i = 2 Then\n    Print i\n  End If\nNext\n").out, "2\n");
+}
+
+TEST(Repl, SurvivesErrorsAndPointsAtThem) {
+  const Finished finished = Typed("1 +\nDim x As Missing\nDim a() As Integer\na(3)\n\"fine\"\n");
+  EXPECT_EQ(finished.out, "\"fine\"\n");
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(
+      finished.err,
+      "input:1:4: wanted an expression, found the end of the line\n"
+      "  1 +\n"
+      "     ^\n"
+      "input:2:10: wanted a type, found Missing, which is none that this host knows\n"
+      "  Dim x As Missing\n"
+      "           ^\n"
+      "input:4:1: uncaught OutOfBoundsException: Index 3 is outside of an array whose upper bound is -1. "
+      "(error 0)\n"
+      "  a(3)\n"
+      "  ^\n");
+}
+
+TEST(Repl, KeepsNothingOfAPartThatFails) {
+  const Finished finished = Typed("Dim x As Integer = 1\nDim x As String = Missing\nx\n");
+  EXPECT_EQ(finished.out, "1\n");
+}
+
+TEST(Repl, TellsWhichLinesAnExceptionCameThrough) {
+  const Finished finished = Typed("Sub Fail()\n  Dim a() As Integer\n  a(1) = 2\nEnd Sub\nFail\n");
+  EXPECT_NE(finished.err.find("input:3:"), std::string::npos) << finished.err;
+  EXPECT_NE(finished.err.find("    a(1) = 2\n"), std::string::npos) << finished.err;
+  EXPECT_NE(finished.err.find("  in Fail, called from line 5\n"), std::string::npos) << finished.err;
+}
+
+TEST(Repl, ReportsABlockThatIsNeverClosed) {
+  const Finished finished = Typed("If True Then\n");
+  EXPECT_NE(finished.err.find("wanted 'End If' for line 1"), std::string::npos) << finished.err;
+  EXPECT_EQ(finished.status, 0);
+}
+
+TEST(Repl, EndsWithTheStatusOfQuit) {
+  const Finished finished = Typed("Quit 7\nPrint \"not reached\"\n");
+  EXPECT_EQ(finished.status, 7);
+  EXPECT_EQ(finished.out, "");
+}
+
+}  // namespace
+}  // namespace command_tests

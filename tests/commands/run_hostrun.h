@@ -1,0 +1,34 @@
+// tests/commands/run_hostrun.h - runs the hostrun of this build and says what came out.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace command_tests {
+
+struct Finished {
+  int status = -1;  // -1: it did not end by itself
+  std::string out;
+  std::string err;
+};
+
+// With `input` on stdin and extra variables ("NAME=value") in its environment.
+Finished RunHostrun(const std::vector<std::string>& arguments, const std::string& input = {},
+                    const std::vector<std::string>& environment = {});
+
+// Replaces this process, with extra variables in its environment.
+[[noreturn]] void BecomeHostrun(const std::vector<std::string>& arguments,
+                                const std::vector<std::string>& environment);
+
+// A file of this build: a bundle, a library.
+std::string BuiltFile(const std::string& name);
+
+// A file with that text, gone at the end of the test program.
+std::string TemporaryFile(const std::string& name, const std::string& text);
+
+// The lines of a text.
+std::vector<std::string> Lines(const std::string& text);
+// Empty where there is none.
+std::string LastLine(const std::string& text);
+
+}  // namespace command_tests

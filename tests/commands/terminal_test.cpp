@@ -1,0 +1,145 @@
+// tests/commands/terminal_test.cpp - what hostrun does at a terminal and nowhere else: colour, progress, line
+// editing.
+#include <gtest/gtest.h>
+
+#include "at_terminal.h"
+#include "run_hostrun.h"
+
+namespace command_tests {
+namespace {
+
+constexpr const char* kUp = "\033[A";
+constexpr const char* kEndOfInput = "\004";
+constexpr const char* kInterrupt = "\003";
+
+std::string ScreenOf(const std::vector<std::string>& arguments,
+                     const std::vector<std::string>& environment = {}) {
+  AtTerminal terminal(arguments, environment);
+  EXPECT_EQ(terminal.Status(), 0);
+  return terminal.screen();
+}
+
+std::string ScreenOfColour(const std::vector<std::string>& environment) {
+  AtTerminal terminal({"repl"}, environment);
+  EXPECT_TRUE(terminal.Prompts());
+  terminal.Type("NSColorQVX.redColor\n");
+  EXPECT_TRUE(terminal.Shows("NSCalibratedRGBColorSpace 1 0 0 1")) << terminal.screen();
+  EXPECT_TRUE(terminal.Prompts());
+  terminal.Type(kEndOfInput);
+  EXPECT_EQ(terminal.Status(), 0);
+  return terminal.screen();
+}
+
+const std::vector<std::string> kCheckSound = {"check", "--platform", "none", "--host-version", "2015.0"};
+std::vector<std::string> CheckSound(const std::string& option) {
+  std::vector<std::string> arguments = kCheckSound;
+  arguments.insert(arguments.end(), {option, BuiltFile("broken/Any.so")});
+  return arguments;
+}
+
+TEST(Terminal, ColoursHeadingsUnlessTheUserObjects) {
+  const std::vector<std::string> arguments = {"classes", "NSColorQVX"};
+  EXPECT_NE(ScreenOf(arguments).find("\033[1mNSColorQVX\033[0m"), std::string::npos);
+  EXPECT_EQ(ScreenOf(arguments, {"NO_COLOR=1"}).find('\033'), std::string::npos);
+  EXPECT_EQ(ScreenOf(arguments, {"TERM=dumb"}).find('\033'), std::string::npos);
+  EXPECT_NE(ScreenOf(arguments, {"NO_COLOR="}).find('\033'), std::string::npos);
+}
+
+TEST(Terminal, ColoursTheStatusOfEachCheck) {
+  AtTerminal terminal(
+      {"check", "--platform", "none", "--host-version", "2015.0", BuiltFile("broken/NoRelro.so")});
+  EXPECT_EQ(terminal.Status(), 1);
+  EXPECT_NE(terminal.screen().find("\033[32mpassed    \033[0mfile/format"), std::string::npos)
+      << terminal.screen();
+  EXPECT_NE(terminal.screen().find("\033[31mfailed    \033[0mfile/relro"), std::string::npos);
+  EXPECT_NE(terminal.screen().find("\033[31m18 checks, 17 passed, 1 failed\033[0m"), std::string::npos);
+}
+
+TEST(Terminal, ShowsProgressWhereNothingElseShowsThatTimePasses) {
+  for (const std::string option : {"--only-failed", "--json"}) {
+    const std::string screen = ScreenOf(CheckSound(option));
+    EXPECT_NE(screen.find("\r\033[K1 check, 0 failed: file/format\r\033[K2 checks, 0 failed: "),
+              std::string::npos)
+        << screen;
+    const std::size_t last = screen.find("18 checks, 0 failed: 2015.0/call/Sound.Make as Sound\r\033[K");
+    EXPECT_NE(last, std::string::npos) << "progress is taken away at the end: " << screen;
+  }
+}
+
+TEST(Terminal, ShowsNoProgressOnADumbOneOrBesideTheLinesThemselves) {
+  EXPECT_EQ(ScreenOf(CheckSound("--only-failed"), {"TERM=dumb"}), "18 checks, 18 passed, 0 failed\r\n");
+  EXPECT_EQ(ScreenOf({"check", "--filter", "file/", "--host-version", "2015.0"}).find("checks, 0 failed: "),
+            std::string::npos);
+}
+
+TEST(Terminal, ShowsAColourAsABlockWhereTheTerminalCan) {
+  const std::string block = "\033[48;2;255;0;0m    \033[0m";
+  EXPECT_NE(ScreenOfColour({"COLORTERM=truecolor"}).find(block), std::string::npos);
+  EXPECT_NE(ScreenOfColour({"COLORTERM=24bit"}).find(block), std::string::npos);
+  EXPECT_EQ(ScreenOfColour({}).find("\033[48"), std::string::npos);
+  EXPECT_EQ(ScreenOfColour({"COLORTERM=truecolor", "NO_COLOR=1"}).find("\033[48"), std::string::npos);
+}
+
+TEST(Terminal, CompletesClassesMembersAndVariables) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Dim favourite As NSColorQVX = NSColorQ\t.orangeC\t\n");
+  ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
+  terminal.Type("favou\t.numberOfC\t\n");
+  EXPECT_TRUE(terminal.Shows("\r\n4\r\n")) << terminal.screen();
+  terminal.Type("Print favourite.colorSpaceN\t\n");
+  EXPECT_TRUE(terminal.Shows("\r\nNSCalibratedRGBColorSpace\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, ListsWhatABeginningMayBecome) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("NSColorSpaceQVX.generic\t\t");
+  EXPECT_TRUE(terminal.Shows("NSColorSpaceQVX.genericCMYKColorSpace")) << terminal.screen();
+  EXPECT_TRUE(terminal.Shows("NSColorSpaceQVX.genericRGBColorSpace")) << terminal.screen();
+}
+
+TEST(Terminal, KeepsAHistoryFromOneSessionToTheNext) {
+  const std::vector<std::string> own = {"XDG_STATE_HOME=" + TemporaryFile("", "") + "history"};
+  {
+    AtTerminal terminal({"repl"}, own);
+    ASSERT_TRUE(terminal.Prompts());
+    terminal.Type("6 * 7\n");
+    ASSERT_TRUE(terminal.Shows("\r\n42\r\n")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts());
+    terminal.Type(std::string(kUp) + "\n");
+    EXPECT_TRUE(terminal.Shows("\r\n42\r\n")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts());
+    terminal.Type(kEndOfInput);
+    EXPECT_EQ(terminal.Status(), 0);
+  }
+  AtTerminal next({"repl"}, own);
+  ASSERT_TRUE(next.Prompts());
+  next.Type(std::string(kUp) + "\n");
+  EXPECT_TRUE(next.Shows("\r\n42\r\n")) << next.screen();
+}
+
+TEST(Terminal, DropsALineWhenItIsInterrupted) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Print 1 +");
+  ASSERT_TRUE(terminal.Shows("+"));
+  terminal.Type(kInterrupt);
+  ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
+  terminal.Type("Print 2 + 3\n");
+  EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, AsksForTheRestOfABlock) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("For i As Integer = 8 To 9\n");
+  ASSERT_TRUE(terminal.Prompts("... ")) << terminal.screen();
+  terminal.Type("Print i\n");
+  ASSERT_TRUE(terminal.Prompts("... "));
+  terminal.Type("Next\n");
+  EXPECT_TRUE(terminal.Shows("\r\n8\r\n9\r\n")) << terminal.screen();
+}
+
+}  // namespace
+}  // namespace command_tests
