@@ -265,7 +265,7 @@ REALstring NSStringRB(id s, Holdings& holdings) {
   }
 
   const std::int64_t size = length * kBytesPerUnit;
-  if (size < 1 || size > kLargestBuffer) return nullptr;
+  if (size > kLargestBuffer) return nullptr;
   char* const buffer = static_cast<char*>(std::calloc(1, static_cast<std::size_t>(size)));
   if (buffer == nullptr) return nullptr;
   Holdings::Item* const held = holdings.HoldMemory(buffer);
