@@ -50,6 +50,8 @@ set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
+# Smaller than with gzip, in a seventh of the time; dpkg reads it from Debian 12 on.
+set(CPACK_DEBIAN_COMPRESSION_TYPE zstd)
 set(CPACK_DEBIAN_FILE_NAME qvxcolor_${PROJECT_VERSION}_amd64.deb)
 # 32-bit programs for amd64 machines, by the 32-bit run-time that Debian has for them.
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
