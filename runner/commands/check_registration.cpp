@@ -172,7 +172,13 @@ class RecordReader {
       if (problem.empty() && what_ == What::Everything && IsRequired(kind, i) && words[i] == 0)
         problem = "wanted a pointer, found null";
       if (!problem.empty()) {
-        return which + ", word " + std::to_string(i) + " (" + fields[i].name + "): " + problem;
+        return std::string(which)
+            .append(", word ")
+            .append(std::to_string(i))
+            .append(" (")
+            .append(fields[i].name)
+            .append("): ")
+            .append(problem);
       }
       if (fields[i].holds != RecordWord::Holds::Array || words[i] == 0) continue;
       const std::string array = std::string(which).append(", ").append(fields[i].name);

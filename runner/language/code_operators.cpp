@@ -339,6 +339,7 @@ CodePtr Unfolded(Position at, const std::string& op, CodePtr l, CodePtr r) {
     return std::make_unique<Dynamic>(at, type, op, std::move(l), std::move(r));
   }
   if (relation) return MakeComparison(at, *relation, std::move(l), std::move(r));
+  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the caller owns it
   if (a.IsNumber() && b.IsNumber()) return MakeArithmetic(at, op, std::move(l), std::move(r));
   if (op == "+" && a.kind == Kind::String && b.kind == Kind::String) {
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the caller owns it

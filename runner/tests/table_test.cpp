@@ -273,6 +273,7 @@ TEST(Table, TheLayoutIsTheOneThatTheHostAskedFor) {
 }  // namespace
 }  // namespace hostrun
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what is thrown here ends the test, as it should
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   CLI::App app("Calls every declaration of the bundle.");

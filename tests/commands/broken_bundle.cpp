@@ -142,7 +142,7 @@ void Enter(void* (*resolver)(const char*)) {
   while (Has("HangOnEntry")) sleep(1);
   // The host is well until it makes the copy of itself that the first check runs in.
   if (Has("CrashLater")) pthread_atfork(&std::abort, nullptr, nullptr);
-  const double host = static_cast<double>(Service<long double (*)()>("REALGetRBVersion")());
+  const auto host = static_cast<double>(Service<long double (*)()>("REALGetRBVersion")());
   const std::int32_t version = host >= 2013.04   ? 13
                                : host >= 2013.03 ? 12
                                : host >= 2013.0  ? 11

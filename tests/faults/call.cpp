@@ -228,10 +228,10 @@ void CheckGivenBack(std::vector<std::string>& broken) {
       add(object->name + " is never freed");
     }
   }
-  for (const auto& [native, wrapper] : ThePlatform().instances->entries) {
-    if (!TheHost().IsObject(wrapper)) continue;
-    const auto found = std::ranges::find_if(TheHost().Objects(),
-                                            [&](HostObject* object) { return object->Handle() == wrapper; });
+  for (const auto& entry : ThePlatform().instances->entries) {
+    if (!TheHost().IsObject(entry.second)) continue;
+    const auto found = std::ranges::find_if(
+        TheHost().Objects(), [&](HostObject* object) { return object->Handle() == entry.second; });
     if ((*found)->freed) add("the cache still knows " + (*found)->className + ", which is freed");
   }
   if (scripted::LiveBundleBlocks() > 0) {

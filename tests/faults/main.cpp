@@ -86,7 +86,7 @@ class FunctionRun {
     ++shared->cases;
     shared->events += baseline.steps.size();
     Judge(each, {}, baseline, baseline);
-    const std::size_t faultable = static_cast<std::size_t>(
+    const auto faultable = static_cast<std::size_t>(
         std::ranges::count_if(baseline.steps, [](const Step& step) { return !FaultsAt(step).empty(); }));
     for (std::size_t i = 0; i < baseline.steps.size(); ++i) {
       for (const Fault fault : FaultsAt(baseline.steps[i])) {

@@ -113,7 +113,7 @@ class Judge {
   [[nodiscard]] static bool WhileConverting(const Step& step) { return step.name == "NewNSExceptionQVX:"; }
   [[nodiscard]] bool WhileLogging(const Step& step) const {
     if (WhileConverting(step)) return false;
-    const std::size_t index = static_cast<std::size_t>(&step - observed_.steps.data());
+    const auto index = static_cast<std::size_t>(&step - observed_.steps.data());
     bool logging = false;
     for (std::size_t i = 0; i <= index; ++i) {
       const Step& each = observed_.steps[i];

@@ -547,7 +547,7 @@ TEST(Delivery, ThatAFinallyBlockEndedIsFreedByALaterOne) {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
   if (_setjmp(frame.buffer) != 0) return;
-  const FrameExit exit{frame};
+  [[maybe_unused]] const FrameExit exit{frame};
   throw std::runtime_error("C++");
 }
 
@@ -627,6 +627,7 @@ TEST(Threads, RaiseAndCatchAtTheSameTime) {
   std::array<int, kThreads> delivered{};
   std::array<int, kThreads> finallys{};
   std::vector<PooledThread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&, index = static_cast<std::size_t>(i)] {
       const id mine = NewException("Mine", "");

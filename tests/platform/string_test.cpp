@@ -169,7 +169,7 @@ TEST_P(EncodedText, IsRefusedABufferThatIsOneByteShort) {
 }
 
 std::string WithZeros(const char* bytes, std::size_t size) {
-  return std::string(bytes, size);
+  return {bytes, size};
 }
 
 INSTANTIATE_TEST_SUITE_P(

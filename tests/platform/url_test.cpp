@@ -22,7 +22,7 @@ OSStatus MakeRef(const std::string& path, FSRef* ref, Boolean* folder = nullptr)
 
 std::string PathOf(CFURLRef url) {
   const CFStringRef path = CFURLCopyFileSystemPath(url, kPOSIX);
-  const std::string text = Text(reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(path))));
+  std::string text = Text(reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(path))));
   if (path != nullptr) CFRelease(path);
   return text;
 }
@@ -41,7 +41,7 @@ class FileReference : public testing::Test {
   ~FileReference() override { std::filesystem::remove_all(folder_); }
 
   std::string Create(const std::string& name) const {
-    const std::string path = (folder_ / name).string();
+    std::string path = (folder_ / name).string();
     std::ofstream(path) << "contents";
     return path;
   }

@@ -63,7 +63,6 @@ extern "C" {
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* block, std::size_t size);
-void __real_free(void* block);
 
 void* __wrap_malloc(std::size_t size) {
   if (!scripted::InsideBundle()) return __real_malloc(size);

@@ -31,7 +31,8 @@ NativeObject* HostObject::Native() const {
 }
 
 void HostObject::SetNative(const NativeObject* native) {
-  std::memcpy(memory.data() + kClassDataOffset, &native, sizeof native);
+  const void* const pointer = native;
+  std::memcpy(memory.data() + kClassDataOffset, &pointer, sizeof pointer);
 }
 
 bool HostObject::HeaderIntact() const {

@@ -39,6 +39,8 @@ inline const std::vector<PropertyDeclaration> kColorProperties = {
     {"numberOfComponents", "integer"},
 };
 
+// A declaration stands on one line, as programs see it.
+// clang-format off
 inline const std::vector<std::string> kColorMethods = {
     "_exception as NSExceptionQVX",
     "Constructor",
@@ -48,12 +50,9 @@ inline const std::vector<std::string> kColorMethods = {
     "getWhite(byref white as double)",
     "getHSV(byref hue as double, byref saturation as double, byref brightness as double)",
     "getRGB(byref red as double, byref green as double, byref blue as double)",
-    "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as double, "
-    "byref "
-    "alpha as double)",
+    "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as double, byref alpha as double)",
     "getWhite(byref white as double, byref alpha as double)",
-    "getHSV(byref hue as double, byref saturation as double, byref brightness as double, byref alpha as "
-    "double)",
+    "getHSV(byref hue as double, byref saturation as double, byref brightness as double, byref alpha as double)",
     "getRGB(byref red as double, byref green as double, byref blue as double, byref alpha as double)",
     "blendedColorWithFraction(alpha as double, c as NSColorQVX) as NSColorQVX",
     "colorWithAlphaComponent(alpha as double) as NSColorQVX",
@@ -120,19 +119,13 @@ inline const std::vector<std::string> kColorFactories = {
     "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, components() as double) as NSColorQVX",
     "colorWithGenericGamma22White(white as double, alpha as double=1.0) as NSColorQVX",
     "colorWithCGColor(CGColorHandle as Integer) as NSColorQVX",
-    "colorWithDeviceCMYK(cyan as double, magenta as double, yellow as double, black as double, alpha as "
-    "double=1.0) "
-    "as NSColorQVX",
+    "colorWithDeviceCMYK(cyan as double, magenta as double, yellow as double, black as double, alpha as double=1.0) as NSColorQVX",
     "colorWithDeviceRGB(red as double, green as double, blue as double, alpha as double=1.0) as NSColorQVX",
-    "colorWithDeviceHSV(hue as double, saturation as double, brightness as double, alpha as double=1.0) as "
-    "NSColorQVX",
+    "colorWithDeviceHSV(hue as double, saturation as double, brightness as double, alpha as double=1.0) as NSColorQVX",
     "colorWithDeviceWhite(white as double, alpha as double=1.0) as NSColorQVX",
     "colorWithSRGB(red as double, green as double, blue as double, alpha as double=1.0) as NSColorQVX",
-    "colorWithCalibratedRGB(red as double, green as double, blue as double, alpha as double=1.0) as "
-    "NSColorQVX",
-    "colorWithCalibratedHSV(hue as double, saturation as double, brightness as double, alpha as double=1.0) "
-    "as "
-    "NSColorQVX",
+    "colorWithCalibratedRGB(red as double, green as double, blue as double, alpha as double=1.0) as NSColorQVX",
+    "colorWithCalibratedHSV(hue as double, saturation as double, brightness as double, alpha as double=1.0) as NSColorQVX",
     "colorWithCalibratedWhite(white as double, alpha as double=1.0) as NSColorQVX",
     "colorFromPasteboard as NSColorQVX",
     "colorWithPatternImage(image as variant) as NSColorQVX",
@@ -212,5 +205,6 @@ inline const std::vector<std::string> kSpaceConstants = {
     "NSPatternColorSpace = \"NSPatternColorSpace\"",
     "NSCustomColorSpace = \"NSCustomColorSpace\"",
 };
+// clang-format on
 
 }  // namespace unit
