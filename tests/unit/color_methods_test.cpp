@@ -161,7 +161,10 @@ class ComponentFamily : public ColorMethod, public testing::WithParamInterface<F
   }
   // What the outputs hold, also while the call runs.
   std::vector<double> Written() const { return {outputs_, outputs_ + GetParam().outputs}; }
-  static std::vector<double> Zeros() { return std::vector<double>(GetParam().outputs, 0.0); }
+  static std::vector<double> Zeros() {
+    std::vector<double> zeros(GetParam().outputs, 0.0);
+    return zeros;
+  }
 
  private:
   double outputs_[5] = {};

@@ -34,7 +34,7 @@ bool OutputsAreZero(const std::string& declaration, void* self, Outputs... outpu
 }
 
 inline void AddColorMethods(std::vector<GuardedFunction>& all) {
-  const auto add = [&](std::string name, std::string selector, std::function<bool(void*)> call,
+  const auto add = [&](const std::string& name, std::string selector, std::function<bool(void*)> call,
                        bool oneFrame = true) {
     all.push_back({"color_" + name, kColor, std::move(selector), std::move(call), false, oneFrame, false});
   };
@@ -100,7 +100,7 @@ inline void AddColorMethods(std::vector<GuardedFunction>& all) {
 }
 
 inline void AddColorFactories(std::vector<GuardedFunction>& all) {
-  const auto add = [&](std::string name, std::string selector, std::function<bool()> call) {
+  const auto add = [&](const std::string& name, std::string selector, std::function<bool()> call) {
     all.push_back({"shared_" + name, nullptr, std::move(selector),
                    [call = std::move(call)](void*) { return call(); }, true});
   };
@@ -142,7 +142,7 @@ inline void AddColorFactories(std::vector<GuardedFunction>& all) {
 }
 
 inline void AddListMethods(std::vector<GuardedFunction>& all) {
-  const auto add = [&](std::string name, std::string selector, std::function<bool(void*)> call) {
+  const auto add = [&](const std::string& name, std::string selector, std::function<bool(void*)> call) {
     all.push_back({"list_" + name, kList, std::move(selector), std::move(call)});
   };
   const auto text = [] { return TheHost().NewString("text"); };
@@ -183,7 +183,7 @@ inline void AddListMethods(std::vector<GuardedFunction>& all) {
 }
 
 inline void AddSpaceFunctions(std::vector<GuardedFunction>& all) {
-  const auto add = [&](std::string name, std::string selector, std::function<bool(void*)> call,
+  const auto add = [&](const std::string& name, std::string selector, std::function<bool(void*)> call,
                        bool fills = false) {
     all.push_back({"space_" + name, kSpace, std::move(selector), std::move(call), fills, true, fills});
   };
@@ -217,7 +217,7 @@ inline void AddSpaceFunctions(std::vector<GuardedFunction>& all) {
   add("colorSyncProfileHandle", "colorSyncProfile", number(9));
   add("CGColorSpaceHandle", "CGColorSpace", number(10));
 
-  const auto shared = [&](std::string name, std::string selector, std::function<bool()> call) {
+  const auto shared = [&](const std::string& name, std::string selector, std::function<bool()> call) {
     all.push_back({"shared_" + name, nullptr, std::move(selector),
                    [call = std::move(call)](void*) { return call(); }, true});
   };

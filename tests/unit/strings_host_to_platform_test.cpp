@@ -9,7 +9,6 @@ namespace unit {
 namespace {
 
 using qvx::kEncodingASCII;
-using qvx::kEncodingMacRoman;
 using qvx::kEncodingUnknown;
 using qvx::kEncodingUTF16;
 using qvx::kEncodingUTF8;
