@@ -5,6 +5,7 @@
 
 #include "runner/commands/check_parts.h"
 #include "runner/commands/elf_file.h"
+#include "runner/commands/platform_functions.h"
 #include "runner/host/bundle.h"
 
 namespace hostrun {
@@ -16,34 +17,9 @@ constexpr std::string_view kEntryPoint = "REALPluginMain";
 constexpr std::array<std::string_view, 5> kRunTimeLibraries = {"libc.so.6", "libm.so.6", "libstdc++.so.6",
                                                                "libgcc_s.so.1", "ld-linux.so.2"};
 
-// What the platform gives a bundle.
-constexpr std::array<std::string_view, 25> kPlatformSymbols = {
-    "objc_msgSend",
-    "objc_msgSend_fpret",
-    "objc_getClass",
-    "sel_registerName",
-    "objc_exception_try_enter",
-    "objc_exception_try_exit",
-    "objc_exception_extract",
-    "objc_exception_match",
-    "objc_exception_throw",
-    "CFStringCreateWithCharacters",
-    "CFStringCreateWithCString",
-    "CFStringGetCString",
-    "CFStringGetLength",
-    "CFStringCreateMutableCopy",
-    "CFStringNormalize",
-    "CFURLCreateFromFSRef",
-    "CFURLCreateCopyAppendingPathComponent",
-    "CFURLCopyFileSystemPath",
-    "CFRelease",
-    "CFDictionaryGetValue",
-    "CFDictionarySetValue",
-    "CFDictionaryRemoveValue",
-    "NSLog",
-    "NSCalibratedRGBColorSpace",
-    "_GLOBAL_OFFSET_TABLE_",
-};
+// What the platform gives a bundle beside the functions that come back.
+constexpr std::array<std::string_view, 3> kOtherPlatformSymbols = {
+    "objc_exception_throw", "NSCalibratedRGBColorSpace", "_GLOBAL_OFFSET_TABLE_"};
 
 template <class List>
 bool Contains(const List& list, std::string_view name) {
@@ -78,7 +54,9 @@ std::string CheckUndefined(const ElfFile& file) {
   std::vector<std::string> unknown;
   for (const ElfFile::Undefined& symbol : file.undefined) {
     const bool runTime = Contains(kRunTimeLibraries, symbol.library);
-    if (!runTime && !symbol.weak && !Contains(kPlatformSymbols, symbol.name)) unknown.push_back(symbol.name);
+    if (!runTime && !symbol.weak && !Contains(kPlatformFunctions, symbol.name) &&
+        !Contains(kOtherPlatformSymbols, symbol.name))
+      unknown.push_back(symbol.name);
   }
   if (unknown.empty()) return {};
   return "wanted undefined symbols of the language's run-time and the platform only, found " +

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "runner/commands/platform_functions.h"
+
 extern "C" {
 [[gnu::visibility("hidden")]] extern const char hostrun_trace_spare[];
 [[gnu::visibility("hidden")]] void* hostrun_trace_arrived(std::uint32_t number, const std::uint32_t* frame);
@@ -14,31 +16,8 @@ extern "C" {
 
 namespace {
 
-constexpr std::array kPlatformNames = {
-    "objc_msgSend",
-    "objc_msgSend_fpret",
-    "objc_getClass",
-    "sel_registerName",
-    "objc_exception_try_enter",
-    "objc_exception_try_exit",
-    "objc_exception_extract",
-    "objc_exception_match",
-    "CFStringCreateWithCharacters",
-    "CFStringCreateWithCString",
-    "CFStringGetCString",
-    "CFStringGetLength",
-    "CFStringCreateMutableCopy",
-    "CFStringNormalize",
-    "CFURLCreateFromFSRef",
-    "CFURLCreateCopyAppendingPathComponent",
-    "CFURLCopyFileSystemPath",
-    "CFRelease",
-    "CFDictionaryGetValue",
-    "CFDictionarySetValue",
-    "CFDictionaryRemoveValue",
-    "NSLog",
-};
-constexpr std::size_t kPlatformCount = kPlatformNames.size();
+using hostrun::kPlatformFunctions;
+constexpr std::size_t kPlatformCount = kPlatformFunctions.size();
 constexpr std::size_t kSpareCount = 64;
 constexpr std::size_t kThunkSize = 16;
 
@@ -67,7 +46,7 @@ void* FindInPlatform(const char* name) {
 void* hostrun_trace_arrived(std::uint32_t number, const std::uint32_t* frame) {
   Slot& slot = slots[number];
   if (number < kPlatformCount && slot.function == nullptr) {
-    slot.name = kPlatformNames[number];
+    slot.name = kPlatformFunctions[number];
     slot.function = FindInPlatform(slot.name);
   }
   if (tell != nullptr) tell(slot.name, reinterpret_cast<const void*>(frame[0]), frame + 1);

@@ -40,7 +40,7 @@ common:
 	.set	number, number+1
 	.endm
 
-	/* in the order of kPlatformNames */
+	/* in the order of kPlatformFunctions */
 	platform objc_msgSend
 	platform objc_msgSend_fpret
 	platform objc_getClass
