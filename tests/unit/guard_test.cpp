@@ -315,5 +315,15 @@ TEST_F(GuardAtThrow, WithoutTheClassNSExceptionNothingMatches) {
   EXPECT_THAT(host.raised, IsEmpty());
 }
 
+TEST_F(GuardAtThrow, GivesTheNewWrapperBackBeforeAnotherObjectGoesOn) {
+  NativeObject* const thrown = MakeNative("OtherThrowable");
+  platform.RaiseOnce("retain", thrown);
+  Log().Clear();
+  EXPECT_EQ(PassedOn([] { CallShared<void*>(kColor, "redColor as NSColorQVX"); }), thrown);
+  EXPECT_EQ(Calls("PluginNewInstance"), 1);
+  EXPECT_EQ(Calls("REALUnlockObject"), 1);
+  EXPECT_TRUE(platform.instances->entries.empty());
+}
+
 }  // namespace
 }  // namespace unit
