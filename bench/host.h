@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/platform.h"
-#include "host/records.h"
+#include "bundle/host/records.h"
 
 namespace bench {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/cocoa.h"
+#include "bundle/platform/cocoa.h"
 
 namespace bench {
 

@@ -13,10 +13,10 @@ set(private_folder ${CMAKE_INSTALL_LIBDIR}/qvxcolor)
 set(private_path ${CMAKE_INSTALL_FULL_LIBDIR}/qvxcolor)
 cmake_path(RELATIVE_PATH private_path BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE private_from_bin)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_DOCDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE doc_from_bin)
-target_compile_definitions(runner_commands PRIVATE
+target_compile_definitions(hostrun_commands PRIVATE
   QVX_PRIVATE_FROM_BIN="${private_from_bin}" QVX_DOC_FROM_BIN="${doc_from_bin}")
 # Libraries of headers name their files in assertions.
-target_compile_options(runner_commands PRIVATE -fmacro-prefix-map=${QVX_SYSROOT}/usr/include/=)
+target_compile_options(hostrun_commands PRIVATE -fmacro-prefix-map=${QVX_SYSROOT}/usr/include/=)
 # The build's own run-time path is among the link options; the install script replaces it. CMake's way of doing so would
 # end the build's path with an empty entry, which stands for the current folder.
 set_target_properties(hostrun cocoa PROPERTIES BUILD_WITH_INSTALL_RPATH ON)

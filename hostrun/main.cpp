@@ -1,4 +1,4 @@
-// runner/main.cpp - hostrun: runs programs of the host language through a bundle, and the tools around it.
+// hostrun/main.cpp - hostrun: runs programs of the host language through a bundle, and the tools around it.
 #include <CLI/CLI.hpp>
 
 #include <unistd.h>
@@ -8,14 +8,14 @@
 #include <string>
 #include <string_view>
 
-#include "runner/commands/check.h"
-#include "runner/commands/classes.h"
-#include "runner/commands/docs.h"
-#include "runner/commands/repl.h"
-#include "runner/commands/run.h"
-#include "runner/commands/swatches.h"
-#include "runner/commands/trace.h"
-#include "runner/language/program.h"
+#include "hostrun/commands/check.h"
+#include "hostrun/commands/classes.h"
+#include "hostrun/commands/docs.h"
+#include "hostrun/commands/repl.h"
+#include "hostrun/commands/run.h"
+#include "hostrun/commands/swatches.h"
+#include "hostrun/commands/trace.h"
+#include "hostrun/language/program.h"
 
 namespace {
 

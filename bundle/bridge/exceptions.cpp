@@ -1,16 +1,16 @@
-// bridge/exceptions.cpp - raising host exceptions.
-#include "bridge/exceptions.h"
+// bundle/bridge/exceptions.cpp - raising host exceptions.
+#include "bundle/bridge/exceptions.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
-#include "bridge/guard.h"
-#include "bridge/references.h"
-#include "bridge/strings.h"
-#include "host/services.h"
-#include "platform/messages.h"
+#include "bundle/bridge/guard.h"
+#include "bundle/bridge/references.h"
+#include "bundle/bridge/strings.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 

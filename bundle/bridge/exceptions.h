@@ -1,11 +1,11 @@
-// bridge/exceptions.h - raising host exceptions.
+// bundle/bridge/exceptions.h - raising host exceptions.
 //
 // Raising does not unwind: the host raises the exception once the bundle's function has returned, so every
 // caller goes on, releases what it holds and returns its neutral value.
 #pragma once
 
-#include "host/types.h"
-#include "platform/cocoa.h"
+#include "bundle/host/types.h"
+#include "bundle/platform/cocoa.h"
 
 namespace qvx {
 

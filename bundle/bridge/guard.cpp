@@ -1,5 +1,5 @@
-// bridge/guard.cpp - the native-exception guard, where it needs no body's type.
-#include "bridge/guard.h"
+// bundle/bridge/guard.cpp - the native-exception guard, where it needs no body's type.
+#include "bundle/bridge/guard.h"
 
 namespace qvx {
 

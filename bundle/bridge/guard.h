@@ -1,5 +1,5 @@
-// bridge/guard.h - the native-exception guard: no platform exception of class NSException crosses into the
-// host.
+// bundle/bridge/guard.h - the native-exception guard: no platform exception of class NSException crosses into
+// the host.
 //
 // A platform exception arrives by a jump into the frame of RunInFrame. Everything that must survive the jump
 // lives in its callers' frames, in memory: results and outputs that the body captures by reference, and its
@@ -9,10 +9,10 @@
 
 #include <type_traits>
 
-#include "bridge/exceptions.h"
-#include "bridge/holdings.h"
-#include "bridge/references.h"
-#include "platform/message.h"
+#include "bundle/bridge/exceptions.h"
+#include "bundle/bridge/holdings.h"
+#include "bundle/bridge/references.h"
+#include "bundle/platform/message.h"
 
 namespace qvx {
 

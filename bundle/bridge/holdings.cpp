@@ -1,9 +1,9 @@
-// bridge/holdings.cpp - what a guarded body holds for a moment and owes back.
-#include "bridge/holdings.h"
+// bundle/bridge/holdings.cpp - what a guarded body holds for a moment and owes back.
+#include "bundle/bridge/holdings.h"
 
 #include <cstdlib>
 
-#include "host/services.h"
+#include "bundle/host/services.h"
 
 namespace qvx {
 

@@ -1,8 +1,8 @@
-// bridge/holdings.h - what a guarded body holds for a moment and owes back.
+// bundle/bridge/holdings.h - what a guarded body holds for a moment and owes back.
 #pragma once
 
-#include "host/types.h"
-#include "platform/cocoa.h"
+#include "bundle/host/types.h"
+#include "bundle/platform/cocoa.h"
 
 namespace qvx {
 

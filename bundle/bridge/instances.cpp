@@ -1,9 +1,9 @@
-// bridge/instances.cpp - wrapper instances and the instance cache.
-#include "bridge/instances.h"
+// bundle/bridge/instances.cpp - wrapper instances and the instance cache.
+#include "bundle/bridge/instances.h"
 
-#include "bridge/guard.h"
-#include "host/services.h"
-#include "platform/messages.h"
+#include "bundle/bridge/guard.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 

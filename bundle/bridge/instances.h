@@ -1,10 +1,10 @@
-// bridge/instances.h - wrapper instances: host objects whose class data is one retained native object, and
-// the cache that gives one host object per native object.
+// bundle/bridge/instances.h - wrapper instances: host objects whose class data is one retained native object,
+// and the cache that gives one host object per native object.
 #pragma once
 
-#include "bridge/holdings.h"
-#include "host/services.h"
-#include "platform/cocoa.h"
+#include "bundle/bridge/holdings.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/cocoa.h"
 
 namespace qvx {
 

@@ -1,15 +1,15 @@
-// bridge/memory_blocks.cpp - bytes between host memory blocks and platform data.
-#include "bridge/memory_blocks.h"
+// bundle/bridge/memory_blocks.cpp - bytes between host memory blocks and platform data.
+#include "bundle/bridge/memory_blocks.h"
 
 #include <cstdio>
 #include <cstring>
 #include <new>
 
-#include "bridge/exceptions.h"
-#include "bridge/references.h"
-#include "bridge/strings.h"
-#include "host/services.h"
-#include "platform/messages.h"
+#include "bundle/bridge/exceptions.h"
+#include "bundle/bridge/references.h"
+#include "bundle/bridge/strings.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 

@@ -1,9 +1,9 @@
-// bridge/memory_blocks.h - bytes between host memory blocks and platform data. Both conversions copy.
+// bundle/bridge/memory_blocks.h - bytes between host memory blocks and platform data. Both conversions copy.
 #pragma once
 
-#include "bridge/holdings.h"
-#include "host/types.h"
-#include "platform/cocoa.h"
+#include "bundle/bridge/holdings.h"
+#include "bundle/host/types.h"
+#include "bundle/platform/cocoa.h"
 
 namespace qvx {
 

@@ -1,4 +1,4 @@
-// bridge/references.h - owned host references.
+// bundle/bridge/references.h - owned host references.
 //
 // A platform exception jumps over destructors: an owned reference lives either where no platform message is
 // sent, or outside of the exception frame.
@@ -6,7 +6,7 @@
 
 #include <type_traits>
 
-#include "host/services.h"
+#include "bundle/host/services.h"
 
 namespace qvx {
 

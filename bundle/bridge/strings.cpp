@@ -1,5 +1,5 @@
-// bridge/strings.cpp - strings between host and platform.
-#include "bridge/strings.h"
+// bundle/bridge/strings.cpp - strings between host and platform.
+#include "bundle/bridge/strings.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,10 +8,10 @@
 #include <memory>
 #include <new>
 
-#include "bridge/exceptions.h"
-#include "bridge/references.h"
-#include "host/services.h"
-#include "platform/messages.h"
+#include "bundle/bridge/exceptions.h"
+#include "bundle/bridge/references.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 

@@ -1,10 +1,10 @@
-// bridge/strings.h - strings between host and platform. Every string the host gets is UTF-8; nothing is
-// normalised.
+// bundle/bridge/strings.h - strings between host and platform. Every string the host gets is UTF-8; nothing
+// is normalised.
 #pragma once
 
-#include "bridge/holdings.h"
-#include "host/types.h"
-#include "platform/cocoa.h"
+#include "bundle/bridge/holdings.h"
+#include "bundle/host/types.h"
+#include "bundle/platform/cocoa.h"
 
 namespace qvx {
 

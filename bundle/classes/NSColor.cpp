@@ -1,18 +1,19 @@
-// classes/NSColor.cpp - the host class NSColorQVX: properties, methods and shared factories of one NSColor.
+// bundle/classes/NSColor.cpp - the host class NSColorQVX: properties, methods and shared factories of one
+// NSColor.
 #include <xmmintrin.h>
 
 #include <algorithm>
 #include <initializer_list>
 
-#include "bridge/exceptions.h"
-#include "bridge/guard.h"
-#include "bridge/instances.h"
-#include "bridge/strings.h"
-#include "classes/classes.h"
-#include "classes/tables.h"
-#include "classes/text_getters.h"
-#include "host/services.h"
-#include "platform/messages.h"
+#include "bundle/bridge/exceptions.h"
+#include "bundle/bridge/guard.h"
+#include "bundle/bridge/instances.h"
+#include "bundle/bridge/strings.h"
+#include "bundle/classes/classes.h"
+#include "bundle/classes/tables.h"
+#include "bundle/classes/text_getters.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 

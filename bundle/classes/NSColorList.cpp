@@ -1,13 +1,13 @@
-// classes/NSColorList.cpp - the host class NSColorListQVX: one NSColorList, a named and ordered list of
-// colours.
-#include "bridge/guard.h"
-#include "bridge/instances.h"
-#include "bridge/strings.h"
-#include "classes/classes.h"
-#include "classes/tables.h"
-#include "classes/text_getters.h"
-#include "host/services.h"
-#include "platform/messages.h"
+// bundle/classes/NSColorList.cpp - the host class NSColorListQVX: one NSColorList, a named and ordered list
+// of colours.
+#include "bundle/bridge/guard.h"
+#include "bundle/bridge/instances.h"
+#include "bundle/bridge/strings.h"
+#include "bundle/classes/classes.h"
+#include "bundle/classes/tables.h"
+#include "bundle/classes/text_getters.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 

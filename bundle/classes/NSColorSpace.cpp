@@ -1,18 +1,18 @@
-// classes/NSColorSpace.cpp - the host class NSColorSpaceQVX: instances, shared factories and constants of one
-// NSColorSpace.
+// bundle/classes/NSColorSpace.cpp - the host class NSColorSpaceQVX: instances, shared factories and constants
+// of one NSColorSpace.
 #include <algorithm>
 #include <iterator>
 
-#include "bridge/exceptions.h"
-#include "bridge/guard.h"
-#include "bridge/instances.h"
-#include "bridge/memory_blocks.h"
-#include "bridge/strings.h"
-#include "classes/classes.h"
-#include "classes/tables.h"
-#include "classes/text_getters.h"
-#include "host/services.h"
-#include "platform/messages.h"
+#include "bundle/bridge/exceptions.h"
+#include "bundle/bridge/guard.h"
+#include "bundle/bridge/instances.h"
+#include "bundle/bridge/memory_blocks.h"
+#include "bundle/bridge/strings.h"
+#include "bundle/classes/classes.h"
+#include "bundle/classes/tables.h"
+#include "bundle/classes/text_getters.h"
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 

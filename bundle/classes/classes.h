@@ -1,7 +1,7 @@
-// classes/classes.h - the definitions of the three classes. Registration changes them in place.
+// bundle/classes/classes.h - the definitions of the three classes. Registration changes them in place.
 #pragma once
 
-#include "host/records.h"
+#include "bundle/host/records.h"
 
 namespace qvx {
 

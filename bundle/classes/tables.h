@@ -1,4 +1,4 @@
-// classes/tables.h - the definition tables, built at compile time.
+// bundle/classes/tables.h - the definition tables, built at compile time.
 //
 // A function pointer can't be turned into the records' untyped one in a constant expression, so a table is
 // built of rows that keep each function's type and have the record's layout, and is handed out as an array of
@@ -7,8 +7,8 @@
 
 #include <algorithm>
 
-#include "host/records.h"
-#include "platform/message.h"
+#include "bundle/host/records.h"
+#include "bundle/platform/message.h"
 
 namespace qvx {
 

@@ -1,7 +1,7 @@
-// classes/text_getters.cpp - the getter of one text, which every class has.
-#include "classes/text_getters.h"
+// bundle/classes/text_getters.cpp - the getter of one text, which every class has.
+#include "bundle/classes/text_getters.h"
 
-#include "bridge/strings.h"
+#include "bundle/bridge/strings.h"
 
 namespace qvx {
 

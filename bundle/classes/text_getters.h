@@ -1,9 +1,9 @@
-// classes/text_getters.h - the getter of one text, which every class has.
+// bundle/classes/text_getters.h - the getter of one text, which every class has.
 #pragma once
 
-#include "bridge/guard.h"
-#include "host/types.h"
-#include "platform/message.h"
+#include "bundle/bridge/guard.h"
+#include "bundle/host/types.h"
+#include "bundle/platform/message.h"
 
 namespace qvx {
 

@@ -1,11 +1,11 @@
-// host/records.h - the definition records that registration hands to the host. Every byte position is the
-// host's.
+// bundle/host/records.h - the definition records that registration hands to the host. Every byte position is
+// the host's.
 //
 // The structs are the current layout (versions 10 to 13). Hosts of layout version 9 and below know shorter
 // records: the first kOld... bytes of the same ones.
 #pragma once
 
-#include "host/types.h"
+#include "bundle/host/types.h"
 
 namespace qvx {
 

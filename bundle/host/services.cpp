@@ -1,5 +1,5 @@
-// host/services.cpp - the resolver, the host's version, and the first look-up of a service.
-#include "host/services.h"
+// bundle/host/services.cpp - the resolver, the host's version, and the first look-up of a service.
+#include "bundle/host/services.h"
 
 namespace qvx {
 

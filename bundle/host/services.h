@@ -1,4 +1,4 @@
-// host/services.h - the whole host on one page: every service the bundle calls, one line each.
+// bundle/host/services.h - the whole host on one page: every service the bundle calls, one line each.
 //
 // A service is a function of the host that its resolver finds by name. Each line below is one wrapper with
 // one slot: the resolver is asked on first use; a found function is kept and never asked for again, a missing
@@ -6,7 +6,7 @@
 // type (null, 0, false). No call takes ownership of its arguments.
 #pragma once
 
-#include "host/types.h"
+#include "bundle/host/types.h"
 
 namespace qvx {
 
@@ -107,7 +107,7 @@ inline constinit Service<void(REALstring, std::uint32_t encoding)> REALSetString
 // Two wrappers of one name, on purpose: each keeps its own slot.
 inline constinit Service<const void*(REALstring)> REALCopyStringCFString{"REALGetStringCFString"};
 inline constinit Service<const void*(REALstring, char flag)> REALGetStringCFString{"REALGetStringCFString"};
-// Behind REALGetStringData (bridge/strings.h), which falls back on the two after it and on LenB.
+// Behind REALGetStringData (bundle/bridge/strings.h), which falls back on the two after it and on LenB.
 inline constinit Service<REALboolean(REALstring, std::uint32_t encoding, REALstringData* out)>
     PluginGetStringData{"PluginGetStringData"};
 inline constinit Service<void(REALstringData*)> REALDisposeStringData{"PluginDisposeStringData"};

@@ -1,4 +1,5 @@
-// host/types.h - the host's values as the bundle sees them: opaque handles, string data, encodings, codes.
+// bundle/host/types.h - the host's values as the bundle sees them: opaque handles, string data, encodings,
+// codes.
 #pragma once
 
 #include <cstddef>

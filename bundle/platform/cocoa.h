@@ -1,4 +1,4 @@
-// platform/cocoa.h - the platform symbols that the bundle imports, and nothing else.
+// bundle/platform/cocoa.h - the platform symbols that the bundle imports, and nothing else.
 //
 // They are resolved from whatever the host process has loaded globally. Widths are those of the 32-bit
 // platform.
@@ -38,7 +38,7 @@ struct HFSUniStr255 {
 };
 
 // objc_msgSend and objc_msgSend_fpret (methods that return float or double) are declared without arguments:
-// platform/message.h gives every send the exact type of its method. A message to nil answers 0 or 0.0.
+// bundle/platform/message.h gives every send the exact type of its method. A message to nil answers 0 or 0.0.
 void objc_msgSend();
 void objc_msgSend_fpret();
 Class objc_getClass(const char* name);  // null if there is no such class

@@ -1,5 +1,5 @@
-// platform/message.cpp - the first look-up of selectors and classes.
-#include "platform/message.h"
+// bundle/platform/message.cpp - the first look-up of selectors and classes.
+#include "bundle/platform/message.h"
 
 namespace qvx {
 

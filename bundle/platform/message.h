@@ -1,10 +1,10 @@
-// platform/message.h - typed message sends; selectors and classes are looked up once and kept.
+// bundle/platform/message.h - typed message sends; selectors and classes are looked up once and kept.
 #pragma once
 
 #include <algorithm>
 #include <type_traits>
 
-#include "platform/cocoa.h"
+#include "bundle/platform/cocoa.h"
 
 namespace qvx {
 

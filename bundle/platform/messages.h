@@ -1,10 +1,11 @@
-// platform/messages.h - every message that the bundle sends, once each, with the exact type of its method.
+// bundle/platform/messages.h - every message that the bundle sends, once each, with the exact type of its
+// method.
 //
 // Families of one type (component and text getters, colours from components, predefined colours and spaces)
 // name theirs where the family stands.
 #pragma once
 
-#include "platform/message.h"
+#include "bundle/platform/message.h"
 
 namespace qvx::msg {
 

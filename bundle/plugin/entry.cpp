@@ -1,7 +1,7 @@
-// plugin/entry.cpp - the bundle's one exported function.
-#include "classes/classes.h"
-#include "host/services.h"
-#include "plugin/registration.h"
+// bundle/plugin/entry.cpp - the bundle's one exported function.
+#include "bundle/classes/classes.h"
+#include "bundle/host/services.h"
+#include "bundle/plugin/registration.h"
 
 namespace qvx {
 

@@ -1,12 +1,12 @@
-// plugin/registration.cpp - handing class definitions to the host, in its own layout.
-#include "plugin/registration.h"
+// bundle/plugin/registration.cpp - handing class definitions to the host, in its own layout.
+#include "bundle/plugin/registration.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
 
-#include "host/services.h"
+#include "bundle/host/services.h"
 
 namespace qvx {
 

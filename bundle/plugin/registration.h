@@ -1,7 +1,7 @@
-// plugin/registration.h - handing class definitions to the host, in its own layout.
+// bundle/plugin/registration.h - handing class definitions to the host, in its own layout.
 #pragma once
 
-#include "host/records.h"
+#include "bundle/host/records.h"
 
 namespace qvx {
 

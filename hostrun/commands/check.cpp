@@ -1,19 +1,19 @@
-// runner/commands/check.cpp - "hostrun check": a validator for bundles of the binary interface.
+// hostrun/commands/check.cpp - "hostrun check": a validator for bundles of the binary interface.
 //
 // Each check runs in a process of its own: a bundle that crashes or hangs fails that check and no other. One
 // process per host version loads the platform and the bundle; its copies make the checks.
-#include "runner/commands/check.h"
+#include "hostrun/commands/check.h"
 
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "runner/commands/check_parts.h"
-#include "runner/commands/isolated.h"
-#include "runner/commands/start.h"
-#include "runner/commands/terminal.h"
-#include "runner/language/program.h"
+#include "hostrun/commands/check_parts.h"
+#include "hostrun/commands/isolated.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/commands/terminal.h"
+#include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {

@@ -1,11 +1,11 @@
-// runner/commands/check.h - "hostrun check": a validator for bundles of the binary interface.
+// hostrun/commands/check.h - "hostrun check": a validator for bundles of the binary interface.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 #include <string>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

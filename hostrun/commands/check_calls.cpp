@@ -1,15 +1,15 @@
-// runner/commands/check_calls.cpp - checks of each function behind the records: called on empty instances it
+// hostrun/commands/check_calls.cpp - checks of each function behind the records: called on empty instances it
 // must come back, give its neutral result and leave every reference as it was.
 #include <algorithm>
 
-#include "runner/commands/check_parts.h"
-#include "runner/commands/describe.h"
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/functions.h"
-#include "runner/host/platform.h"
-#include "runner/host/registry.h"
+#include "hostrun/commands/check_parts.h"
+#include "hostrun/commands/describe.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

@@ -1,12 +1,12 @@
-// runner/commands/check_file.cpp - checks of a bundle's file.
+// hostrun/commands/check_file.cpp - checks of a bundle's file.
 #include <algorithm>
 #include <array>
 #include <string_view>
 
-#include "runner/commands/check_parts.h"
-#include "runner/commands/elf_file.h"
-#include "runner/commands/platform_functions.h"
-#include "runner/host/bundle.h"
+#include "hostrun/commands/check_parts.h"
+#include "hostrun/commands/elf_file.h"
+#include "hostrun/commands/platform_functions.h"
+#include "hostrun/host/bundle.h"
 
 namespace hostrun {
 namespace {

@@ -1,11 +1,11 @@
-// runner/commands/check_parts.h - the checks of "hostrun check", by theme.
+// hostrun/commands/check_parts.h - the checks of "hostrun check", by theme.
 #pragma once
 
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

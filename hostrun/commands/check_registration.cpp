@@ -1,5 +1,5 @@
-// runner/commands/check_registration.cpp - checks of what a bundle says while it is entered: the version that
-// it announces, the order of its registrations, each word of its records, each declaration.
+// hostrun/commands/check_registration.cpp - checks of what a bundle says while it is entered: the version
+// that it announces, the order of its registrations, each word of its records, each declaration.
 #include <dlfcn.h>
 #include <link.h>
 
@@ -8,14 +8,14 @@
 #include <fstream>
 #include <set>
 
-#include "runner/commands/check_parts.h"
-#include "runner/commands/layout.h"
-#include "runner/host/bundle.h"
-#include "runner/host/platform.h"
-#include "runner/host/registry.h"
-#include "runner/host/services.h"
-#include "runner/host/text.h"
-#include "runner/sibling/sibling.h"
+#include "hostrun/commands/check_parts.h"
+#include "hostrun/commands/layout.h"
+#include "hostrun/host/bundle.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/services.h"
+#include "hostrun/host/text.h"
+#include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
 namespace {

@@ -1,17 +1,17 @@
-// runner/commands/classes.cpp - "hostrun classes": the class browser.
-#include "runner/commands/classes.h"
+// hostrun/commands/classes.cpp - "hostrun classes": the class browser.
+#include "hostrun/commands/classes.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <functional>
 
-#include "runner/commands/describe.h"
-#include "runner/commands/layout.h"
-#include "runner/commands/start.h"
-#include "runner/commands/terminal.h"
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
-#include "runner/language/program.h"
+#include "hostrun/commands/describe.h"
+#include "hostrun/commands/layout.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/commands/terminal.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {

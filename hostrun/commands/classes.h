@@ -1,11 +1,11 @@
-// runner/commands/classes.h - "hostrun classes": the class browser.
+// hostrun/commands/classes.h - "hostrun classes": the class browser.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 #include <string>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

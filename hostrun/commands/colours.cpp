@@ -1,5 +1,5 @@
-// runner/commands/colours.cpp - reads colours as a program would: through the bundle's registered members.
-#include "runner/commands/colours.h"
+// hostrun/commands/colours.cpp - reads colours as a program would: through the bundle's registered members.
+#include "hostrun/commands/colours.h"
 
 #include <array>
 #include <cctype>
@@ -8,11 +8,11 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
-#include "runner/sibling/platform_objects.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
+#include "hostrun/sibling/platform_objects.h"
 
 namespace hostrun {
 namespace {

@@ -1,11 +1,11 @@
-// runner/commands/colours.h - reads colours as a program would: through the bundle's registered members.
+// hostrun/commands/colours.h - reads colours as a program would: through the bundle's registered members.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "runner/host/objects.h"
+#include "hostrun/host/objects.h"
 
 namespace hostrun {
 

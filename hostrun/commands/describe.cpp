@@ -1,10 +1,10 @@
-// runner/commands/describe.cpp - registered classes and values as JSON and as short texts.
-#include "runner/commands/describe.h"
+// hostrun/commands/describe.cpp - registered classes and values as JSON and as short texts.
+#include "hostrun/commands/describe.h"
 
 #include <cmath>
 
-#include "runner/host/functions.h"
-#include "runner/host/text.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 

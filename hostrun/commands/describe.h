@@ -1,11 +1,11 @@
-// runner/commands/describe.h - registered classes and values as JSON and as short texts.
+// hostrun/commands/describe.h - registered classes and values as JSON and as short texts.
 #pragma once
 
 #include <nlohmann/json.hpp>
 
 #include <string>
 
-#include "runner/host/registry.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 

@@ -1,18 +1,18 @@
-// runner/commands/docs.cpp - "hostrun docs": the reference of the bundle's classes as one HTML file.
-#include "runner/commands/docs.h"
+// hostrun/commands/docs.cpp - "hostrun docs": the reference of the bundle's classes as one HTML file.
+#include "hostrun/commands/docs.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
-#include "runner/commands/docs_members.h"
-#include "runner/commands/docs_page.h"
-#include "runner/commands/start.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/functions.h"
-#include "runner/host/registry.h"
-#include "runner/language/program.h"
+#include "hostrun/commands/docs_members.h"
+#include "hostrun/commands/docs_page.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {

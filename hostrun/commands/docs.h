@@ -1,11 +1,11 @@
-// runner/commands/docs.h - "hostrun docs": the reference of the bundle's classes as one HTML file.
+// hostrun/commands/docs.h - "hostrun docs": the reference of the bundle's classes as one HTML file.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 #include <string>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

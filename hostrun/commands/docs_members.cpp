@@ -1,12 +1,12 @@
-// runner/commands/docs_members.cpp - joins registered members and their descriptions, and says what does not
+// hostrun/commands/docs_members.cpp - joins registered members and their descriptions, and says what does not
 // match.
-#include "runner/commands/docs_members.h"
+#include "hostrun/commands/docs_members.h"
 
 #include <algorithm>
 
-#include "runner/host/functions.h"
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

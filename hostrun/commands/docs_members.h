@@ -1,4 +1,4 @@
-// runner/commands/docs_members.h - joins registered members and their descriptions, and says what does not
+// hostrun/commands/docs_members.h - joins registered members and their descriptions, and says what does not
 // match.
 #pragma once
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "runner/commands/docs_text.h"
+#include "hostrun/commands/docs_text.h"
 
 namespace hostrun {
 

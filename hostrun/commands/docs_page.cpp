@@ -1,14 +1,14 @@
-// runner/commands/docs_page.cpp - the reference as one HTML page that needs nothing but itself.
-#include "runner/commands/docs_page.h"
+// hostrun/commands/docs_page.cpp - the reference as one HTML page that needs nothing but itself.
+#include "hostrun/commands/docs_page.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <map>
 
-#include "runner/commands/docs_members.h"
-#include "runner/commands/docs_style.h"
-#include "runner/host/registry.h"
+#include "hostrun/commands/docs_members.h"
+#include "hostrun/commands/docs_style.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

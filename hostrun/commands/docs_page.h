@@ -1,11 +1,11 @@
-// runner/commands/docs_page.h - the reference as one HTML page that needs nothing but itself.
+// hostrun/commands/docs_page.h - the reference as one HTML page that needs nothing but itself.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "runner/commands/colours.h"
-#include "runner/commands/docs_text.h"
+#include "hostrun/commands/colours.h"
+#include "hostrun/commands/docs_text.h"
 
 namespace hostrun {
 

@@ -1,4 +1,4 @@
-// runner/commands/docs_style.h - the look of the reference page and its search box.
+// hostrun/commands/docs_style.h - the look of the reference page and its search box.
 #pragma once
 
 namespace hostrun {

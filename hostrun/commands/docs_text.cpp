@@ -1,5 +1,5 @@
-// runner/commands/docs_text.cpp - reads the text file that describes the members of the registered classes.
-#include "runner/commands/docs_text.h"
+// hostrun/commands/docs_text.cpp - reads the text file that describes the members of the registered classes.
+#include "hostrun/commands/docs_text.h"
 
 #include <fstream>
 #include <sstream>

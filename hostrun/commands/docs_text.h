@@ -1,4 +1,4 @@
-// runner/commands/docs_text.h - reads the text file that describes the members of the registered classes.
+// hostrun/commands/docs_text.h - reads the text file that describes the members of the registered classes.
 #pragma once
 
 #include <optional>

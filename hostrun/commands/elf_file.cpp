@@ -1,5 +1,5 @@
-// runner/commands/elf_file.cpp - what the dynamic section of a 32-bit ELF file says.
-#include "runner/commands/elf_file.h"
+// hostrun/commands/elf_file.cpp - what the dynamic section of a 32-bit ELF file says.
+#include "hostrun/commands/elf_file.h"
 
 #include <elf.h>
 

@@ -1,4 +1,4 @@
-// runner/commands/elf_file.h - what the dynamic section of a 32-bit ELF file says.
+// hostrun/commands/elf_file.h - what the dynamic section of a 32-bit ELF file says.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// runner/commands/isolated.cpp - runs something in a process of its own, with a time limit.
-#include "runner/commands/isolated.h"
+// hostrun/commands/isolated.cpp - runs something in a process of its own, with a time limit.
+#include "hostrun/commands/isolated.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,4 +1,4 @@
-// runner/commands/isolated.h - runs something in a process of its own, with a time limit.
+// hostrun/commands/isolated.h - runs something in a process of its own, with a time limit.
 #pragma once
 
 #include <chrono>

@@ -1,5 +1,5 @@
-// runner/commands/layout.cpp - the words of definition records, as a bundle registered them.
-#include "runner/commands/layout.h"
+// hostrun/commands/layout.cpp - the words of definition records, as a bundle registered them.
+#include "hostrun/commands/layout.h"
 
 #include <dlfcn.h>
 #include <sys/wait.h>
@@ -12,8 +12,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "runner/commands/start.h"
-#include "runner/host/registry.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

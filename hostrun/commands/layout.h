@@ -1,4 +1,4 @@
-// runner/commands/layout.h - the words of definition records, as a bundle registered them.
+// hostrun/commands/layout.h - the words of definition records, as a bundle registered them.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -7,8 +7,8 @@
 #include <span>
 #include <string>
 
-#include "host/records.h"
-#include "runner/host/host.h"
+#include "bundle/host/records.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

@@ -1,5 +1,5 @@
-// runner/commands/line_editor.cpp - lines typed at a terminal, with history and completion.
-#include "runner/commands/line_editor.h"
+// hostrun/commands/line_editor.cpp - lines typed at a terminal, with history and completion.
+#include "hostrun/commands/line_editor.h"
 
 #include <editline/readline.h>
 

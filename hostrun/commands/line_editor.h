@@ -1,4 +1,4 @@
-// runner/commands/line_editor.h - lines typed at a terminal, with history and completion.
+// hostrun/commands/line_editor.h - lines typed at a terminal, with history and completion.
 #pragma once
 
 #include <functional>

@@ -1,12 +1,12 @@
-// runner/commands/messages.cpp - platform messages as texts, from their words on the stack.
-#include "runner/commands/messages.h"
+// hostrun/commands/messages.cpp - platform messages as texts, from their words on the stack.
+#include "hostrun/commands/messages.h"
 
 #include <cctype>
 #include <cstring>
 #include <vector>
 
-#include "runner/host/functions.h"
-#include "runner/host/platform.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/platform_library.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/commands/messages.h - platform messages as texts, from their words on the stack.
+// hostrun/commands/messages.h - platform messages as texts, from their words on the stack.
 #pragma once
 
 #include <cstdint>

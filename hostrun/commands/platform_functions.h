@@ -1,4 +1,4 @@
-// runner/commands/platform_functions.h - the platform's functions that a bundle calls by name.
+// hostrun/commands/platform_functions.h - the platform's functions that a bundle calls by name.
 #pragma once
 
 #include <array>

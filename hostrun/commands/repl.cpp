@@ -1,5 +1,5 @@
-// runner/commands/repl.cpp - "hostrun repl": runs statements as they are typed and shows values.
-#include "runner/commands/repl.h"
+// hostrun/commands/repl.cpp - "hostrun repl": runs statements as they are typed and shows values.
+#include "hostrun/commands/repl.h"
 
 #include <unistd.h>
 
@@ -8,16 +8,16 @@
 #include <iostream>
 #include <set>
 
-#include "runner/commands/line_editor.h"
-#include "runner/commands/show.h"
-#include "runner/commands/start.h"
-#include "runner/commands/terminal.h"
-#include "runner/host/call.h"
-#include "runner/host/platform.h"
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
-#include "runner/language/program.h"
-#include "runner/language/session.h"
+#include "hostrun/commands/line_editor.h"
+#include "hostrun/commands/show.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/commands/terminal.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/program.h"
+#include "hostrun/language/session.h"
 
 namespace hostrun {
 namespace {

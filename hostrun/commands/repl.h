@@ -1,9 +1,9 @@
-// runner/commands/repl.h - "hostrun repl": runs statements as they are typed and shows values.
+// hostrun/commands/repl.h - "hostrun repl": runs statements as they are typed and shows values.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

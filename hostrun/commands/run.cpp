@@ -1,13 +1,13 @@
-// runner/commands/run.cpp - "hostrun PROGRAM.bas": runs a program through the bundle.
-#include "runner/commands/run.h"
+// hostrun/commands/run.cpp - "hostrun PROGRAM.bas": runs a program through the bundle.
+#include "hostrun/commands/run.h"
 
 #include <cstdio>
 #include <filesystem>
 
-#include "runner/commands/start.h"
-#include "runner/host/functions.h"
-#include "runner/host/platform.h"
-#include "runner/language/program.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {

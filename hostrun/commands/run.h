@@ -1,4 +1,4 @@
-// runner/commands/run.h - "hostrun PROGRAM.bas": runs a program through the bundle.
+// hostrun/commands/run.h - "hostrun PROGRAM.bas": runs a program through the bundle.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

@@ -1,17 +1,17 @@
-// runner/commands/show.cpp - values as people read them.
-#include "runner/commands/show.h"
+// hostrun/commands/show.cpp - values as people read them.
+#include "hostrun/commands/show.h"
 
 #include <array>
 #include <cstdio>
 #include <optional>
 
-#include "runner/commands/describe.h"
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/functions.h"
-#include "runner/host/memory_blocks.h"
-#include "runner/host/registry.h"
+#include "hostrun/commands/describe.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/memory_blocks.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

@@ -1,9 +1,9 @@
-// runner/commands/show.h - values as people read them.
+// hostrun/commands/show.h - values as people read them.
 #pragma once
 
 #include <string>
 
-#include "runner/host/value.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

@@ -1,12 +1,12 @@
-// runner/commands/start.cpp - what every sub-command that needs a host does first.
-#include "runner/commands/start.h"
+// hostrun/commands/start.cpp - what every sub-command that needs a host does first.
+#include "hostrun/commands/start.h"
 
 #include <algorithm>
 #include <filesystem>
 
-#include "runner/host/bundle.h"
-#include "runner/host/platform.h"
-#include "runner/sibling/sibling.h"
+#include "hostrun/host/bundle.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
 namespace {

@@ -1,11 +1,11 @@
-// runner/commands/start.h - what every sub-command that needs a host does first.
+// hostrun/commands/start.h - what every sub-command that needs a host does first.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 #include <string>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

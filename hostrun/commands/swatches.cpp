@@ -1,20 +1,20 @@
-// runner/commands/swatches.cpp - "hostrun swatches": a picture of colours.
-#include "runner/commands/swatches.h"
+// hostrun/commands/swatches.cpp - "hostrun swatches": a picture of colours.
+#include "hostrun/commands/swatches.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
 
-#include "runner/commands/start.h"
-#include "runner/commands/swatches_picture.h"
-#include "runner/commands/terminal.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/functions.h"
-#include "runner/host/platform.h"
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
-#include "runner/language/program.h"
-#include "runner/language/steps.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/commands/swatches_picture.h"
+#include "hostrun/commands/terminal.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/program.h"
+#include "hostrun/language/steps.h"
 
 namespace hostrun {
 namespace {

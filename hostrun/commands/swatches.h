@@ -1,11 +1,11 @@
-// runner/commands/swatches.h - "hostrun swatches": a picture of colours.
+// hostrun/commands/swatches.h - "hostrun swatches": a picture of colours.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 #include <string>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 namespace hostrun {
 

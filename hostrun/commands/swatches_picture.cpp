@@ -1,5 +1,5 @@
-// runner/commands/swatches_picture.cpp - draws cards of colours as a PNG or SVG picture.
-#include "runner/commands/swatches_picture.h"
+// hostrun/commands/swatches_picture.cpp - draws cards of colours as a PNG or SVG picture.
+#include "hostrun/commands/swatches_picture.h"
 
 #include <cairo/cairo-svg.h>
 #include <cairo/cairo.h>
@@ -11,8 +11,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "host/types.h"
-#include "runner/host/text.h"
+#include "bundle/host/types.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

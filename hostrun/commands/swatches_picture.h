@@ -1,10 +1,10 @@
-// runner/commands/swatches_picture.h - draws cards of colours as a PNG or SVG picture.
+// hostrun/commands/swatches_picture.h - draws cards of colours as a PNG or SVG picture.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "runner/commands/colours.h"
+#include "hostrun/commands/colours.h"
 
 namespace hostrun {
 

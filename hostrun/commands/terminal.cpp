@@ -1,12 +1,12 @@
-// runner/commands/terminal.cpp - what all sub-commands say in the same way: colour, refusals.
-#include "runner/commands/terminal.h"
+// hostrun/commands/terminal.cpp - what all sub-commands say in the same way: colour, refusals.
+#include "hostrun/commands/terminal.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 
-#include "runner/language/program.h"
+#include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/commands/terminal.h - what all sub-commands say in the same way: colour, refusals.
+// hostrun/commands/terminal.h - what all sub-commands say in the same way: colour, refusals.
 #pragma once
 
 #include <cstdint>

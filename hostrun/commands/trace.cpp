@@ -1,6 +1,6 @@
-// runner/commands/trace.cpp - "hostrun trace": runs a program and shows each call as it crosses into the
+// hostrun/commands/trace.cpp - "hostrun trace": runs a program and shows each call as it crosses into the
 // bundle.
-#include "runner/commands/trace.h"
+#include "hostrun/commands/trace.h"
 
 #include <dlfcn.h>
 #include <link.h>
@@ -14,18 +14,18 @@
 #include <optional>
 #include <string_view>
 
-#include "runner/commands/describe.h"
-#include "runner/commands/messages.h"
-#include "runner/commands/shim/shim.h"
-#include "runner/commands/start.h"
-#include "runner/commands/terminal.h"
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/functions.h"
-#include "runner/host/position.h"
-#include "runner/language/program.h"
-#include "runner/language/source.h"
+#include "hostrun/commands/describe.h"
+#include "hostrun/commands/messages.h"
+#include "hostrun/commands/shim/shim.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/commands/terminal.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/position.h"
+#include "hostrun/language/program.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
 namespace {

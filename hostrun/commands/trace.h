@@ -1,4 +1,4 @@
-// runner/commands/trace.h - "hostrun trace": runs a program and shows each call as it crosses into the
+// hostrun/commands/trace.h - "hostrun trace": runs a program and shows each call as it crosses into the
 // bundle.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "runner/commands/run.h"
+#include "hostrun/commands/run.h"
 
 namespace hostrun {
 

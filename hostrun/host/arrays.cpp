@@ -1,9 +1,9 @@
-// runner/host/arrays.cpp - the host's one-dimensional arrays.
-#include "runner/host/arrays.h"
+// hostrun/host/arrays.cpp - the host's one-dimensional arrays.
+#include "hostrun/host/arrays.h"
 
-#include "runner/host/exceptions.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

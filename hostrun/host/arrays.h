@@ -1,12 +1,12 @@
-// runner/host/arrays.h - the host's one-dimensional arrays.
+// hostrun/host/arrays.h - the host's one-dimensional arrays.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "runner/host/objects.h"
-#include "runner/host/types.h"
-#include "runner/host/value.h"
+#include "hostrun/host/objects.h"
+#include "hostrun/host/types.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

@@ -1,5 +1,5 @@
-// runner/host/bundle.cpp - loads a bundle and lets it register.
-#include "runner/host/bundle.h"
+// hostrun/host/bundle.cpp - loads a bundle and lets it register.
+#include "hostrun/host/bundle.h"
 
 #include <dlfcn.h>
 #include <elf.h>
@@ -8,8 +8,8 @@
 #include <cstring>
 #include <fstream>
 
-#include "runner/host/registry.h"
-#include "runner/host/services.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/services.h"
 
 namespace hostrun {
 namespace {

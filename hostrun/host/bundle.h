@@ -1,4 +1,4 @@
-// runner/host/bundle.h - loads a bundle and lets it register.
+// hostrun/host/bundle.h - loads a bundle and lets it register.
 #pragma once
 
 #include <string>

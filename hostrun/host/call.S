@@ -1,4 +1,4 @@
-/* runner/host/call.S - calls a cdecl function with words laid out at run-time.
+/* hostrun/host/call.S - calls a cdecl function with words laid out at run-time.
  *
  * uint64_t runner_call_words(void (*function)(void), const uint32_t* words, uint32_t count)
  * double runner_call_words_for_real(the same)

@@ -1,7 +1,7 @@
-// runner/host/call.cpp - calls the functions behind definition records: cdecl, arguments in declared order.
-#include "runner/host/call.h"
+// hostrun/host/call.cpp - calls the functions behind definition records: cdecl, arguments in declared order.
+#include "hostrun/host/call.h"
 
-#include "runner/host/exceptions.h"
+#include "hostrun/host/exceptions.h"
 
 extern "C" {
 std::uint64_t runner_call_words(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);

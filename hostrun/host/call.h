@@ -1,4 +1,4 @@
-// runner/host/call.h - calls the functions behind definition records: cdecl, arguments in declared order.
+// hostrun/host/call.h - calls the functions behind definition records: cdecl, arguments in declared order.
 #pragma once
 
 #include <array>
@@ -6,8 +6,8 @@
 #include <cstring>
 #include <vector>
 
-#include "runner/host/registry.h"
-#include "runner/host/value.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

@@ -1,12 +1,12 @@
-// runner/host/declaration.cpp - reads declarations of the host language.
-#include "runner/host/declaration.h"
+// hostrun/host/declaration.cpp - reads declarations of the host language.
+#include "hostrun/host/declaration.h"
 
 #include <cctype>
 #include <charconv>
 #include <cstdlib>
 
-#include "runner/host/call.h"
-#include "runner/host/text.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

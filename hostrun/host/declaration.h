@@ -1,4 +1,4 @@
-// runner/host/declaration.h - reads declarations of the host language, such as
+// hostrun/host/declaration.h - reads declarations of the host language, such as
 // "colorWithDeviceRGB(red as double, green as double, blue as double, alpha as double=1.0) as NSColorQVX".
 #pragma once
 
@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "runner/host/types.h"
-#include "runner/host/value.h"
+#include "hostrun/host/types.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

@@ -1,11 +1,11 @@
-// runner/host/exceptions.cpp - host exceptions: their classes, raising, and what waits for a call to return.
-#include "runner/host/exceptions.h"
+// hostrun/host/exceptions.cpp - host exceptions: their classes, raising, and what waits for a call to return.
+#include "hostrun/host/exceptions.h"
 
 #include <array>
 
-#include "runner/host/call.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

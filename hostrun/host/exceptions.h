@@ -1,4 +1,4 @@
-// runner/host/exceptions.h - host exceptions: their classes, raising, and what waits for a call to return.
+// hostrun/host/exceptions.h - host exceptions: their classes, raising, and what waits for a call to return.
 #pragma once
 
 #include <functional>
@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "runner/host/objects.h"
-#include "runner/host/strings.h"
-#include "runner/host/value.h"
+#include "hostrun/host/objects.h"
+#include "hostrun/host/strings.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

@@ -1,5 +1,5 @@
-// runner/host/folder_items.cpp - the host's "FolderItem": a file or folder by its path, there or not.
-#include "runner/host/folder_items.h"
+// hostrun/host/folder_items.cpp - the host's "FolderItem": a file or folder by its path, there or not.
+#include "hostrun/host/folder_items.h"
 
 #include <unistd.h>
 
@@ -9,13 +9,13 @@
 #include <cstring>
 #include <filesystem>
 
-#include "host/types.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/platform.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
-#include "runner/host/strings.h"
-#include "runner/host/text.h"
+#include "bundle/host/types.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/strings.h"
+#include "hostrun/host/text.h"
 
 // As the contract lays it out: 512 bytes.
 struct HFSUniStr255 {

@@ -1,9 +1,9 @@
-// runner/host/folder_items.h - the host's "FolderItem": a file or folder by its path, there or not.
+// hostrun/host/folder_items.h - the host's "FolderItem": a file or folder by its path, there or not.
 #pragma once
 
 #include <string>
 
-#include "runner/host/objects.h"
+#include "hostrun/host/objects.h"
 
 struct FSRef;
 struct HFSUniStr255;

@@ -1,10 +1,10 @@
-// runner/host/functions.h - the global functions of the host language.
+// hostrun/host/functions.h - the global functions of the host language.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "runner/host/value.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

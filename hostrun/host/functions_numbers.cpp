@@ -1,4 +1,4 @@
-// runner/host/functions_numbers.cpp - the global functions of the host language that work on numbers and
+// hostrun/host/functions_numbers.cpp - the global functions of the host language that work on numbers and
 // colours.
 #include <algorithm>
 #include <chrono>
@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <random>
 
-#include "runner/host/arrays.h"
-#include "runner/host/functions.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

@@ -1,18 +1,18 @@
-// runner/host/functions_text.cpp - the global functions of the host language that work on text.
+// hostrun/host/functions_text.cpp - the global functions of the host language that work on text.
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 
-#include "host/types.h"
-#include "runner/host/arrays.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/functions.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
-#include "runner/host/strings.h"
-#include "runner/host/text.h"
+#include "bundle/host/types.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/strings.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

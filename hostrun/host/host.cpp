@@ -1,17 +1,17 @@
-// runner/host/host.cpp - a host's own classes, and the count of what is still alive.
-#include "runner/host/host.h"
+// hostrun/host/host.cpp - a host's own classes, and the count of what is still alive.
+#include "hostrun/host/host.h"
 
 #include <map>
 #include <utility>
 
-#include "runner/host/arrays.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/folder_items.h"
-#include "runner/host/functions.h"
-#include "runner/host/memory_blocks.h"
-#include "runner/host/objects.h"
-#include "runner/host/registry.h"
-#include "runner/host/strings.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/folder_items.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/memory_blocks.h"
+#include "hostrun/host/objects.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/strings.h"
 
 namespace hostrun {
 namespace {

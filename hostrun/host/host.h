@@ -1,10 +1,10 @@
-// runner/host/host.h - starts a host: its own classes, the platform, the sibling part, the bundle.
+// hostrun/host/host.h - starts a host: its own classes, the platform, the sibling part, the bundle.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "runner/host/services.h"
+#include "hostrun/host/services.h"
 
 namespace hostrun {
 

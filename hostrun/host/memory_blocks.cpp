@@ -1,5 +1,5 @@
-// runner/host/memory_blocks.cpp - the host's "MemoryBlock": a buffer of bytes that is an object.
-#include "runner/host/memory_blocks.h"
+// hostrun/host/memory_blocks.cpp - the host's "MemoryBlock": a buffer of bytes that is an object.
+#include "hostrun/host/memory_blocks.h"
 
 #include <array>
 #include <cerrno>
@@ -7,10 +7,10 @@
 #include <fstream>
 #include <vector>
 
-#include "runner/host/exceptions.h"
-#include "runner/host/folder_items.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/folder_items.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

@@ -1,9 +1,9 @@
-// runner/host/memory_blocks.h - the host's "MemoryBlock": a buffer of bytes that is an object.
+// hostrun/host/memory_blocks.h - the host's "MemoryBlock": a buffer of bytes that is an object.
 #pragma once
 
 #include <cstdint>
 
-#include "runner/host/objects.h"
+#include "hostrun/host/objects.h"
 
 namespace hostrun {
 

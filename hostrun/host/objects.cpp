@@ -1,12 +1,13 @@
-// runner/host/objects.cpp - the host's objects: a header of 24 bytes, the class data, the host's own payload.
-#include "runner/host/objects.h"
+// hostrun/host/objects.cpp - the host's objects: a header of 24 bytes, the class data, the host's own
+// payload.
+#include "hostrun/host/objects.h"
 
 #include <cstdlib>
 #include <vector>
 
-#include "runner/host/call.h"
-#include "runner/host/position.h"
-#include "runner/host/registry.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/position.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/host/objects.h - the host's objects: a header of 24 bytes, the class data, the host's own payload.
+// hostrun/host/objects.h - the host's objects: a header of 24 bytes, the class data, the host's own payload.
 #pragma once
 
 #include <cstddef>

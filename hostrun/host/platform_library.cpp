@@ -1,10 +1,11 @@
-// runner/host/platform.cpp - what the runner needs of the platform library, looked up when it is loaded.
-#include "runner/host/platform.h"
+// hostrun/host/platform_library.cpp - what the runner needs of the platform library, looked up when it is
+// loaded.
+#include "hostrun/host/platform_library.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include "runner/host/call.h"
+#include "hostrun/host/call.h"
 
 namespace hostrun {
 namespace {

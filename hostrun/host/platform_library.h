@@ -1,4 +1,5 @@
-// runner/host/platform.h - what the runner needs of the platform library, looked up when it is loaded.
+// hostrun/host/platform_library.h - what the runner needs of the platform library, looked up when it is
+// loaded.
 //
 // The runner links nothing of the platform: the library is loaded globally before the bundle, which finds its
 // own symbols in it.

@@ -1,4 +1,4 @@
-// runner/host/position.h - where a program stands.
+// hostrun/host/position.h - where a program stands.
 #pragma once
 
 #include <cstdint>

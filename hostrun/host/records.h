@@ -1,11 +1,11 @@
-// runner/host/records.h - makes definition records for the classes that the runner itself brings. They are
+// hostrun/host/records.h - makes definition records for the classes that the runner itself brings. They are
 // registered like those of a bundle and called in the same way.
 #pragma once
 
 #include <array>
 
-#include "host/records.h"
-#include "runner/host/objects.h"
+#include "bundle/host/records.h"
+#include "hostrun/host/objects.h"
 
 namespace hostrun {
 

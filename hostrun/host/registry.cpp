@@ -1,10 +1,10 @@
-// runner/host/registry.cpp - the classes that the host knows, as their definition records declare them.
-#include "runner/host/registry.h"
+// hostrun/host/registry.cpp - the classes that the host knows, as their definition records declare them.
+#include "hostrun/host/registry.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "runner/host/text.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/host/registry.h - the classes that the host knows, as their definition records declare them.
+// hostrun/host/registry.h - the classes that the host knows, as their definition records declare them.
 #pragma once
 
 #include <deque>
@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "host/records.h"
-#include "runner/host/declaration.h"
-#include "runner/host/objects.h"
-#include "runner/host/types.h"
-#include "runner/host/value.h"
+#include "bundle/host/records.h"
+#include "hostrun/host/declaration.h"
+#include "hostrun/host/objects.h"
+#include "hostrun/host/types.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

@@ -1,21 +1,21 @@
-// runner/host/services.cpp - the services that a plugin finds by name, one function each, one table.
-#include "runner/host/services.h"
+// hostrun/host/services.cpp - the services that a plugin finds by name, one function each, one table.
+#include "hostrun/host/services.h"
 
 #include <array>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
-#include "host/records.h"
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/folder_items.h"
-#include "runner/host/memory_blocks.h"
-#include "runner/host/platform.h"
-#include "runner/host/registry.h"
-#include "runner/host/strings.h"
-#include "runner/host/text.h"
+#include "bundle/host/records.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/folder_items.h"
+#include "hostrun/host/memory_blocks.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/strings.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/host/services.h - the services that a plugin finds by name, and the version of the host that gives
+// hostrun/host/services.h - the services that a plugin finds by name, and the version of the host that gives
 // them.
 #pragma once
 

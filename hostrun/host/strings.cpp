@@ -1,13 +1,13 @@
-// runner/host/strings.cpp - the host's strings: counted, tagged with an encoding, in both record forms.
-#include "runner/host/strings.h"
+// hostrun/host/strings.cpp - the host's strings: counted, tagged with an encoding, in both record forms.
+#include "hostrun/host/strings.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "runner/host/position.h"
-#include "runner/host/text.h"
+#include "hostrun/host/position.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/host/strings.h - the host's strings: counted, tagged with an encoding, in both record forms.
+// hostrun/host/strings.h - the host's strings: counted, tagged with an encoding, in both record forms.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/types.h"
+#include "bundle/host/types.h"
 
 namespace hostrun {
 

@@ -1,5 +1,5 @@
-// runner/host/text.cpp - text in the host's encodings: decoding, encoding, case folding.
-#include "runner/host/text.h"
+// hostrun/host/text.cpp - text in the host's encodings: decoding, encoding, case folding.
+#include "hostrun/host/text.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <cwctype>
 
-#include "host/types.h"
+#include "bundle/host/types.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/host/text.h - text in the host's encodings: decoding, encoding, case folding.
+// hostrun/host/text.h - text in the host's encodings: decoding, encoding, case folding.
 #pragma once
 
 #include <cstdint>

@@ -1,12 +1,12 @@
-// runner/host/types.cpp - the types of the host language.
-#include "runner/host/types.h"
+// hostrun/host/types.cpp - the types of the host language.
+#include "hostrun/host/types.h"
 
 #include <array>
 #include <map>
 #include <memory>
 
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

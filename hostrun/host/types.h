@@ -1,4 +1,4 @@
-// runner/host/types.h - the types of the host language. Each type is one object: equal types have equal
+// hostrun/host/types.h - the types of the host language. Each type is one object: equal types have equal
 // addresses.
 #pragma once
 

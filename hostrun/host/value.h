@@ -1,4 +1,4 @@
-// runner/host/value.h - one value of the host language: a number, or an owned reference to a string or an
+// hostrun/host/value.h - one value of the host language: a number, or an owned reference to a string or an
 // object.
 #pragma once
 
@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "runner/host/objects.h"
-#include "runner/host/strings.h"
-#include "runner/host/types.h"
+#include "hostrun/host/objects.h"
+#include "hostrun/host/strings.h"
+#include "hostrun/host/types.h"
 
 namespace hostrun {
 

@@ -1,9 +1,9 @@
-// runner/language/array_literal.h - Array(...): its type settles where it is used.
+// hostrun/language/array_literal.h - Array(...): its type settles where it is used.
 #pragma once
 
 #include <vector>
 
-#include "runner/language/code.h"
+#include "hostrun/language/code.h"
 
 namespace hostrun {
 

@@ -1,4 +1,4 @@
-// runner/language/ast.h - a program as written: nothing is looked up yet.
+// hostrun/language/ast.h - a program as written: nothing is looked up yet.
 #pragma once
 
 #include <memory>
@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "runner/host/value.h"
-#include "runner/language/source.h"
+#include "hostrun/host/value.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
 

@@ -1,10 +1,10 @@
-// runner/language/bind_calls.cpp - settles calls: which method or routine, and how each argument is passed.
+// hostrun/language/bind_calls.cpp - settles calls: which method or routine, and how each argument is passed.
 #include <algorithm>
 
-#include "runner/host/call.h"
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
-#include "runner/language/binder.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/binder.h"
 
 namespace hostrun {
 

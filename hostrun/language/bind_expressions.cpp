@@ -1,7 +1,7 @@
-// runner/language/bind_expressions.cpp - settles expressions.
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
-#include "runner/language/binder.h"
+// hostrun/language/bind_expressions.cpp - settles expressions.
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/binder.h"
 
 namespace hostrun {
 

@@ -1,6 +1,6 @@
-// runner/language/bind_parts.cpp - settles a program that comes in parts.
-#include "runner/host/text.h"
-#include "runner/language/binder.h"
+// hostrun/language/bind_parts.cpp - settles a program that comes in parts.
+#include "hostrun/host/text.h"
+#include "hostrun/language/binder.h"
 
 namespace hostrun {
 

@@ -1,9 +1,9 @@
-// runner/language/bind_statements.cpp - settles statements and routines.
+// hostrun/language/bind_statements.cpp - settles statements and routines.
 #include <algorithm>
 
-#include "runner/host/registry.h"
-#include "runner/host/text.h"
-#include "runner/language/binder.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/binder.h"
 
 namespace hostrun {
 

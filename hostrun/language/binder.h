@@ -1,4 +1,4 @@
-// runner/language/binder.h - settles every name, type and call of a program before it runs.
+// hostrun/language/binder.h - settles every name, type and call of a program before it runs.
 #pragma once
 
 #include <map>
@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "runner/language/ast.h"
-#include "runner/language/code.h"
-#include "runner/language/make.h"
-#include "runner/language/steps.h"
+#include "hostrun/language/ast.h"
+#include "hostrun/language/code.h"
+#include "hostrun/language/make.h"
+#include "hostrun/language/steps.h"
 
 namespace hostrun {
 

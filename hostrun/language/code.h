@@ -1,15 +1,15 @@
-// runner/language/code.h - a program as it runs: every name, type and call is settled.
+// hostrun/language/code.h - a program as it runs: every name, type and call is settled.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "runner/host/declaration.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/position.h"
-#include "runner/host/types.h"
-#include "runner/host/value.h"
+#include "hostrun/host/declaration.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/position.h"
+#include "hostrun/host/types.h"
+#include "hostrun/host/value.h"
 
 namespace hostrun {
 

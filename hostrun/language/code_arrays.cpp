@@ -1,10 +1,10 @@
-// runner/language/code_arrays.cpp - the members of arrays.
+// hostrun/language/code_arrays.cpp - the members of arrays.
 #include <algorithm>
 #include <array>
 
-#include "runner/host/arrays.h"
-#include "runner/host/text.h"
-#include "runner/language/make.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/make.h"
 
 namespace hostrun {
 

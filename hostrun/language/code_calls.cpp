@@ -1,10 +1,10 @@
-// runner/language/code_calls.cpp - calls: into records and into the program itself.
+// hostrun/language/code_calls.cpp - calls: into records and into the program itself.
 #include <alloca.h>
 
 #include <new>
 
-#include "runner/host/call.h"
-#include "runner/language/make.h"
+#include "hostrun/host/call.h"
+#include "hostrun/language/make.h"
 
 namespace hostrun {
 namespace {

@@ -1,9 +1,9 @@
-// runner/language/code_conversions.cpp - from one type to another.
+// hostrun/language/code_conversions.cpp - from one type to another.
 #include <algorithm>
 
-#include "runner/host/arrays.h"
-#include "runner/language/array_literal.h"
-#include "runner/language/make.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/language/array_literal.h"
+#include "hostrun/language/make.h"
 
 namespace hostrun {
 namespace {

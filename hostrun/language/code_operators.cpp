@@ -1,9 +1,9 @@
-// runner/language/code_operators.cpp - constants and operators.
+// hostrun/language/code_operators.cpp - constants and operators.
 #include <array>
 #include <cmath>
 #include <optional>
 
-#include "runner/language/make.h"
+#include "hostrun/language/make.h"
 
 namespace hostrun {
 namespace {

@@ -1,12 +1,12 @@
-// runner/language/code_values.cpp - variables, arrays and colours.
+// hostrun/language/code_values.cpp - variables, arrays and colours.
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "runner/host/arrays.h"
-#include "runner/host/text.h"
-#include "runner/language/array_literal.h"
-#include "runner/language/make.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/text.h"
+#include "hostrun/language/array_literal.h"
+#include "hostrun/language/make.h"
 
 namespace hostrun {
 namespace {

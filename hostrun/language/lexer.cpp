@@ -1,11 +1,11 @@
-// runner/language/lexer.cpp - cuts a program into words.
-#include "runner/language/lexer.h"
+// hostrun/language/lexer.cpp - cuts a program into words.
+#include "hostrun/language/lexer.h"
 
 #include <array>
 #include <charconv>
 #include <cmath>
 
-#include "runner/host/text.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

@@ -1,11 +1,11 @@
-// runner/language/lexer.h - cuts a program into words.
+// hostrun/language/lexer.h - cuts a program into words.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "runner/host/value.h"
-#include "runner/language/source.h"
+#include "hostrun/host/value.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
 

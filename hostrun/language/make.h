@@ -1,11 +1,11 @@
-// runner/language/make.h - makes the expressions of a running program out of settled parts.
+// hostrun/language/make.h - makes the expressions of a running program out of settled parts.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "runner/host/registry.h"
-#include "runner/language/code.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/language/code.h"
 
 namespace hostrun {
 

@@ -1,4 +1,4 @@
-// runner/language/parser.h - reads a program's structure.
+// hostrun/language/parser.h - reads a program's structure.
 #pragma once
 
 #include <initializer_list>
@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "runner/language/ast.h"
-#include "runner/language/lexer.h"
+#include "hostrun/language/ast.h"
+#include "hostrun/language/lexer.h"
 
 namespace hostrun {
 

@@ -1,8 +1,8 @@
-// runner/language/parser_expressions.cpp - reads expressions, and the words that everything is read from.
+// hostrun/language/parser_expressions.cpp - reads expressions, and the words that everything is read from.
 #include <algorithm>
 #include <array>
 
-#include "runner/language/parser.h"
+#include "hostrun/language/parser.h"
 
 namespace hostrun {
 namespace {

@@ -1,8 +1,8 @@
-// runner/language/parser_statements.cpp - reads statements, blocks and routines.
+// hostrun/language/parser_statements.cpp - reads statements, blocks and routines.
 #include <algorithm>
 #include <array>
 
-#include "runner/language/parser.h"
+#include "hostrun/language/parser.h"
 
 namespace hostrun {
 namespace {

@@ -1,5 +1,5 @@
-// runner/language/program.cpp - a program from its text to its end.
-#include "runner/language/program.h"
+// hostrun/language/program.cpp - a program from its text to its end.
+#include "hostrun/language/program.h"
 
 #include <sys/resource.h>
 
@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <new>
 
-#include "runner/host/exceptions.h"
-#include "runner/language/parser.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/language/parser.h"
 
 namespace hostrun {
 namespace {

@@ -1,10 +1,10 @@
-// runner/language/program.h - a program from its text to its end.
+// hostrun/language/program.h - a program from its text to its end.
 #pragma once
 
 #include <string>
 
-#include "runner/language/binder.h"
-#include "runner/language/source.h"
+#include "hostrun/language/binder.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
 

@@ -1,13 +1,13 @@
-// runner/language/session.cpp - a program that is run while it is being written.
-#include "runner/language/session.h"
+// hostrun/language/session.cpp - a program that is run while it is being written.
+#include "hostrun/language/session.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <new>
 
-#include "runner/host/exceptions.h"
-#include "runner/language/parser.h"
-#include "runner/language/program.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/language/parser.h"
+#include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {

@@ -1,4 +1,4 @@
-// runner/language/session.h - a program that is run while it is being written.
+// hostrun/language/session.h - a program that is run while it is being written.
 #pragma once
 
 #include <functional>
@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "runner/language/binder.h"
-#include "runner/language/source.h"
+#include "hostrun/language/binder.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
 

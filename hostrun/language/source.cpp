@@ -1,5 +1,5 @@
-// runner/language/source.cpp - a program's text, and errors that point into it.
-#include "runner/language/source.h"
+// hostrun/language/source.cpp - a program's text, and errors that point into it.
+#include "hostrun/language/source.h"
 
 #include <cerrno>
 #include <cstring>

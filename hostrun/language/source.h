@@ -1,4 +1,4 @@
-// runner/language/source.h - a program's text, and errors that point into it.
+// hostrun/language/source.h - a program's text, and errors that point into it.
 #pragma once
 
 #include <stdexcept>
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "runner/host/position.h"
+#include "hostrun/host/position.h"
 
 namespace hostrun {
 

@@ -1,5 +1,5 @@
-// runner/language/steps.cpp - the statements of a running program.
-#include "runner/language/steps.h"
+// hostrun/language/steps.cpp - the statements of a running program.
+#include "hostrun/language/steps.h"
 
 #include <chrono>
 #include <cmath>
@@ -7,11 +7,11 @@
 #include <exception>
 #include <new>
 
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/functions.h"
-#include "runner/host/platform.h"
-#include "runner/host/registry.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

@@ -1,11 +1,11 @@
-// runner/language/steps.h - makes the statements of a running program out of settled parts.
+// hostrun/language/steps.h - makes the statements of a running program out of settled parts.
 #pragma once
 
 #include <functional>
 #include <vector>
 
-#include "runner/host/value.h"
-#include "runner/language/code.h"
+#include "hostrun/host/value.h"
+#include "hostrun/language/code.h"
 
 namespace hostrun {
 

@@ -1,11 +1,11 @@
-// runner/sibling/exception_wrapper.cpp - "NSExceptionQVX": a host exception that carries a platform
+// hostrun/sibling/exception_wrapper.cpp - "NSExceptionQVX": a host exception that carries a platform
 // exception.
 #include <array>
 
-#include "runner/host/exceptions.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
-#include "runner/sibling/sibling.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
 namespace {

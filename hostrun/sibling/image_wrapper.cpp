@@ -1,13 +1,13 @@
-// runner/sibling/image_wrapper.cpp - "NSImageQVX": a host object that carries a platform image.
+// hostrun/sibling/image_wrapper.cpp - "NSImageQVX": a host object that carries a platform image.
 #include <array>
 #include <cstring>
 #include <string>
 
-#include "runner/host/exceptions.h"
-#include "runner/host/folder_items.h"
-#include "runner/host/records.h"
-#include "runner/host/registry.h"
-#include "runner/sibling/sibling.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/folder_items.h"
+#include "hostrun/host/records.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
 namespace {

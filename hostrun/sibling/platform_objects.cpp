@@ -1,9 +1,9 @@
-// runner/sibling/platform_objects.cpp - typed sends to platform objects, through the run-time's C functions.
-#include "runner/sibling/platform_objects.h"
+// hostrun/sibling/platform_objects.cpp - typed sends to platform objects, through the run-time's C functions.
+#include "hostrun/sibling/platform_objects.h"
 
-#include "host/types.h"
-#include "runner/host/platform.h"
-#include "runner/host/text.h"
+#include "bundle/host/types.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

@@ -1,10 +1,10 @@
-// runner/sibling/platform_objects.h - typed sends to platform objects, through the run-time's C functions.
+// hostrun/sibling/platform_objects.h - typed sends to platform objects, through the run-time's C functions.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-#include "runner/host/strings.h"
+#include "hostrun/host/strings.h"
 
 namespace hostrun {
 

@@ -1,8 +1,8 @@
-// runner/sibling/sibling.cpp - the instance cache, and the class methods that bundles find on NSException.
-#include "runner/sibling/sibling.h"
+// hostrun/sibling/sibling.cpp - the instance cache, and the class methods that bundles find on NSException.
+#include "hostrun/sibling/sibling.h"
 
-#include "runner/host/call.h"
-#include "runner/host/platform.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/platform_library.h"
 
 namespace hostrun {
 namespace {

@@ -1,12 +1,12 @@
-// runner/sibling/sibling.h - the sibling part that bundles of this family expect beside them: the host
+// hostrun/sibling/sibling.h - the sibling part that bundles of this family expect beside them: the host
 // classes "NSExceptionQVX" and "NSImageQVX", the shared instance cache, and three class methods on
 // NSException.
 #pragma once
 
 #include <string>
 
-#include "runner/host/objects.h"
-#include "runner/sibling/platform_objects.h"
+#include "hostrun/host/objects.h"
+#include "hostrun/sibling/platform_objects.h"
 
 namespace hostrun {
 

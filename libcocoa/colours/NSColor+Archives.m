@@ -1,10 +1,10 @@
-// gnustep/NSColor+Archives.m - reading colours back from archives.
+// libcocoa/colours/NSColor+Archives.m - reading colours back from archives.
 //
 // Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns.
 // A keyed archive that holds an exact colour gives that. What can't be read gives nil.
-#import "exact_colours.h"
-#import "gnustep_colours.h"
-#import "stock_methods.h"
+#import "libcocoa/colours/exact_colours.h"
+#import "libcocoa/colours/gnustep_colours.h"
+#import "libcocoa/runtime/stock_methods.h"
 
 enum { kKeyedCMYK = 5 };    // GNUstep's number, under the key NSColorSpace
 enum { kNameVersion = 3 };  // from this version on, an unkeyed colour starts with its colour-space name

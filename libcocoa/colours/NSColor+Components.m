@@ -1,8 +1,9 @@
-// gnustep/NSColor+Components.m - what a colour answers when it is asked for a component of another kind.
+// libcocoa/colours/NSColor+Components.m - what a colour answers when it is asked for a component of another
+// kind.
 //
 // GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods
 // that every kind of colour inherits where it has no such component.
-#import "colour_conversion.h"
+#import "libcocoa/colours/colour_conversion.h"
 
 void QVXRefuseComponent(NSColor* color, SEL selector) {
   [NSException raise:NSInternalInconsistencyException

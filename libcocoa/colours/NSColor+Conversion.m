@@ -1,5 +1,5 @@
-// gnustep/NSColor+Conversion.m - which space a colour is in, conversion to another, and the hash.
-#import "colour_conversion.h"
+// libcocoa/colours/NSColor+Conversion.m - which space a colour is in, conversion to another, and the hash.
+#import "libcocoa/colours/colour_conversion.h"
 
 @implementation NSColor (QVXConversion)
 

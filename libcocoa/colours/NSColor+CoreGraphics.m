@@ -1,9 +1,9 @@
-// gnustep/NSColor+CoreGraphics.m - colours as Core Graphics handles, and back.
+// libcocoa/colours/NSColor+CoreGraphics.m - colours as Core Graphics handles, and back.
 //
 // The handle of a colour is the colour itself: it stays valid while the colour lives, and comes back as the
 // same colour in the same space, patterns and named colours included.
-#import "colour_classes.h"
-#import "exported_handles.h"
+#import "libcocoa/colours/colour_classes.h"
+#import "libcocoa/colours/exported_handles.h"
 
 @implementation NSColor (QVXCoreGraphics)
 

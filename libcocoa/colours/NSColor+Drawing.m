@@ -1,9 +1,9 @@
-// gnustep/NSColor+Drawing.m - drawing with a colour in a process that draws nowhere.
+// libcocoa/colours/NSColor+Drawing.m - drawing with a colour in a process that draws nowhere.
 //
 // GNUstep follows a null pointer there; with no graphics context there is nothing to set, and nothing
 // happens.
-#import "gnustep_colours.h"
-#import "stock_methods.h"
+#import "libcocoa/colours/gnustep_colours.h"
+#import "libcocoa/runtime/stock_methods.h"
 
 static void Set(NSColor* self, SEL selector, const char* className, QVXMethod* kept) {
   if (![NSGraphicsContext currentContext]) return;

@@ -1,6 +1,6 @@
-// gnustep/NSColor+Factories.m - colours made from components in a given space.
-#import "colour_conversion.h"
-#import "hue_saturation_brightness.h"
+// libcocoa/colours/NSColor+Factories.m - colours made from components in a given space.
+#import "libcocoa/colours/colour_conversion.h"
+#import "libcocoa/colours/hue_saturation_brightness.h"
 
 @implementation NSColor (QVXFactories)
 

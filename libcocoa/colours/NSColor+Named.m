@@ -1,7 +1,7 @@
-// gnustep/NSColor+Named.m - named colours: what they stand for now, and names that are missing.
-#import "colour_conversion.h"
-#import "gnustep_colours.h"
-#import "stock_methods.h"
+// libcocoa/colours/NSColor+Named.m - named colours: what they stand for now, and names that are missing.
+#import "libcocoa/colours/colour_conversion.h"
+#import "libcocoa/colours/gnustep_colours.h"
+#import "libcocoa/runtime/stock_methods.h"
 
 static NSString* const kSystemCatalogue = @"System";
 static NSString* const kUnderPage = @"underPageBackgroundColor";

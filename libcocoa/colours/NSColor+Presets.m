@@ -1,8 +1,8 @@
-// gnustep/NSColor+Presets.m - the predefined colours: one object per name.
+// libcocoa/colours/NSColor+Presets.m - the predefined colours: one object per name.
 //
 // The values are GNUstep's own: each method is asked once, and what it answers is kept for ever.
-#import "colour_classes.h"
-#import "stock_methods.h"
+#import "libcocoa/colours/colour_classes.h"
+#import "libcocoa/runtime/stock_methods.h"
 
 typedef struct {
   QVXMethod make;  // GNUstep's method

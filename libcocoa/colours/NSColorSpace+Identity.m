@@ -1,7 +1,7 @@
-// gnustep/NSColorSpace+Identity.m - equality, copies, description and archives of colour spaces.
+// libcocoa/colours/NSColorSpace+Identity.m - equality, copies, description and archives of colour spaces.
 #include <objc/runtime.h>
 
-#import "colour_spaces.h"
+#import "libcocoa/colours/colour_spaces.h"
 
 static NSString* const kKindKey = @"NSID";  // the desktop platform's names of these keys
 static NSString* const kDataKey = @"NSICC";

@@ -1,9 +1,9 @@
-// gnustep/NSColorSpace+Predefined.m - the nine predefined spaces: one object each, made once, and found by
-// name.
+// libcocoa/colours/NSColorSpace+Predefined.m - the nine predefined spaces: one object each, made once, and
+// found by name.
 #include <pthread.h>
 #include <stdlib.h>
 
-#import "colour_spaces.h"
+#import "libcocoa/colours/colour_spaces.h"
 
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;

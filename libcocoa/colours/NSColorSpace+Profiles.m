@@ -1,7 +1,8 @@
-// gnustep/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out again.
-#import "colour_spaces.h"
-#import "exported_handles.h"
-#import "stock_methods.h"
+// libcocoa/colours/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out
+// again.
+#import "libcocoa/colours/colour_spaces.h"
+#import "libcocoa/colours/exported_handles.h"
+#import "libcocoa/runtime/stock_methods.h"
 
 @implementation NSColorSpace (QVXFromProfiles)
 

@@ -1,12 +1,12 @@
-// gnustep/QVXProfileColor.m - a colour in a space that GNUstep has no colour class for.
-#import "QVXProfileColor.h"
+// libcocoa/colours/QVXProfileColor.m - a colour in a space that GNUstep has no colour class for.
+#import "libcocoa/colours/QVXProfileColor.h"
 
 #include <math.h>
 #include <string.h>
 
-#import "colour_conversion.h"
-#import "exact_colours.h"
-#import "hue_saturation_brightness.h"
+#import "libcocoa/colours/colour_conversion.h"
+#import "libcocoa/colours/exact_colours.h"
+#import "libcocoa/colours/hue_saturation_brightness.h"
 
 static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) : 0; }
 

@@ -1,10 +1,10 @@
-// gnustep/colour_archive.m - reading GNUstep's unkeyed archives of colours and colour lists, without trusting
-// them.
+// libcocoa/colours/colour_archive.m - reading GNUstep's unkeyed archives of colours and colour lists, without
+// trusting them.
 //
 // After the header come items, each led by a tag. Its low five bits are the type; for numbers the next two
 // bits are the size, for objects and classes the size of a running number, and the top bit says that the
 // number was seen before.
-#import "colour_archive.h"
+#import "libcocoa/colours/colour_archive.h"
 
 #include <string.h>
 

@@ -1,4 +1,4 @@
-// gnustep/colour_classes.h - the public methods that this library adds to GNUstep's colour classes.
+// libcocoa/colours/colour_classes.h - the public methods that this library adds to GNUstep's colour classes.
 //
 // The desktop platform's names and meanings; docs/platform-colours.md compares them one by one.
 #pragma once

@@ -1,11 +1,11 @@
-// gnustep/colour_conversion.m - colours from one space to another: the rules, in one place.
-#import "colour_conversion.h"
+// libcocoa/colours/colour_conversion.m - colours from one space to another: the rules, in one place.
+#import "libcocoa/colours/colour_conversion.h"
 
 #include <string.h>
 
-#import "QVXProfileColor.h"
-#include "colour_transforms.h"
-#import "gnustep_colours.h"
+#import "libcocoa/colours/QVXProfileColor.h"
+#import "libcocoa/colours/gnustep_colours.h"
+#include "libcocoa/profiles/colour_transforms.h"
 
 enum { kMostComponents = QVXMostChannels + 1 };
 

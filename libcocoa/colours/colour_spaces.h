@@ -1,8 +1,9 @@
-// gnustep/colour_spaces.h - what the colour classes know of a colour space beyond its public methods.
+// libcocoa/colours/colour_spaces.h - what the colour classes know of a colour space beyond its public
+// methods.
 #pragma once
 
-#import "colour_classes.h"
-#include "colour_profiles.h"
+#import "libcocoa/colours/colour_classes.h"
+#include "libcocoa/profiles/colour_profiles.h"
 
 // The predefined spaces, one object each. The numbers are written to archives: never change them.
 typedef enum {

@@ -1,4 +1,4 @@
-// gnustep/exact_colours.h - colours in spaces with a profile, written so that nothing is lost.
+// libcocoa/colours/exact_colours.h - colours in spaces with a profile, written so that nothing is lost.
 //
 // Other GNUstep programs read such a colour as its device RGB twin. The exact colours stand behind the
 // archive, in a trailer that other programs do not look at: words of 32 bits, little-endian,
@@ -12,7 +12,7 @@
 // alpha. A trailer whose checksum is wrong counts as none.
 #pragma once
 
-#import "QVXProfileColor.h"
+#import "libcocoa/colours/QVXProfileColor.h"
 
 // The archive, followed by the exact colours and the patterns among the values; the archive itself if there
 // are none.

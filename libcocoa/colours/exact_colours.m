@@ -1,10 +1,10 @@
-// gnustep/exact_colours.m - colours in spaces with a profile, written so that nothing is lost.
-#import "exact_colours.h"
+// libcocoa/colours/exact_colours.m - colours in spaces with a profile, written so that nothing is lost.
+#import "libcocoa/colours/exact_colours.h"
 
 #include <string.h>
 
-#import "colour_conversion.h"
-#import "gnustep_colours.h"
+#import "libcocoa/colours/colour_conversion.h"
+#import "libcocoa/colours/gnustep_colours.h"
 
 static const char kMagic[8] = {'Q', 'V', 'X', 'e', 'x', 'a', 'c', 't'};
 static NSString* const kCoderKey = @"QVXExactColour";

@@ -1,4 +1,4 @@
-// gnustep/exported_handles.h - which objects have been handed out as Core Graphics handles.
+// libcocoa/colours/exported_handles.h - which objects have been handed out as Core Graphics handles.
 //
 // A handle is the object itself, not retained: it is valid while the object lives. A program may hand back
 // any number, so a handle is looked up here before it is followed.

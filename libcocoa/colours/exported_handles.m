@@ -1,5 +1,5 @@
-// gnustep/exported_handles.m - which objects have been handed out as Core Graphics handles.
-#import "exported_handles.h"
+// libcocoa/colours/exported_handles.m - which objects have been handed out as Core Graphics handles.
+#import "libcocoa/colours/exported_handles.h"
 
 #import <Foundation/Foundation.h>
 #include <pthread.h>

@@ -1,6 +1,6 @@
-// gnustep/hue_saturation_brightness.c - the hexcone: red, green and blue as hue, saturation and brightness,
-// and back.
-#include "hue_saturation_brightness.h"
+// libcocoa/colours/hue_saturation_brightness.c - the hexcone: red, green and blue as hue, saturation and
+// brightness, and back.
+#include "libcocoa/colours/hue_saturation_brightness.h"
 
 #include <math.h>
 

@@ -1,5 +1,5 @@
-// gnustep/hue_saturation_brightness.h - the hexcone: red, green and blue as hue, saturation and brightness,
-// and back.
+// libcocoa/colours/hue_saturation_brightness.h - the hexcone: red, green and blue as hue, saturation and
+// brightness, and back.
 #pragma once
 
 typedef struct {

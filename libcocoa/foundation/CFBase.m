@@ -1,7 +1,7 @@
-// gnustep/CFBase.m - references to Core Foundation objects: an object's own.
+// libcocoa/foundation/CFBase.m - references to Core Foundation objects: an object's own.
 #import <Foundation/Foundation.h>
 
-#include "core_foundation.h"
+#include "libcocoa/foundation/core_foundation.h"
 
 COCOA_EXPORT CFTypeRef CFRetain(CFTypeRef object) { return [(id)object retain]; }
 

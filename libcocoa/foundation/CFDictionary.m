@@ -1,8 +1,8 @@
-// gnustep/CFDictionary.m - dictionaries from pointer to pointer.
+// libcocoa/foundation/CFDictionary.m - dictionaries from pointer to pointer.
 #import <Foundation/Foundation.h>
 #include <objc/runtime.h>
 
-#include "core_foundation.h"
+#include "libcocoa/foundation/core_foundation.h"
 
 // An object, so that it is retained, released and autoreleased like any other. Not an NSDictionary: keys and
 // values need not be objects, and a table keyed by address is what makes a look-up cheap.

@@ -1,10 +1,10 @@
-// gnustep/CFString.m - Core Foundation strings: NSString objects.
+// libcocoa/foundation/CFString.m - Core Foundation strings: NSString objects.
 #import <Foundation/Foundation.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "core_foundation.h"
-#include "text_encoding.h"
+#include "libcocoa/foundation/core_foundation.h"
+#include "libcocoa/foundation/text_encoding.h"
 
 enum { kStackUnits = 256 };
 

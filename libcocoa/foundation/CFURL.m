@@ -1,9 +1,9 @@
-// gnustep/CFURL.m - Core Foundation URLs of files: NSURL objects.
+// libcocoa/foundation/CFURL.m - Core Foundation URLs of files: NSURL objects.
 #import <Foundation/Foundation.h>
 #include <string.h>
 #include <sys/stat.h>
 
-#include "file_references.h"
+#include "libcocoa/foundation/FSRef.h"
 
 enum { kPOSIXPathStyle = 0 };
 

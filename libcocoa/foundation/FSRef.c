@@ -1,4 +1,4 @@
-// gnustep/FSRef.c - file references: a tag and an index into the process's table of paths.
+// libcocoa/foundation/FSRef.c - file references: a tag and an index into the process's table of paths.
 #include <errno.h>
 #include <pthread.h>
 #include <stdbool.h>
@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "file_references.h"
+#include "libcocoa/foundation/FSRef.h"
 
 static const char kTag[8] = "path/ref";
 

@@ -1,8 +1,8 @@
-// gnustep/file_references.h - the path behind a file reference.
+// libcocoa/foundation/FSRef.h - the path behind a file reference.
 #ifndef GNUSTEP_FILE_REFERENCES_H
 #define GNUSTEP_FILE_REFERENCES_H
 
-#include "core_foundation.h"
+#include "libcocoa/foundation/core_foundation.h"
 
 // Valid for the life of the process; NULL for bytes that are no reference.
 const char* file_reference_path(const FSRef*);

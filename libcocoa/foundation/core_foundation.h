@@ -1,12 +1,12 @@
-// gnustep/core_foundation.h - the Core Foundation functions that bundles import.
+// libcocoa/foundation/core_foundation.h - the Core Foundation functions that bundles import.
 //
 // Every object here is the Objective-C object itself: a CFString is an NSString, a CFURL an NSURL. A function
 // with Create or Copy in its name returns one reference for the caller, or NULL.
 #ifndef GNUSTEP_CORE_FOUNDATION_H
 #define GNUSTEP_CORE_FOUNDATION_H
 
-#include "cocoa_host.h"
-#include "exported.h"
+#include "libcocoa/runtime/exported.h"
+#include "libcocoa/runtime/host_support.h"
 
 typedef uint16_t UniChar;
 typedef uint32_t CFStringEncoding;

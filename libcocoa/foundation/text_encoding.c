@@ -1,9 +1,10 @@
-// gnustep/text_encoding.c - see text_encoding.h. No tables of the system are asked, so every machine agrees.
-#include "text_encoding.h"
+// libcocoa/foundation/text_encoding.c - see text_encoding.h. No tables of the system are asked, so every
+// machine agrees.
+#include "libcocoa/foundation/text_encoding.h"
 
 #include <string.h>
 
-#include "text_tables.h"
+#include "libcocoa/foundation/text_tables.h"
 
 static bool is_high_surrogate(uint32_t unit) {
   return unit >= 0xD800 && unit < 0xDC00;

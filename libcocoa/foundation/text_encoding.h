@@ -1,4 +1,5 @@
-// gnustep/text_encoding.h - bytes to UTF-16 units and back, strictly, for the encodings that hosts use.
+// libcocoa/foundation/text_encoding.h - bytes to UTF-16 units and back, strictly, for the encodings that
+// hosts use.
 #ifndef GNUSTEP_TEXT_ENCODING_H
 #define GNUSTEP_TEXT_ENCODING_H
 

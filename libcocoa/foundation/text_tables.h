@@ -1,4 +1,5 @@
-// gnustep/text_tables.h - the upper halves of the single-byte encodings. 0 stands for an undefined byte.
+// libcocoa/foundation/text_tables.h - the upper halves of the single-byte encodings. 0 stands for an
+// undefined byte.
 #ifndef GNUSTEP_TEXT_TABLES_H
 #define GNUSTEP_TEXT_TABLES_H
 

@@ -1,12 +1,13 @@
-// gnustep/NSColorList+Available.m - the lists that a program finds by name, and the one that it may not edit.
+// libcocoa/lists/NSColorList+Available.m - the lists that a program finds by name, and the one that it may
+// not edit.
 //
 // GNUstep fills its table of lists while it initialises NSColor, with its lock held, and puts what it reads
 // into an array: one file that can't be read there would take down every program of the user. So a file that
 // is no list gives an empty one while the table is filled, and this file keeps it from being seen.
 #include <pthread.h>
 
-#import "colour_lists.h"
-#import "stock_methods.h"
+#import "libcocoa/lists/colour_lists.h"
+#import "libcocoa/runtime/stock_methods.h"
 
 static NSString* const kSystem = @"System";
 

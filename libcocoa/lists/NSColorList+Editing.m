@@ -1,7 +1,8 @@
-// gnustep/NSColorList+Editing.m - changing a colour list: everything is checked before anything changes.
+// libcocoa/lists/NSColorList+Editing.m - changing a colour list: everything is checked before anything
+// changes.
 #import <AppKit/AppKitExceptions.h>
 
-#import "colour_lists.h"
+#import "libcocoa/lists/colour_lists.h"
 
 @implementation NSColorList (QVXEditing)
 

@@ -1,6 +1,6 @@
-// gnustep/NSColorList+Files.m - colour lists from files and to files.
-#import "colour_lists.h"
-#import "exact_colours.h"
+// libcocoa/lists/NSColorList+Files.m - colour lists from files and to files.
+#import "libcocoa/colours/exact_colours.h"
+#import "libcocoa/lists/colour_lists.h"
 
 static NSString* const kExtension = @"clr";
 

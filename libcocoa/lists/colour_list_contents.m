@@ -1,9 +1,9 @@
-// gnustep/colour_list_contents.m - reading what a colour-list file holds, without trusting it.
+// libcocoa/lists/colour_list_contents.m - reading what a colour-list file holds, without trusting it.
 #include <math.h>
 #include <string.h>
 
-#import "colour_archive.h"
-#import "exact_colours.h"
+#import "libcocoa/colours/colour_archive.h"
+#import "libcocoa/colours/exact_colours.h"
 
 // A file above this size is no colour list.
 enum { kLargestFile = 64 * 1024 * 1024 };

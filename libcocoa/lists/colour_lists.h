@@ -1,4 +1,4 @@
-// gnustep/colour_lists.h - what the files about colour lists share.
+// libcocoa/lists/colour_lists.h - what the files about colour lists share.
 #pragma once
 
 #import <AppKit/AppKit.h>

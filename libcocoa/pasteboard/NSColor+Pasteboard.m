@@ -1,6 +1,6 @@
-// gnustep/NSColor+Pasteboard.m - colours on a pasteboard, and whether their alpha counts there.
-#import "colour_archive.h"
-#import "exact_colours.h"
+// libcocoa/pasteboard/NSColor+Pasteboard.m - colours on a pasteboard, and whether their alpha counts there.
+#import "libcocoa/colours/colour_archive.h"
+#import "libcocoa/colours/exact_colours.h"
 
 static NSString* const kKey = @"";
 

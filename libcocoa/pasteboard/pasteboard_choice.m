@@ -1,10 +1,11 @@
-// gnustep/pasteboard_choice.m - which pasteboard server a process talks to: a running one, else its own.
+// libcocoa/pasteboard/pasteboard_choice.m - which pasteboard server a process talks to: a running one, else
+// its own.
 //
 // GNUstep would start a daemon where there is none, and wait for it. Here none is ever started.
 #import <AppKit/AppKit.h>
 #include <objc/runtime.h>
 
-#import "pasteboard_server.h"
+#import "libcocoa/pasteboard/pasteboard_server.h"
 
 @interface NSPasteboard (Private)
 + (void)_localServer:(id<GSPasteboardSvr>)server;  // does not retain

@@ -1,5 +1,5 @@
-// gnustep/pasteboard_server.m - see pasteboard_server.h.
-#import "pasteboard_server.h"
+// libcocoa/pasteboard/pasteboard_server.m - see pasteboard_server.h.
+#import "libcocoa/pasteboard/pasteboard_server.h"
 
 #include <unistd.h>
 

@@ -1,8 +1,9 @@
-// gnustep/built_in_profiles.c - the profiles that the library makes itself: the same bytes in every run.
+// libcocoa/profiles/built_in_profiles.c - the profiles that the library makes itself: the same bytes in every
+// run.
 #include <stdlib.h>
 #include <string.h>
 
-#include "little_cms.h"
+#include "libcocoa/profiles/little_cms.h"
 
 static const cmsCIExyY kD65 = {0.3127, 0.3290, 1.0};
 // Adobe RGB (1998), from its published encoding.

@@ -1,12 +1,12 @@
-// gnustep/colour_profiles.c - opening, checking, sharing and releasing ICC profiles.
-#include "colour_profiles.h"
+// libcocoa/profiles/colour_profiles.c - opening, checking, sharing and releasing ICC profiles.
+#include "libcocoa/profiles/colour_profiles.h"
 
 #include <pthread.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "colour_transforms.h"
-#include "little_cms.h"
+#include "libcocoa/profiles/colour_transforms.h"
+#include "libcocoa/profiles/little_cms.h"
 
 struct QVXProfile {
   QVXProfile* next;  // in its bucket

@@ -1,4 +1,4 @@
-// gnustep/colour_profiles.h - ICC profiles, checked, shared and reference-counted.
+// libcocoa/profiles/colour_profiles.h - ICC profiles, checked, shared and reference-counted.
 //
 // Every profile that enters the process comes through here. Profiles whose bytes differ only in what does not
 // touch colour (date, flags, rendering intent, identifier) are one and the same QVXProfile, so that "same

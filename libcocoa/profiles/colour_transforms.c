@@ -1,10 +1,10 @@
-// gnustep/colour_transforms.c - the cache of Little CMS transforms, and conversion through it.
-#include "colour_transforms.h"
+// libcocoa/profiles/colour_transforms.c - the cache of Little CMS transforms, and conversion through it.
+#include "libcocoa/profiles/colour_transforms.h"
 
 #include <math.h>
 #include <pthread.h>
 
-#include "little_cms.h"
+#include "libcocoa/profiles/little_cms.h"
 
 enum { kEntries = 64 };
 

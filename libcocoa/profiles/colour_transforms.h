@@ -1,9 +1,10 @@
-// gnustep/colour_transforms.h - numbers from one profile to another, through cached Little CMS transforms.
+// libcocoa/profiles/colour_transforms.h - numbers from one profile to another, through cached Little CMS
+// transforms.
 //
 // Relative colorimetric, no black point compensation, double precision. May be called from any thread.
 #pragma once
 
-#include "colour_profiles.h"
+#include "libcocoa/profiles/colour_profiles.h"
 
 // Converts one colour. Components are 0 to 1, but Lab is in its own units (L 0 to 100, a and b about -128 to
 // 127). A component that is not a number counts as 0; results outside 0 to 1 are clipped, Lab is not. Returns

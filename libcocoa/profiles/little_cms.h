@@ -1,9 +1,9 @@
-// gnustep/little_cms.h - what the files that call Little CMS share; no other file sees its types.
+// libcocoa/profiles/little_cms.h - what the files that call Little CMS share; no other file sees its types.
 #pragma once
 
 #include <lcms2.h>
 
-#include "colour_profiles.h"
+#include "libcocoa/profiles/colour_profiles.h"
 
 // The library's own context: its error handler is silent, and the global one, which belongs to whoever else
 // uses Little CMS in this process, is never touched.

@@ -1,9 +1,9 @@
-// gnustep/exception_frames.c - entering and leaving exception frames.
+// libcocoa/runtime/exception_frames.c - entering and leaving exception frames.
 //
 // The list is an array of addresses beside the frames and not a chain through them: a frame whose function
 // has gone without leaving must not take the others with it. It is initial-exec thread storage, because an
 // empty guard should cost next to nothing.
-#include "exception_frames.h"
+#include "libcocoa/runtime/exception_frames.h"
 
 #include <objc/runtime.h>
 #include <objc/thr.h>
@@ -11,7 +11,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include "exported.h"
+#include "libcocoa/runtime/exported.h"
 
 _Static_assert(sizeof(struct exception_frame) == sizeof(jmp_buf) + 4 * sizeof(void*), "as guards lay it out");
 

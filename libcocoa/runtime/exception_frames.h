@@ -1,4 +1,5 @@
-// gnustep/exception_frames.h - the setjmp frames of exception guards, and the thread's list of live ones.
+// libcocoa/runtime/exception_frames.h - the setjmp frames of exception guards, and the thread's list of live
+// ones.
 #ifndef GNUSTEP_EXCEPTION_FRAMES_H
 #define GNUSTEP_EXCEPTION_FRAMES_H
 

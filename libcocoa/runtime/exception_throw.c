@@ -1,4 +1,4 @@
-// gnustep/exception_throw.c - delivers exceptions into setjmp frames.
+// libcocoa/runtime/exception_throw.c - delivers exceptions into setjmp frames.
 //
 // GNUstep's own exceptions are table-driven: whoever raises calls objc_exception_throw. This library comes
 // before the Objective-C runtime, so every raise arrives here first. The nearest taker wins:
@@ -13,9 +13,9 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "exception_frames.h"
-#include "exported.h"
-#include "unwind_info.h"
+#include "libcocoa/runtime/exception_frames.h"
+#include "libcocoa/runtime/exported.h"
+#include "libcocoa/runtime/unwind_info.h"
 
 // What the runtime's personality routine expects an exception to be: its class, and the layout that it reads.
 // The class is the text GNUCOBJC, its first letter in the highest byte.

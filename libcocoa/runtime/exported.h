@@ -1,4 +1,4 @@
-// gnustep/exported.h - what leaves the library; everything else is compiled hidden.
+// libcocoa/runtime/exported.h - what leaves the library; everything else is compiled hidden.
 #ifndef GNUSTEP_EXPORTED_H
 #define GNUSTEP_EXPORTED_H
 

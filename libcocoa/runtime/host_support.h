@@ -1,4 +1,4 @@
-// gnustep/cocoa_host.h - what a host process needs of libcocoa.so around its calls into a bundle.
+// libcocoa/runtime/host_support.h - what a host process needs of libcocoa.so around its calls into a bundle.
 //
 // Plain C linkage, so that a host may link the library or look the functions up after
 // dlopen("libcocoa.so", RTLD_NOW | RTLD_GLOBAL). Names that other systems' frameworks have for the same thing

@@ -1,9 +1,9 @@
-// gnustep/host_support.m - autorelease pools, the run loop and object counts for hosts.
+// libcocoa/runtime/host_support.m - autorelease pools, the run loop and object counts for hosts.
 #import <Foundation/Foundation.h>
 #import <Foundation/NSDebug.h>
 #include <objc/runtime.h>
 
-#include "core_foundation.h"
+#include "libcocoa/foundation/core_foundation.h"
 
 COCOA_EXPORT void* objc_autoreleasePoolPush(void) { return [[NSAutoreleasePool alloc] init]; }
 

@@ -1,4 +1,4 @@
-// gnustep/message_send.S - objc_msgSend and objc_msgSend_fpret over the GCC runtime's lookup.
+// libcocoa/runtime/message_send.S - objc_msgSend and objc_msgSend_fpret over the GCC runtime's lookup.
 //
 // Both look the method up and jump to it with the caller's arguments untouched, so that the method returns to the
 // caller whatever it returns. The stack is aligned here: a host's compiler may keep it at 4 bytes only. The unwind

@@ -1,4 +1,4 @@
-// gnustep/start.m - what the library does when it is loaded.
+// libcocoa/runtime/start.m - what the library does when it is loaded.
 #define _GNU_SOURCE
 #import <Foundation/Foundation.h>
 #include <dlfcn.h>

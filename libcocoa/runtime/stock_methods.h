@@ -1,4 +1,4 @@
-// gnustep/stock_methods.h - GNUstep's own methods behind the categories that correct them.
+// libcocoa/runtime/stock_methods.h - GNUstep's own methods behind the categories that correct them.
 //
 // Corrections are categories: their methods win over GNUstep's, and the runtime keeps the old ones behind
 // them. method_setImplementation is not used on purpose: on a class that has not been sent a message yet it

@@ -1,5 +1,5 @@
-// gnustep/stock_methods.m - GNUstep's own methods behind the categories that correct them.
-#import "stock_methods.h"
+// libcocoa/runtime/stock_methods.m - GNUstep's own methods behind the categories that correct them.
+#import "libcocoa/runtime/stock_methods.h"
 
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,5 +1,5 @@
-// gnustep/unwind_info.c - reads the personality routine out of a function's call frame information.
-#include "unwind_info.h"
+// libcocoa/runtime/unwind_info.c - reads the personality routine out of a function's call frame information.
+#include "libcocoa/runtime/unwind_info.h"
 
 #include <stddef.h>
 #include <stdint.h>

@@ -1,5 +1,5 @@
-// gnustep/unwind_info.h - which language a stack frame's function was written in, as far as unwinding can
-// tell.
+// libcocoa/runtime/unwind_info.h - which language a stack frame's function was written in, as far as
+// unwinding can tell.
 #ifndef GNUSTEP_UNWIND_INFO_H
 #define GNUSTEP_UNWIND_INFO_H
 

@@ -1,4 +1,4 @@
-// gnustep/unwind_switch.S - continues in an outer function's call, giving up the stack below it.
+// libcocoa/runtime/unwind_switch.S - continues in an outer function's call, giving up the stack below it.
 
 // switch_to_call_site(const struct call_site *site, void *argument): as though the function at `site` had made its
 // call to forced_unwind_from_here(argument), which takes its argument in eax and does not return.

@@ -1,5 +1,5 @@
-// tests/platform/child_process.cpp - see child_process.h.
-#include "tests/platform/child_process.h"
+// tests/libcocoa/child_process.cpp - see child_process.h.
+#include "tests/libcocoa/child_process.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-// tests/platform/child_process.h - runs a program and keeps what it wrote.
+// tests/libcocoa/child_process.h - runs a program and keeps what it wrote.
 #pragma once
 
 #include <sys/types.h>

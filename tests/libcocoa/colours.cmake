@@ -22,7 +22,6 @@ target_link_libraries(colour_scenarios_plain PRIVATE gnustep lcms2 warnings)
 add_executable(colour_scenarios_here ${scenario_sources})
 target_link_libraries(colour_scenarios_here PRIVATE cocoa gnustep lcms2 warnings)
 foreach(program colour_scenarios_plain colour_scenarios_here)
-  target_include_directories(${program} PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)
   target_link_options(${program} PRIVATE -Wl,--no-as-needed)
   set_target_properties(${program} PROPERTIES LINKER_LANGUAGE C)  # CMake knows no run-time path for Objective-C
 endforeach()
@@ -34,8 +33,8 @@ target_compile_definitions(colour_behaviour_test PRIVATE
   QVX_SCENARIOS_HERE="$<TARGET_FILE:colour_scenarios_here>"
   QVX_ICC_FOLDER="${QVX_SYSROOT}/usr/share/color/icc/ghostscript")
 add_dependencies(colour_behaviour_test colour_scenarios_plain colour_scenarios_here)
-add_test(NAME platform.colour_behaviour COMMAND colour_behaviour_test)
-set_tests_properties(platform.colour_behaviour PROPERTIES TIMEOUT 600)
+add_test(NAME libcocoa.colour_behaviour COMMAND colour_behaviour_test)
+set_tests_properties(libcocoa.colour_behaviour PROPERTIES TIMEOUT 600)
 
 # Accuracy, damage, threads and memory: in one process, through the classes.
 add_executable(colour_library_test
@@ -45,19 +44,17 @@ add_executable(colour_library_test
   colours/ink_profile.c
   colours/colour_calls.m)
 target_link_libraries(colour_library_test PRIVATE cocoa gnustep lcms2 gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
-target_include_directories(colour_library_test PRIVATE ${PROJECT_SOURCE_DIR}/gnustep)
 target_link_options(colour_library_test PRIVATE -Wl,--no-as-needed)
 target_compile_definitions(colour_library_test PRIVATE
   QVX_ICC_FOLDER="${QVX_SYSROOT}/usr/share/color/icc/ghostscript"
   QVX_TRANSICC="${QVX_SYSROOT}/usr/bin/transicc"
   QVX_SYSROOT_PATH="${QVX_SYSROOT_LIBS}")
-add_test(NAME platform.colour_library COMMAND colour_library_test)
-set_tests_properties(platform.colour_library PROPERTIES TIMEOUT 600
+add_test(NAME libcocoa.colour_library COMMAND colour_library_test)
+set_tests_properties(libcocoa.colour_library PROPERTIES TIMEOUT 600
   ENVIRONMENT "QVX_CMYK_PROFILE=${QVX_SYSROOT}/usr/share/color/icc/ghostscript/default_cmyk.icc")
 
 # The bundle's own functions on the pasteboard, as a host calls them.
 add_executable(bundle_pasteboard_test colours/bundle_pasteboard_test.cpp)
-target_include_directories(bundle_pasteboard_test PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(bundle_pasteboard_test PRIVATE real_host gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
-add_test(NAME platform.bundle_pasteboard COMMAND bundle_pasteboard_test)
-set_tests_properties(platform.bundle_pasteboard PROPERTIES TIMEOUT 120)
+add_test(NAME libcocoa.bundle_pasteboard COMMAND bundle_pasteboard_test)
+set_tests_properties(libcocoa.bundle_pasteboard PROPERTIES TIMEOUT 120)

@@ -1,8 +1,8 @@
-// tests/platform/dictionary_test.cpp - dictionaries from pointer to pointer.
+// tests/libcocoa/dictionary_test.cpp - dictionaries from pointer to pointer.
 #include <gtest/gtest.h>
 
-#include "gnustep/cocoa_host.h"
-#include "tests/platform/guarded.h"
+#include "libcocoa/runtime/host_support.h"
+#include "tests/libcocoa/guarded.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// tests/platform/exception_test.cpp - exceptions delivered into setjmp frames.
+// tests/libcocoa/exception_test.cpp - exceptions delivered into setjmp frames.
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <pthread.h>
@@ -11,9 +11,9 @@
 #include <thread>
 #include <vector>
 
-#include "gnustep/cocoa_host.h"
-#include "tests/platform/guarded.h"
-#include "tests/platform/paths.h"
+#include "libcocoa/runtime/host_support.h"
+#include "tests/libcocoa/guarded.h"
+#include "tests/libcocoa/paths.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-// tests/platform/guarded.h - a setjmp frame around a body, as a bundle's guard makes it.
+// tests/libcocoa/guarded.h - a setjmp frame around a body, as a bundle's guard makes it.
 #pragma once
 
 #include <string>
 
-#include "platform/message.h"
+#include "bundle/platform/message.h"
 
 // Runs the body inside a frame. Answers the exception that was delivered, nil if the body ended by itself.
 template <typename Body>

@@ -1,10 +1,10 @@
-// tests/platform/host_support_test.cpp - autorelease pools, the run loop and object counts.
+// tests/libcocoa/host_support_test.cpp - autorelease pools, the run loop and object counts.
 #include <gtest/gtest.h>
 
 #include <chrono>
 
-#include "gnustep/cocoa_host.h"
-#include "tests/platform/guarded.h"
+#include "libcocoa/runtime/host_support.h"
+#include "tests/libcocoa/guarded.h"
 
 namespace {
 

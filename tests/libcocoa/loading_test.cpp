@@ -1,4 +1,4 @@
-// tests/platform/loading_test.cpp - the library loaded by a program that links nothing of it, in bare
+// tests/libcocoa/loading_test.cpp - the library loaded by a program that links nothing of it, in bare
 // surroundings.
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-#include "tests/platform/child_process.h"
+#include "tests/libcocoa/child_process.h"
 
 namespace {
 

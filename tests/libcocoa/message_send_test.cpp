@@ -1,7 +1,7 @@
-// tests/platform/message_send_test.cpp - objc_msgSend and objc_msgSend_fpret.
+// tests/libcocoa/message_send_test.cpp - objc_msgSend and objc_msgSend_fpret.
 #include <gtest/gtest.h>
 
-#include "platform/message.h"
+#include "bundle/platform/message.h"
 
 namespace {
 

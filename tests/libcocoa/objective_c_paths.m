@@ -1,4 +1,4 @@
-// tests/platform/objective_c_paths.m - Objective-C functions for an exception to pass through; see paths.h.
+// tests/libcocoa/objective_c_paths.m - Objective-C functions for an exception to pass through; see paths.h.
 #define _GNU_SOURCE
 #import <Foundation/Foundation.h>
 #include <objc/objc-sync.h>

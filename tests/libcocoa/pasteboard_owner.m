@@ -1,4 +1,4 @@
-// tests/platform/pasteboard_owner.m - an owner that supplies its data on demand.
+// tests/libcocoa/pasteboard_owner.m - an owner that supplies its data on demand.
 #import <AppKit/AppKit.h>
 
 @interface LazyOwner : NSObject {

@@ -1,4 +1,4 @@
-// tests/platform/pasteboard_peer.m - a process that serves pasteboards, or writes to or reads from one.
+// tests/libcocoa/pasteboard_peer.m - a process that serves pasteboards, or writes to or reads from one.
 //
 //   pasteboard_peer serve        says "ready", serves for ten seconds
 //   pasteboard_peer write TEXT

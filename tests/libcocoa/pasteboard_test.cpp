@@ -1,10 +1,10 @@
-// tests/platform/pasteboard_test.cpp - pasteboards without a pasteboard daemon.
+// tests/libcocoa/pasteboard_test.cpp - pasteboards without a pasteboard daemon.
 #include <gtest/gtest.h>
 
 #include <initializer_list>
 #include <string>
 
-#include "tests/platform/guarded.h"
+#include "tests/libcocoa/guarded.h"
 
 namespace {
 

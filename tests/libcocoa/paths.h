@@ -1,7 +1,7 @@
-// tests/platform/paths.h - functions of other languages for an exception to pass through.
+// tests/libcocoa/paths.h - functions of other languages for an exception to pass through.
 #pragma once
 
-#include "platform/cocoa.h"
+#include "bundle/platform/cocoa.h"
 
 extern "C" {
 

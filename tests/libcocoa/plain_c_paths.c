@@ -1,4 +1,4 @@
-// tests/platform/plain_c_paths.c - a C function without unwind tables; see paths.h.
+// tests/libcocoa/plain_c_paths.c - a C function without unwind tables; see paths.h.
 typedef void (*Body)(void* context);
 
 void ThroughPlainC(Body body, void* context);

@@ -1,4 +1,4 @@
-// tests/platform/probe.cpp - loads the platform library as a host does, and uses it.
+// tests/libcocoa/probe.cpp - loads the platform library as a host does, and uses it.
 //
 //   platform_probe LIBRARY [BUNDLE]    prints one line per step; status 1 if something could not be loaded
 //
@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "platform/cocoa.h"
+#include "bundle/platform/cocoa.h"
 
 namespace {
 

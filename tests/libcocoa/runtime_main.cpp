@@ -1,4 +1,4 @@
-// tests/platform/runtime_main.cpp - runs the tests of the platform library's mechanics.
+// tests/libcocoa/runtime_main.cpp - runs the tests of the platform library's mechanics.
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {

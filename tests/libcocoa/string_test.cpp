@@ -1,4 +1,4 @@
-// tests/platform/string_test.cpp - Core Foundation strings: encodings, strictness, bounds.
+// tests/libcocoa/string_test.cpp - Core Foundation strings: encodings, strictness, bounds.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/guarded.h"
+#include "tests/libcocoa/guarded.h"
 
 namespace {
 

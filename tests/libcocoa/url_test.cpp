@@ -1,4 +1,4 @@
-// tests/platform/url_test.cpp - file references and URLs of files.
+// tests/libcocoa/url_test.cpp - file references and URLs of files.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,8 +9,8 @@
 #include <fstream>
 #include <string>
 
-#include "gnustep/cocoa_host.h"
-#include "tests/platform/guarded.h"
+#include "libcocoa/runtime/host_support.h"
+#include "tests/libcocoa/guarded.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-// runner/commands/shim/shim.cpp - the library that "hostrun trace" loads before the platform.
-#include "runner/commands/shim/shim.h"
+// hostrun/commands/shim/shim.cpp - the library that "hostrun trace" loads before the platform.
+#include "hostrun/commands/shim/shim.h"
 
 #include <dlfcn.h>
 
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "runner/commands/platform_functions.h"
+#include "hostrun/commands/platform_functions.h"
 
 extern "C" {
 [[gnu::visibility("hidden")]] extern const char hostrun_trace_spare[];

@@ -1,4 +1,4 @@
-// runner/commands/shim/shim.h - the library that "hostrun trace" loads before the platform.
+// hostrun/commands/shim/shim.h - the library that "hostrun trace" loads before the platform.
 //
 // It exports the platform's functions that a bundle uses. Loaded globally before the platform library, it is
 // what the bundle finds; each call is told and goes on to the platform.

@@ -1,4 +1,4 @@
-/* runner/commands/shim/thunks.S - stands before functions of the platform and of the host, and lets somebody look.
+/* hostrun/commands/shim/thunks.S - stands before functions of the platform and of the host, and lets somebody look.
  *
  * Each thunk tells hostrun_trace_arrived its number and where its arguments lie, and then jumps to the real function
  * with the stack as it found it: whoever called sees no difference, and neither do frames and return addresses.

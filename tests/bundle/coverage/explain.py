@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-# tests/coverage/explain.py - the report of tools/coverage: figures by file, then every branch that no test takes, with
+# tests/bundle/coverage/explain.py - the report of tools/coverage: figures by file, then every branch that no test takes, with
 # its reason beside the line. Fails below the goals, for a branch without a reason, and for a reason without a branch.
 #
 #   explain.py COVERAGE.json UNREACHED.txt REPORT.txt     COVERAGE.json is gcovr's

@@ -1,5 +1,6 @@
-// tests/faults/allowances.cpp - what is right although it looks like a broken promise, each with its reason.
-#include "tests/faults/promises.h"
+// tests/bundle/faults/allowances.cpp - what is right although it looks like a broken promise, each with its
+// reason.
+#include "tests/bundle/faults/promises.h"
 
 namespace faults {
 namespace {

@@ -1,5 +1,6 @@
-// tests/faults/bundle_image.cpp - the bundle as a host loads it, and its memory set back to an earlier state.
-#include "tests/faults/bundle_image.h"
+// tests/bundle/faults/bundle_image.cpp - the bundle as a host loads it, and its memory set back to an earlier
+// state.
+#include "tests/bundle/faults/bundle_image.h"
 
 #include <dlfcn.h>
 #include <link.h>

@@ -1,4 +1,5 @@
-// tests/faults/bundle_image.h - the bundle as a host loads it, and its memory set back to an earlier state.
+// tests/bundle/faults/bundle_image.h - the bundle as a host loads it, and its memory set back to an earlier
+// state.
 //
 // The bundle keeps what it found for the life of the process. To repeat a call from the same start many
 // thousand times, its writable memory is copied once and written back before each.

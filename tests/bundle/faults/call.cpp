@@ -1,17 +1,17 @@
-// tests/faults/call.cpp - one call into the bundle from a known start, with faults on the way.
-#include "tests/faults/call.h"
+// tests/bundle/faults/call.cpp - one call into the bundle from a known start, with faults on the way.
+#include "tests/bundle/faults/call.h"
 
 #include <algorithm>
 #include <array>
 #include <map>
 #include <new>
 
-#include "tests/faults/bundle_image.h"
-#include "tests/support/allocation.h"
-#include "tests/support/balance.h"
-#include "tests/support/bundle.h"
-#include "tests/support/exception_frames.h"
-#include "tests/support/platform.h"
+#include "tests/bundle/faults/bundle_image.h"
+#include "tests/bundle/scripted/allocation.h"
+#include "tests/bundle/scripted/balance.h"
+#include "tests/bundle/scripted/bundle.h"
+#include "tests/bundle/scripted/exception_frames.h"
+#include "tests/bundle/scripted/platform.h"
 
 namespace faults {
 namespace {

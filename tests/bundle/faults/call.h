@@ -1,15 +1,15 @@
-// tests/faults/call.h - one call into the bundle from a known start, with faults on the way, and what came of
-// it.
+// tests/bundle/faults/call.h - one call into the bundle from a known start, with faults on the way, and what
+// came of it.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "tests/faults/inputs.h"
-#include "tests/faults/targets.h"
-#include "tests/support/event_log.h"
-#include "tests/support/host.h"
+#include "tests/bundle/faults/inputs.h"
+#include "tests/bundle/faults/targets.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/host.h"
 
 namespace faults {
 

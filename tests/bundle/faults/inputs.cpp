@@ -1,12 +1,12 @@
-// tests/faults/inputs.cpp - representative arguments for every kind of parameter.
-#include "tests/faults/inputs.h"
+// tests/bundle/faults/inputs.cpp - representative arguments for every kind of parameter.
+#include "tests/bundle/faults/inputs.h"
 
 #include <cstring>
 #include <limits>
 
-#include "tests/support/host.h"
-#include "tests/support/native_object.h"
-#include "tests/support/platform.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/native_object.h"
+#include "tests/bundle/scripted/platform.h"
 
 namespace faults {
 namespace {

@@ -1,4 +1,4 @@
-// tests/faults/inputs.h - representative arguments for every kind of parameter.
+// tests/bundle/faults/inputs.h - representative arguments for every kind of parameter.
 #pragma once
 
 #include <array>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/faults/targets.h"
+#include "tests/bundle/faults/targets.h"
 
 namespace faults {
 

@@ -1,4 +1,4 @@
-// tests/faults/main.cpp - the fault matrix: every function, every input, every event, every fault.
+// tests/bundle/faults/main.cpp - the fault matrix: every function, every input, every event, every fault.
 //
 //   fault_matrix BUNDLE                       everything
 //   fault_matrix BUNDLE --only TEXT           functions whose declaration contains TEXT
@@ -21,7 +21,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/faults/promises.h"
+#include "tests/bundle/faults/promises.h"
 
 namespace faults {
 namespace {

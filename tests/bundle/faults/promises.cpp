@@ -1,10 +1,10 @@
-// tests/faults/promises.cpp - what the bundle promises after a fault.
-#include "tests/faults/promises.h"
+// tests/bundle/faults/promises.cpp - what the bundle promises after a fault.
+#include "tests/bundle/faults/promises.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "tests/support/platform.h"
+#include "tests/bundle/scripted/platform.h"
 
 namespace faults {
 namespace {

@@ -1,11 +1,11 @@
-// tests/faults/promises.h - which faults an event can have, and what the bundle promises after them.
+// tests/bundle/faults/promises.h - which faults an event can have, and what the bundle promises after them.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tests/faults/call.h"
+#include "tests/bundle/faults/call.h"
 
 namespace faults {
 

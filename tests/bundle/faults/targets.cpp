@@ -1,5 +1,6 @@
-// tests/faults/targets.cpp - every function of the bundle that a host can call, read from its declarations.
-#include "tests/faults/targets.h"
+// tests/bundle/faults/targets.cpp - every function of the bundle that a host can call, read from its
+// declarations.
+#include "tests/bundle/faults/targets.h"
 
 #include <algorithm>
 #include <cctype>
@@ -7,7 +8,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "tests/support/host.h"
+#include "tests/bundle/scripted/host.h"
 
 namespace faults {
 namespace {

@@ -1,4 +1,4 @@
-// tests/faults/targets.h - every function of the bundle that a host can call, and what it takes.
+// tests/bundle/faults/targets.h - every function of the bundle that a host can call, and what it takes.
 #pragma once
 
 #include <cstdint>

@@ -1,13 +1,13 @@
-// tests/support/allocation.cpp - what the bundle itself allocates on the heap.
-#include "tests/support/allocation.h"
+// tests/bundle/scripted/allocation.cpp - what the bundle itself allocates on the heap.
+#include "tests/bundle/scripted/allocation.h"
 
 #include <array>
 #include <cstdlib>
 #include <new>
 #include <string>
 
-#include "tests/support/event_log.h"
-#include "tests/support/host.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/host.h"
 
 namespace scripted {
 namespace {

@@ -1,4 +1,4 @@
-// tests/support/allocation.h - what the bundle itself allocates on the heap.
+// tests/bundle/scripted/allocation.h - what the bundle itself allocates on the heap.
 //
 // malloc, calloc, realloc and free are wrapped by the linker (--wrap), operator new and delete are replaced.
 // Only what happens inside the bundle is noted; a kNull fault makes an allocation fail.

@@ -1,13 +1,13 @@
-// tests/support/balance.cpp - the oracle: what every call must leave behind as it found it.
-#include "tests/support/balance.h"
+// tests/bundle/scripted/balance.cpp - the oracle: what every call must leave behind as it found it.
+#include "tests/bundle/scripted/balance.h"
 
 #include <algorithm>
 #include <map>
 
-#include "tests/support/event_log.h"
-#include "tests/support/exception_frames.h"
-#include "tests/support/host.h"
-#include "tests/support/native_object.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/exception_frames.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/native_object.h"
 
 namespace scripted {
 namespace {

@@ -1,4 +1,4 @@
-// tests/support/balance.h - the oracle: what every call must leave behind as it found it.
+// tests/bundle/scripted/balance.h - the oracle: what every call must leave behind as it found it.
 #pragma once
 
 #include <string>

@@ -1,11 +1,11 @@
-// tests/support/bundle.cpp - finds the bundle's functions by the records that it registered.
-#include "tests/support/bundle.h"
+// tests/bundle/scripted/bundle.cpp - finds the bundle's functions by the records that it registered.
+#include "tests/bundle/scripted/bundle.h"
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 
-#include "tests/support/allocation.h"
+#include "tests/bundle/scripted/allocation.h"
 
 extern "C" void REALPluginMain(void* (*resolver)(const char*));
 

@@ -1,13 +1,14 @@
-// tests/support/bundle.h - the only way for a test into the bundle: by pointer, or by class and declaration.
+// tests/bundle/scripted/bundle.h - the only way for a test into the bundle: by pointer, or by class and
+// declaration.
 #pragma once
 
 #include <cstdint>
 #include <string_view>
 #include <type_traits>
 
-#include "tests/support/event_log.h"
-#include "tests/support/host.h"
-#include "tests/support/native_object.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/native_object.h"
 
 namespace scripted {
 

@@ -1,5 +1,5 @@
-// tests/support/event_log.cpp - everything that crosses the bundle's border, in order.
-#include "tests/support/event_log.h"
+// tests/bundle/scripted/event_log.cpp - everything that crosses the bundle's border, in order.
+#include "tests/bundle/scripted/event_log.h"
 
 #include <algorithm>
 #include <array>

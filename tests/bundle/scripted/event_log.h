@@ -1,5 +1,5 @@
-// tests/support/event_log.h - everything that crosses the bundle's border, in order, and the hook that
-// injects faults.
+// tests/bundle/scripted/event_log.h - everything that crosses the bundle's border, in order, and the hook
+// that injects faults.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,6 @@
-// tests/support/exception_frames.cpp - the objc_exception_* family over setjmp frames, with its balance.
-#include "tests/support/exception_frames.h"
+// tests/bundle/scripted/exception_frames.cpp - the objc_exception_* family over setjmp frames, with its
+// balance.
+#include "tests/bundle/scripted/exception_frames.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -8,8 +9,8 @@
 #include <map>
 #include <vector>
 
-#include "platform/cocoa.h"
-#include "tests/support/event_log.h"
+#include "bundle/platform/cocoa.h"
+#include "tests/bundle/scripted/event_log.h"
 
 namespace scripted {
 namespace {

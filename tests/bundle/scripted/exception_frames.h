@@ -1,9 +1,9 @@
-// tests/support/exception_frames.h - the scripted platform's exception frames and their balance.
+// tests/bundle/scripted/exception_frames.h - the scripted platform's exception frames and their balance.
 #pragma once
 
 #include <functional>
 
-#include "tests/support/native_object.h"
+#include "tests/bundle/scripted/native_object.h"
 
 namespace scripted {
 

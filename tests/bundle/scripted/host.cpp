@@ -1,14 +1,14 @@
-// tests/support/host.cpp - the scripted host's handles.
-#include "tests/support/host.h"
+// tests/bundle/scripted/host.cpp - the scripted host's handles.
+#include "tests/bundle/scripted/host.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "tests/support/event_log.h"
-#include "tests/support/native_object.h"
-#include "tests/support/platform.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/native_object.h"
+#include "tests/bundle/scripted/platform.h"
 
 namespace scripted {
 namespace {

@@ -1,4 +1,5 @@
-// tests/support/host.h - the scripted host: every service of the contract, real handles, and balances.
+// tests/bundle/scripted/host.h - the scripted host: every service of the contract, real handles, and
+// balances.
 #pragma once
 
 #include <cstdint>
@@ -10,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
-#include "host/records.h"
-#include "host/types.h"
-#include "platform/cocoa.h"
+#include "bundle/host/records.h"
+#include "bundle/host/types.h"
+#include "bundle/platform/cocoa.h"
 
 namespace scripted {
 

@@ -1,13 +1,13 @@
-// tests/support/host_services.cpp - the services that the scripted host's resolver answers.
+// tests/bundle/scripted/host_services.cpp - the services that the scripted host's resolver answers.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "tests/support/event_log.h"
-#include "tests/support/host.h"
-#include "tests/support/native_object.h"
-#include "tests/support/text.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/native_object.h"
+#include "tests/bundle/scripted/text.h"
 
 namespace scripted {
 namespace {

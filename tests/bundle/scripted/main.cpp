@@ -1,4 +1,4 @@
-// tests/support/main.cpp - runs every test in a process of its own.
+// tests/bundle/scripted/main.cpp - runs every test in a process of its own.
 //
 // The bundle keeps what it found for the life of the process (services, selectors, the host's version,
 // definitions that registration rewrote), and gives no way to forget it. So each test gets a fresh copy of a

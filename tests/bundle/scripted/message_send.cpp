@@ -1,6 +1,6 @@
-// tests/support/message_send.cpp - objc_msgSend and objc_msgSend_fpret for calls of any signature.
-#include "tests/support/exception_frames.h"
-#include "tests/support/platform.h"
+// tests/bundle/scripted/message_send.cpp - objc_msgSend and objc_msgSend_fpret for calls of any signature.
+#include "tests/bundle/scripted/exception_frames.h"
+#include "tests/bundle/scripted/platform.h"
 
 namespace scripted {
 namespace {

@@ -1,6 +1,6 @@
-// tests/support/method_types.cpp - the declared methods of the platform's classes, with the types of their
-// arguments.
-#include "tests/support/platform.h"
+// tests/bundle/scripted/method_types.cpp - the declared methods of the platform's classes, with the types of
+// their arguments.
+#include "tests/bundle/scripted/platform.h"
 
 namespace scripted {
 

@@ -1,5 +1,5 @@
-// tests/support/native_object.cpp - the scripted platform's objects.
-#include "tests/support/native_object.h"
+// tests/bundle/scripted/native_object.cpp - the scripted platform's objects.
+#include "tests/bundle/scripted/native_object.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -7,9 +7,9 @@
 #include <set>
 #include <unordered_set>
 
-#include "tests/support/event_log.h"
-#include "tests/support/host.h"
-#include "tests/support/text.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/text.h"
 
 namespace scripted {
 namespace {

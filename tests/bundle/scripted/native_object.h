@@ -1,5 +1,5 @@
-// tests/support/native_object.h - the scripted platform's objects: classes, colours, strings, data, URLs,
-// exceptions.
+// tests/bundle/scripted/native_object.h - the scripted platform's objects: classes, colours, strings, data,
+// URLs, exceptions.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/cocoa.h"
+#include "bundle/platform/cocoa.h"
 
 namespace scripted {
 

@@ -1,12 +1,12 @@
-// tests/support/platform.cpp - the scripted platform: checks every message against the declared types and
-// answers it.
-#include "tests/support/platform.h"
+// tests/bundle/scripted/platform.cpp - the scripted platform: checks every message against the declared types
+// and answers it.
+#include "tests/bundle/scripted/platform.h"
 
 #include <bit>
 #include <cstring>
 
-#include "tests/support/host.h"
-#include "tests/support/text.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/text.h"
 
 namespace scripted {
 namespace {

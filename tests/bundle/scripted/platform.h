@@ -1,5 +1,5 @@
-// tests/support/platform.h - the scripted platform: answers every message, and does to order what no real one
-// does.
+// tests/bundle/scripted/platform.h - the scripted platform: answers every message, and does to order what no
+// real one does.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/support/event_log.h"
-#include "tests/support/native_object.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/native_object.h"
 
 namespace scripted {
 

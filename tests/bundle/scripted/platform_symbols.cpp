@@ -1,14 +1,14 @@
-// tests/support/platform_symbols.cpp - the C functions of the scripted platform, truth values apart.
+// tests/bundle/scripted/platform_symbols.cpp - the C functions of the scripted platform, truth values apart.
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
 
-#include "host/types.h"
-#include "platform/cocoa.h"
-#include "tests/support/exception_frames.h"
-#include "tests/support/host.h"
-#include "tests/support/platform.h"
-#include "tests/support/text.h"
+#include "bundle/host/types.h"
+#include "bundle/platform/cocoa.h"
+#include "tests/bundle/scripted/exception_frames.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/platform.h"
+#include "tests/bundle/scripted/text.h"
 
 using namespace scripted;  // NOLINT(google-build-using-namespace): the C functions below are this file's
                            // purpose

@@ -1,9 +1,9 @@
-// tests/support/text.cpp - text in the encodings that host and platform name by number.
-#include "tests/support/text.h"
+// tests/bundle/scripted/text.cpp - text in the encodings that host and platform name by number.
+#include "tests/bundle/scripted/text.h"
 
 #include <cstring>
 
-#include "host/types.h"
+#include "bundle/host/types.h"
 
 namespace scripted {
 namespace {

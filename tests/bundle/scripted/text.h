@@ -1,4 +1,4 @@
-// tests/support/text.h - text in the encodings that host and platform name by number.
+// tests/bundle/scripted/text.h - text in the encodings that host and platform name by number.
 #pragma once
 
 #include <cstdint>

@@ -1,14 +1,14 @@
-// tests/unit/bridge.h - the bridge's own conversions, called directly.
+// tests/bundle/unit/bridge.h - the bridge's own conversions, called directly.
 //
 // They note what they borrow in the Holdings of the guard that they run under; here each call has some of its
 // own.
 #pragma once
 
-#include "bridge/holdings.h"
-#include "bridge/instances.h"
-#include "bridge/memory_blocks.h"
-#include "bridge/strings.h"
-#include "tests/unit/fixture.h"
+#include "bundle/bridge/holdings.h"
+#include "bundle/bridge/instances.h"
+#include "bundle/bridge/memory_blocks.h"
+#include "bundle/bridge/strings.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 

@@ -1,6 +1,6 @@
-// tests/unit/color_factories_test.cpp - the 60 shared methods of NSColorQVX.
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+// tests/bundle/unit/color_factories_test.cpp - the 60 shared methods of NSColorQVX.
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

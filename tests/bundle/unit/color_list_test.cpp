@@ -1,9 +1,9 @@
-// tests/unit/color_list_test.cpp - the 11 methods of NSColorListQVX.
+// tests/bundle/unit/color_list_test.cpp - the 11 methods of NSColorListQVX.
 #include <cstring>
 
-#include "bridge/instances.h"
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+#include "bundle/bridge/instances.h"
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

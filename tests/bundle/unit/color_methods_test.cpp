@@ -1,8 +1,8 @@
-// tests/unit/color_methods_test.cpp - the 21 instance methods of NSColorQVX.
+// tests/bundle/unit/color_methods_test.cpp - the 21 instance methods of NSColorQVX.
 #include <algorithm>
 
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

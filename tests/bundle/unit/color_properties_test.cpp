@@ -1,9 +1,9 @@
-// tests/unit/color_properties_test.cpp - the 20 properties of NSColorQVX.
+// tests/bundle/unit/color_properties_test.cpp - the 20 properties of NSColorQVX.
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

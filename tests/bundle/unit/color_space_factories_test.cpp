@@ -1,9 +1,9 @@
-// tests/unit/color_space_factories_test.cpp - the 15 shared methods of NSColorSpaceQVX.
+// tests/bundle/unit/color_space_factories_test.cpp - the 15 shared methods of NSColorSpaceQVX.
 #include <new>
 
-#include "bridge/instances.h"
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+#include "bundle/bridge/instances.h"
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

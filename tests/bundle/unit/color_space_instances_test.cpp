@@ -1,7 +1,7 @@
-// tests/unit/color_space_instances_test.cpp - the 11 instance methods of NSColorSpaceQVX.
-#include "tests/unit/bridge.h"
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+// tests/bundle/unit/color_space_instances_test.cpp - the 11 instance methods of NSColorSpaceQVX.
+#include "tests/bundle/unit/bridge.h"
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

@@ -1,4 +1,4 @@
-// tests/unit/declarations.h - what the three classes declare to the host, to the letter and in order.
+// tests/bundle/unit/declarations.h - what the three classes declare to the host, to the letter and in order.
 //
 // Written down independently of the bundle's own tables: this is what host programs were written against.
 #pragma once

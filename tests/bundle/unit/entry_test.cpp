@@ -1,10 +1,10 @@
-// tests/unit/entry_test.cpp - REALPluginMain: the version, the negotiation, the order of registration.
+// tests/bundle/unit/entry_test.cpp - REALPluginMain: the version, the negotiation, the order of registration.
 #include <cmath>
 #include <limits>
 
-#include "host/services.h"
-#include "plugin/registration.h"
-#include "tests/unit/fixture.h"
+#include "bundle/host/services.h"
+#include "bundle/plugin/registration.h"
+#include "tests/bundle/unit/fixture.h"
 
 extern "C" void REALPluginMain(void* (*resolver)(const char*));
 

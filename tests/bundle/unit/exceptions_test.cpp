@@ -1,10 +1,10 @@
-// tests/unit/exceptions_test.cpp - raising host exceptions.
-#include "bridge/exceptions.h"
+// tests/bundle/unit/exceptions_test.cpp - raising host exceptions.
+#include "bundle/bridge/exceptions.h"
 
 #include <new>
 
-#include "host/types.h"
-#include "tests/unit/fixture.h"
+#include "bundle/host/types.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

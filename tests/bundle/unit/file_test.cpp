@@ -1,5 +1,5 @@
-// tests/unit/file_test.cpp - the built file: what it exports, imports and needs, and that loading it does
-// nothing.
+// tests/bundle/unit/file_test.cpp - the built file: what it exports, imports and needs, and that loading it
+// does nothing.
 #include <dlfcn.h>
 #include <elf.h>
 
@@ -9,7 +9,7 @@
 #include <iterator>
 #include <set>
 
-#include "tests/unit/fixture.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

@@ -1,4 +1,4 @@
-// tests/unit/fixture.h - what every unit test starts from and is held to at its end.
+// tests/bundle/unit/fixture.h - what every unit test starts from and is held to at its end.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -7,15 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/allocation.h"
-#include "tests/support/balance.h"
-#include "tests/support/bundle.h"
-#include "tests/support/event_log.h"
-#include "tests/support/exception_frames.h"
-#include "tests/support/host.h"
-#include "tests/support/native_object.h"
-#include "tests/support/platform.h"
-#include "tests/support/text.h"
+#include "tests/bundle/scripted/allocation.h"
+#include "tests/bundle/scripted/balance.h"
+#include "tests/bundle/scripted/bundle.h"
+#include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/exception_frames.h"
+#include "tests/bundle/scripted/host.h"
+#include "tests/bundle/scripted/native_object.h"
+#include "tests/bundle/scripted/platform.h"
+#include "tests/bundle/scripted/text.h"
 
 namespace unit {
 

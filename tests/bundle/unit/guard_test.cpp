@@ -1,10 +1,10 @@
-// tests/unit/guard_test.cpp - the native-exception guard, on every function that has one.
+// tests/bundle/unit/guard_test.cpp - the native-exception guard, on every function that has one.
 #include <algorithm>
 #include <new>
 #include <set>
 
-#include "bridge/instances.h"
-#include "tests/unit/guarded_functions.h"
+#include "bundle/bridge/instances.h"
+#include "tests/bundle/unit/guarded_functions.h"
 
 namespace unit {
 namespace {

@@ -1,13 +1,13 @@
-// tests/unit/guarded_functions.h - one call of every guarded function of the three classes, through its
-// record.
+// tests/bundle/unit/guarded_functions.h - one call of every guarded function of the three classes, through
+// its record.
 #pragma once
 
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 

@@ -1,11 +1,11 @@
-// tests/unit/holdings_test.cpp - what a guarded body holds for a moment: given back last taken first, once,
-// and never lost while an exception unwinds.
-#include "bridge/holdings.h"
+// tests/bundle/unit/holdings_test.cpp - what a guarded body holds for a moment: given back last taken first,
+// once, and never lost while an exception unwinds.
+#include "bundle/bridge/holdings.h"
 
 #include <new>
 
-#include "bridge/references.h"
-#include "tests/unit/bridge.h"
+#include "bundle/bridge/references.h"
+#include "tests/bundle/unit/bridge.h"
 
 namespace unit {
 namespace {

@@ -1,7 +1,7 @@
-// tests/unit/instances_test.cpp - constructors, destructors, preparation, conversion, the cache.
-#include "bridge/instances.h"
+// tests/bundle/unit/instances_test.cpp - constructors, destructors, preparation, conversion, the cache.
+#include "bundle/bridge/instances.h"
 
-#include "tests/unit/bridge.h"
+#include "tests/bundle/unit/bridge.h"
 
 namespace unit {
 namespace {

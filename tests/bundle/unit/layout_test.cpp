@@ -1,8 +1,8 @@
-// tests/unit/layout_test.cpp - the registered records: every word, every declaration, in both layouts.
+// tests/bundle/unit/layout_test.cpp - the registered records: every word, every declaration, in both layouts.
 #include <set>
 
-#include "tests/unit/declarations.h"
-#include "tests/unit/fixture.h"
+#include "tests/bundle/unit/declarations.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

@@ -1,10 +1,10 @@
-// tests/unit/memory_blocks_test.cpp - bytes between host memory blocks and platform data.
-#include "bridge/memory_blocks.h"
+// tests/bundle/unit/memory_blocks_test.cpp - bytes between host memory blocks and platform data.
+#include "bundle/bridge/memory_blocks.h"
 
 #include <new>
 #include <stdexcept>
 
-#include "tests/unit/bridge.h"
+#include "tests/bundle/unit/bridge.h"
 
 namespace unit {
 namespace {

@@ -1,10 +1,11 @@
-// tests/unit/registration_test.cpp - class definitions in the current layout and rewritten into the old one.
-#include "plugin/registration.h"
+// tests/bundle/unit/registration_test.cpp - class definitions in the current layout and rewritten into the
+// old one.
+#include "bundle/plugin/registration.h"
 
 #include <cstring>
 
-#include "host/services.h"
-#include "tests/unit/fixture.h"
+#include "bundle/host/services.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

@@ -1,9 +1,10 @@
-// tests/unit/services_test.cpp - the entry-point table: lookup, keeping, and what a missing service gives.
-#include "host/services.h"
+// tests/bundle/unit/services_test.cpp - the entry-point table: lookup, keeping, and what a missing service
+// gives.
+#include "bundle/host/services.h"
 
 #include <functional>
 
-#include "tests/unit/fixture.h"
+#include "tests/bundle/unit/fixture.h"
 
 namespace unit {
 namespace {

@@ -1,9 +1,9 @@
-// tests/unit/strings_host_to_platform_test.cpp - NewNSString and REALGetStringData.
+// tests/bundle/unit/strings_host_to_platform_test.cpp - NewNSString and REALGetStringData.
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "tests/unit/bridge.h"
+#include "tests/bundle/unit/bridge.h"
 
 namespace unit {
 namespace {

@@ -1,7 +1,7 @@
-// tests/unit/strings_platform_to_host_test.cpp - NSStringRB and REALBuildUnicodeString.
+// tests/bundle/unit/strings_platform_to_host_test.cpp - NSStringRB and REALBuildUnicodeString.
 #include <new>
 
-#include "tests/unit/bridge.h"
+#include "tests/bundle/unit/bridge.h"
 
 namespace unit {
 namespace {

@@ -1,5 +1,5 @@
-// tests/commands/at_terminal.cpp - a hostrun that runs at a terminal of its own.
-#include "at_terminal.h"
+// tests/hostrun/commands/at_terminal.cpp - a hostrun that runs at a terminal of its own.
+#include "tests/hostrun/commands/at_terminal.h"
 
 #include <poll.h>
 #include <pty.h>
@@ -10,7 +10,7 @@
 #include <array>
 #include <csignal>
 
-#include "run_hostrun.h"
+#include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
 namespace {

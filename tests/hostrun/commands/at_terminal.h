@@ -1,4 +1,4 @@
-// tests/commands/at_terminal.h - a hostrun that runs at a terminal of its own.
+// tests/hostrun/commands/at_terminal.h - a hostrun that runs at a terminal of its own.
 #pragma once
 
 #include <sys/types.h>

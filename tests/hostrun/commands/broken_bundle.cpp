@@ -1,4 +1,4 @@
-// tests/commands/broken_bundle.cpp - a bundle that breaks the contract in one place, for the tests of
+// tests/hostrun/commands/broken_bundle.cpp - a bundle that breaks the contract in one place, for the tests of
 // "hostrun check". The environment's BROKEN_BUNDLE_FAULT says in which; without one it keeps the contract.
 // What concerns the file is given by macros and options of the build.
 #include <pthread.h>
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "host/records.h"
+#include "bundle/host/records.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-// tests/commands/check_test.cpp - "hostrun check": a bundle that keeps the contract passes, and each way to
-// break it fails the check that is about it.
+// tests/hostrun/commands/check_test.cpp - "hostrun check": a bundle that keeps the contract passes, and each
+// way to break it fails the check that is about it.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -9,7 +9,7 @@
 #include <ostream>
 #include <set>
 
-#include "run_hostrun.h"
+#include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
 namespace {

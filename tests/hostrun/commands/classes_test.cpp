@@ -1,9 +1,9 @@
-// tests/commands/classes_test.cpp - "hostrun classes".
+// tests/hostrun/commands/classes_test.cpp - "hostrun classes".
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include "run_hostrun.h"
+#include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
 namespace {

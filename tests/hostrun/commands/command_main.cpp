@@ -1,4 +1,4 @@
-// tests/commands/command_main.cpp - runs the tests of the commands.
+// tests/hostrun/commands/command_main.cpp - runs the tests of the commands.
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {

@@ -1,7 +1,7 @@
-// tests/commands/repl_test.cpp - "hostrun repl" with its lines from a pipe.
+// tests/hostrun/commands/repl_test.cpp - "hostrun repl" with its lines from a pipe.
 #include <gtest/gtest.h>
 
-#include "run_hostrun.h"
+#include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
 namespace {

@@ -1,5 +1,5 @@
-// tests/commands/run_hostrun.cpp - runs the hostrun of this build and says what came out.
-#include "run_hostrun.h"
+// tests/hostrun/commands/run_hostrun.cpp - runs the hostrun of this build and says what came out.
+#include "tests/hostrun/commands/run_hostrun.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>

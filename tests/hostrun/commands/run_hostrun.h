@@ -1,4 +1,4 @@
-// tests/commands/run_hostrun.h - runs the hostrun of this build and says what came out.
+// tests/hostrun/commands/run_hostrun.h - runs the hostrun of this build and says what came out.
 #pragma once
 
 #include <string>

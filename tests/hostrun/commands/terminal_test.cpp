@@ -1,9 +1,9 @@
-// tests/commands/terminal_test.cpp - what hostrun does at a terminal and nowhere else: colour, progress, line
-// editing.
+// tests/hostrun/commands/terminal_test.cpp - what hostrun does at a terminal and nowhere else: colour,
+// progress, line editing.
 #include <gtest/gtest.h>
 
-#include "at_terminal.h"
-#include "run_hostrun.h"
+#include "tests/hostrun/commands/at_terminal.h"
+#include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
 namespace {

@@ -1,9 +1,9 @@
-// tests/commands/trace_test.cpp - "hostrun trace".
+// tests/hostrun/commands/trace_test.cpp - "hostrun trace".
 #include <gtest/gtest.h>
 
 #include <regex>
 
-#include "run_hostrun.h"
+#include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
 namespace {

@@ -1,7 +1,7 @@
-// tests/commands/use_test.cpp - what all sub-commands have in common.
+// tests/hostrun/commands/use_test.cpp - what all sub-commands have in common.
 #include <gtest/gtest.h>
 
-#include "run_hostrun.h"
+#include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
 namespace {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# tests/programs/errors.sh HOSTRUN - programs that must be refused before they run.
+# tests/hostrun/programs/errors.sh HOSTRUN - programs that must be refused before they run.
 #
 # The first line of each program in errors/ is "' wants 2 LINE:COLUMN: TEXT": the beginning of what stderr must say
 # behind the file's name. Nothing may have run: stdout stays empty.

@@ -1,4 +1,4 @@
-# runner/tests/run_program.cmake - runs one program and compares what it says.
+# tests/hostrun/programs/run_program.cmake - runs one program and compares what it says.
 #
 #   cmake -DHOSTRUN=FILE -DPROGRAM=NAME.bas [-DOPTIONS=LIST] -P run_program.cmake
 #

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# tests/programs/use.sh HOSTRUN FIXTURE-BUNDLE - errors of use: one clear line on stderr, status 2, nothing on stdout.
+# tests/hostrun/programs/use.sh HOSTRUN FIXTURE-BUNDLE - errors of use: one clear line on stderr, status 2, nothing on stdout.
 set -u
 hostrun=$1
 fixture=$2

@@ -1,7 +1,7 @@
-// runner/tests/declaration_test.cpp - what a declaration string says.
+// tests/hostrun/unit/declaration_test.cpp - what a declaration string says.
 #include <gtest/gtest.h>
 
-#include "runner/host/declaration.h"
+#include "hostrun/host/declaration.h"
 
 namespace hostrun {
 namespace {

@@ -1,10 +1,10 @@
-// runner/tests/dispatch_test.cpp - calls through records: every kind of argument and result.
+// tests/hostrun/unit/dispatch_test.cpp - calls through records: every kind of argument and result.
 #include <gtest/gtest.h>
 
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/services.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/services.h"
 
 extern "C" void REALPluginMain(void* (*resolver)(const char*));
 

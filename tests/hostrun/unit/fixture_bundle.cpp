@@ -1,8 +1,8 @@
-// runner/tests/fixture_bundle.cpp - a small bundle for tests of dispatch: one class with every kind of
+// tests/hostrun/unit/fixture_bundle.cpp - a small bundle for tests of dispatch: one class with every kind of
 // argument and result. It needs no platform, and registers in the layout that the host's version asks for.
 #include <cstring>
 
-#include "host/records.h"
+#include "bundle/host/records.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-// runner/tests/registry_test.cpp - definition records in both layouts.
+// tests/hostrun/unit/registry_test.cpp - definition records in both layouts.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstring>
 
-#include "runner/host/call.h"
-#include "runner/host/registry.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/registry.h"
 
 namespace hostrun {
 namespace {

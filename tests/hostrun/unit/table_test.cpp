@@ -1,4 +1,4 @@
-// runner/tests/table_test.cpp - every declaration of every class of the bundle, called once through the
+// tests/hostrun/unit/table_test.cpp - every declaration of every class of the bundle, called once through the
 // runner's own dispatch with sensible arguments.
 #include <gtest/gtest.h>
 
@@ -9,14 +9,14 @@
 #include <filesystem>
 #include <set>
 
-#include "runner/commands/start.h"
-#include "runner/host/arrays.h"
-#include "runner/host/call.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/folder_items.h"
-#include "runner/host/platform.h"
-#include "runner/host/registry.h"
-#include "runner/sibling/platform_objects.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/host/arrays.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/folder_items.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/sibling/platform_objects.h"
 
 namespace hostrun {
 namespace {

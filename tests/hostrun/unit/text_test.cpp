@@ -1,10 +1,10 @@
-// runner/tests/text_test.cpp - strings and their encodings.
+// tests/hostrun/unit/text_test.cpp - strings and their encodings.
 #include <gtest/gtest.h>
 
-#include "host/types.h"
-#include "runner/host/functions.h"
-#include "runner/host/strings.h"
-#include "runner/host/text.h"
+#include "bundle/host/types.h"
+#include "hostrun/host/functions.h"
+#include "hostrun/host/strings.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {

@@ -1,7 +1,7 @@
-// runner/tests/unit_main.cpp - the unit tests share one host without a platform.
+// tests/hostrun/unit/unit_main.cpp - the unit tests share one host without a platform.
 #include <gtest/gtest.h>
 
-#include "runner/host/host.h"
+#include "hostrun/host/host.h"
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);

@@ -1,4 +1,4 @@
-// tests/platform/colours/accuracy_test.cpp - conversions agree with Little CMS's own command-line tool.
+// tests/libcocoa/colours/accuracy_test.cpp - conversions agree with Little CMS's own command-line tool.
 //
 // Every ordered pair of six spaces, on a grid of at least 1,000 colours, within 1/4096 per component. The
 // tool gets the very profiles that the spaces carry, and does not clip: its results are clipped here as the
@@ -19,8 +19,8 @@
 #include <utility>
 #include <vector>
 
-#include "colour_calls.h"
-#include "ink_profile.h"
+#include "tests/libcocoa/colours/colour_calls.h"
+#include "tests/libcocoa/colours/ink_profile.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-// tests/platform/colours/archive_scenarios.m - colours to archives and back.
-#import "scenario.h"
+// tests/libcocoa/colours/archive_scenarios.m - colours to archives and back.
+#import "tests/libcocoa/colours/scenario.h"
 
 static id Unkeyed(id object) {
   return [NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:object]];

@@ -1,4 +1,4 @@
-// tests/platform/colours/bundle_pasteboard_test.cpp - colours on the pasteboard, by the bundle's functions.
+// tests/libcocoa/colours/bundle_pasteboard_test.cpp - colours on the pasteboard, by the bundle's functions.
 //
 // The bundle has no function that declares a type, and a colour is written only where its type has been
 // declared: what a host's own code or another program does is done here by messages of the platform.
@@ -6,10 +6,10 @@
 
 #include <string>
 
-#include "runner/host/call.h"
-#include "runner/host/platform.h"
-#include "runner/sibling/platform_objects.h"
-#include "tests/real/real_host.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/platform_library.h"
+#include "hostrun/sibling/platform_objects.h"
+#include "tests/whole/real/real_host.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-// tests/platform/colours/colour_behaviour_test.cpp - every scenario, against GNUstep alone and with libcocoa.
+// tests/libcocoa/colours/colour_behaviour_test.cpp - every scenario, against GNUstep alone and with libcocoa.
 //
 // The scenarios and their expected answers are in the two scenario programs; each is run in a process of its
 // own, with folders that were emptied before, and may hang or crash there.

@@ -1,4 +1,4 @@
-// tests/platform/colours/colour_calls.h - the colour classes, for tests written in C++.
+// tests/libcocoa/colours/colour_calls.h - the colour classes, for tests written in C++.
 //
 // Each call drains what it autoreleased. A raised exception is the answer kRaised: nothing here may raise.
 #pragma once

@@ -1,9 +1,9 @@
-// tests/platform/colours/colour_calls.m - the colour classes, for tests written in C++.
-#import "colour_calls.h"
+// tests/libcocoa/colours/colour_calls.m - the colour classes, for tests written in C++.
+#import "tests/libcocoa/colours/colour_calls.h"
 
 #include <time.h>
 
-#import "colour_classes.h"
+#import "libcocoa/colours/colour_classes.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
 extern BOOL GSDebugAllocationActive(BOOL active);

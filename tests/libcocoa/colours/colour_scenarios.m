@@ -1,6 +1,6 @@
-// tests/platform/colours/colour_scenarios.m - making colours, their components, equality, handles and
+// tests/libcocoa/colours/colour_scenarios.m - making colours, their components, equality, handles and
 // drawing.
-#import "scenario.h"
+#import "tests/libcocoa/colours/scenario.h"
 
 #include <math.h>
 

@@ -1,5 +1,5 @@
-// tests/platform/colours/conversion_scenarios.m - colours from one space to another.
-#import "scenario.h"
+// tests/libcocoa/colours/conversion_scenarios.m - colours from one space to another.
+#import "tests/libcocoa/colours/scenario.h"
 
 static NSColorSpace* SpaceNamed(NSString* file) {
   return [[[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(file)] autorelease];

@@ -1,4 +1,4 @@
-// tests/platform/colours/damage_test.cpp - thousands of damaged profiles, list files and pasted colours.
+// tests/libcocoa/colours/damage_test.cpp - thousands of damaged profiles, list files and pasted colours.
 //
 // Nothing may raise or crash; what is accepted must be usable. The damage is the same in every run, and
 // QVX_DAMAGE_TIMES=10 in the environment makes ten times as many rounds of it.
@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "colour_calls.h"
+#include "tests/libcocoa/colours/colour_calls.h"
 
 namespace {
 

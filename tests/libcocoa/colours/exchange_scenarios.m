@@ -1,7 +1,7 @@
-// tests/platform/colours/exchange_scenarios.m - files between this program and one with GNUstep alone.
+// tests/libcocoa/colours/exchange_scenarios.m - files between this program and one with GNUstep alone.
 //
 // The other program is started for it: the same sources, linked without libcocoa.
-#import "scenario.h"
+#import "tests/libcocoa/colours/scenario.h"
 
 #include <stdio.h>
 #include <stdlib.h>

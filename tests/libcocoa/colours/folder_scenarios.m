@@ -1,5 +1,5 @@
-// tests/platform/colours/folder_scenarios.m - what lies in the colour folders when a program starts.
-#import "scenario.h"
+// tests/libcocoa/colours/folder_scenarios.m - what lies in the colour folders when a program starts.
+#import "tests/libcocoa/colours/scenario.h"
 
 static void Put(NSString* folder, NSString* name, NSData* data) {
   [data writeToFile:[folder stringByAppendingPathComponent:name] atomically:NO];

@@ -1,9 +1,9 @@
-// tests/platform/colours/gnustep_scenarios.m - what programs written for GNUstep count on, promise by
+// tests/libcocoa/colours/gnustep_scenarios.m - what programs written for GNUstep count on, promise by
 // promise.
 //
 // Each scenario holds many promises, tells how many are kept, and names those that are not. What GNUstep
 // alone keeps has to be kept here.
-#import "scenario.h"
+#import "tests/libcocoa/colours/scenario.h"
 
 #include <math.h>
 

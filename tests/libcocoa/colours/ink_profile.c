@@ -1,5 +1,5 @@
-// tests/platform/colours/ink_profile.c - a printer with many inks, made with Little CMS.
-#include "ink_profile.h"
+// tests/libcocoa/colours/ink_profile.c - a printer with many inks, made with Little CMS.
+#include "tests/libcocoa/colours/ink_profile.h"
 
 #include <lcms2.h>
 #include <stdlib.h>

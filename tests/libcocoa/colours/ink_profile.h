@@ -1,4 +1,4 @@
-// tests/platform/colours/ink_profile.h - a printer with many inks: a profile of 5 to 8 channels, both
+// tests/libcocoa/colours/ink_profile.h - a printer with many inks: a profile of 5 to 8 channels, both
 // directions.
 //
 // The first ink darkens; the second and the third shift from green to red and from blue to yellow, and do

@@ -1,5 +1,5 @@
-// tests/platform/colours/ink_scenarios.m - spaces of more than four components.
-#import "scenario.h"
+// tests/libcocoa/colours/ink_scenarios.m - spaces of more than four components.
+#import "tests/libcocoa/colours/scenario.h"
 
 static NSColorSpace* SpaceOf(NSData* data) {
   return [[[NSColorSpace alloc] initWithICCProfileData:data] autorelease];

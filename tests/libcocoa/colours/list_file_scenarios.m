@@ -1,5 +1,5 @@
-// tests/platform/colours/list_file_scenarios.m - colour lists to files and from files.
-#import "scenario.h"
+// tests/libcocoa/colours/list_file_scenarios.m - colour lists to files and from files.
+#import "tests/libcocoa/colours/scenario.h"
 
 static NSColorList* Palette(void) {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Palette"] autorelease];

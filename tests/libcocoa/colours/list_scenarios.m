@@ -1,5 +1,5 @@
-// tests/platform/colours/list_scenarios.m - editing colour lists.
-#import "scenario.h"
+// tests/libcocoa/colours/list_scenarios.m - editing colour lists.
+#import "tests/libcocoa/colours/scenario.h"
 
 static NSColorList* ABC(void) {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Letters"] autorelease];

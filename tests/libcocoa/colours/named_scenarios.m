@@ -1,5 +1,5 @@
-// tests/platform/colours/named_scenarios.m - predefined, system and named colours.
-#import "scenario.h"
+// tests/libcocoa/colours/named_scenarios.m - predefined, system and named colours.
+#import "tests/libcocoa/colours/scenario.h"
 
 static NSArray* PresetNames(void) {
   return [@"black blue brown clear cyan darkGray gray green lightGray magenta orange purple red white yellow"

@@ -1,7 +1,7 @@
-// tests/platform/colours/pasteboard_scenarios.m - colours on a pasteboard.
+// tests/libcocoa/colours/pasteboard_scenarios.m - colours on a pasteboard.
 //
 // The pasteboard is a stand-in that keeps data by type: what is tested is what colours write and read.
-#import "scenario.h"
+#import "tests/libcocoa/colours/scenario.h"
 
 @interface KeptData : NSObject {
   NSMutableDictionary* data;

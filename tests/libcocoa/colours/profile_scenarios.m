@@ -1,5 +1,5 @@
-// tests/platform/colours/profile_scenarios.m - spaces from ICC data and from handles.
-#import "scenario.h"
+// tests/libcocoa/colours/profile_scenarios.m - spaces from ICC data and from handles.
+#import "tests/libcocoa/colours/scenario.h"
 
 static NSColorSpace* SpaceOf(NSData* data) {
   return [[[NSColorSpace alloc] initWithICCProfileData:data] autorelease];

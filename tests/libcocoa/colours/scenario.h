@@ -1,4 +1,4 @@
-// tests/platform/colours/scenario.h - a behaviour of the colour classes, and what it is with and without
+// tests/libcocoa/colours/scenario.h - a behaviour of the colour classes, and what it is with and without
 // libcocoa.
 //
 // A scenario is run in a process of its own, by a program linked with GNUstep alone and by one linked with
@@ -9,7 +9,7 @@
 #include <stddef.h>
 
 #ifdef __OBJC__
-#import "colour_classes.h"
+#import "libcocoa/colours/colour_classes.h"
 typedef NSString* (*ScenarioFunction)(void);
 
 // --- helpers, in scenario.m

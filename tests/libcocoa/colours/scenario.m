@@ -1,5 +1,5 @@
-// tests/platform/colours/scenario.m - the program that runs one scenario, by its number, and its helpers.
-#import "scenario.h"
+// tests/libcocoa/colours/scenario.m - the program that runs one scenario, by its number, and its helpers.
+#import "tests/libcocoa/colours/scenario.h"
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "ink_profile.h"
+#include "tests/libcocoa/colours/ink_profile.h"
 
 // Seconds after which a scenario hangs.
 enum { kPatience = 20 };

@@ -1,4 +1,4 @@
-// tests/platform/colours/sharing_test.cpp - one conversion from many threads, and nothing that is left
+// tests/libcocoa/colours/sharing_test.cpp - one conversion from many threads, and nothing that is left
 // behind.
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "colour_calls.h"
+#include "tests/libcocoa/colours/colour_calls.h"
 
 namespace {
 

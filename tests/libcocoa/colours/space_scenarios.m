@@ -1,5 +1,5 @@
-// tests/platform/colours/space_scenarios.m - the predefined colour spaces.
-#import "scenario.h"
+// tests/libcocoa/colours/space_scenarios.m - the predefined colour spaces.
+#import "tests/libcocoa/colours/scenario.h"
 
 #include <stdlib.h>
 

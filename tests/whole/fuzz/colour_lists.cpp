@@ -1,4 +1,4 @@
-// tests/fuzz/colour_lists.cpp - colour-list files of any bytes on the real platform.
+// tests/whole/fuzz/colour_lists.cpp - colour-list files of any bytes on the real platform.
 #include <unistd.h>
 
 #include <cstdio>
@@ -7,10 +7,10 @@
 #include <fstream>
 #include <iterator>
 
-#include "runner/host/host.h"
-#include "runner/host/strings.h"
-#include "tests/fuzz/target.h"
-#include "tests/real/real_host.h"
+#include "hostrun/host/host.h"
+#include "hostrun/host/strings.h"
+#include "tests/whole/fuzz/target.h"
+#include "tests/whole/real/real_host.h"
 
 namespace {
 

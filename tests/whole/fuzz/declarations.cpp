@@ -1,8 +1,8 @@
-// tests/fuzz/declarations.cpp - declarations of any bytes, as a plugin may register them.
-#include "runner/host/declaration.h"
+// tests/whole/fuzz/declarations.cpp - declarations of any bytes, as a plugin may register them.
+#include "hostrun/host/declaration.h"
 
-#include "runner/host/host.h"
-#include "tests/fuzz/target.h"
+#include "hostrun/host/host.h"
+#include "tests/whole/fuzz/target.h"
 
 namespace {
 

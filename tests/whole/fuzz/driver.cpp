@@ -1,5 +1,5 @@
-// tests/fuzz/driver.cpp - feeds a target without a coverage-guided fuzzer: kept inputs first, then mutations
-// of them and of the seeds, the same ones for the same number.
+// tests/whole/fuzz/driver.cpp - feeds a target without a coverage-guided fuzzer: kept inputs first, then
+// mutations of them and of the seeds, the same ones for the same number.
 //
 //   fuzz_... RUNS SEED [FILE-OR-FOLDER...]
 //   fuzz_... --seeds FOLDER      writes the seeds as files, for the fuzzer that is guided by coverage
@@ -15,7 +15,7 @@
 #include <iterator>
 #include <random>
 
-#include "tests/fuzz/target.h"
+#include "tests/whole/fuzz/target.h"
 
 namespace {
 

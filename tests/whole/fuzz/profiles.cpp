@@ -1,11 +1,11 @@
-// tests/fuzz/profiles.cpp - colour profiles of any bytes through the colour-space factories on the real
+// tests/whole/fuzz/profiles.cpp - colour profiles of any bytes through the colour-space factories on the real
 // platform.
 #include <cstring>
 
-#include "runner/host/host.h"
-#include "runner/host/memory_blocks.h"
-#include "tests/fuzz/target.h"
-#include "tests/real/real_host.h"
+#include "hostrun/host/host.h"
+#include "hostrun/host/memory_blocks.h"
+#include "tests/whole/fuzz/target.h"
+#include "tests/whole/real/real_host.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-// tests/fuzz/programs.cpp - program texts of any bytes through the runner, up to the point where they would
-// run.
+// tests/whole/fuzz/programs.cpp - program texts of any bytes through the runner, up to the point where they
+// would run.
 #include <exception>
 
-#include "runner/host/host.h"
-#include "runner/language/program.h"
-#include "tests/fuzz/target.h"
+#include "hostrun/host/host.h"
+#include "hostrun/language/program.h"
+#include "tests/whole/fuzz/target.h"
 
 namespace {
 

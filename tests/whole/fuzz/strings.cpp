@@ -1,4 +1,4 @@
-// tests/fuzz/strings.cpp - host strings in any encoding, both ways through the string bridge.
+// tests/whole/fuzz/strings.cpp - host strings in any encoding, both ways through the string bridge.
 //
 // An input is: one byte of settings, one that chooses the encoding, one that chooses the encoding asked for,
 // then the text. QVX_FUZZ_HOST=sparse runs against a host without the newer services, which the bundle asks
@@ -6,16 +6,16 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "bridge/holdings.h"
-#include "bridge/strings.h"
-#include "host/services.h"
-#include "tests/fuzz/target.h"
-#include "tests/support/allocation.h"
-#include "tests/support/balance.h"
-#include "tests/support/bundle.h"
-#include "tests/support/exception_frames.h"
-#include "tests/support/platform.h"
-#include "tests/support/text.h"
+#include "bundle/bridge/holdings.h"
+#include "bundle/bridge/strings.h"
+#include "bundle/host/services.h"
+#include "tests/bundle/scripted/allocation.h"
+#include "tests/bundle/scripted/balance.h"
+#include "tests/bundle/scripted/bundle.h"
+#include "tests/bundle/scripted/exception_frames.h"
+#include "tests/bundle/scripted/platform.h"
+#include "tests/bundle/scripted/text.h"
+#include "tests/whole/fuzz/target.h"
 
 namespace {
 

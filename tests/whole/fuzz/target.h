@@ -1,4 +1,4 @@
-// tests/fuzz/target.h - what a fuzz target gives, whichever driver feeds it.
+// tests/whole/fuzz/target.h - what a fuzz target gives, whichever driver feeds it.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-# tests/present/browser.py PAGE FOLDER - drives chromium through chromedriver: types into the search box of the reference,
+# tests/whole/present/browser.py PAGE FOLDER - drives chromium through chromedriver: types into the search box of the reference,
 # looks at what is shown, in light and dark, wide and narrow; leaves screenshots in FOLDER.
 import base64
 import json

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# tests/present/browser.sh HOSTRUN REFERENCE FOLDER - opens the reference in a real browser. Ends with 77 where there is
+# tests/whole/present/browser.sh HOSTRUN REFERENCE FOLDER - opens the reference in a real browser. Ends with 77 where there is
 # none; screenshots are left in FOLDER.
 set -euo pipefail
 hostrun=$1

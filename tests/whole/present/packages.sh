@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# tests/present/packages.sh SOURCE BUILD CXX - packs, unpacks both packages into fresh folders, and runs programs from them in a
+# tests/whole/present/packages.sh SOURCE BUILD CXX - packs, unpacks both packages into fresh folders, and runs programs from them in a
 # root directory that holds the C and C++ run-time, the package, and nothing else.
 set -uo pipefail
 source=$(realpath "$1")

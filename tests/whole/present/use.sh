@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# tests/present/use.sh HOSTRUN REFERENCE - what "hostrun swatches" and "hostrun docs" do and what they refuse.
+# tests/whole/present/use.sh HOSTRUN REFERENCE - what "hostrun swatches" and "hostrun docs" do and what they refuse.
 set -uo pipefail
 hostrun=$(realpath "$1")
 reference=$(realpath "$2")

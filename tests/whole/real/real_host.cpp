@@ -1,5 +1,6 @@
-// tests/real/real_host.cpp - the bundle over the real platform, called by class and name as a program would.
-#include "tests/real/real_host.h"
+// tests/whole/real/real_host.cpp - the bundle over the real platform, called by class and name as a program
+// would.
+#include "tests/whole/real/real_host.h"
 
 #include <malloc.h>
 #include <unistd.h>
@@ -8,9 +9,9 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "runner/commands/start.h"
-#include "runner/host/exceptions.h"
-#include "runner/host/platform.h"
+#include "hostrun/commands/start.h"
+#include "hostrun/host/exceptions.h"
+#include "hostrun/host/platform_library.h"
 
 namespace real {
 namespace {

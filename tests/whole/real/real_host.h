@@ -1,13 +1,14 @@
-// tests/real/real_host.h - the bundle over the real platform, called by class and name as a program would.
+// tests/whole/real/real_host.h - the bundle over the real platform, called by class and name as a program
+// would.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-#include "runner/host/call.h"
-#include "runner/host/objects.h"
-#include "runner/host/registry.h"
-#include "runner/host/value.h"
+#include "hostrun/host/call.h"
+#include "hostrun/host/objects.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/value.h"
 
 namespace real {
 

@@ -1,4 +1,4 @@
-// tests/soak/main.cpp - a long life of the bundle on the real platform: nothing may pile up.
+// tests/whole/soak/main.cpp - a long life of the bundle on the real platform: nothing may pile up.
 //
 //   soak [COLOURS [HELD]]   makes, reads and frees COLOURS colours one by one, then holds HELD at once
 #include <chrono>
@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "runner/host/host.h"
-#include "tests/real/real_host.h"
+#include "hostrun/host/host.h"
+#include "tests/whole/real/real_host.h"
 
 namespace {
 
