@@ -148,7 +148,9 @@ QVXSpaceKind QVXKindOfSpace(NSColorSpace* space) {
   return QVXOtherSpace;
 }
 
-NSString* QVXStockNameOfSpace(NSColorSpace* space) { return predefined[QVXKindOfSpace(space)].stockName; }
+NSString* QVXStockNameOfSpace(NSColorSpace* space) {
+  return predefined[QVXKindOfSpace(space)].stockName;
+}
 
 static QVXProfile* ProfileOfKind(NSColorSpace* space, QVXSpaceKind kind) {
   if (kind == QVXOtherSpace) return space ? space->_colorSyncProfile : NULL;
@@ -157,7 +159,9 @@ static QVXProfile* ProfileOfKind(NSColorSpace* space, QVXSpaceKind kind) {
   return builtIn == kNoProfile ? NULL : QVXProfileBuiltIn(builtIn);
 }
 
-QVXProfile* QVXProfileOfSpace(NSColorSpace* space) { return ProfileOfKind(space, QVXKindOfSpace(space)); }
+QVXProfile* QVXProfileOfSpace(NSColorSpace* space) {
+  return ProfileOfKind(space, QVXKindOfSpace(space));
+}
 
 QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
   QVXSpaceKind kind = QVXKindOfSpace(space);

@@ -8,7 +8,9 @@
 #import "libcocoa/colours/exact_colours.h"
 #import "libcocoa/colours/hue_saturation_brightness.h"
 
-static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) : 0; }
+static CGFloat Clip(CGFloat value) {
+  return value > 0 ? (value < 1 ? value : 1) : 0;
+}
 
 @implementation QVXProfileColor
 

@@ -9,7 +9,9 @@
 
 enum { kMostComponents = QVXMostChannels + 1 };
 
-static double Positive(double value) { return value > 0 ? value : 0; }
+static double Positive(double value) {
+  return value > 0 ? value : 0;
+}
 
 // The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
 static NSString* FormulaName(NSColorSpace* space) {

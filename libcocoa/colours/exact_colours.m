@@ -55,7 +55,9 @@ static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* co
   }
 }
 
-static BOOL IsPattern(NSColor* color) { return [color isKindOfClass:[GSPatternColor class]]; }
+static BOOL IsPattern(NSColor* color) {
+  return [color isKindOfClass:[GSPatternColor class]];
+}
 
 NSColor* QVXReadableTwin(NSColor* color) {
   return IsPattern(color) ? [NSColor colorWithDeviceWhite:0.5F alpha:1] : color;

@@ -3,6 +3,10 @@
 
 #include "libcocoa/foundation/core_foundation.h"
 
-COCOA_EXPORT CFTypeRef CFRetain(CFTypeRef object) { return [(id)object retain]; }
+COCOA_EXPORT CFTypeRef CFRetain(CFTypeRef object) {
+  return [(id)object retain];
+}
 
-COCOA_EXPORT void CFRelease(CFTypeRef object) { [(id)object release]; }
+COCOA_EXPORT void CFRelease(CFTypeRef object) {
+  [(id)object release];
+}

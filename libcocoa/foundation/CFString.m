@@ -124,7 +124,9 @@ COCOA_EXPORT Boolean CFStringGetCString(CFStringRef string, char* buffer, CFInde
   return whole;
 }
 
-COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) { return (CFIndex)[(NSString*)string length]; }
+COCOA_EXPORT CFIndex CFStringGetLength(CFStringRef string) {
+  return (CFIndex)[(NSString*)string length];
+}
 
 // `maxLength` is a hint to the allocator elsewhere and has no use here.
 COCOA_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,

@@ -19,7 +19,9 @@ static pthread_mutex_t tableLock = PTHREAD_MUTEX_INITIALIZER;
 static NSHashTable* hidden;      // lists that are not shown; addresses, not retained
 static NSMutableArray* written;  // lists that this program wrote into a folder of lists; retained
 
-BOOL QVXIsLoadingLists(void) { return loading > 0; }
+BOOL QVXIsLoadingLists(void) {
+  return loading > 0;
+}
 
 void QVXHideList(NSColorList* list) {
   pthread_mutex_lock(&tableLock);

@@ -5,9 +5,13 @@
 
 #include "libcocoa/foundation/core_foundation.h"
 
-COCOA_EXPORT void* objc_autoreleasePoolPush(void) { return [[NSAutoreleasePool alloc] init]; }
+COCOA_EXPORT void* objc_autoreleasePoolPush(void) {
+  return [[NSAutoreleasePool alloc] init];
+}
 
-COCOA_EXPORT void objc_autoreleasePoolPop(void* pool) { [(NSAutoreleasePool*)pool drain]; }
+COCOA_EXPORT void objc_autoreleasePoolPop(void* pool) {
+  [(NSAutoreleasePool*)pool drain];
+}
 
 COCOA_EXPORT const CFStringRef kCFRunLoopDefaultMode = (CFStringRef) @"NSDefaultRunLoopMode";
 
@@ -40,7 +44,9 @@ COCOA_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds
   return result;
 }
 
-COCOA_EXPORT void QVXCountInstances(Boolean on) { GSDebugAllocationActive(on != 0); }
+COCOA_EXPORT void QVXCountInstances(Boolean on) {
+  GSDebugAllocationActive(on != 0);
+}
 
 COCOA_EXPORT CFIndex QVXLiveInstances(const char* className) {
   Class wanted = className != NULL ? objc_getClass(className) : Nil;

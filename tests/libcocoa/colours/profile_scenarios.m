@@ -17,7 +17,9 @@ static NSString* EveryModel(void) {
                                           Told(SpaceOf(ProfileNamed(@"lab.icc"))), nil]);
 }
 
-static NSString* NameFromProfile(void) { return [SpaceOf(ProfileNamed(@"default_cmyk.icc")) localizedName]; }
+static NSString* NameFromProfile(void) {
+  return [SpaceOf(ProfileNamed(@"default_cmyk.icc")) localizedName];
+}
 
 static NSString* DataKept(void) {
   NSData* data = ProfileNamed(@"a98.icc");
@@ -38,8 +40,12 @@ static NSString* DataCopied(void) {
   return YesNo([[space ICCProfileData] isEqual:ProfileNamed(@"a98.icc")]);
 }
 
-static NSString* NilData(void) { return Told(SpaceOf(nil)); }
-static NSString* EmptyData(void) { return Told(SpaceOf([NSData data])); }
+static NSString* NilData(void) {
+  return Told(SpaceOf(nil));
+}
+static NSString* EmptyData(void) {
+  return Told(SpaceOf([NSData data]));
+}
 
 static NSString* TextData(void) {
   return Told(SpaceOf(
