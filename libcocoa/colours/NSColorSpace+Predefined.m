@@ -3,7 +3,7 @@
 #include <pthread.h>
 #include <stdlib.h>
 
-#import "libcocoa/colours/colour_spaces.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;

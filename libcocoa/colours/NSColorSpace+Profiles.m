@@ -1,6 +1,6 @@
 // libcocoa/colours/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out
 // again.
-#import "libcocoa/colours/colour_spaces.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 #import "libcocoa/colours/exported_handles.h"
 #import "libcocoa/runtime/stock_methods.h"
 

@@ -1,7 +1,7 @@
 // libcocoa/colours/QVXProfileColor.h - a colour in a space that GNUstep has no colour class for.
 #pragma once
 
-#import "libcocoa/colours/colour_spaces.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 
 // Immutable. Components are 0 to 1 (Lab: its own units), the alpha comes last.
 @interface QVXProfileColor : NSColor {

@@ -5,7 +5,7 @@
 // reader knows only what an archive of colours holds, checks every length, and gives all or nothing.
 #pragma once
 
-#import "libcocoa/lists/colour_lists.h"
+#import "libcocoa/lists/NSColorList+Available.h"
 
 // The colour (NSColor) or the list (QVXColourListContents) that is the archive's root; nil if it is damaged
 // or holds anything else. A pattern holds an image, which only GNUstep can read: then nil, and *hasPattern

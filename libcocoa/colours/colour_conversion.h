@@ -5,7 +5,7 @@
 // side, the numbers go through Little CMS. No conversion raises; one that is impossible gives nil.
 #pragma once
 
-#import "libcocoa/colours/colour_spaces.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 
 // The colour in the space: itself if it is there already. nil for nil, patterns, and names that no list
 // knows.

@@ -1,7 +1,7 @@
 // libcocoa/foundation/CFBase.m - references to Core Foundation objects: an object's own.
 #import <Foundation/Foundation.h>
 
-#include "libcocoa/foundation/core_foundation.h"
+#include "libcocoa/foundation/CFString.h"
 
 COCOA_EXPORT CFTypeRef CFRetain(CFTypeRef object) {
   return [(id)object retain];

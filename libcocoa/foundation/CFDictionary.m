@@ -2,7 +2,7 @@
 #import <Foundation/Foundation.h>
 #include <objc/runtime.h>
 
-#include "libcocoa/foundation/core_foundation.h"
+#include "libcocoa/foundation/CFString.h"
 
 // An object, so that it is retained, released and autoreleased like any other. Not an NSDictionary: keys and
 // values need not be objects, and a table keyed by address is what makes a look-up cheap.

@@ -3,7 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "libcocoa/foundation/core_foundation.h"
+#include "libcocoa/foundation/CFString.h"
 #include "libcocoa/foundation/text_encoding.h"
 
 enum { kStackUnits = 256 };

@@ -6,7 +6,7 @@
 // is no list gives an empty one while the table is filled, and this file keeps it from being seen.
 #include <pthread.h>
 
-#import "libcocoa/lists/colour_lists.h"
+#import "libcocoa/lists/NSColorList+Available.h"
 #import "libcocoa/runtime/stock_methods.h"
 
 static NSString* const kSystem = @"System";

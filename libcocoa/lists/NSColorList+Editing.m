@@ -2,7 +2,7 @@
 // changes.
 #import <AppKit/AppKitExceptions.h>
 
-#import "libcocoa/lists/colour_lists.h"
+#import "libcocoa/lists/NSColorList+Available.h"
 
 @implementation NSColorList (QVXEditing)
 

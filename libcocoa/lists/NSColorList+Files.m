@@ -1,6 +1,6 @@
 // libcocoa/lists/NSColorList+Files.m - colour lists from files and to files.
 #import "libcocoa/colours/exact_colours.h"
-#import "libcocoa/lists/colour_lists.h"
+#import "libcocoa/lists/NSColorList+Available.h"
 
 static NSString* const kExtension = @"clr";
 

@@ -3,7 +3,7 @@
 #import <Foundation/NSDebug.h>
 #include <objc/runtime.h>
 
-#include "libcocoa/foundation/core_foundation.h"
+#include "libcocoa/foundation/CFString.h"
 
 COCOA_EXPORT void* objc_autoreleasePoolPush(void) {
   return [[NSAutoreleasePool alloc] init];

@@ -1,11 +1,11 @@
-// libcocoa/pasteboard/pasteboard_choice.m - which pasteboard server a process talks to: a running one, else
+// libcocoa/pasteboard/NSPasteboard+Server.m - which pasteboard server a process talks to: a running one, else
 // its own.
 //
 // GNUstep would start a daemon where there is none, and wait for it. Here none is ever started.
 #import <AppKit/AppKit.h>
 #include <objc/runtime.h>
 
-#import "libcocoa/pasteboard/pasteboard_server.h"
+#import "libcocoa/pasteboard/QVXPasteboardServer.h"
 
 @interface NSPasteboard (Private)
 + (void)_localServer:(id<GSPasteboardSvr>)server;  // does not retain

@@ -1,5 +1,5 @@
-// libcocoa/pasteboard/pasteboard_server.m - see pasteboard_server.h.
-#import "libcocoa/pasteboard/pasteboard_server.h"
+// libcocoa/pasteboard/QVXPasteboardServer.m - see QVXPasteboardServer.h.
+#import "libcocoa/pasteboard/QVXPasteboardServer.h"
 
 #include <unistd.h>
 

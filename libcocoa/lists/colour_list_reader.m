@@ -1,4 +1,4 @@
-// libcocoa/lists/colour_list_contents.m - reading what a colour-list file holds, without trusting it.
+// libcocoa/lists/colour_list_reader.m - reading what a colour-list file holds, without trusting it.
 #include <math.h>
 #include <string.h>
 

@@ -1,4 +1,4 @@
-// libcocoa/lists/colour_lists.h - what the files about colour lists share.
+// libcocoa/lists/NSColorList+Available.h - what the files about colour lists share.
 #pragma once
 
 #import <AppKit/AppKit.h>

@@ -1,4 +1,4 @@
-// libcocoa/pasteboard/pasteboard_server.h - a pasteboard server inside the process.
+// libcocoa/pasteboard/QVXPasteboardServer.h - a pasteboard server inside the process.
 #ifndef GNUSTEP_PASTEBOARD_SERVER_H
 #define GNUSTEP_PASTEBOARD_SERVER_H
 

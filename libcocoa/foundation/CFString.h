@@ -1,4 +1,4 @@
-// libcocoa/foundation/core_foundation.h - the Core Foundation functions that bundles import.
+// libcocoa/foundation/CFString.h - the Core Foundation functions that bundles import.
 //
 // Every object here is the Objective-C object itself: a CFString is an NSString, a CFURL an NSURL. A function
 // with Create or Copy in its name returns one reference for the caller, or NULL.

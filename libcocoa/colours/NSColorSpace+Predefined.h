@@ -1,4 +1,4 @@
-// libcocoa/colours/colour_spaces.h - what the colour classes know of a colour space beyond its public
+// libcocoa/colours/NSColorSpace+Predefined.h - what the colour classes know of a colour space beyond its public
 // methods.
 #pragma once
 
