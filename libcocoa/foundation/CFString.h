@@ -1,38 +1,37 @@
-// libcocoa/foundation/CFString.h - the Core Foundation functions that bundles import.
-//
-// Every object here is the Objective-C object itself: a CFString is an NSString, a CFURL an NSURL. A function
-// with Create or Copy in its name returns one reference for the caller, or NULL.
-#ifndef GNUSTEP_CORE_FOUNDATION_H
-#define GNUSTEP_CORE_FOUNDATION_H
+// libcocoa/foundation/CFString.h - strings.
+#pragma once
 
-#include "libcocoa/runtime/exported.h"
-#include "libcocoa/runtime/host_support.h"
+#include "libcocoa/foundation/CFBase.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
 
 typedef uint16_t UniChar;
-typedef uint32_t CFStringEncoding;
+typedef uint32_t CFStringEncoding;  // the numbers of text_encoding.h; any other is refused
+typedef const struct __CFString* CFStringRef;
 typedef struct __CFString* CFMutableStringRef;
-typedef const struct __CFURL* CFURLRef;
 
-struct FSRef {
-  uint8_t hidden[80];
-};
-
-void CFRelease(CFTypeRef);
-
+// A string of UTF-16 units, kept as they are. NULL for a negative count, or for NULL with a count above 0.
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* characters, CFIndex count);
+
+// A string from text that ends with a zero unit of the encoding's width. NULL for NULL, an unknown encoding,
+// or bytes that stand for no character.
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* bytes, CFStringEncoding);
+
+// Writes the string and a zero unit; `bufferSize` is in bytes. False, with an empty string in the buffer, if
+// the room does not suffice or the encoding lacks a character.
 Boolean CFStringGetCString(CFStringRef, char* buffer, CFIndex bufferSize, CFStringEncoding);
+
+// The number of UTF-16 units; 0 for NULL.
 CFIndex CFStringGetLength(CFStringRef);
+
+// `maxLength` is a hint to the allocator elsewhere and has no use here.
 CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef, CFIndex maxLength, CFStringRef);
+
+// Normalises in place. Forms D, KD, C and KC are 0 to 3; any other leaves the string as it is.
 void CFStringNormalize(CFMutableStringRef, CFIndex form);
 
-CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef*);
-CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef, CFStringRef component,
-                                               Boolean isDirectory);
-CFStringRef CFURLCopyFileSystemPath(CFURLRef, CFIndex style);
-
-const void* CFDictionaryGetValue(CFDictionaryRef, const void* key);
-void CFDictionarySetValue(CFMutableDictionaryRef, const void* key, const void* value);
-void CFDictionaryRemoveValue(CFMutableDictionaryRef, const void* key);
-
+#ifdef __cplusplus
+}
 #endif

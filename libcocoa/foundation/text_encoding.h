@@ -1,7 +1,6 @@
 // libcocoa/foundation/text_encoding.h - bytes to UTF-16 units and back, strictly, for the encodings that
 // hosts use.
-#ifndef GNUSTEP_TEXT_ENCODING_H
-#define GNUSTEP_TEXT_ENCODING_H
+#pragma once
 
 #include <stdbool.h>
 #include <stddef.h>
@@ -23,18 +22,16 @@ enum {
 };
 
 // 1, 2 or 4: the width of a unit and of a terminator. 0: the encoding is not known here.
-size_t text_encoding_width(uint32_t encoding);
+size_t QVXTextEncodingWidth(uint32_t encoding);
 
 // The length in bytes of text that ends with a zero unit.
-size_t text_encoding_length(uint32_t encoding, const char* text);
+size_t QVXTextEncodingLength(uint32_t encoding, const char* text);
 
 // Fills `units`, which has room for `length` of them, and sets `count`. False if a byte sequence stands for
 // no character of the encoding; nothing is replaced, no byte-order mark is skipped.
-bool text_decode(uint32_t encoding, const char* text, size_t length, uint16_t* units, size_t* count);
+bool QVXDecodeText(uint32_t encoding, const char* text, size_t length, uint16_t* units, size_t* count);
 
 // Writes at most `room` bytes and sets `length`. False if they don't suffice or if the encoding lacks a
 // character; the buffer's contents are then undefined.
-bool text_encode(uint32_t encoding, const uint16_t* units, size_t count, char* bytes, size_t room,
-                 size_t* length);
-
-#endif
+bool QVXEncodeText(uint32_t encoding, const uint16_t* units, size_t count, char* bytes, size_t room,
+                   size_t* length);

@@ -1,36 +1,34 @@
-// libcocoa/pasteboard/QVXPasteboardServer.m - see QVXPasteboardServer.h.
+// libcocoa/pasteboard/QVXPasteboardServer.m - a pasteboard server inside the process.
 #import "libcocoa/pasteboard/QVXPasteboardServer.h"
 
 #include <unistd.h>
 
 // One pasteboard. Each declaration of types starts a new generation, numbered by the change count; who holds
 // an older count can change nothing any more.
-@interface CocoaPasteboard : NSObject <GSPasteboardObj> {
-  CocoaPasteboardServer* _server;  // not owned, outlives every pasteboard
+@interface QVXPasteboard : NSObject <GSPasteboardObj> {
+  QVXPasteboardServer* _server;  // not owned, outlives every pasteboard
   NSString* _name;
   NSArray* _types;
   NSMutableDictionary* _data;
-  id _owner;                  // not owned: by convention an owner takes its promises back before it goes
-  NSPasteboard* _owner_side;  // the owner's own pasteboard object, handed back to it
-  int _change_count;
+  id _owner;                 // not owned: by convention an owner takes its promises back before it goes
+  NSPasteboard* _ownerSide;  // the owner's own pasteboard object, handed back to it
+  int _changeCount;
 }
-- (instancetype)initWithName:(NSString*)name server:(CocoaPasteboardServer*)server;
+- (instancetype)initWithName:(NSString*)name server:(QVXPasteboardServer*)server;
 @end
 
-@interface CocoaPasteboardServer (Pasteboards)
+@interface QVXPasteboardServer (Pasteboards)
 - (void)forget:(NSString*)name;
 @end
 
-@implementation CocoaPasteboard
+@implementation QVXPasteboard
 
-- (instancetype)initWithName:(NSString*)name server:(CocoaPasteboardServer*)server {
+- (instancetype)initWithName:(NSString*)name server:(QVXPasteboardServer*)server {
   self = [super init];
-  if (self != nil) {
-    _server = server;
-    _name = [name copy];
-    _types = [[NSArray alloc] init];
-    _data = [[NSMutableDictionary alloc] init];
-  }
+  _server = server;
+  _name = [name copy];
+  _types = [[NSArray alloc] init];
+  _data = [[NSMutableDictionary alloc] init];
   return self;
 }
 
@@ -38,7 +36,7 @@
   [_name release];
   [_types release];
   [_data release];
-  [_owner_side release];
+  [_ownerSide release];
   [super dealloc];
 }
 
@@ -47,7 +45,7 @@
 }
 
 - (int)changeCount {
-  return _change_count;
+  return _changeCount;
 }
 
 - (void)replaceTypes:(NSArray*)types {
@@ -58,64 +56,58 @@
 
 - (void)setOwner:(id)owner side:(NSPasteboard*)side {
   [side retain];
-  [_owner_side release];
-  _owner_side = side;
+  [_ownerSide release];
+  _ownerSide = side;
   _owner = owner;
 }
 
 - (int)declareTypes:(NSArray*)types owner:(id)owner pasteboard:(NSPasteboard*)side {
   id previous = _owner;
-  NSPasteboard* previous_side = [[_owner_side retain] autorelease];
-  ++_change_count;
+  NSPasteboard* previousSide = [[_ownerSide retain] autorelease];
+  ++_changeCount;
   [_data removeAllObjects];
-  [self replaceTypes:types != nil ? types : [NSArray array]];
+  [self replaceTypes:types ? types : [NSArray array]];
   [self setOwner:owner side:side];
-  int count = _change_count;
-  if (previous != nil && previous != owner &&
-      [previous respondsToSelector:@selector(pasteboardChangedOwner:)]) {
-    [previous pasteboardChangedOwner:previous_side];
-  }
+  int count = _changeCount;
+  if (previous != owner && [previous respondsToSelector:@selector(pasteboardChangedOwner:)])
+    [previous pasteboardChangedOwner:previousSide];
   return count;
 }
 
 // 0 means that the caller's generation is over.
 - (int)addTypes:(NSArray*)types owner:(id)owner pasteboard:(NSPasteboard*)side oldCount:(int)count {
-  if (count != _change_count) return 0;
+  if (count != _changeCount) return 0;
   NSMutableArray* all = [NSMutableArray arrayWithArray:_types];
-  for (NSString* type in types) {
+  for (NSString* type in types)
     if (![all containsObject:type]) [all addObject:type];
-  }
   [self replaceTypes:all];
-  if (owner != nil) [self setOwner:owner side:side];
-  return _change_count;
+  if (owner) [self setOwner:owner side:side];
+  return _changeCount;
 }
 
 - (BOOL)setData:(NSData*)data forType:(NSString*)type isFile:(BOOL)isFile oldCount:(int)count {
-  if (data == nil || count != _change_count || ![_types containsObject:type]) return NO;
+  if (!data || count != _changeCount || ![_types containsObject:type]) return NO;
   [_data setObject:[NSData dataWithData:data] forKey:type];
   return YES;
 }
 
 // Data that was only promised is asked of the owner now.
 - (NSData*)dataForType:(NSString*)type oldCount:(int)count mustBeCurrent:(BOOL)mustBeCurrent {
-  if ((mustBeCurrent && count != _change_count) || ![_types containsObject:type]) return nil;
-  if ([_data objectForKey:type] == nil && [_owner respondsToSelector:@selector(pasteboard:
-                                                                         provideDataForType:)]) {
-    [_owner pasteboard:_owner_side provideDataForType:type];
-  }
+  if ((mustBeCurrent && count != _changeCount) || ![_types containsObject:type]) return nil;
+  if (![_data objectForKey:type] && [_owner respondsToSelector:@selector(pasteboard:provideDataForType:)])
+    [_owner pasteboard:_ownerSide provideDataForType:type];
   return [[[_data objectForKey:type] retain] autorelease];
 }
 
 - (NSArray*)typesAndChangeCount:(int*)count {
-  if (count != NULL) *count = _change_count;
+  if (count) *count = _changeCount;
   return [[_types retain] autorelease];
 }
 
 - (NSString*)availableTypeFromArray:(NSArray*)types changeCount:(int*)count {
-  if (count != NULL) *count = _change_count;
-  for (NSString* type in types) {
+  if (count) *count = _changeCount;
+  for (NSString* type in types)
     if ([_types containsObject:type]) return type;
-  }
   return nil;
 }
 
@@ -130,11 +122,11 @@
 
 @end
 
-@implementation CocoaPasteboardServer
+@implementation QVXPasteboardServer
 
 - (instancetype)init {
   self = [super init];
-  if (self != nil) _pasteboards = [[NSMutableDictionary alloc] init];
+  _pasteboards = [[NSMutableDictionary alloc] init];
   return self;
 }
 
@@ -145,13 +137,13 @@
 
 // No name stands for a new pasteboard with a name that nobody else uses.
 - (id<GSPasteboardObj>)pasteboardWithName:(NSString*)name {
-  while (name == nil || [name length] == 0) {
-    name = [NSString stringWithFormat:@"Pasteboard-%d-%u", getpid(), ++_unique_count];
-    if ([_pasteboards objectForKey:name] != nil) name = nil;
+  while (!name || [name length] == 0) {
+    name = [NSString stringWithFormat:@"Pasteboard-%d-%u", getpid(), ++_uniqueCount];
+    if ([_pasteboards objectForKey:name]) name = nil;
   }
-  CocoaPasteboard* pasteboard = [_pasteboards objectForKey:name];
-  if (pasteboard == nil) {
-    pasteboard = [[[CocoaPasteboard alloc] initWithName:name server:self] autorelease];
+  QVXPasteboard* pasteboard = [_pasteboards objectForKey:name];
+  if (!pasteboard) {
+    pasteboard = [[[QVXPasteboard alloc] initWithName:name server:self] autorelease];
     [_pasteboards setObject:pasteboard forKey:name];
   }
   return pasteboard;
