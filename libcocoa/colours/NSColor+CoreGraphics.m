@@ -2,7 +2,8 @@
 //
 // The handle of a colour is the colour itself: it stays valid while the colour lives, and comes back as the
 // same colour in the same space, patterns and named colours included.
-#import "libcocoa/colours/colour_classes.h"
+#import "libcocoa/colours/NSColor+CoreGraphics.h"
+
 #import "libcocoa/colours/exported_handles.h"
 
 @implementation NSColor (QVXCoreGraphics)
@@ -12,7 +13,6 @@
   return (CGColorRef)self;
 }
 
-// nil for NULL and for anything that no live colour has handed out.
 + (NSColor*)colorWithCGColor:(CGColorRef)handle {
   if (!QVXIsLiveHandle(handle)) return nil;
   NSColor* color = (NSColor*)handle;

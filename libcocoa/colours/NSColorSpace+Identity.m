@@ -21,7 +21,6 @@ static NSString* const kDataKey = @"NSICC";
 }
 
 - (id)copyWithZone:(NSZone*)zone {
-  (void)zone;
   return [self retain];  // immutable
 }
 

@@ -1,39 +1,24 @@
-// libcocoa/lists/NSColorList+Available.h - what the files about colour lists share.
+// libcocoa/lists/NSColorList+Available.h - the lists that a program finds by name, and the one that it may
+// not edit.
 #pragma once
 
 #import <AppKit/AppKit.h>
-
-// Colours under their keys, and the keys in order.
-@interface QVXColourListContents : NSObject {
- @public
-  NSString* name;  // nil where the format holds none
-  NSMutableDictionary* colors;
-  NSMutableArray* keys;
-}
-// What a file holds: GNUstep's archive, a keyed archive of a list, or text. nil if it is no colour list: then
-// not one colour of it is given out. Never raises.
-+ (QVXColourListContents*)contentsOfData:(NSData*)data;
-@end
-
-@interface NSColorList (QVXContents)
-- (NSString*)qvx_path;
-- (NSMutableDictionary*)qvx_colors;
-- (NSMutableArray*)qvx_keys;
-@end
 
 // Whether this thread is filling the table of available lists: then a file that can't be read must still give
 // a list, because GNUstep puts what it gets into an array.
 BOOL QVXIsLoadingLists(void);
 
-// Such a list is never shown as available.
+// From now on the list is not shown as available: its file could not be read, or has been removed.
 void QVXHideList(NSColorList* list);
 
-// A list has been written to, or its file been removed from, a folder where lists are looked for.
+// The list has been written to a folder where lists are looked for: from now on it is shown, and retained.
 void QVXMakeListAvailable(NSColorList* list);
 
-// The folder of the user's own lists, and all folders where lists are looked for.
-NSString* QVXUserColourFolder(void);
-NSArray* QVXColourFolders(void);
+// The folder of the user's own lists, which need not exist; nil if the user has no library folder.
+NSString* QVXUserColorFolder(void);
+
+// All folders where lists are looked for.
+NSArray* QVXColorFolders(void);
 
 // Whether the list is the one of the system's colours, which no program may edit.
 BOOL QVXIsSystemList(NSColorList* list);

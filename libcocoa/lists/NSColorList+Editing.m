@@ -79,16 +79,4 @@
   [self qvx_postChange];
 }
 
-- (NSString*)qvx_path {
-  return _fullFileName;
-}
-
-- (NSMutableDictionary*)qvx_colors {
-  return _colorDictionary;
-}
-
-- (NSMutableArray*)qvx_keys {
-  return _orderedColorKeys;
-}
-
 @end

@@ -29,7 +29,7 @@ static int ignoresAlpha = -1;
   NSData* archive = nil;
   @try {
     archive = [NSArchiver archivedDataWithRootObject:QVXReadableTwin(self)];
-    archive = QVXArchiveWithExactColours(archive, [NSDictionary dictionaryWithObject:self forKey:kKey]);
+    archive = QVXArchiveWithExactColors(archive, [NSDictionary dictionaryWithObject:self forKey:kKey]);
   } @catch (NSException* exception) {
     return;  // a colour that no archive can hold
   }
@@ -43,8 +43,8 @@ static int ignoresAlpha = -1;
   id color = nil;
   @try {
     BOOL hasPattern = NO;
-    color = [QVXExactColoursBehind(data) objectForKey:kKey];
-    if (!color) color = QVXReadColourArchive(data, &hasPattern);
+    color = [QVXExactColorsBehind(data) objectForKey:kKey];
+    if (!color) color = QVXReadColorArchive(data, &hasPattern);
     if (hasPattern) color = [NSUnarchiver unarchiveObjectWithData:data];  // another program's pattern
   } @catch (NSException* exception) {
     return nil;

@@ -3,7 +3,7 @@
 
 #include <time.h>
 
-#import "libcocoa/colours/colour_classes.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
 extern BOOL GSDebugAllocationActive(BOOL active);
