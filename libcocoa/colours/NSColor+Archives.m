@@ -1,7 +1,7 @@
 // libcocoa/colours/NSColor+Archives.m - reading colours back from archives.
 //
 // Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns.
-// A keyed archive that holds an exact colour gives that. What can't be read gives nil.
+// A keyed archive that holds an exact colour gives that. What can't be read is nil.
 #import "libcocoa/colours/exact_colours.h"
 #import "libcocoa/colours/gnustep_colours.h"
 #import "libcocoa/runtime/stock_methods.h"

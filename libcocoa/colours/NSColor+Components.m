@@ -1,8 +1,7 @@
-// libcocoa/colours/NSColor+Components.m - what a colour answers when it is asked for a component of another
-// kind.
+// libcocoa/colours/NSColor+Components.m - refusing a component that a colour does not have.
 //
-// GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods
-// that every kind of colour inherits where it has no such component.
+// The exception is GNUstep's; the reason names the method and the colour. Every kind of colour inherits these
+// methods for the components that it lacks.
 #import "libcocoa/colours/NSColor+Components.h"
 
 void QVXRefuseComponent(NSColor* color, SEL selector) {

@@ -13,12 +13,12 @@
   return QVXColorInSpace(self, space);
 }
 
-// What a kind of colour that can't be converted (a pattern) inherits.
+// Inherited by the kinds that can't be converted: patterns.
 - (NSColor*)colorUsingColorSpaceName:(NSString*)name device:(NSDictionary*)device {
   return [name isEqual:[self colorSpaceName]] ? self : nil;
 }
 
-// What the kinds with components inherit.
+// Inherited by the kinds that have components.
 - (NSUInteger)hash {
   CGFloat components[QVXMostComponents];
   [self getComponents:components];

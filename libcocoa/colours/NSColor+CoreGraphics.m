@@ -19,7 +19,7 @@
   return [color isKindOfClass:[NSColor class]] ? [[color retain] autorelease] : nil;
 }
 
-// Reached from every kind of colour when it goes away.
+// Every kind of colour ends here when it is deallocated.
 - (void)dealloc {
   QVXForgetHandle(self);
   [super dealloc];

@@ -29,7 +29,7 @@ NSColor* QVXConcreteColor(NSColor* color) {
 
 + (NSColor*)colorWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
   static QVXMethod stock;
-  // GNUstep would raise with its lock held, and no named colour could ever be converted again.
+  // GNUstep would raise here with its lock held, and block every later use of a named colour.
   if (!catalogue || !name) return nil;
   return ((id(*)(id, SEL, id, id))QVXStockClassMethod("NSColor", _cmd, &stock))(self, _cmd, catalogue, name);
 }
@@ -51,7 +51,7 @@ NSColor* QVXConcreteColor(NSColor* color) {
   return nil;
 }
 
-// GNUstep remembers the last answer, nil included, whatever happens to the list.
+// GNUstep keeps its first answer, even nil, and misses later changes of the list.
 - (NSColor*)colorUsingColorSpaceName:(NSString*)space device:(NSDictionary*)device {
   if ([space isEqual:NSNamedColorSpace]) return self;
   if (!space) space = [device objectForKey:NSDeviceColorSpaceName];

@@ -1,6 +1,6 @@
 // libcocoa/colours/NSColor+Presets.m - the predefined colours: one object per name.
 //
-// The values are GNUstep's own: each method is asked once, and what it answers is kept for ever.
+// The values are GNUstep's own: each of its methods is called once, and its answer is kept for ever.
 #import <AppKit/AppKit.h>
 
 #import "libcocoa/runtime/stock_methods.h"

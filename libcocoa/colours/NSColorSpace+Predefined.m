@@ -115,8 +115,8 @@ static QVXProfile* InstalledCMYK(void) {
   return stockName ? stockName : NSCustomColorSpace;
 }
 
-// Functions of the implementation, which sees the instance variables: each conversion asks them several
-// times.
+// These functions stand inside the implementation, where they can read instance variables: a conversion calls
+// them several times, and sends would show.
 QVXSpaceKind QVXKindOfSpace(NSColorSpace* space) {
   for (int kind = QVXOtherSpace + 1; space && kind < QVXSpaceKinds; ++kind)
     if (__atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE) == space) return kind;

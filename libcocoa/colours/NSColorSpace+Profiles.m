@@ -1,5 +1,4 @@
-// libcocoa/colours/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out
-// again.
+// libcocoa/colours/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and the way back.
 #import "libcocoa/colours/NSColorSpace+Profiles.h"
 
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
@@ -64,7 +63,7 @@
   return (CGColorSpaceRef)self;
 }
 
-// GNUstep's own, which runs after this, frees the data and knows nothing of the profile.
+// GNUstep's own method runs afterwards; it frees the data and knows nothing of the profile.
 - (void)dealloc {
   static QVXMethod stock;
   QVXForgetHandle(self);

@@ -5,7 +5,7 @@
 @implementation QVXProfileColor (QVXArchives)
 
 // Every GNUstep program can read the archive: it holds the device RGB twin, with sRGB's numbers. A keyed
-// archive also holds the colour itself, under a key that others do not look at.
+// archive also holds the colour itself, under a key that other programs ignore.
 - (void)encodeWithCoder:(NSCoder*)coder {
   NSColor* twin = [self colorUsingColorSpaceName:NSDeviceRGBColorSpace];
   if (!twin)

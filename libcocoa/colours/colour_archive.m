@@ -68,7 +68,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return nil;
 }
 
-// Bytes of the archive, NULL and failure if there are not so many left.
+// The next bytes of the archive; NULL, and failure, if fewer are left.
 - (const uint8_t*)take:(size_t)size {
   if (_failed || size > (size_t)(_end - _at)) {
     _failed = YES;
@@ -96,7 +96,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return (uint32_t)[self takeNumber:sizes[(tag & kSizeMask) >> 5]];
 }
 
-// A count, which is never more than what could follow it.
+// A count, checked against the bytes that are left: each element takes one at least.
 - (uint32_t)takeCount {
   uint8_t tag = [self takeTag];
   if ((tag & kTypeMask) != kTypeUnsignedInt) _failed = YES;
@@ -120,7 +120,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return (CGFloat)value;
 }
 
-// The head of an array of the given length; YES if it is there.
+// Takes the head of an array; NO unless the array has the given length.
 - (BOOL)takeArrayOf:(uint32_t)count {
   if ([self takeTag] != kTypeArray || [self takeNumber:sizeof count] != count) _failed = YES;
   return !_failed;
@@ -239,7 +239,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return QVXColorWithComponents(space, c);
 }
 
-// Every key a string, each once, every value a colour: else there is no list.
+// Fails unless every key is a string that occurs once, and every value a colour.
 - (QVXColorListContents*)readList {
   NSString* name = [self readObject];
   NSDictionary* colors = [self readObject];

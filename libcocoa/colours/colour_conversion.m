@@ -6,10 +6,6 @@
 #import "libcocoa/colours/NSColor+Named.h"
 #import "libcocoa/colours/QVXProfileColor.h"
 
-static double Positive(double value) {
-  return value > 0 ? value : 0;
-}
-
 // The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
 static NSString* FormulaName(NSColorSpace* space) {
   NSString* name = QVXStockNameOfSpace(space);
@@ -61,7 +57,7 @@ static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpac
   const QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
   const QVXProfile* fromProfile = QVXWorkingProfileOfSpace(from);
   if (!fromProfile) {
-    for (int i = 0; i < 3; ++i) source[i] = Positive(1 - source[3] - source[i]);
+    for (int i = 0; i < 3; ++i) source[i] = QVXClip(1 - source[3] - source[i]);
     fromProfile = srgb;
   }
   const QVXProfile* toProfile = QVXWorkingProfileOfSpace(to);

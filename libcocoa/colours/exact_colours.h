@@ -18,7 +18,8 @@
 // are none.
 NSData* QVXArchiveWithExactColors(NSData* archive, NSDictionary* colors);
 
-// What other programs read in the place of a colour: a pattern, which would end many of them, is a grey.
+// What other programs are to read in place of the colour: a grey for a pattern, which would crash many of
+// them; any other colour itself.
 NSColor* QVXReadableTwin(NSColor* color);
 
 // The exact colours behind an archive, by key; empty if there are none, or what stands there is damaged.

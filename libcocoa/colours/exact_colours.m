@@ -20,7 +20,7 @@ static void AppendWord(NSMutableData* data, uint32_t word) {
 }
 
 static uint32_t Checksum(const unsigned char* bytes, size_t size) {
-  uint32_t sum = kQVXHashOfNothing;
+  uint32_t sum = QVXHashOfNothing;
   for (size_t i = 0; i < size; ++i) sum = QVXHashWith(sum, bytes[i]);
   return sum;
 }
@@ -63,7 +63,7 @@ NSColor* QVXReadableTwin(NSColor* color) {
   return IsPattern(color) ? [NSColor colorWithDeviceWhite:0.5F alpha:1] : color;
 }
 
-// The number of colours, then the colours that were appended.
+// The number of colours, then the colours themselves.
 static void AppendAll(NSMutableData* data, uint32_t count, NSData* appended) {
   AppendWord(data, count);
   [data appendData:appended];
@@ -166,7 +166,7 @@ static void TakeColor(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colo
   if (color) [colors setObject:color forKey:key];
 }
 
-// The checksum was right, so this is what this library wrote: GNUstep's own reader is safe with it.
+// The checksum was right, so this library wrote the data, and GNUstep's own reader can be trusted with it.
 static void TakePattern(Cursor* cursor, NSMutableDictionary* colors) {
   NSString* key = TakeKey(cursor);
   uint32_t size = TakeWord(cursor);

@@ -37,14 +37,14 @@ static NSMapTable* NewTable(NSUInteger capacity) {
 
 static Class dictionaryClass;
 
-// NULL for anything but a dictionary made here: another object's keys would be taken for objects.
+// nil for anything but a dictionary made here: in any other the keys would be taken for objects.
 static QVXPointerDictionary* Checked(CFDictionaryRef dictionary) {
   QVXPointerDictionary* object = (QVXPointerDictionary*)dictionary;
   return object && object_getClass(object) == dictionaryClass ? object : nil;
 }
 
-// A map table keeps the memory of every entry that it ever had. One that has become much smaller than it was
-// is made anew, so that a program that held very many objects for a while gets the memory back.
+// A map table never shrinks. One that holds far fewer entries than it once did is rebuilt, so that a program
+// that held very many objects for a while gets the memory back.
 static void GiveMemoryBack(QVXPointerDictionary* object) {
   const NSUInteger small = 1024;
   const NSUInteger count = NSCountMapTable(object->_table);

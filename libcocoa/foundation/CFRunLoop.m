@@ -7,7 +7,8 @@
 
 QVX_EXPORT const CFStringRef kCFRunLoopDefaultMode = (CFStringRef) @"NSDefaultRunLoopMode";
 
-// GNUstep turns a delay of 0 into a tenth of a millisecond. What is that near counts as due.
+// Seconds. GNUstep turns a delay of 0 into a tenth of a millisecond, so what is to happen this soon counts as
+// due.
 static const NSTimeInterval kDue = 0.0002;
 
 // Runs what is due; answers when the next timer or input is expected, nil for never.

@@ -27,7 +27,7 @@ static char** paths;
 static uint32_t pathCount;
 static uint32_t pathCapacity;
 
-// The index of a path, which is entered when it is new. False without memory.
+// Finds the path in the table, or enters it. False if memory is exhausted. The caller holds the lock.
 static bool IndexOf(const char* path, uint32_t* index) {
   for (uint32_t i = 0; i < pathCount; ++i) {
     if (strcmp(paths[i], path) != 0) continue;

@@ -1,6 +1,6 @@
 // libcocoa/foundation/text_encoding.c - bytes to UTF-16 units and back.
 //
-// No tables of the system are asked, so every machine agrees.
+// The system's own converters are not used, so that every machine gives the same result.
 #include "libcocoa/foundation/text_encoding.h"
 
 #include <string.h>
@@ -45,28 +45,28 @@ static bool IsCharacter(uint32_t code) {
 }
 
 static bool IsBigEndian(uint32_t encoding) {
-  return encoding == kEncodingUTF16BE || encoding == kEncodingUTF32BE;
+  return encoding == kCFStringEncodingUTF16BE || encoding == kCFStringEncodingUTF32BE;
 }
 
 static const uint16_t* UpperHalf(uint32_t encoding) {
-  return encoding == kEncodingMacRoman ? kMacRomanUpperHalf : kWindowsLatin1UpperHalf;
+  return encoding == kCFStringEncodingMacRoman ? kMacRomanUpperHalf : kWindowsLatin1UpperHalf;
 }
 
 size_t QVXTextEncodingWidth(uint32_t encoding) {
   switch (encoding) {
-    case kEncodingMacRoman:
-    case kEncodingISOLatin1:
-    case kEncodingWindowsLatin1:
-    case kEncodingASCII:
-    case kEncodingUTF8:
+    case kCFStringEncodingMacRoman:
+    case kCFStringEncodingISOLatin1:
+    case kCFStringEncodingWindowsLatin1:
+    case kCFStringEncodingASCII:
+    case kCFStringEncodingUTF8:
       return 1;
-    case kEncodingUTF16:
-    case kEncodingUTF16BE:
-    case kEncodingUTF16LE:
+    case kCFStringEncodingUTF16:
+    case kCFStringEncodingUTF16BE:
+    case kCFStringEncodingUTF16LE:
       return 2;
-    case kEncodingUTF32:
-    case kEncodingUTF32BE:
-    case kEncodingUTF32LE:
+    case kCFStringEncodingUTF32:
+    case kCFStringEncodingUTF32BE:
+    case kCFStringEncodingUTF32LE:
       return 4;
     default:
       return 0;
@@ -104,8 +104,8 @@ static size_t AppendCharacter(uint16_t* units, size_t count, uint32_t code) {
   return count + 2;
 }
 
-// One UTF-8 sequence: its length, or 0 if it is none. Overlong forms, surrogates and codes past the last are
-// none.
+// The length of the UTF-8 sequence at p, or 0 if there is none. Overlong forms, surrogates and codes above
+// U+10FFFF do not count.
 static size_t ReadUTF8(const uint8_t* p, size_t room, uint32_t* code) {
   if (p[0] < 0x80) {
     *code = p[0];
@@ -137,8 +137,8 @@ static bool DecodeUTF8(const uint8_t* text, size_t length, uint16_t* units, size
 static bool DecodeSingleBytes(uint32_t encoding, const uint8_t* text, size_t length, uint16_t* units) {
   for (size_t i = 0; i < length; ++i) {
     units[i] = text[i];
-    if (text[i] < 0x80 || encoding == kEncodingISOLatin1) continue;
-    if (encoding == kEncodingASCII) return false;
+    if (text[i] < 0x80 || encoding == kCFStringEncodingISOLatin1) continue;
+    if (encoding == kCFStringEncodingASCII) return false;
     units[i] = UpperHalf(encoding)[text[i] - 0x80];
     if (units[i] == 0) return false;
   }
@@ -150,7 +150,7 @@ bool QVXDecodeText(uint32_t encoding, const char* text, size_t length, uint16_t*
   *count = 0;
   switch (QVXTextEncodingWidth(encoding)) {
     case 1:
-      if (encoding == kEncodingUTF8) return DecodeUTF8((const uint8_t*)text, length, units, count);
+      if (encoding == kCFStringEncodingUTF8) return DecodeUTF8((const uint8_t*)text, length, units, count);
       *count = length;
       return DecodeSingleBytes(encoding, (const uint8_t*)text, length, units);
     case 2:
@@ -170,11 +170,11 @@ bool QVXDecodeText(uint32_t encoding, const char* text, size_t length, uint16_t*
   }
 }
 
-// A byte of a single-byte encoding, or -1.
+// The byte that stands for a character, or -1.
 static int SingleByte(uint32_t encoding, uint32_t code) {
   if (code < 0x80) return (int)code;
-  if (encoding == kEncodingASCII) return -1;
-  if (encoding == kEncodingISOLatin1) return code < 0x100 ? (int)code : -1;
+  if (encoding == kCFStringEncodingASCII) return -1;
+  if (encoding == kCFStringEncodingISOLatin1) return code < 0x100 ? (int)code : -1;
   const uint16_t* table = UpperHalf(encoding);
   for (int i = 0; i < 128; ++i) {
     if (table[i] == code) return 0x80 + i;
@@ -193,12 +193,12 @@ static size_t PutUTF8(uint32_t code, uint8_t* out) {
   return length;
 }
 
-// The bytes of one character, or 0 if the encoding lacks it.
+// Writes a character and returns its number of bytes; 0 if the encoding lacks it.
 static size_t PutCharacter(uint32_t encoding, uint32_t code, uint8_t* out) {
   bool bigEndian = IsBigEndian(encoding);
   switch (QVXTextEncodingWidth(encoding)) {
     case 1: {
-      if (encoding == kEncodingUTF8) return PutUTF8(code, out);
+      if (encoding == kCFStringEncodingUTF8) return PutUTF8(code, out);
       int byte = SingleByte(encoding, code);
       if (byte < 0) return 0;
       out[0] = (uint8_t)byte;

@@ -6,19 +6,19 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// Core Foundation's encoding numbers.
+// Core Foundation's names and numbers.
 enum {
-  kEncodingMacRoman = 0x0000,
-  kEncodingUTF16 = 0x0100,  // the machine's byte order, no byte-order mark
-  kEncodingISOLatin1 = 0x0201,
-  kEncodingWindowsLatin1 = 0x0500,
-  kEncodingASCII = 0x0600,
-  kEncodingUTF8 = 0x08000100,
-  kEncodingUTF32 = 0x0C000100,
-  kEncodingUTF16BE = 0x10000100,
-  kEncodingUTF16LE = 0x14000100,
-  kEncodingUTF32BE = 0x18000100,
-  kEncodingUTF32LE = 0x1C000100,
+  kCFStringEncodingMacRoman = 0x0000,
+  kCFStringEncodingUTF16 = 0x0100,  // the machine's byte order, no byte-order mark
+  kCFStringEncodingISOLatin1 = 0x0201,
+  kCFStringEncodingWindowsLatin1 = 0x0500,
+  kCFStringEncodingASCII = 0x0600,
+  kCFStringEncodingUTF8 = 0x08000100,
+  kCFStringEncodingUTF32 = 0x0C000100,
+  kCFStringEncodingUTF16BE = 0x10000100,
+  kCFStringEncodingUTF16LE = 0x14000100,
+  kCFStringEncodingUTF32BE = 0x18000100,
+  kCFStringEncodingUTF32LE = 0x1C000100,
 };
 
 // 1, 2 or 4: the width of a unit and of a terminator. 0: the encoding is not known here.

@@ -2,8 +2,8 @@
 // not edit.
 //
 // GNUstep fills its table of lists while it initialises NSColor, with its lock held, and puts what it reads
-// into an array: one file that can't be read there would take down every program of the user. So a file that
-// is no list gives an empty one while the table is filled, and this file keeps it from being seen.
+// into an array: one unreadable file there would crash every program of the user. So while the table is
+// filled, a file that is no list gives an empty list, which is then hidden here.
 #import "libcocoa/lists/NSColorList+Available.h"
 
 #include <pthread.h>
@@ -15,7 +15,7 @@ static NSString* const kSystem = @"System";
 static _Thread_local int loading;      // depth of loading on this thread
 static _Thread_local int maintaining;  // depth of GNUstep's own work on the system's colours on this thread
 
-// Guards the two tables below. Nothing is sent while it is held but what collections do by address.
+// Guards the two tables below. While it is held, collections are only asked for what they do by address.
 static pthread_mutex_t tableLock = PTHREAD_MUTEX_INITIALIZER;
 static NSHashTable* hidden;      // lists that are not shown; addresses, not retained
 static NSMutableArray* written;  // lists that this program wrote into a folder of lists; retained
@@ -112,7 +112,7 @@ static NSArray* Visible(NSArray* stock) {
   }
 }
 
-// The address may be another list's next.
+// A list made later may get this address: it must not be hidden.
 - (void)dealloc {
   static QVXMethod stock;
   pthread_mutex_lock(&tableLock);

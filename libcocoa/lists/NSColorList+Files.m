@@ -28,7 +28,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 
 @implementation NSColorList (QVXFiles)
 
-// The list as other programs read it: they may be ended by a pattern.
+// The list as other programs are to read it: a pattern could crash them.
 - (NSColorList*)qvx_readableTwin {
   NSColorList* twin = [[[NSColorList alloc] initWithName:_name] autorelease];
   for (NSString* key in _orderedColorKeys) {
@@ -38,8 +38,8 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   return twin;
 }
 
-// A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if
-// there is no such file, or it is no colour list.
+// Without a path the list is empty; a folder stands for the file in it that has the list's name. nil if there
+// is no such file, or it is no colour list.
 - (id)initWithName:(NSString*)name fromFile:(NSString*)path {
   self = [self initWithName:name];
   if (!path) return self;

@@ -3,6 +3,6 @@
 
 #import "libcocoa/colours/QVXColorListContents.h"
 
-// What a file holds: GNUstep's archive, or text. nil if it is no colour list, or larger than 64 MiB: then not
-// one colour of it is given out. Never raises.
+// What a file holds: GNUstep's archive, or text. nil if it is no colour list, or larger than 64 MiB: a file
+// is read whole or not at all. Never raises.
 QVXColorListContents* QVXReadColorList(NSData* data);

@@ -9,9 +9,8 @@
 
 enum { kLargestFile = 64 * 1024 * 1024 };
 
-// A list with a pattern that another program wrote: only GNUstep can read its image. Its reader is not proof
-// against damage, so that is not done while the lists in the colour folders are loaded, which happens in
-// every program.
+// A list with a pattern that another program wrote: only GNUstep can read its image. Damaged data can crash
+// its reader, so it is not used while the lists in the colour folders are loaded, which every program does.
 static QVXColorListContents* ContentsByGNUstep(NSData* data) {
   if (QVXIsLoadingLists()) return nil;
   NSColorList* list = [NSUnarchiver unarchiveObjectWithData:data];

@@ -3,8 +3,8 @@
 
 #include <unistd.h>
 
-// One pasteboard. Each declaration of types starts a new generation, numbered by the change count; who holds
-// an older count can change nothing any more.
+// One pasteboard. Each declaration of types starts a new generation, numbered by the change count; whoever
+// holds an older count can no longer change anything.
 @interface QVXPasteboard : NSObject <GSPasteboardObj> {
   QVXPasteboardServer* _server;  // not owned, outlives every pasteboard
   NSString* _name;
@@ -74,7 +74,7 @@
   return count;
 }
 
-// 0 means that the caller's generation is over.
+// Returns 0 if the caller's generation is over.
 - (int)addTypes:(NSArray*)types owner:(id)owner pasteboard:(NSPasteboard*)side oldCount:(int)count {
   if (count != _changeCount) return 0;
   NSMutableArray* all = [NSMutableArray arrayWithArray:_types];
@@ -91,7 +91,7 @@
   return YES;
 }
 
-// Data that was only promised is asked of the owner now.
+// Promised data is requested from the owner now.
 - (NSData*)dataForType:(NSString*)type oldCount:(int)count mustBeCurrent:(BOOL)mustBeCurrent {
   if ((mustBeCurrent && count != _changeCount) || ![_types containsObject:type]) return nil;
   if (![_data objectForKey:type] && [_owner respondsToSelector:@selector(pasteboard:provideDataForType:)])
@@ -135,7 +135,7 @@
   [super dealloc];
 }
 
-// No name stands for a new pasteboard with a name that nobody else uses.
+// nil and the empty name make a new pasteboard with a name of its own.
 - (id<GSPasteboardObj>)pasteboardWithName:(NSString*)name {
   while (!name || [name length] == 0) {
     name = [NSString stringWithFormat:@"Pasteboard-%d-%u", getpid(), ++_uniqueCount];

@@ -44,7 +44,7 @@ static bool SetDescription(cmsContext context, cmsHPROFILE profile, const char* 
   return done;
 }
 
-// The header's date is the only thing that two runs would make differently.
+// Only the date in the header would differ from run to run.
 static void SetDate(unsigned char* bytes) {
   static const unsigned char newYear2009[12] = {0x07, 0xD9, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};
   memcpy(bytes + 24, newYear2009, sizeof newYear2009);

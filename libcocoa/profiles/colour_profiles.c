@@ -38,7 +38,7 @@ static bool IsIgnored(size_t at) {
 }
 
 static uint32_t HashOf(const unsigned char* bytes, size_t size) {
-  uint32_t hash = kQVXHashOfNothing;
+  uint32_t hash = QVXHashOfNothing;
   for (size_t i = 0; i < size; ++i)
     if (i >= kHeaderSize || !IsIgnored(i)) hash = QVXHashWith(hash, bytes[i]);
   return hash;
@@ -51,7 +51,7 @@ static bool SameColors(const QVXProfile* profile, const unsigned char* bytes, si
   return memcmp(profile->bytes + kHeaderSize, bytes + kHeaderSize, size - kHeaderSize) == 0;
 }
 
-// With lock held: the live profile of these bytes, with one more reference, or NULL.
+// With the lock held: the live profile of these bytes, with one more reference, or NULL.
 static QVXProfile* Find(const unsigned char* bytes, size_t size, uint32_t hash) {
   for (QVXProfile* each = buckets[hash % kBuckets]; each; each = each->next) {
     if (each->hash != hash || !SameColors(each, bytes, size)) continue;
@@ -181,7 +181,8 @@ QVXProfile* QVXProfileOpen(const void* data, size_t size) {
   if (!bytes || size < kSmallestProfile || size > QVXLargestProfile) return NULL;
   if (memcmp(bytes + 36, "acsp", 4) != 0) return NULL;
   size_t declared = ReadWord(bytes);
-  if (declared < kSmallestProfile || declared > size) return NULL;  // the second catches every truncation
+  if (declared < kSmallestProfile || declared > size)
+    return NULL;  // the second test catches every truncation
   uint32_t hash = HashOf(bytes, declared);
   pthread_mutex_lock(&lock);
   QVXProfile* known = Find(bytes, declared, hash);

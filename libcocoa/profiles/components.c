@@ -16,7 +16,7 @@ double QVXHeldComponent(double value, bool isLab) {
 }
 
 uint32_t QVXHashOfComponents(const float* components, unsigned count) {
-  uint32_t hash = kQVXHashOfNothing;
+  uint32_t hash = QVXHashOfNothing;
   for (unsigned i = 0; i < count; ++i) {
     float value = components[i] == 0 ? 0 : components[i];  // minus zero equals zero
     uint32_t bits;

@@ -6,7 +6,7 @@
 #include <stdint.h>
 
 // The hash of nothing.
-static const uint32_t kQVXHashOfNothing = 2166136261u;
+static const uint32_t QVXHashOfNothing = 2166136261u;
 
 // The hash of what `hash` stands for, followed by the piece: a byte, or a word taken as a whole.
 static inline uint32_t QVXHashWith(uint32_t hash, uint32_t piece) {

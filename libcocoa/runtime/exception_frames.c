@@ -121,7 +121,7 @@ QVX_EXPORT void objc_exception_try_enter(void* address) {
   frame->buffer[0].__jmpbuf[kSavedProgramCounter] = 0;
 }
 
-// Leaves the frames entered after it too; one that is on the list no more is left already.
+// Leaves the frames entered after it too. A frame that is no longer on the list has been left already.
 QVX_EXPORT void objc_exception_try_exit(void* address) {
   QVXExceptionFrame* frame = address;
   QVXLeaveFrame(frame);

@@ -200,9 +200,8 @@ static _Unwind_Reason_Code BeforeCleanUp(int version, _Unwind_Action actions, _U
                                          struct _Unwind_Context* function, void* argument) {
   Delivery* delivery = argument;
   uintptr_t bottom = _Unwind_GetCFA(function);
-  if ((actions & _UA_END_OF_STACK) != 0 || (delivery->end != 0 && bottom >= delivery->end)) {
+  if ((actions & _UA_END_OF_STACK) != 0 || (delivery->end != 0 && bottom >= delivery->end))
     Deliver(delivery->target, delivery->exception.value);
-  }
   delivery->position = bottom;
   if (QVXHasUnwindActions(function) && !QVXObjectiveCPersonality(function)) GoOn(delivery);
   return _URC_NO_REASON;

@@ -26,8 +26,8 @@ static char* RootOfLibraries(void) {
 
 // GNUstep's own folders, when its libraries were unpacked below a folder other than the file system's root.
 // Without this it would look for its resources below /usr, where there are none or another version's. The
-// machine's own system folder stays on the search path, in the place of the network's, which is the local
-// one's twin.
+// machine's own system folder stays on the search path, in place of the network's, which is the same folder
+// as the local one.
 static void FindResources(const char* path) {
   NSString* root = [NSString stringWithUTF8String:path];
   NSMutableDictionary* configuration = GNUstepConfig(nil);
@@ -62,8 +62,8 @@ static void CheckLoadOrder(void) {
 
 + (void)load {
   CheckLoadOrder();
-  // The bottom pool of the thread that loads the library. A host without pools of its own keeps what is
-  // autoreleased, and is not told so object by object.
+  // The bottom pool of the thread that loads the library. Without it GNUstep would warn a host that has no
+  // pools of its own about each autoreleased object.
   [[NSAutoreleasePool alloc] init];
   char* root = RootOfLibraries();
   if (!root) return;

@@ -96,19 +96,19 @@ static uintptr_t PersonalityAt(void* pc) {
   return 0;
 }
 
-bool QVXHasUnwindActions(struct _Unwind_Context* frame) {
-  return _Unwind_GetLanguageSpecificData(frame) != 0;
+bool QVXHasUnwindActions(struct _Unwind_Context* function) {
+  return _Unwind_GetLanguageSpecificData(function) != 0;
 }
 
-QVXPersonality QVXObjectiveCPersonality(struct _Unwind_Context* frame) {
-  if (!QVXHasUnwindActions(frame)) return NULL;
+QVXPersonality QVXObjectiveCPersonality(struct _Unwind_Context* function) {
+  if (!QVXHasUnwindActions(function)) return NULL;
   int beforeInstruction = 0;
-  uintptr_t pc = _Unwind_GetIPInfo(frame, &beforeInstruction);
+  uintptr_t pc = _Unwind_GetIPInfo(function, &beforeInstruction);
   if (!beforeInstruction) --pc;  // a return address may lie behind the function's end
   return PersonalityAt((void*)pc) == (uintptr_t)__gnu_objc_personality_v0 ? __gnu_objc_personality_v0 : NULL;
 }
 
-// Call frame instructions, as far as they may stand at the head of an entry.
+// The call frame instructions that may stand at the head of an entry.
 enum {
   kNop = 0x00,
   kRememberState = 0x0a,
@@ -119,9 +119,9 @@ enum {
   kPrimaryMask = 0xc0,
 };
 
-// A function starts with its return address on top of the stack, as its common entry says. A piece of one
-// starts with a frame already made, and its entry has to say so before the first instruction.
-static bool StartsWithAFrame(const DescriptionEntry* entry) {
+// A function starts with its return address on top of the stack, as its common entry says. A piece that was
+// moved away starts with its stack already set up, and its entry has to say so before the first instruction.
+static bool StartsInTheMiddle(const DescriptionEntry* entry) {
   const uint8_t* end = (const uint8_t*)&entry->distance + entry->length;
   const uint8_t* p = (const uint8_t*)(&entry->distance + 1) + 2 * sizeof(uint32_t);  // past start and size
   if (CommonEntry(entry)[9] == 'z') p += 1 + *p;
@@ -141,5 +141,5 @@ bool QVXMayShareFunction(uintptr_t pc, uintptr_t otherPC) {
   const DescriptionEntry* entry = _Unwind_Find_FDE((void*)pc, &bases);
   const DescriptionEntry* other = _Unwind_Find_FDE((void*)otherPC, &otherBases);
   if (!entry || !other) return entry == other;
-  return entry == other || StartsWithAFrame(entry) || StartsWithAFrame(other);
+  return entry == other || StartsInTheMiddle(entry) || StartsInTheMiddle(other);
 }

@@ -38,8 +38,9 @@ check_rooms() {
 }
 
 check_circles() {
-  local house circles bad=0
-  for house in $(sed -n 's/^no circle://p' "$rooms"); do
+  local houses house circles bad=0
+  read -ra houses < <(sed -n 's/^no circle://p' "$rooms") || houses=()
+  for house in "${houses[@]}"; do
     circles=$(includes "$house" | sed -E 's/\.[a-zA-Z]+( |$)/\1/g' | awk '$1 != $2' | tsort 2>&1 >/dev/null || true)
     [ -z "$circles" ] && continue
     bad=1
