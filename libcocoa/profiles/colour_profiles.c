@@ -101,25 +101,29 @@ static unsigned ChannelsOf(const unsigned char* header, int* model) {
   return 0;
 }
 
-// Little CMS answers with UTF-16 units, one in each wide character. What is no character becomes U+FFFD, and
-// a byte-order mark at the head is none of the text.
+// Little CMS counts the UTF-16 units of the tag and one for the end mark, but answers with whole characters:
+// where some take two units, what it leaves behind the last one is not initialised. What is no character
+// becomes U+FFFD, and a byte-order mark at the head is none of the text.
 static uint16_t* CopyDescription(cmsHPROFILE handle, size_t* length) {
   cmsUInt32Number size = cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", NULL, 0);
-  size_t characters = size / sizeof(wchar_t);
+  size_t left = size / sizeof(wchar_t);
   wchar_t* wide = malloc(size + sizeof *wide);
-  uint16_t* units = malloc((characters + 1) * sizeof *units);
-  if (!wide || !cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", wide, size)) characters = 0;
+  uint16_t* units = malloc((left + 1) * sizeof *units);
+  if (!units || !wide || !cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", wide, size)) left = 0;
   *length = 0;
-  for (size_t i = characters > 0 && wide[0] == 0xFEFF; units && i < characters && wide[i]; ++i) {
-    uint32_t unit = (uint32_t)wide[i];
-    if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < characters && wide[i + 1] >= 0xDC00 &&
-        wide[i + 1] <= 0xDFFF) {
-      units[(*length)++] = (uint16_t)unit;
-      unit = (uint32_t)wide[++i];
-    } else if ((unit >= 0xD800 && unit <= 0xDFFF) || unit > 0xFFFF) {
-      unit = 0xFFFD;
+  for (const wchar_t* next = wide; left > 1 && *next; ++next) {
+    uint32_t character = (uint32_t)*next;
+    if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) character = 0xFFFD;
+    if (character == 0xFEFF && next == wide) {
+      --left;
+    } else if (character < 0x10000) {
+      units[(*length)++] = (uint16_t)character;
+      --left;
+    } else {
+      units[(*length)++] = (uint16_t)(0xD7C0 + (character >> 10));
+      units[(*length)++] = (uint16_t)(0xDC00 + (character & 0x3FF));
+      left -= 2;
     }
-    units[(*length)++] = (uint16_t)unit;
   }
   free(wide);
   return units;
