@@ -157,10 +157,7 @@ QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
   if (kind != QVXOtherSpace) return predefined[kind].name;
   size_t length = 0;
   const uint16_t* description = _colorSyncProfile ? QVXProfileDescription(_colorSyncProfile, &length) : NULL;
-  if (length == 0) return nil;
-  return [[[NSString alloc] initWithBytes:description
-                                   length:length * sizeof *description
-                                 encoding:NSUTF16LittleEndianStringEncoding] autorelease];
+  return length > 0 ? [NSString stringWithCharacters:description length:length] : nil;
 }
 
 - (NSColorSpaceModel)colorSpaceModel {

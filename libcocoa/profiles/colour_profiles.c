@@ -103,29 +103,24 @@ static unsigned ChannelsOf(const unsigned char* header, int* model) {
 
 // Little CMS counts the UTF-16 units of the tag and one for the end mark, but answers with whole characters:
 // where some take two units, what it leaves behind the last one is not initialised. What is no character
-// becomes U+FFFD, and a byte-order mark at the head is none of the text.
+// becomes U+FFFD.
 static uint16_t* CopyDescription(cmsHPROFILE handle, size_t* length) {
   cmsUInt32Number size = cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", NULL, 0);
-  size_t left = size / sizeof(wchar_t);
-  wchar_t* wide = malloc(size + sizeof *wide);
-  uint16_t* units = malloc((left + 1) * sizeof *units);
-  if (!units || !wide || !cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", wide, size)) left = 0;
-  *length = 0;
-  for (const wchar_t* next = wide; left > 1 && *next; ++next) {
+  size_t room = size / sizeof(wchar_t);
+  wchar_t* text = malloc(size + sizeof *text);
+  uint16_t* units = malloc((room + 1) * sizeof *units);
+  if (!units || !text || !cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", text, size)) room = 0;
+  size_t count = 0;
+  for (const wchar_t* next = text; count + 1 < room && *next; ++next) {
     uint32_t character = (uint32_t)*next;
-    if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) character = 0xFFFD;
-    if (character == 0xFEFF && next == wide) {
-      --left;
-    } else if (character < 0x10000) {
-      units[(*length)++] = (uint16_t)character;
-      --left;
-    } else {
-      units[(*length)++] = (uint16_t)(0xD7C0 + (character >> 10));
-      units[(*length)++] = (uint16_t)(0xDC00 + (character & 0x3FF));
-      left -= 2;
-    }
+    if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF) || character == 0xFFFE)
+      character = 0xFFFD;
+    bool isWide = character > 0xFFFF;
+    if (isWide) units[count++] = (uint16_t)(0xD7C0 + (character >> 10));
+    units[count++] = (uint16_t)(isWide ? 0xDC00 + (character & 0x3FF) : character);
   }
-  free(wide);
+  free(text);
+  *length = count;
   return units;
 }
 

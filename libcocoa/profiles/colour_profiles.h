@@ -41,8 +41,8 @@ uint32_t QVXProfileHash(const QVXProfile* profile);
 // The bytes and their number; they live as long as the profile.
 const void* QVXProfileBytes(const QVXProfile* profile, size_t* size);
 
-// The description tag as whole UTF-16 characters, and the number of units, 0 if there is none. Lives as long
-// as the profile.
+// The description tag as UTF-16 and its number of units, 0 if there is none; a byte-order mark is kept. Lives
+// as long as the profile.
 const uint16_t* QVXProfileDescription(const QVXProfile* profile, size_t* length);
 
 // Converts one colour from one profile to another, as QVXTransform does.
