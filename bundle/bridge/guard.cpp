@@ -3,37 +3,38 @@
 
 namespace qvx {
 
+namespace {
+
 bool IsNSException(id exception) {
   const id exceptionClass = PlatformClass<"NSException">();
   return exceptionClass != nullptr &&
          objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
 }
 
-namespace {
-
 // Each in a frame of its own, so that a platform exception on the way is dropped and the first one goes on.
-void GiveBackHeld(Holdings& holdings) {
-  while (!holdings.IsEmpty()) [[unlikely]] {
-      auto giveBack = [&holdings] { holdings.GiveBack(); };
-      RunInFrame(giveBack);
-    }
+void GiveBackAll(Holdings* holdings) {
+  while (holdings != nullptr && holdings->Count() > 0) {
+    InFrame([holdings] { holdings->GiveBackDownTo(0); }, [](id /*dropped*/) {});
+  }
 }
 
 }  // namespace
 
-id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context) {
-  Holdings holdings;
-  auto withHoldings = [body, context, &holdings] { body(context, holdings); };
-  const id exception = RunInFrame(withHoldings);
-  GiveBackHeld(holdings);
-  return exception;
-}
-
-void EndDelivered(id exception, Holdings& holdings, OnNSException then) {
-  GiveBackHeld(holdings);
-  if (exception == nullptr) return;
-  if (!IsNSException(exception)) objc_exception_throw(exception);
-  if (then == OnNSException::kRaise) RaiseNSExceptionQVX(exception);
+void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept) {
+  GiveBackAll(held);
+  id passedOn = exception;
+  if (exception != nullptr && IsNSException(exception)) {
+    if (then == OnNSException::kDrop) return;
+    passedOn = InFrame(
+        [exception]() -> id {
+          RaiseNSExceptionQVX(exception);
+          return nullptr;
+        },
+        [](id thrown) { return thrown; });
+  }
+  if (passedOn == nullptr) return;
+  GiveBackAll(kept);
+  objc_exception_throw(passedOn);
 }
 
 }  // namespace qvx

@@ -42,7 +42,7 @@ void Destructor(REALobject self) {
 
 // The index goes on unchanged: a negative one is a very large one for the platform, which refuses it.
 void insertColor(REALobject self, REALobject color, REALstring key, std::int32_t index) {
-  Guarded([=](Holdings& holdings) {
+  Guarded(OnNSException::kRaise, [=](Holdings& holdings) {
     const id list = ListOf(self);
     if (list == nullptr) return;
     msg::insertColor(list, NativeOf(color), NewNSString(key, holdings), static_cast<NSUInteger>(index));
@@ -50,7 +50,7 @@ void insertColor(REALobject self, REALobject color, REALstring key, std::int32_t
 }
 
 void setColor(REALobject self, REALobject color, REALstring key) {
-  Guarded([=](Holdings& holdings) {
+  Guarded(OnNSException::kRaise, [=](Holdings& holdings) {
     const id list = ListOf(self);
     if (list == nullptr) return;
     msg::setColor(list, NativeOf(color), NewNSString(key, holdings));
@@ -58,15 +58,15 @@ void setColor(REALobject self, REALobject color, REALstring key) {
 }
 
 REALobject colorWithKey(REALobject self, REALstring key) {
-  return GuardedResult<REALobject>([=](REALobject& result, Holdings& holdings) {
+  return Guarded(OnNSException::kRaise, [=](Holdings& holdings) -> REALobject {
     const id list = ListOf(self);
-    if (list == nullptr) return;
-    result = NewNSColorQVX(msg::colorWithKey(list, NewNSString(key, holdings)), holdings);
+    if (list == nullptr) return nullptr;
+    return NewNSColorQVX(msg::colorWithKey(list, NewNSString(key, holdings)), holdings);
   });
 }
 
 void removeColorWithKey(REALobject self, REALstring key) {
-  Guarded([=](Holdings& holdings) {
+  Guarded(OnNSException::kRaise, [=](Holdings& holdings) {
     const id list = ListOf(self);
     if (list == nullptr) return;
     msg::removeColorWithKey(list, NewNSString(key, holdings));
@@ -74,22 +74,22 @@ void removeColorWithKey(REALobject self, REALstring key) {
 }
 
 REALboolean writeToFile(REALobject self, REALstring path) {
-  return GuardedResult<REALboolean>([=](REALboolean& result, Holdings& holdings) {
+  return Guarded(OnNSException::kRaise, [=](Holdings& holdings) -> REALboolean {
     const id list = ListOf(self);
-    if (list == nullptr) return;
-    result = static_cast<REALboolean>(msg::writeToFile(list, NewNSString(path, holdings)));
+    if (list == nullptr) return 0;
+    return static_cast<REALboolean>(msg::writeToFile(list, NewNSString(path, holdings)));
   });
 }
 
 void removeFile(REALobject self) {
-  Guarded([self] {
+  Guarded(OnNSException::kRaise, [self] {
     if (self != nullptr) msg::removeFile(ListData(self));
   });
 }
 
 REALboolean isEditable(REALobject self) {
-  return GuardedResult<REALboolean>([self](REALboolean& result) {
-    if (self != nullptr) result = static_cast<REALboolean>(msg::isEditable(ListData(self)));
+  return Guarded(OnNSException::kRaise, [self] {
+    return self != nullptr ? static_cast<REALboolean>(msg::isEditable(ListData(self))) : REALboolean{0};
   });
 }
 
@@ -107,21 +107,23 @@ void GiveUpList(REALobject self) {
   list = nullptr;
 }
 
-// The frame of both Create methods: `make` answers a new list, whose one reference becomes the instance's.
+// Guards both Create methods: `make` answers a new list, whose one reference becomes the instance's. A list
+// that is there but can't be entered in the cache has been created all the same.
 template <typename Make>
 REALboolean Create(REALobject self, Make make) {
-  return GuardedResult<REALboolean>([self, make](REALboolean& result, Holdings& holdings) {
-    if (self == nullptr) return;
-    if (const id old = ListData(self)) {
-      RemoveFromCache(old);
-      GiveUpList(self);
-    }
-    const id list = make(holdings);
-    if (list == nullptr) return;
-    ListData(self) = list;
-    result = 1;
-    EnterInCache(list, self);
-  });
+  return GuardedFill(OnNSException::kRaise, REALboolean{0},
+                     [self, make](REALboolean& result, Holdings& holdings) {
+                       if (self == nullptr) return;
+                       if (const id old = ListData(self)) {
+                         RemoveFromCache(old);
+                         GiveUpList(self);
+                       }
+                       const id list = make(holdings);
+                       if (list == nullptr) return;
+                       ListData(self) = list;
+                       result = 1;
+                       EnterInCache(list, self);
+                     });
 }
 
 REALboolean Create1(REALobject self, REALstring listName) {
@@ -142,13 +144,13 @@ REALboolean Create2(REALobject self, REALstring listName, REALstring path) {
 // Deliberately without the cache: a loaded list is the platform's shared one and is not entered, and the
 // entry of the list that it replaces stays.
 REALboolean Load(REALobject self, REALstring listName) {
-  return GuardedResult<REALboolean>([self, listName](REALboolean& result, Holdings& holdings) {
-    if (self == nullptr) return;
+  return Guarded(OnNSException::kRaise, [self, listName](Holdings& holdings) -> REALboolean {
+    if (self == nullptr) return 0;
     if (ListData(self) != nullptr) GiveUpList(self);
     const id list = msg::colorListNamed(NSColorListClass(), NewNSString(listName, holdings));
-    if (list == nullptr) return;
+    if (list == nullptr) return 0;
     ListData(self) = msg::retain(list);
-    result = ListData(self) != nullptr;
+    return ListData(self) != nullptr;
   });
 }
 

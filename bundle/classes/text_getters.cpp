@@ -6,7 +6,7 @@
 namespace qvx {
 
 REALstring TextOf(const id* data, Selector& selector, OnNSException then) {
-  return GuardedAnswer(then, [data, &selector](Holdings& holdings) {
+  return Guarded(then, [data, &selector](Holdings& holdings) {
     return data != nullptr ? NSStringRB(Send<id>(*data, selector), holdings) : nullptr;
   });
 }
