@@ -51,7 +51,7 @@ void RaiseOutOfBoundsException(std::int64_t value, std::int64_t minimum, std::in
 // The frame of the body that the exception ended is gone when this runs. NSExceptions that are raised here,
 // by a log line that fails or for want of the sibling part, are dropped in frames of their own.
 void RaiseNSExceptionQVX(id exception) {
-  Guarded(OnNSException::kDrop, [exception](Holdings& holdings) {
+  Guarded<OnNSException::kDrop>([exception](Holdings& holdings) {
     const id name = msg::name(exception);
     const id reason = msg::reason(exception);
     const id userInfo = msg::userInfo(exception);
@@ -61,7 +61,7 @@ void RaiseNSExceptionQVX(id exception) {
     NSLog(AsPlatformObject(format.Get()), name, reason, userInfo);
     format.Release();
   });
-  Guarded(OnNSException::kDrop, [exception](Holdings& holdings) {
+  Guarded<OnNSException::kDrop>([exception](Holdings& holdings) {
     void* const made = msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception);
     Held wrapper(holdings, static_cast<REALobject>(made));
     if (!wrapper) return;

@@ -11,12 +11,28 @@ bool IsNSException(id exception) {
          objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
 }
 
-// Each in a frame of its own, so that a platform exception on the way is dropped and the first one goes on.
+// Gives back in a frame of its own. A platform exception on the way is dropped: the first one goes on.
+struct GivingBack {
+  Holdings& holdings;
+
+  void operator()() { holdings.GiveBackDownTo(0); }
+  void Ended(id /*exception*/) {}
+};
+
 void GiveBackAll(Holdings* holdings) {
-  while (holdings != nullptr && holdings->Count() > 0) {
-    InFrame([holdings] { holdings->GiveBackDownTo(0); }, [](id /*dropped*/) {});
-  }
+  while (holdings != nullptr && holdings->Count() > 0) InFrame(GivingBack{*holdings});
 }
+
+// Raises in a frame of its own and answers what is to be passed on instead, nil for nothing.
+struct Raising {
+  id exception;
+
+  id operator()() {
+    RaiseNSExceptionQVX(exception);
+    return nullptr;
+  }
+  id Ended(id thrown) { return thrown; }
+};
 
 }  // namespace
 
@@ -25,12 +41,7 @@ void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* ke
   id passedOn = exception;
   if (exception != nullptr && IsNSException(exception)) {
     if (then == OnNSException::kDrop) return;
-    passedOn = InFrame(
-        [exception]() -> id {
-          RaiseNSExceptionQVX(exception);
-          return nullptr;
-        },
-        [](id thrown) { return thrown; });
+    passedOn = InFrame(Raising{exception});
   }
   if (passedOn == nullptr) return;
   GiveBackAll(kept);

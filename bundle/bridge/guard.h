@@ -33,19 +33,19 @@ class FrameExit {
   ObjCExceptionFrame& frame_;
 };
 
-// Runs the body inside an exception frame and answers what it answers or, after a delivered exception, what
-// `ended` answers to that. Never inlined: the function that _setjmp belongs to holds nothing that changes
-// before the delivery. The host may enter the bundle on any 4-byte aligned stack; from here on it is aligned
-// to 16 bytes.
-template <typename Body, typename Ended>
-[[gnu::noinline, gnu::force_align_arg_pointer]] std::invoke_result_t<Body&> InFrame(Body body, Ended ended) {
+// Runs `body()` inside an exception frame and answers what it answers or, after a delivered exception, what
+// `body.Ended(exception)` answers. Never inlined: the function that _setjmp belongs to holds nothing that
+// changes before the delivery. The host may enter the bundle on any 4-byte aligned stack; from here on it is
+// aligned to 16 bytes.
+template <typename Body>
+[[gnu::noinline, gnu::force_align_arg_pointer]] std::invoke_result_t<Body&> InFrame(Body body) {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
   if (_setjmp(frame.buffer) == 0) {
     const FrameExit exit(frame);
     return body();
   }
-  return ended(objc_exception_extract(&frame));
+  return body.Ended(objc_exception_extract(&frame));
 }
 
 // The end of a body that a delivered exception has left: gives back what it held, then raises or drops an
@@ -53,23 +53,38 @@ template <typename Body, typename Ended>
 // `kept` for the caller, who gets nothing then, is given back first. Both lists may be null.
 [[gnu::cold]] void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept);
 
+// What InFrame runs for Guarded: a body alone, or with its holdings.
+template <OnNSException then, typename Body>
+struct GuardedBody {
+  Body body;
+
+  auto operator()() { return body(); }
+  auto Ended(id exception) {
+    EndDelivered(exception, then, nullptr, nullptr);
+    return std::invoke_result_t<Body&>();
+  }
+};
+template <OnNSException then, typename Body>
+struct GuardedHoldingBody {
+  Body body;
+  Holdings& holdings;
+
+  auto operator()() { return body(holdings); }
+  auto Ended(id exception) {
+    EndDelivered(exception, then, &holdings, nullptr);
+    return std::invoke_result_t<Body&, Holdings&>();
+  }
+};
+
 // Guards a body, which takes nothing or its Holdings, and answers what it answers; the neutral value
 // (nothing, 0, null) after an NSException.
-template <typename Body>
-auto Guarded(OnNSException then, Body body) {
+template <OnNSException then = OnNSException::kRaise, typename Body>
+auto Guarded(Body body) {
   if constexpr (std::is_invocable_v<Body&, Holdings&>) {
-    using Result = std::invoke_result_t<Body&, Holdings&>;
     Holdings holdings;
-    return InFrame([body, &holdings] { return body(holdings); },
-                   [then, &holdings](id exception) {
-                     EndDelivered(exception, then, &holdings, nullptr);
-                     return Result();
-                   });
+    return InFrame(GuardedHoldingBody<then, Body>{body, holdings});
   } else {
-    return InFrame(body, [then](id exception) {
-      EndDelivered(exception, then, nullptr, nullptr);
-      return std::invoke_result_t<Body&>();
-    });
+    return InFrame(GuardedBody<then, Body>{body});
   }
 }
 
@@ -83,15 +98,26 @@ void GiveBack(FilledHandle<Handle> filled) {
   if (*filled.variable != nullptr) GiveBack(*filled.variable);
 }
 
+// What InFrame runs for GuardedFill.
+template <OnNSException then, typename Result, typename Body>
+struct FillingBody {
+  Body body;
+  Result& result;
+  Holdings& holdings;
+  Holdings& kept;
+
+  void operator()() { body(result, holdings); }
+  void Ended(id exception) { EndDelivered(exception, then, &holdings, &kept); }
+};
+
 // Guards a body, which takes the result, `result` until it sets another, and its Holdings; answers the result
 // as it stands at the end, after an NSException too. A handle is an owned reference.
-template <typename Result, typename Body>
-Result GuardedFill(OnNSException then, Result result, Body body) {
+template <OnNSException then = OnNSException::kRaise, typename Result, typename Body>
+Result GuardedFill(Result result, Body body) {
   Holdings holdings;
   Holdings kept;
   if constexpr (std::is_pointer_v<Result>) kept.Hold(FilledHandle<Result>{&result});
-  InFrame([body, &result, &holdings] { body(result, holdings); },
-          [then, &holdings, &kept](id exception) { EndDelivered(exception, then, &holdings, &kept); });
+  InFrame(FillingBody<then, Result, Body>{body, result, holdings, kept});
   kept.ForgetAll();
   return result;
 }

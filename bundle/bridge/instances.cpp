@@ -47,7 +47,7 @@ void RemoveFromCache(id native) {
 
 void DestroyInstance(REALobject instance, std::size_t offset) {
   CocoaInit();
-  Guarded(OnNSException::kRaise, [instance, offset] {
+  Guarded([instance, offset] {
     if (instance == nullptr) return;
     id& native = ClassData(instance, offset);
     if (native == nullptr) return;

@@ -20,9 +20,8 @@ namespace qvx {
 // Outside of the unnamed namespace, so that its guard keeps the platform's calling convention and the result
 // stays in the register that the host expects it in.
 inline double ComponentOf(REALobject self, Selector& selector) {
-  return Guarded(OnNSException::kDrop, [self, &selector] {
-    return self != nullptr ? double{Send<CGFloat>(ClassData(self), selector)} : 0.0;
-  });
+  return Guarded<OnNSException::kDrop>(
+      [self, &selector] { return self != nullptr ? double{Send<CGFloat>(ClassData(self), selector)} : 0.0; });
 }
 
 namespace {
@@ -58,7 +57,7 @@ void SendGetRed(id color, RGBA& rgba) {
 // converted. An NSException of the conversion is the caller's.
 RGBA RGBAOf(id color) {
   RGBA rgba;
-  const bool answered = Guarded(OnNSException::kDrop, [color, &rgba] {
+  const bool answered = Guarded<OnNSException::kDrop>([color, &rgba] {
     SendGetRed(color, rgba);
     return true;
   });
@@ -80,7 +79,7 @@ REALcolor ColorField(CGFloat component) {
 // 0x00RRGGBB. Components outside of 0..1 spill into the neighbouring fields; alpha is left out. Both
 // deliberate.
 REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
-  return Guarded(OnNSException::kRaise, [self]() -> REALcolor {
+  return Guarded([self]() -> REALcolor {
     const id color = NativeOf(self);
     if (color == nullptr) return 0;
     const RGBA rgba = RGBAOf(color);
@@ -98,13 +97,12 @@ double Component(REALobject self, std::int32_t /*parameter*/) {
 // One descriptive string. An NSException is dropped here too, and gives the null string.
 template <FixedString Name>
 REALstring Text(REALobject self, std::int32_t /*parameter*/) {
-  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>, OnNSException::kDrop);
+  return TextOf<OnNSException::kDrop>(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>);
 }
 
 std::int32_t numberOfComponents(REALobject self, std::int32_t /*parameter*/) {
-  return Guarded(OnNSException::kRaise, [self] {
-    return self != nullptr ? std::int32_t{msg::numberOfComponents(ClassData(self))} : 0;
-  });
+  return Guarded(
+      [self] { return self != nullptr ? std::int32_t{msg::numberOfComponents(ClassData(self))} : 0; });
 }
 
 template <FixedString... Names>
@@ -129,7 +127,7 @@ REALobject DummyException(REALobject /*self*/) {
 void DummyConstructor(REALobject /*self*/) {}
 
 std::int32_t getCGColor(REALobject self) {
-  return Guarded(OnNSException::kRaise, [self] {
+  return Guarded([self] {
     const id color = NativeOf(self);
     return color != nullptr ? std::int32_t{msg::CGColor(color)} : 0;
   });
@@ -138,7 +136,7 @@ std::int32_t getCGColor(REALobject self) {
 // The array is there before anything can fail, and is what the caller gets, as far as it is filled.
 [[gnu::force_align_arg_pointer]] REALarray getComponents(REALobject self) {
   const REALarray array = REALCreateArray(REALArrayType::kDouble, -1);
-  return GuardedFill(OnNSException::kRaise, array, [self](REALarray& result, Holdings& /*none*/) {
+  return GuardedFill(array, [self](REALarray& result, Holdings& /*none*/) {
     constexpr NSInteger kMostComponents = 32;
     // The platform writes as many components as it counts: room for more than any space has.
     constexpr std::size_t kRoom = 256;
@@ -160,7 +158,7 @@ void ReadComponents(REALobject self, std::initializer_list<double*> outputs,
                     void (*read)(id color, CGFloat* values)) {
   constexpr std::size_t kMostOutputs = 5;
   for (double* const output : outputs) *output = 0.0;
-  Guarded(OnNSException::kRaise, [self, outputs, read] {
+  Guarded([self, outputs, read] {
     const id color = NativeOf(self);
     if (color == nullptr) return;
     CGFloat values[kMostOutputs] = {};
@@ -222,7 +220,7 @@ void getHueA(REALobject self, double* hue, double* saturation, double* brightnes
 // object.
 template <typename Derive>
 REALobject DerivedColor(REALobject self, Derive derive) {
-  return Guarded(OnNSException::kRaise, [self, derive](Holdings& holdings) {
+  return Guarded([self, derive](Holdings& holdings) {
     const id color = NativeOf(self);
     return color != nullptr ? NewNSColorQVX(derive(color, holdings), holdings) : nullptr;
   });
@@ -261,21 +259,21 @@ REALobject highlightWithLevel(REALobject self, double level) {
 }
 
 REALobject colorSpace(REALobject self) {
-  return Guarded(OnNSException::kRaise, [self](Holdings& holdings) {
+  return Guarded([self](Holdings& holdings) {
     const id color = NativeOf(self);
     return color != nullptr ? NewNSColorSpaceQVX(msg::colorSpace(color), holdings) : nullptr;
   });
 }
 
 REALobject patternImage(REALobject self) {
-  return Guarded(OnNSException::kRaise, [self](Holdings& holdings) {
+  return Guarded([self](Holdings& holdings) {
     const id color = NativeOf(self);
     return color != nullptr ? NewNSImageQVX(msg::patternImage(color), holdings) : nullptr;
   });
 }
 
 void writeToPasteboard(REALobject self) {
-  Guarded(OnNSException::kRaise, [self] {
+  Guarded([self] {
     const id color = NativeOf(self);
     if (color == nullptr) return;
     msg::writeToPasteboard(color, msg::generalPasteboard(PlatformClass<"NSPasteboard">()));
@@ -288,8 +286,7 @@ void writeToPasteboard(REALobject self) {
 template <typename Make>
 REALobject Factory(Make make) {
   CocoaInit();
-  return Guarded(OnNSException::kRaise,
-                 [make](Holdings& holdings) { return NewNSColorQVX(make(holdings), holdings); });
+  return Guarded([make](Holdings& holdings) { return NewNSColorQVX(make(holdings), holdings); });
 }
 
 // The element of a host array of doubles, or 0.0 where it can't be read. The service that reads it exists up

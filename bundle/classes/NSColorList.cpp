@@ -42,7 +42,7 @@ void Destructor(REALobject self) {
 
 // The index goes on unchanged: a negative one is a very large one for the platform, which refuses it.
 void insertColor(REALobject self, REALobject color, REALstring key, std::int32_t index) {
-  Guarded(OnNSException::kRaise, [=](Holdings& holdings) {
+  Guarded([=](Holdings& holdings) {
     const id list = ListOf(self);
     if (list == nullptr) return;
     msg::insertColor(list, NativeOf(color), NewNSString(key, holdings), static_cast<NSUInteger>(index));
@@ -50,7 +50,7 @@ void insertColor(REALobject self, REALobject color, REALstring key, std::int32_t
 }
 
 void setColor(REALobject self, REALobject color, REALstring key) {
-  Guarded(OnNSException::kRaise, [=](Holdings& holdings) {
+  Guarded([=](Holdings& holdings) {
     const id list = ListOf(self);
     if (list == nullptr) return;
     msg::setColor(list, NativeOf(color), NewNSString(key, holdings));
@@ -58,7 +58,7 @@ void setColor(REALobject self, REALobject color, REALstring key) {
 }
 
 REALobject colorWithKey(REALobject self, REALstring key) {
-  return Guarded(OnNSException::kRaise, [=](Holdings& holdings) -> REALobject {
+  return Guarded([=](Holdings& holdings) -> REALobject {
     const id list = ListOf(self);
     if (list == nullptr) return nullptr;
     return NewNSColorQVX(msg::colorWithKey(list, NewNSString(key, holdings)), holdings);
@@ -66,7 +66,7 @@ REALobject colorWithKey(REALobject self, REALstring key) {
 }
 
 void removeColorWithKey(REALobject self, REALstring key) {
-  Guarded(OnNSException::kRaise, [=](Holdings& holdings) {
+  Guarded([=](Holdings& holdings) {
     const id list = ListOf(self);
     if (list == nullptr) return;
     msg::removeColorWithKey(list, NewNSString(key, holdings));
@@ -74,7 +74,7 @@ void removeColorWithKey(REALobject self, REALstring key) {
 }
 
 REALboolean writeToFile(REALobject self, REALstring path) {
-  return Guarded(OnNSException::kRaise, [=](Holdings& holdings) -> REALboolean {
+  return Guarded([=](Holdings& holdings) -> REALboolean {
     const id list = ListOf(self);
     if (list == nullptr) return 0;
     return static_cast<REALboolean>(msg::writeToFile(list, NewNSString(path, holdings)));
@@ -82,19 +82,19 @@ REALboolean writeToFile(REALobject self, REALstring path) {
 }
 
 void removeFile(REALobject self) {
-  Guarded(OnNSException::kRaise, [self] {
+  Guarded([self] {
     if (self != nullptr) msg::removeFile(ListData(self));
   });
 }
 
 REALboolean isEditable(REALobject self) {
-  return Guarded(OnNSException::kRaise, [self] {
+  return Guarded([self] {
     return self != nullptr ? static_cast<REALboolean>(msg::isEditable(ListData(self))) : REALboolean{0};
   });
 }
 
 REALstring name(REALobject self) {
-  return TextOf(self != nullptr ? &ListData(self) : nullptr, kSelector<"name">, OnNSException::kRaise);
+  return TextOf(self != nullptr ? &ListData(self) : nullptr, kSelector<"name">);
 }
 
 // ---- Filling the instance ----
@@ -111,19 +111,18 @@ void GiveUpList(REALobject self) {
 // that is there but can't be entered in the cache has been created all the same.
 template <typename Make>
 REALboolean Create(REALobject self, Make make) {
-  return GuardedFill(OnNSException::kRaise, REALboolean{0},
-                     [self, make](REALboolean& result, Holdings& holdings) {
-                       if (self == nullptr) return;
-                       if (const id old = ListData(self)) {
-                         RemoveFromCache(old);
-                         GiveUpList(self);
-                       }
-                       const id list = make(holdings);
-                       if (list == nullptr) return;
-                       ListData(self) = list;
-                       result = 1;
-                       EnterInCache(list, self);
-                     });
+  return GuardedFill(REALboolean{0}, [self, make](REALboolean& result, Holdings& holdings) {
+    if (self == nullptr) return;
+    if (const id old = ListData(self)) {
+      RemoveFromCache(old);
+      GiveUpList(self);
+    }
+    const id list = make(holdings);
+    if (list == nullptr) return;
+    ListData(self) = list;
+    result = 1;
+    EnterInCache(list, self);
+  });
 }
 
 REALboolean Create1(REALobject self, REALstring listName) {
@@ -144,7 +143,7 @@ REALboolean Create2(REALobject self, REALstring listName, REALstring path) {
 // Deliberately without the cache: a loaded list is the platform's shared one and is not entered, and the
 // entry of the list that it replaces stays.
 REALboolean Load(REALobject self, REALstring listName) {
-  return Guarded(OnNSException::kRaise, [self, listName](Holdings& holdings) -> REALboolean {
+  return Guarded([self, listName](Holdings& holdings) -> REALboolean {
     if (self == nullptr) return 0;
     if (ListData(self) != nullptr) GiveUpList(self);
     const id list = msg::colorListNamed(NSColorListClass(), NewNSString(listName, holdings));

@@ -46,14 +46,14 @@ template <typename Make>
 void Fill(REALobject self, Cache cache, Make make) {
   if (self == nullptr) return;
   if (ClassData(self) != nullptr) {
-    Guarded(OnNSException::kRaise, [](Holdings& holdings) {
+    Guarded([](Holdings& holdings) {
       RaiseException("UnsupportedOperationException",
                      "Constructor called too often. Object is already initialized.", holdings);
     });
     return;
   }
   CocoaInit();
-  Guarded(OnNSException::kRaise, [=](Holdings& holdings) {
+  Guarded([=](Holdings& holdings) {
     const id space = make(holdings);
     ClassData(self) = space;
     if (space != nullptr && cache == Cache::kEnter) EnterInCache(space, self);
@@ -84,14 +84,14 @@ void initWithCGColorSpace(REALobject self, std::int32_t handle) {
 // ---- Queries; an empty instance is a message to nil ----
 
 REALmemoryBlock ICCProfileData(REALobject self) {
-  return Guarded(OnNSException::kRaise, [self](Holdings& holdings) {
+  return Guarded([self](Holdings& holdings) {
     return self != nullptr ? NSDataRB(msg::ICCProfileData(ClassData(self)), holdings) : nullptr;
   });
 }
 
 template <FixedString Name>
 REALstring Text(REALobject self) {
-  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>, OnNSException::kRaise);
+  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>);
 }
 constexpr auto& localizedName = Text<"localizedName">;
 constexpr auto& colorSpaceName = Text<"colorSpaceName">;
@@ -100,9 +100,8 @@ constexpr auto& description = Text<"description">;
 // A number, or a handle: the value of a pointer that stays the space's own.
 template <FixedString Name>
 std::int32_t Number(REALobject self) {
-  return Guarded(OnNSException::kRaise, [self] {
-    return self != nullptr ? std::int32_t{Message<Name, NSInteger()>()(ClassData(self))} : 0;
-  });
+  return Guarded(
+      [self] { return self != nullptr ? std::int32_t{Message<Name, NSInteger()>()(ClassData(self))} : 0; });
 }
 
 constexpr auto& colorSpaceModel = Number<"colorSpaceModel">;
@@ -118,7 +117,7 @@ constexpr auto& CGColorSpace = Number<"CGColorSpace">;
 template <typename Make>
 REALobject Factory(Make make) {
   CocoaInit();
-  return GuardedFill(OnNSException::kRaise, REALobject{}, [make](REALobject& result, Holdings& holdings) {
+  return GuardedFill(REALobject{}, [make](REALobject& result, Holdings& holdings) {
     result = NewNSColorSpaceQVX(make(holdings), holdings);
     holdings.GiveBackDownTo(0);
   });
@@ -218,7 +217,7 @@ constexpr auto& ColorSpaceWithCGColorSpace = FromNativeHandle<msg::initWithCGCol
   Holdings beforeGuard;
   Held array(beforeGuard, REALCreateArray(REALArrayType::kObject, -1));
   CocoaInit();
-  return GuardedFill(OnNSException::kRaise, array.Detach(), [model](REALarray& result, Holdings& holdings) {
+  return GuardedFill(array.Detach(), [model](REALarray& result, Holdings& holdings) {
     const id spaces = msg::availableColorSpacesWithModel(NSColorSpaceClass(), model);
     if (spaces == nullptr) return;
     const id enumerator = msg::objectEnumerator(spaces);
