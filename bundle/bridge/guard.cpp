@@ -15,12 +15,12 @@ bool IsNSException(id exception) {
 struct GivingBack {
   Holdings& holdings;
 
-  void operator()() { holdings.GiveBackDownTo(0); }
+  void operator()() { holdings.GiveBackAll(); }
   void Ended(id /*exception*/) {}
 };
 
 void GiveBackAll(Holdings* holdings) {
-  while (holdings != nullptr && holdings->Count() > 0) InFrame(GivingBack{*holdings});
+  while (holdings != nullptr && holdings->Count() > 0) [[unlikely]] InFrame(GivingBack{*holdings});
 }
 
 // Raises in a frame of its own and answers what is to be passed on instead, nil for nothing.
@@ -34,18 +34,20 @@ struct Raising {
   id Ended(id thrown) { return thrown; }
 };
 
+[[noreturn, gnu::noinline, gnu::cold]] void PassOn(id exception, Holdings* kept) {
+  GiveBackAll(kept);
+  objc_exception_throw(exception);
+}
+
 }  // namespace
 
 void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept) {
   GiveBackAll(held);
-  id passedOn = exception;
-  if (exception != nullptr && IsNSException(exception)) {
-    if (then == OnNSException::kDrop) return;
-    passedOn = InFrame(Raising{exception});
-  }
-  if (passedOn == nullptr) return;
-  GiveBackAll(kept);
-  objc_exception_throw(passedOn);
+  if (exception == nullptr) return;
+  if (!IsNSException(exception)) [[unlikely]]
+    PassOn(exception, kept);
+  if (then == OnNSException::kDrop) return;
+  if (const id thrown = InFrame(Raising{exception})) PassOn(thrown, kept);
 }
 
 }  // namespace qvx

@@ -51,7 +51,7 @@ template <typename Body>
 // The end of a body that a delivered exception has left: gives back what it held, then raises or drops an
 // NSException. Anything else, and what is thrown while the host exception is raised, is passed on; what was
 // `kept` for the caller, who gets nothing then, is given back first. Both lists may be null.
-[[gnu::cold]] void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept);
+void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept);
 
 // What InFrame runs for Guarded: a body alone, or with its holdings.
 template <OnNSException then, typename Body>

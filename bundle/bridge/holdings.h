@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 #include "bundle/host/services.h"
 #include "bundle/platform/messages.h"
@@ -51,25 +52,6 @@ inline void GiveBack(char* memory) {
 // list is given back by the guard, last taken first. Use it through Held.
 class Holdings {
  public:
-  class Item {
-   public:
-    template <typename Thing>
-    void Set(Thing thing) {
-      static_assert(std::is_trivially_copyable_v<Thing> && sizeof(Thing) <= sizeof bytes_);
-      std::memcpy(bytes_, &thing, sizeof thing);
-      giveBack_ = [](const Item& item) {
-        Thing held;
-        std::memcpy(&held, item.bytes_, sizeof held);
-        GiveBack(held);
-      };
-    }
-
-   private:
-    friend class Holdings;
-    void (*giveBack_)(const Item& item);  // null once the thing is no longer held
-    alignas(void*) unsigned char bytes_[sizeof(REALstringData)];
-  };
-
   // More than any body holds at a time: the deepest holds two URLs and two forms of a file name.
   static constexpr unsigned kCapacity = 6;
 
@@ -82,30 +64,50 @@ class Holdings {
       GiveBackWhileUnwinding();
   }
 
-  // Holds a thing until it is forgotten. When the list is full, the thing is given back at once and
-  // std::bad_alloc thrown: nothing is ever dropped.
+  // Holds a thing until it is forgotten, and answers where it stands. When the list is full, the thing is
+  // given back at once and std::bad_alloc thrown: nothing is ever dropped.
   template <typename Thing>
-  Item* Hold(Thing thing) {
-    if (count_ == kCapacity) [[unlikely]]
+  unsigned Hold(Thing thing) {
+    const unsigned index = count_;
+    if (index == kCapacity) [[unlikely]]
       Refuse(thing);
-    Item* const item = &items_[count_++];
-    item->Set(thing);
-    return item;
+    items_[index].Set(thing);
+    count_ = index + 1;
+    return index;
   }
   // The thing is somebody else's from now on.
-  void Forget(Item* item) {
-    item->giveBack_ = nullptr;
-    while (count_ > 0 && items_[count_ - 1].giveBack_ == nullptr) --count_;
+  void Forget(unsigned index) {
+    items_[index].giveBack = nullptr;
+    if (index + 1 != count_) return;
+    do --count_;
+    while (count_ > 0 && items_[count_ - 1].giveBack == nullptr);
   }
-
   void ForgetAll() { count_ = 0; }
 
   unsigned Count() const { return count_; }
-  // Gives back what has been held since the list had `count` items. May throw what the host's services throw;
-  // the rest is still held then.
+  // Gives back what has been held since the list had `count` things. May throw what the host's services
+  // throw; the rest is still held then.
   void GiveBackDownTo(unsigned count);
+  void GiveBackAll() { GiveBackDownTo(0); }
 
  private:
+  // One thing and how it is given back, null once it is no longer held.
+  struct Item {
+    void (*giveBack)(const Item& item);
+    alignas(void*) unsigned char bytes[sizeof(REALstringData)];
+
+    template <typename Thing>
+    void Set(Thing thing) {
+      static_assert(std::is_trivially_copyable_v<Thing> && sizeof(Thing) <= sizeof bytes);
+      std::memcpy(bytes, &thing, sizeof thing);
+      giveBack = [](const Item& item) {
+        Thing held;
+        std::memcpy(&held, item.bytes, sizeof held);
+        GiveBack(held);
+      };
+    }
+  };
+
   template <typename Thing>
   [[noreturn, gnu::noinline, gnu::cold]] static void Refuse(Thing thing) {
     GiveBack(thing);
@@ -123,37 +125,36 @@ template <typename Thing>
 class Held {
  public:
   Held() = default;
-  Held(Holdings& holdings, Thing thing) : holdings_(&holdings), thing_(thing) {
+  Held(Holdings& holdings, Thing thing) : thing_(thing) {
     if constexpr (std::is_pointer_v<Thing>) {
       if (thing == nullptr) return;
     }
-    item_ = holdings.Hold(thing);
+    index_ = holdings.Hold(thing);
+    holdings_ = &holdings;
   }
   Held(const Held&) = delete;
   Held& operator=(const Held&) = delete;
   Held& operator=(Held&& other) noexcept {
-    holdings_ = other.holdings_;
+    holdings_ = std::exchange(other.holdings_, nullptr);
+    index_ = other.index_;
     thing_ = other.thing_;
-    item_ = other.item_;
-    other.item_ = nullptr;
     return *this;
   }
   ~Held() = default;
 
-  explicit operator bool() const { return item_ != nullptr; }
+  explicit operator bool() const { return holdings_ != nullptr; }
   Thing Get() const { return thing_; }
   void Release() {
-    if (item_ != nullptr) GiveBack(Detach());
+    if (holdings_ != nullptr) GiveBack(Detach());
   }
   Thing Detach() {
-    if (item_ != nullptr) holdings_->Forget(item_);
-    item_ = nullptr;
+    if (holdings_ != nullptr) std::exchange(holdings_, nullptr)->Forget(index_);
     return thing_;
   }
 
  private:
-  Holdings* holdings_ = nullptr;
-  Holdings::Item* item_ = nullptr;
+  Holdings* holdings_ = nullptr;  // null for nothing
+  unsigned index_ = 0;
   Thing thing_{};
 };
 

@@ -124,6 +124,8 @@ REALstring BuildString(const char* data, std::int32_t length, std::uint32_t enco
 
 REALstring BuildInEncoding(const char* data, std::int32_t length, std::uint32_t encoding,
                            Holdings& holdings) {
+  if (encoding == kEncodingUTF8) [[likely]]
+    return BuildString(data, length, encoding, holdings);
   switch (encoding) {
     case kEncodingUTF16:
       return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding, holdings)

@@ -119,7 +119,7 @@ REALobject Factory(Make make) {
   CocoaInit();
   return GuardedFill(REALobject{}, [make](REALobject& result, Holdings& holdings) {
     result = NewNSColorSpaceQVX(make(holdings), holdings);
-    holdings.GiveBackDownTo(0);
+    holdings.GiveBackAll();
   });
 }
 
