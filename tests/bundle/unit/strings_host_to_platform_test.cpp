@@ -208,9 +208,21 @@ TEST_F(NewNSStringOnOldHost, LocksReadsTheRecordPastItsFirstByteAndUnlocks) {
                           "CFStringCreateWithCString(\"abc\", 0x8000100)", "REALUnlockString(\"abc\")"));
 }
 
-TEST_F(NewNSStringOnOldHost, StaysInBalanceOnAHostThatCannotLock) {
+TEST_F(NewNSStringOnOldHost, UnlocksOnAHostThatCannotLock) {
   host.missing = {"REALGetStringCFString", "REALLockString"};
-  EXPECT_EQ(TextOf(ToPlatform(host.NewString("abc"))), u"abc");
+  const auto string = host.NewString("abc");
+  ++host.String(string).references;  // the one that is given back unlocked
+  EXPECT_EQ(TextOf(ToPlatform(string)), u"abc");
+  EXPECT_EQ(host.String(string).unlocks, 1);
+}
+
+TEST_F(NewNSStringOnOldHost, UnlocksWhenTheLockItselfThrows) {
+  host.missing = {"REALGetStringCFString"};
+  host.before["REALLockString"] = [] { throw std::bad_alloc(); };
+  const auto string = host.NewString("abc");
+  ++host.String(string).references;
+  EXPECT_THROW(ToPlatform(string), std::bad_alloc);
+  EXPECT_EQ(host.String(string).unlocks, 1);
 }
 
 TEST_F(NewNSStringOnOldHost, ARecordWithoutABufferIsReadAsNoText) {
@@ -225,7 +237,7 @@ TEST_F(NewNSStringOnOldHost, ARecordWithoutABufferIsReadAsNoText) {
 class StringData : public NewHost {
  protected:
   static bool Get(qvx::REALstring string, std::uint32_t encoding, REALstringData* out) {
-    return Call(&qvx::REALGetStringData, string, encoding, out);
+    return Convert<&qvx::REALGetStringData>(string, encoding, out);
   }
   static std::string Bytes(const REALstringData& data) {
     return {data.data, static_cast<std::size_t>(data.length)};
