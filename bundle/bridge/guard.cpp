@@ -15,7 +15,8 @@ bool IsNSException(id exception) {
 struct GivingBack {
   Holdings& holdings;
 
-  void operator()() { holdings.GiveBackAll(); }
+  void Run() { holdings.GiveBackAll(); }
+  void Left() {}
   void Ended(id /*exception*/) {}
 };
 
@@ -23,13 +24,19 @@ void GiveBackAll(Holdings* holdings) {
   while (holdings != nullptr && holdings->Count() > 0) [[unlikely]] InFrame(GivingBack{*holdings});
 }
 
-// Raises in a frame of its own and answers what is to be passed on instead, nil for nothing.
+// Raises in a frame of its own and answers what is to be passed on instead, nil for nothing. A C++ exception
+// on the way, after which the caller gets nothing either, gives back what was kept.
 struct Raising {
   id exception;
+  Holdings* kept;
 
-  id operator()() {
+  id Run() {
     RaiseNSExceptionQVX(exception);
+    if (kept != nullptr) kept->ForgetAll();
     return nullptr;
+  }
+  void Left() {
+    if (kept != nullptr) kept->GiveBackWhileUnwinding();
   }
   id Ended(id thrown) { return thrown; }
 };
@@ -47,7 +54,7 @@ void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* ke
   if (!IsNSException(exception)) [[unlikely]]
     PassOn(exception, kept);
   if (then == OnNSException::kDrop) return;
-  if (const id thrown = InFrame(Raising{exception})) PassOn(thrown, kept);
+  if (const id thrown = InFrame(Raising{exception, kept})) PassOn(thrown, kept);
 }
 
 }  // namespace qvx

@@ -20,30 +20,36 @@ namespace qvx {
 // What becomes of an NSException after its delivery: it is raised as a host exception, or dropped.
 enum class OnNSException { kRaise, kDrop };
 
-// Leaves an exception frame at the end of its scope: normally, or while a C++ exception unwinds. A delivered
-// exception jumps over it, as it must: the platform has left that frame already.
+// Leaves an exception frame at the end of its scope, normally or while a C++ exception unwinds, and then lets
+// the body give back what it still holds. A delivered exception jumps over it, as it must: the platform has
+// left that frame already.
+template <typename Body>
 class FrameExit {
  public:
-  explicit FrameExit(ObjCExceptionFrame& frame) : frame_(frame) {}
+  FrameExit(ObjCExceptionFrame& frame, Body& body) : frame_(frame), body_(body) {}
   FrameExit(const FrameExit&) = delete;
   FrameExit& operator=(const FrameExit&) = delete;
-  ~FrameExit() { objc_exception_try_exit(&frame_); }
+  ~FrameExit() {
+    objc_exception_try_exit(&frame_);
+    body_.Left();
+  }
 
  private:
   ObjCExceptionFrame& frame_;
+  Body& body_;
 };
 
-// Runs `body()` inside an exception frame and answers what it answers or, after a delivered exception, what
-// `body.Ended(exception)` answers. Never inlined: the function that _setjmp belongs to holds nothing that
-// changes before the delivery. The host may enter the bundle on any 4-byte aligned stack; from here on it is
-// aligned to 16 bytes.
+// Runs `body.Run()` inside an exception frame and answers what it answers or, after a delivered exception,
+// what `body.Ended(exception)` answers. Never inlined: the function that _setjmp belongs to holds nothing
+// that changes before the delivery. The host may enter the bundle on any 4-byte aligned stack; from here on
+// it is aligned to 16 bytes, so its callers have nothing to do while a C++ exception unwinds.
 template <typename Body>
-[[gnu::noinline, gnu::force_align_arg_pointer]] std::invoke_result_t<Body&> InFrame(Body body) {
+[[gnu::noinline, gnu::force_align_arg_pointer]] auto InFrame(Body body) {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
   if (_setjmp(frame.buffer) == 0) {
-    const FrameExit exit(frame);
-    return body();
+    const FrameExit exit(frame, body);
+    return body.Run();
   }
   return body.Ended(objc_exception_extract(&frame));
 }
@@ -58,7 +64,8 @@ template <OnNSException then, typename Body>
 struct GuardedBody {
   Body body;
 
-  auto operator()() { return body(); }
+  auto Run() { return body(); }
+  void Left() {}
   auto Ended(id exception) {
     EndDelivered(exception, then, nullptr, nullptr);
     return std::invoke_result_t<Body&>();
@@ -69,7 +76,11 @@ struct GuardedHoldingBody {
   Body body;
   Holdings& holdings;
 
-  auto operator()() { return body(holdings); }
+  auto Run() { return body(holdings); }
+  void Left() {
+    if (holdings.Count() > 0) [[unlikely]]
+      holdings.GiveBackWhileUnwinding();
+  }
   auto Ended(id exception) {
     EndDelivered(exception, then, &holdings, nullptr);
     return std::invoke_result_t<Body&, Holdings&>();
@@ -106,7 +117,16 @@ struct FillingBody {
   Holdings& holdings;
   Holdings& kept;
 
-  void operator()() { body(result, holdings); }
+  void Run() {
+    body(result, holdings);
+    kept.ForgetAll();
+  }
+  void Left() {
+    if (holdings.Count() + kept.Count() > 0) [[unlikely]] {
+      holdings.GiveBackWhileUnwinding();
+      kept.GiveBackWhileUnwinding();
+    }
+  }
   void Ended(id exception) { EndDelivered(exception, then, &holdings, &kept); }
 };
 
@@ -118,7 +138,6 @@ Result GuardedFill(Result result, Body body) {
   Holdings kept;
   if constexpr (std::is_pointer_v<Result>) kept.Hold(FilledHandle<Result>{&result});
   InFrame(FillingBody<then, Result, Body>{body, result, holdings, kept});
-  kept.ForgetAll();
   return result;
 }
 

@@ -11,7 +11,7 @@ void Holdings::GiveBackDownTo(unsigned count) {
   }
 }
 
-void Holdings::GiveBackWhileUnwinding() {
+void Holdings::GiveBackWhileUnwinding() noexcept {
   while (count_ > 0) {
     try {
       GiveBackAll();

@@ -58,12 +58,6 @@ class Holdings {
   Holdings() = default;
   Holdings(const Holdings&) = delete;
   Holdings& operator=(const Holdings&) = delete;
-  // Something is still held here only while a C++ exception unwinds.
-  ~Holdings() {
-    if (count_ > 0) [[unlikely]]
-      GiveBackWhileUnwinding();
-  }
-
   // Holds a thing until it is forgotten, and answers where it stands. When the list is full, the thing is
   // given back at once and std::bad_alloc thrown: nothing is ever dropped.
   template <typename Thing>
@@ -89,6 +83,8 @@ class Holdings {
   // throw; the rest is still held then.
   void GiveBackDownTo(unsigned count);
   void GiveBackAll() { GiveBackDownTo(0); }
+  // The same while a C++ exception unwinds: that one goes on, others end here.
+  void GiveBackWhileUnwinding() noexcept;
 
  private:
   // One thing and how it is given back, null once it is no longer held.
@@ -113,10 +109,18 @@ class Holdings {
     GiveBack(thing);
     throw std::bad_alloc();
   }
-  void GiveBackWhileUnwinding();
-
   unsigned count_ = 0;
   Item items_[kCapacity];
+};
+
+// The holdings of what runs outside the guard: a C++ exception gives back what they hold, a platform
+// exception loses it.
+class UnguardedHoldings : public Holdings {
+ public:
+  ~UnguardedHoldings() {
+    if (Count() > 0) [[unlikely]]
+      GiveBackWhileUnwinding();
+  }
 };
 
 // One thing that must be given back, or nothing (null). Release gives it back, Detach leaves it to its next

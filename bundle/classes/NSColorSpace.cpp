@@ -214,7 +214,7 @@ constexpr auto& ColorSpaceWithCGColorSpace = FromNativeHandle<msg::initWithCGCol
 // The array is there before anything can fail, and is what the caller gets, as far as it is filled. A
 // platform exception in the preparation, before the guard, loses it.
 [[gnu::force_align_arg_pointer]] REALarray availableColorSpacesWithModel(std::int32_t model) {
-  Holdings beforeGuard;
+  UnguardedHoldings beforeGuard;
   Held array(beforeGuard, REALCreateArray(REALArrayType::kObject, -1));
   CocoaInit();
   return GuardedFill(array.Detach(), [model](REALarray& result, Holdings& holdings) {
@@ -238,7 +238,7 @@ constexpr auto& ColorSpaceWithCGColorSpace = FromNativeHandle<msg::initWithCGCol
   CocoaInit();
   const auto spaceClass = reinterpret_cast<id>(objc_getClass("NSColorSpace"));
   if (spaceClass == nullptr) return nullptr;
-  Holdings holdings;
+  UnguardedHoldings holdings;
   return NewNSColorSpaceQVX(Send<id>(spaceClass, selector), holdings);
 }
 

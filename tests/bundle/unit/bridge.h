@@ -16,7 +16,7 @@ namespace unit {
 template <auto convert, typename... Arguments>
 auto Convert(Arguments... arguments) {
   const auto call = +[](Arguments... values) {
-    qvx::Holdings holdings;
+    qvx::UnguardedHoldings holdings;
     return convert(values..., holdings);
   };
   return Call(call, arguments...);

@@ -17,7 +17,7 @@ class Raising : public NewHost {
   static void Raise(const char* className, const char* message, std::uint32_t encoding, std::int32_t number) {
     const auto raise =
         +[](const char* name, const char* text, std::uint32_t textEncoding, std::int32_t error) {
-          qvx::Holdings holdings;
+          qvx::UnguardedHoldings holdings;
           qvx::RaiseException(name, text, holdings, textEncoding, error);
         };
     Call(raise, className, message, encoding, number);

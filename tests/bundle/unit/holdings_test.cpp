@@ -29,7 +29,7 @@ class HoldingsTest : public NewHost {
 };
 
 TEST_F(HoldingsTest, GivesBackTheLastTakenFirst) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   for (int i = 0; i < 3; ++i) holdings.Hold(Borrowed());
   holdings.GiveBackAll();
   EXPECT_EQ(Log().Services(), UnlocksOf({3, 2, 1}));
@@ -37,7 +37,7 @@ TEST_F(HoldingsTest, GivesBackTheLastTakenFirst) {
 }
 
 TEST_F(HoldingsTest, GivesBackOnceWhatIsReleasedTwice) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   Object first(holdings, Borrowed());
   Object second(holdings, Borrowed());
   first.Release();
@@ -48,7 +48,7 @@ TEST_F(HoldingsTest, GivesBackOnceWhatIsReleasedTwice) {
 }
 
 TEST_F(HoldingsTest, WhatIsDetachedIsNotGivenBack) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   HostObject& thing = host.NewObject("Thing");
   Object held(holdings, static_cast<qvx::REALobject>(thing.Handle()));
   EXPECT_EQ(held.Detach(), thing.Handle());
@@ -58,7 +58,7 @@ TEST_F(HoldingsTest, WhatIsDetachedIsNotGivenBack) {
 }
 
 TEST_F(HoldingsTest, HoldsNullAsNothing) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   Object none(holdings, nullptr);
   EXPECT_FALSE(none);
   EXPECT_EQ(holdings.Count(), 0U);
@@ -67,7 +67,7 @@ TEST_F(HoldingsTest, HoldsNullAsNothing) {
 }
 
 TEST_F(HoldingsTest, GivesBackOnlyWhatCameLater) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   holdings.Hold(Borrowed());
   const unsigned before = holdings.Count();
   holdings.Hold(Borrowed());
@@ -77,7 +77,7 @@ TEST_F(HoldingsTest, GivesBackOnlyWhatCameLater) {
 }
 
 TEST_F(HoldingsTest, WhatDoesNotFitIsGivenBackAtOnceAndRefused) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   for (unsigned i = 0; i < kCapacity; ++i) holdings.Hold(Borrowed());
   EXPECT_THROW(holdings.Hold(Borrowed()), std::bad_alloc);
   EXPECT_EQ(Log().Services(), UnlocksOf({kCapacity + 1}));
@@ -86,7 +86,7 @@ TEST_F(HoldingsTest, WhatDoesNotFitIsGivenBackAtOnceAndRefused) {
 }
 
 TEST_F(HoldingsTest, APlaceThatIsFreeIsTakenAgain) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   for (unsigned i = 0; i < 3 * kCapacity; ++i) {
     Object lower(holdings, Borrowed());
     Object upper(holdings, Borrowed());
@@ -104,7 +104,7 @@ TEST_F(HoldingsTest, WhileAnExceptionUnwindsASecondOneIsDroppedAndTheRestGivenBa
   };
   EXPECT_THROW(
       {
-        qvx::Holdings holdings;
+        qvx::UnguardedHoldings holdings;
         for (int i = 0; i < 3; ++i) holdings.Hold(Borrowed());
         throw 1;
       },

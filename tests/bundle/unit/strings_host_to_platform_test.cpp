@@ -403,7 +403,7 @@ TEST_F(DataScope, GivesBackTheStringThenTheObjectThenTheData) {
   const auto string = host.NewString("text");
   HostObject& block = host.NewBlock({1});
   {
-    qvx::Holdings holdings;
+    qvx::UnguardedHoldings holdings;
     qvx::HostDataScope scope(holdings);
     scope.LockString(string);
     scope.LockObject(static_cast<qvx::REALobject>(block.Handle()));
