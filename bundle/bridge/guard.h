@@ -42,7 +42,7 @@ class FrameExit {
 // Runs `body.Run()` inside an exception frame and answers what it answers or, after a delivered exception,
 // what `body.Ended(exception)` answers. Never inlined: the function that _setjmp belongs to holds nothing
 // that changes before the delivery. The host may enter the bundle on any 4-byte aligned stack; from here on
-// it is aligned to 16 bytes, so its callers have nothing to do while a C++ exception unwinds.
+// it is aligned to 16 bytes. The callers' is not: they leave nothing to do while a C++ exception unwinds.
 template <typename Body>
 [[gnu::noinline, gnu::force_align_arg_pointer]] auto InFrame(Body body) {
   ObjCExceptionFrame frame;

@@ -40,16 +40,20 @@ void* FromHandle(std::int32_t handle) {
 
 enum class Cache { kEnter, kLeaveAlone };
 
+// Outside of the guard: a platform exception of the host's loses the message and the exception object.
+[[gnu::noinline, gnu::cold, gnu::force_align_arg_pointer]] void RefuseToFillAgain() {
+  UnguardedHoldings holdings;
+  RaiseException("UnsupportedOperationException",
+                 "Constructor called too often. Object is already initialized.", holdings);
+}
+
 // Guards the three initialisers: the one reference of the new space that `make` answers becomes the
 // instance's; nil leaves the instance empty.
 template <typename Make>
 void Fill(REALobject self, Cache cache, Make make) {
   if (self == nullptr) return;
   if (ClassData(self) != nullptr) {
-    Guarded([](Holdings& holdings) {
-      RaiseException("UnsupportedOperationException",
-                     "Constructor called too often. Object is already initialized.", holdings);
-    });
+    RefuseToFillAgain();
     return;
   }
   CocoaInit();
@@ -180,7 +184,7 @@ id PathOfItem(REALfolderItem item, Holdings& holdings) {
   return path != nullptr ? Autoreleased(path, holdings) : nullptr;
 }
 
-// Nothing that is not found raises: no item, no path, no file, no profile in it give null.
+// Answers null, and raises nothing, if the item, its path, the file or a profile in it can't be found.
 REALobject ColorSpaceWithICCProfileFile(REALfolderItem file) {
   return Factory([file](Holdings& holdings) -> id {
     if (file == nullptr) return nullptr;

@@ -12,7 +12,7 @@
 #include "tests/bundle/scripted/bundle.h"
 #include "tests/bundle/scripted/exception_frames.h"
 #include "tests/bundle/scripted/platform.h"
-#include "tests/bundle/scripted/stack.h"
+#include "tests/bundle/scripted/stack_call.h"
 
 namespace faults {
 namespace {

@@ -23,7 +23,7 @@
 #include <thread>
 
 #include "tests/bundle/faults/promises.h"
-#include "tests/bundle/scripted/stack.h"
+#include "tests/bundle/scripted/stack_call.h"
 
 namespace faults {
 namespace {

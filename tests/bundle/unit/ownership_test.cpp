@@ -159,14 +159,6 @@ TEST_F(OwnershipOnNewHost, WhatAHostExceptionIsMadeOf) {
   host.raised.clear();
 }
 
-TEST_F(OwnershipOnNewHost, TheRefusalOfASecondInitialiserToo) {
-  HostObject& space = host.Wrap(kSpace, MakeNative("NSColorSpace"));
-  Raise("PluginNewInstance");
-  CallMethod<void>(kSpace, "initWithCGColorSpace(CGColorSpaceHandle as integer)", space, 5);
-  EXPECT_EQ(Calls("REALUnlockString"), 1);
-  ExpectRaised();
-}
-
 TEST_F(OwnershipOnNewHost, TheHostExceptionOfAPlatformExceptionWhileItIsRaised) {
   platform.RaiseOnce("numberOfComponents", MakeException());
   Raise("RuntimeRaiseException");

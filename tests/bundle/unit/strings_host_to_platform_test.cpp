@@ -94,17 +94,14 @@ TEST_P(NewNSStringAnywhere, TextThatThePlatformRefusesIsNil) {
   EXPECT_THAT(ToPlatform(host.NewString("\xFF\xFE", kEncodingUTF8)), IsNull());
 }
 
-TEST_P(NewNSStringAnywhere, GivesBackWhatItBorrowedWhenTheHostThrows) {
-  host.missing = {"REALGetStringCFString"};
-  const char* const last = GetParam() < 2012.0L ? "REALLockString" : "PluginGetStringData";
-  host.before[last] = [] { throw std::bad_alloc(); };
-  const auto string = host.NewString("abc");
-  EXPECT_THROW(ToPlatform(string), std::bad_alloc);
-  EXPECT_GE(host.String(string).references, 1);
-  host.String(string).references = 1;
-}
-
 using NewNSStringOnNewHost = NewHost;
+
+TEST_F(NewNSStringOnNewHost, GivesNothingBackWhenTheHostThrowsInsteadOfFillingTheData) {
+  host.missing = {"REALGetStringCFString"};
+  host.before["PluginGetStringData"] = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(ToPlatform(host.NewString("abc")), std::bad_alloc);
+  EXPECT_EQ(Asked("PluginDisposeStringData"), 0);
+}
 
 TEST_F(NewNSStringOnNewHost, AsksForThePlatformStringTwiceBeforeItReadsBytes) {
   AnswerNull("REALGetStringCFString");
