@@ -13,6 +13,7 @@
 #include "hostrun/host/bundle.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/service_list.h"
 #include "hostrun/host/services.h"
 #include "hostrun/host/text.h"
 #include "hostrun/sibling/sibling.h"
@@ -264,9 +265,9 @@ std::string CheckRecords(const Event& event) {
 
 std::int32_t RecordVersion(std::int32_t version) {
   events.push_back({version, {}});
-  using Service = std::int32_t (*)(std::int32_t);
-  return reinterpret_cast<Service>(ResolveService("RegisterPluginVersion"))(version);
+  return reinterpret_cast<decltype(&RecordVersion)>(ResolveService("RegisterPluginVersion"))(version);
 }
+static_assert(IsService<decltype(RecordVersion)>("RegisterPluginVersion"));
 
 void RecordClass(qvx::REALclassDefinition* definition) {
   const Memory memory;
@@ -281,9 +282,9 @@ void RecordClass(qvx::REALclassDefinition* definition) {
   // The registry follows every pointer.
   const RecordReader reader(old, RecordReader::What::Pointers);
   if (!reader.Check(RecordKind::Definition, events.back().definition, {}).empty()) return;
-  using Service = void (*)(qvx::REALclassDefinition*);
-  reinterpret_cast<Service>(ResolveService("PluginRegisterClass"))(definition);
+  reinterpret_cast<decltype(&RecordClass)>(ResolveService("PluginRegisterClass"))(definition);
 }
+static_assert(IsService<decltype(RecordClass)>("PluginRegisterClass"));
 
 void* ResolveRecorded(const char* name) {
   void* const service = ResolveService(name);
