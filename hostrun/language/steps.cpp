@@ -22,12 +22,12 @@ void TurnRunLoopIfDue() {
   static constexpr std::chrono::milliseconds kBetweenTurns{20};
   static std::uint64_t callsAtLastLook = 0;
   static std::chrono::steady_clock::time_point lastTurn;
-  if (BundleCalls() - callsAtLastLook < kCallsBetweenLooks || ThePlatform().turnRunLoop == nullptr) return;
+  if (BundleCalls() - callsAtLastLook < kCallsBetweenLooks) return;
   callsAtLastLook = BundleCalls();
   const auto now = std::chrono::steady_clock::now();
   if (now - lastTurn < kBetweenTurns) return;
   lastTurn = now;
-  ThePlatform().turnRunLoop();
+  TurnRunLoop();
 }
 
 class Assign final : public Step {
@@ -334,7 +334,7 @@ class Try final : public Step {
     }
     // Outside of the handler: the exception is over, and only the variable holds its object.
     if (handler->variable) {
-      static_cast<const Place&>(*handler->variable).Store(frame, Value::Adopt(caught.release()));
+      static_cast<const Place&>(*handler->variable).Store(frame, Value::Adopt(caught.Detach()));
     }
     return handler->body.Run(frame);
   }
