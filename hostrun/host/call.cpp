@@ -2,6 +2,7 @@
 #include "hostrun/host/call.h"
 
 #include "hostrun/host/exceptions.h"
+#include "hostrun/host/platform_library.h"
 
 extern "C" {
 std::uint64_t runner_call_words(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);
@@ -11,7 +12,6 @@ double runner_call_words_for_real(qvx::REALproc function, const std::uint32_t* w
 namespace hostrun {
 namespace {
 
-constinit Surroundings surroundings;
 using Replaced = void (*)(Object* self, void* before);
 constinit Replaced nativeReplaced = nullptr;
 constinit bool resultsUnlocked = false;
@@ -27,23 +27,11 @@ bool IsNewerThan(const Object* object, const Object* newestBefore) {
 }
 
 // A call into a bundle: a pool around it, and nothing but host exceptions comes out.
-class Crossing {
- public:
-  Crossing() : pool_(surroundings.pushPool == nullptr ? nullptr : surroundings.pushPool()) { ++bundleCalls; }
-  Crossing(const Crossing&) = delete;
-  Crossing& operator=(const Crossing&) = delete;
-  ~Crossing() {
-    if (surroundings.popPool != nullptr) surroundings.popPool(pool_);
-  }
-
- private:
-  void* pool_;
-};
-
 template <class F>
 auto Cross(const std::string& name, F call) {
+  ++bundleCalls;
   try {
-    const Crossing crossing;
+    const PoolScope pool;
     return call();
   } catch (const HostException&) {
     throw;
@@ -153,10 +141,6 @@ class ObservedLife {
 
 void SetCallObserver(CallObserver* newObserver) {
   observer = newObserver;
-}
-
-void SetSurroundings(const Surroundings& s) {
-  surroundings = s;
 }
 
 void SetNativeReplaced(void (*replaced)(Object* self, void* before)) {

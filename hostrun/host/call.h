@@ -11,13 +11,6 @@
 
 namespace hostrun {
 
-// What surrounds each call into a bundle. Null: nothing does.
-struct Surroundings {
-  void* (*pushPool)() = nullptr;
-  void (*popPool)(void*) = nullptr;
-};
-void SetSurroundings(const Surroundings& surroundings);
-
 // A host without "REALLockObject" gets known objects back without a reference; the runner then takes one
 // itself.
 void SetResultsUnlocked(bool unlocked);
