@@ -14,7 +14,7 @@
 #include "hostrun/host/registry.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/program.h"
-#include "hostrun/language/steps.h"
+#include "hostrun/language/statements/print.h"
 
 namespace hostrun {
 namespace {
