@@ -64,6 +64,8 @@ class Parser {
   TypeName ParseType();
   TypeName ParseOptionalType();  // with its "As"; no name when there is none
   StatementPtr ParseStatement();
+  // One that is part of a statement on the same line.
+  StatementPtr ParseNestedStatement();
   // Statements up to one of `ends`, which stays: words, or "end" and a word.
   Block ParseBlock(std::initializer_list<std::string_view> ends);
 

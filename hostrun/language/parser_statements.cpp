@@ -137,6 +137,13 @@ TypeName Parser::ParseOptionalType() {
   return TakeWord("as") ? ParseType() : TypeName{Peek().at, {}, false};
 }
 
+StatementPtr Parser::ParseNestedStatement() {
+  if (++depth_ > kDeepestBlock) Fail("at most " + std::to_string(kDeepestBlock) + " nested blocks");
+  StatementPtr statement = ParseStatement();
+  --depth_;
+  return statement;
+}
+
 StatementPtr Parser::ParseStatement() {
   if (AtWord("sub") || AtWord("function")) Fail("a routine outside of every block");
   return ParseAnyStatement(*this);

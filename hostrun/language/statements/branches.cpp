@@ -56,14 +56,14 @@ struct If final : Statement {
 // Behind Then, all on one line.
 void ParseShortIf(Parser& parser, If& statement) {
   Block& body = statement.branches.front().body;
-  body.push_back(parser.ParseStatement());
+  body.push_back(parser.ParseNestedStatement());
   while (parser.AtOperator(":") && !parser.AtWord("else", 1)) {
     parser.Take();
-    if (!parser.AtEndOfStatement()) body.push_back(parser.ParseStatement());
+    if (!parser.AtEndOfStatement()) body.push_back(parser.ParseNestedStatement());
   }
   if (parser.TakeWord("else")) {
     IfBranch& otherwise = statement.branches.emplace_back();
-    otherwise.body.push_back(parser.ParseStatement());
+    otherwise.body.push_back(parser.ParseNestedStatement());
   }
 }
 
