@@ -285,6 +285,12 @@ TEST_P(PredefinedSpace, TwiceIsTheSameHostObject) {
   EXPECT_EQ(host.Object(first).references, 2);
 }
 
+TEST_P(PredefinedSpace, WithoutTheClassSendsNothing) {
+  HideClass("NSColorSpace");
+  ExpectNothing(Get());
+  EXPECT_THAT(Log().Messages(), IsEmpty());
+}
+
 TEST_P(PredefinedSpace, PreparesFirst) {
   qvx::instances = nullptr;
   qvx::ExceptionsInitialized = false;
