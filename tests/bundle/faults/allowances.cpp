@@ -25,6 +25,7 @@ constexpr std::string_view kBeforeGuard =
 constexpr std::string_view kRemoveFirst =
     "the cache entry is removed before the native object is released: what raises there ends both";
 constexpr std::string_view kStale = "loading a list leaves the cache entry of the list that it replaces";
+constexpr std::string_view kRetained = "an instance wraps what retain answers";
 constexpr std::string_view kStays = "a result set before an exception stays";
 
 }  // namespace
@@ -55,6 +56,8 @@ const std::vector<Allowance>& Allowances() {
       {"", "sel_registerName(\"autorelease\")", Fault::kNull, "held", kNotSent},
       {"", " autorelease]", Fault::kNull, "held", kThePools},
       {"", "sel_registerName(\"initWith", Fault::kNull, "held", kNotSent},
+      {"", "sel_registerName(\"retain\")", Fault::kNull, "the result is empty-", kRetained},
+      {"", " retain]", Fault::kNull, "the result is empty-", kRetained},
       {"", " release]", Fault::kNone, "held", kReleaseRaises},
       {"", " release]", Fault::kRaiseNSException, "the result after an exception", kReleaseRaises},
       {"ColorSpace as NSColorSpaceQVX", " retain]", Fault::kNone, "references", kUnguarded},

@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tests/bundle/faults/coverage_counters.h"
+
 namespace faults {
 namespace {
 
@@ -46,6 +48,18 @@ int CollectWritable(dl_phdr_info* info, std::size_t /*size*/, void* wanted) {
   return 1;
 }
 
+// Takes the counters out of what is saved and written back: they count over all calls.
+void LeaveOut(const std::vector<CounterRange>& counters, std::uintptr_t base) {
+  for (const CounterRange& counter : counters) {
+    auto* const start = reinterpret_cast<unsigned char*>(base + counter.start);
+    Range& last = writable.back();
+    if (start < last.start || start >= last.start + last.size) continue;
+    auto* const end = last.start + last.size;
+    last.size = static_cast<std::size_t>(start - last.start);
+    writable.push_back({start + counter.size, static_cast<std::size_t>(end - start) - counter.size});
+  }
+}
+
 // Unchecked: between the variables of an instrumented bundle lies memory that nobody may touch.
 void Copy(unsigned char* to, const unsigned char* from, std::size_t size) {
   asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(size) : : "memory");
@@ -64,6 +78,7 @@ void LoadBundle(const std::string& path) {
   dlinfo(handle, RTLD_DI_LINKMAP, &map);
   ElfW(Addr) address = map->l_addr;
   dl_iterate_phdr(&CollectWritable, &address);
+  if (!writable.empty()) LeaveOut(CoverageCounters(path), address);
   if (pluginMain == nullptr || writable.empty()) {
     std::fprintf(stderr, "wanted REALPluginMain and writable memory in %s, found none\n", path.c_str());
     std::exit(2);

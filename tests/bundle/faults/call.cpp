@@ -117,6 +117,11 @@ void PrepareBundle() {
   TheHost().Unlock(object.Handle());
 }
 
+std::string InstanceText(void* handle) {
+  const HostObject& object = TheHost().Object(handle);
+  return object.Native() == nullptr ? "empty-" + object.className : object.className;
+}
+
 std::string ResultText(Result kind, std::uint32_t word, double number) {
   void* const pointer = reinterpret_cast<void*>(static_cast<std::uintptr_t>(word));
   switch (kind) {
@@ -133,7 +138,7 @@ std::string ResultText(Result kind, std::uint32_t word, double number) {
     case Result::kBlock:
       return pointer == nullptr ? "" : "a block of " + std::to_string(TheHost().Object(pointer).bytes.size());
     case Result::kObject:
-      return pointer == nullptr ? "" : TheHost().Object(pointer).className;
+      return pointer == nullptr ? "" : InstanceText(pointer);
     case Result::kNumbers:
     case Result::kObjects:
       break;
@@ -143,7 +148,7 @@ std::string ResultText(Result kind, std::uint32_t word, double number) {
   std::string text = "array";
   for (const double element : array.numbers) text += " " + scripted::Number(element);
   for (void* const element : array.objects) {
-    text += element == nullptr ? " nil" : " " + TheHost().Object(element).className;
+    text += element == nullptr ? " nil" : " " + InstanceText(element);
   }
   return text;
 }

@@ -19,6 +19,10 @@ constexpr std::string_view kProceduresWithoutResult[] = {
 constexpr std::string_view kCallsWithoutResult[] = {"NSLog", "CFStringNormalize", "CFDictionarySetValue",
                                                     "CFDictionaryRemoveValue"};
 
+// The methods that give their instance something to wrap.
+constexpr std::string_view kFillers[] = {"Constructor", "Create", "Load", "initWithColorSyncProfile",
+                                         "initWithCGColorSpace"};
+
 template <typename Thing, typename Things>
 bool IsOneOf(const Thing& thing, const Things& things) {
   return std::ranges::find(things, thing) != std::ranges::end(things);
@@ -89,6 +93,7 @@ class Judge {
   std::vector<std::string> Sentences() {
     for (const std::string& each : observed_.broken) Say(each);
     CheckEnding();
+    CheckNothingWrapped();
     CheckResult();
     CheckOutputs();
     CheckRaised();
@@ -159,6 +164,32 @@ class Judge {
     const bool asWithout =
         baseline_.ending == Ending::kPassedOn && observed_.passedOnClass == baseline_.passedOnClass;
     if (!asWithout) Say("another object was passed on: " + scripted::Describe(observed_.passedOn));
+  }
+
+  // Whether the function is called on nil or on an instance that wraps nothing, and asks for something: what
+  // makes or fills the instance, or answers an array, has rules of its own.
+  [[nodiscard]] bool AsksNothing() const {
+    const Target& target = *case_.target;
+    if (target.role != Role::kProperty && target.role != Role::kMethod) return false;
+    if (target.result == Result::kNumbers || IsOneOf(target.name, kFillers)) return false;
+    const std::string self = ValueNames(target, target.parameters[0])[case_.choice[0]];
+    return self == "nil" || self == "empty";
+  }
+
+  // The neutral result, no host exception, and nothing asked of anybody but the nil that is wrapped.
+  void CheckNothingWrapped() {
+    if (!faults_.empty() || !AsksNothing()) return;
+    if (!observed_.result.empty()) Say("the result of nothing is " + observed_.result);
+    if (std::ranges::any_of(observed_.outputs, [](double value) { return value != 0; })) {
+      Say("an output of nothing is not zero");
+    }
+    if (!observed_.raised.empty()) Say("nothing raised " + RaisedText(observed_.raised));
+    for (const Step& step : observed_.steps) {
+      const bool preparing = step.text.starts_with("[NSException ");
+      const bool asks = step.kind == EventKind::kService || step.kind == EventKind::kCall ||
+                        (step.kind == EventKind::kMessage && !preparing && !step.text.starts_with("[nil "));
+      if (asks) Say("for nothing there was " + step.text);
+    }
   }
 
   // An exception that ended the body leaves the neutral result; anything else leaves that or the usual one.

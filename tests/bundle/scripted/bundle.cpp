@@ -16,11 +16,20 @@ void* FunctionOf(Table table, std::string_view className, std::string_view decla
   const auto& entries = table == Table::kMethods         ? registered.methods
                         : table == Table::kSharedMethods ? registered.sharedMethods
                                                          : registered.properties;
+  void* named = nullptr;
+  int count = 0;
   for (const RegisteredClass::Entry& entry : entries) {
-    if (entry.declaration == declaration) return entry.function;
+    const std::string_view found = entry.declaration;
+    if (found == declaration) return entry.function;
+    if (found.substr(0, found.find_first_of("( ")) == declaration) {
+      named = entry.function;
+      ++count;
+    }
   }
-  std::fprintf(stderr, "wanted %.*s of %.*s, found no such record\n", static_cast<int>(declaration.size()),
-               declaration.data(), static_cast<int>(className.size()), className.data());
+  if (count == 1) return named;
+  std::fprintf(stderr, "wanted one record %.*s of %.*s, found %d; give the whole declaration of one\n",
+               static_cast<int>(declaration.size()), declaration.data(), static_cast<int>(className.size()),
+               className.data(), count);
   std::abort();
 }
 

@@ -53,7 +53,8 @@ inline double* Pass(double* value) {
 
 enum class Table : std::uint8_t { kMethods, kSharedMethods, kProperties };
 
-// The function of the first record with that declaration (or property name); aborts the test without one.
+// The function of the record with that declaration, or of the only one with that name; aborts the test where
+// there is none, or where several have the name.
 void* FunctionOf(Table table, std::string_view className, std::string_view declaration);
 
 template <typename Result, typename... Arguments>

@@ -1,4 +1,4 @@
-// tests/bundle/unit/color_properties_test.cpp - the 20 properties of NSColorQVX.
+// tests/bundle/unit/color_properties_test.cpp - the properties of NSColorQVX.
 #include <cmath>
 #include <limits>
 
@@ -113,24 +113,6 @@ TEST_F(ColorProperty, ColorValueIsBlackWhenTheConversionFails) {
   EXPECT_THAT(host.raised, IsEmpty());
 }
 
-TEST_F(ColorProperty, ColorValueRaisesWhenTheSecondAttemptRaises) {
-  NativeObject* const second = MakeException();
-  platform.RaiseOnce("getRed:green:blue:alpha:", MakeException());
-  platform.RaiseOnce("getRed:green:blue:alpha:", second);
-  EXPECT_EQ(ColorValue(), 0U);
-  ASSERT_THAT(host.raised, SizeIs(1));
-  EXPECT_EQ(host.raised[0].native, second);
-}
-
-TEST_F(ColorProperty, ColorValueRaisesWhenTheConversionRaises) {
-  NativeObject* const second = MakeException();
-  platform.RaiseOnce("getRed:green:blue:alpha:", MakeException());
-  platform.RaiseOnce("colorUsingColorSpaceName:", second);
-  EXPECT_EQ(ColorValue(), 0U);
-  ASSERT_THAT(host.raised, SizeIs(1));
-  EXPECT_EQ(host.raised[0].native, second);
-}
-
 TEST_F(ColorProperty, ColorValuePassesAForeignExceptionOnWithoutConverting) {
   NativeObject* const thrown = MakeNative("OtherThrowable");
   platform.RaiseOnce("getRed:green:blue:alpha:", thrown);
@@ -138,27 +120,10 @@ TEST_F(ColorProperty, ColorValuePassesAForeignExceptionOnWithoutConverting) {
   EXPECT_EQ(Sends("colorUsingColorSpaceName:"), 0);
 }
 
-TEST_F(ColorProperty, ColorValueOfNothingIsBlackWithoutAMessage) {
-  EXPECT_EQ(GetProperty<std::uint32_t>(kColor, "colorValue", nullptr), 0U);
-  void* const empty = host.Construct(kColor).Handle();
-  Log().Clear();
-  EXPECT_EQ(GetProperty<std::uint32_t>(kColor, "colorValue", empty), 0U);
-  EXPECT_THAT(Log().Messages(), IsEmpty());
-}
-
 TEST_F(ColorProperty, NumberOfComponentsIsThePlatformsNumber) {
   platform.integers["numberOfComponents"] = 5;
   EXPECT_EQ(GetProperty<std::int32_t>(kColor, "numberOfComponents", self), 5);
   EXPECT_THAT(Log().Messages(), ElementsAre("[color numberOfComponents]"));
-}
-
-TEST_F(ColorProperty, NumberOfComponentsLogsOneLineAndRaises) {
-  platform.RaiseOnce("numberOfComponents", MakeException("NSInvalid", "no components"));
-  EXPECT_EQ(GetProperty<std::int32_t>(kColor, "numberOfComponents", self), 0);
-  EXPECT_THAT(Log().Calls(), Contains(HasSubstr("NSLog(@\"A %@: %@, Info: %@\\x0A\", @\"NSInvalid\", @\"no "
-                                                "components\"")));
-  ASSERT_THAT(host.raised, SizeIs(1));
-  EXPECT_EQ(host.raised[0].className, "NSExceptionQVX");
 }
 
 class ColorComponent : public ColorProperty, public testing::WithParamInterface<std::string> {
@@ -199,11 +164,6 @@ TEST_P(ColorComponent, CostsNoAllocationAndNoHostService) {
   EXPECT_THAT(Log().Lookups(), IsEmpty());
 }
 
-TEST_P(ColorComponent, LeavesTheFloatingPointStackEmpty) {
-  for (int i = 0; i < 20; ++i) Get();
-  EXPECT_TRUE(FloatingPointStackIsEmpty());
-}
-
 class ColorText : public ColorProperty, public testing::WithParamInterface<std::string> {
  protected:
   void* Get() const { return GetProperty<void*>(kColor, GetParam(), self); }
@@ -220,11 +180,6 @@ TEST_P(ColorText, SendsTheMessageOfItsNameAndConvertsTheAnswer) {
   EXPECT_EQ(host.String(text).references, 1);
 }
 
-TEST_P(ColorText, NilIsTheNullString) {
-  platform.Answer(GetParam(), nullptr);
-  EXPECT_THAT(Get(), IsNull());
-}
-
 TEST_P(ColorText, AnEmptyTextIsTheNullString) {
   platform.Answer(GetParam(), MakeText(""));
   EXPECT_THAT(Get(), IsNull());
@@ -234,16 +189,6 @@ TEST_P(ColorText, UpTo99UnitsNothingIsAllocated) {
   platform.Answer(GetParam(), MakeText(std::string(99, 'x')));
   EXPECT_EQ(host.Text(Get()), std::string(99, 'x'));
   EXPECT_THAT(Log().Allocations(), IsEmpty());
-}
-
-TEST_P(ColorText, AnExceptionDuringTheConversionIsSwallowedAndNothingIsKept) {
-  platform.Answer(GetParam(), MakeText(std::string(200, 'x')));
-  Log().SetHook([](const Event& event) {
-    return event.name == "CFStringGetCString" ? Fault::kRaiseNSException : Fault::kNone;
-  });
-  EXPECT_THAT(Get(), IsNull());
-  EXPECT_THAT(host.raised, IsEmpty());
-  EXPECT_EQ(LiveBundleBlocks(), 0);
 }
 
 }  // namespace

@@ -87,6 +87,11 @@ std::string TemporaryFile(const std::string& name, const std::string& text) {
   return TheFolder().File(name);
 }
 
+std::string Tally(std::size_t checks, std::size_t failed) {
+  return std::to_string(checks) + " checks, " + std::to_string(checks - failed) + " passed, " +
+         std::to_string(failed) + " failed";
+}
+
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream in(text);

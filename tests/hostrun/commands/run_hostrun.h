@@ -1,6 +1,7 @@
 // tests/hostrun/commands/run_hostrun.h - runs the hostrun of this build and says what came out.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,12 @@ std::string BuiltFile(const std::string& name);
 
 // A file with that text, gone at the end of the test program.
 std::string TemporaryFile(const std::string& name, const std::string& text);
+
+// What "hostrun check" looks at in the sound bundle on one host: the file; load, version, order, records,
+// declarations, life; a property, two methods, a shared method.
+inline constexpr std::size_t kSoundChecks = FILE_CHECKS + 10;
+// The tally of checks that all passed but for so many.
+std::string Tally(std::size_t checks, std::size_t failed = 0);
 
 // The lines of a text.
 std::vector<std::string> Lines(const std::string& text);

@@ -14,44 +14,57 @@ static NSColor* InSpace(NSColorSpace* space, int count) {
   return [NSColor colorWithColorSpace:space components:kNumbers count:count];
 }
 
-static NSString* StockSpaces(void) {
+SCENARIO("components of stock spaces make stock colours",
+         "0.100 0.200 0.300 0.400 CalibratedRGB, 0.100 0.200 DeviceWhite, 0.100 0.200 0.300 0.400 0.500 "
+         "DeviceCMYK",
+         "0.100 0.200 0.300 0.400 CalibratedRGB, 0.100 0.200 DeviceWhite, 0.100 0.200 0.300 0.400 0.500 "
+         "DeviceCMYK") {
   return Joined([NSArray arrayWithObjects:Shown(InSpace([NSColorSpace genericRGBColorSpace], 4)),
                                           Shown(InSpace([NSColorSpace deviceGrayColorSpace], 2)),
                                           Shown(InSpace([NSColorSpace deviceCMYKColorSpace], 5)), nil]);
 }
 
-static NSString* GenericCMYK(void) {
+SCENARIO("a generic CMYK colour is in generic CMYK", "0.1, in the space asked for: no",
+         "0.1, in the space asked for: yes") {
   NSColor* color = InSpace([NSColorSpace genericCMYKColorSpace], 5);
   return [NSString stringWithFormat:@"%.1f, in the space asked for: %@", (double)[color cyanComponent],
                                     YesNo([color colorSpace] == [NSColorSpace genericCMYKColorSpace])];
 }
 
-static NSString* CustomSpace(void) {
+SCENARIO("a colour can be made in a space with a profile", "nil, no", "NSCustomColorSpace, yes") {
   NSColorSpace* space = SpaceNamed(@"a98.icc");
   NSColor* color = InSpace(space, 4);
   return [NSString stringWithFormat:@"%@, %@", color ? [color colorSpaceName] : @"nil",
                                     YesNo(color && [[color colorSpace] isEqual:space])];
 }
 
-static NSString* WrongCount(void) {
+SCENARIO("a wrong number of components raises", "nothing, nothing, nothing, nothing",
+         "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, "
+         "NSInvalidArgumentException") {
   return Joined([NSArray arrayWithObjects:RAISED(InSpace([NSColorSpace genericRGBColorSpace], 3)),
                                           RAISED(InSpace([NSColorSpace genericRGBColorSpace], 20)),
                                           RAISED(InSpace([NSColorSpace deviceGrayColorSpace], 4)),
                                           RAISED(InSpace([NSColorSpace deviceGrayColorSpace], -1)), nil]);
 }
 
-static NSString* NoSpace(void) {
+SCENARIO("no space makes no colour", "nil", "nil") {
   return Shown(InSpace(nil, 4));
 }
 
-static NSString* Factories(void) {
+SCENARIO(
+    "the factories of named spaces make colours there",
+    "0.100 0.200 0.300 0.400 CalibratedRGB, 0.100 0.400 CalibratedWhite, 0.100 0.200 0.300 0.400 "
+    "CalibratedRGB, 0.100 0.400 CalibratedWhite",
+    "0.100 0.200 0.300 0.400 Custom sRGB IEC61966-2.1, 0.100 0.400 Custom Generic Gray Gamma 2.2 Profile, "
+    "0.100 0.200 0.300 0.400 Custom sRGB IEC61966-2.1, 0.100 0.400 Custom Generic Gray Gamma 2.2 Profile") {
   return Joined([NSArray arrayWithObjects:Shown([NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:0.4]),
                                           Shown([NSColor colorWithGenericGamma22White:0.1 alpha:0.4]),
                                           Shown([NSColor colorWithRed:0.1 green:0.2 blue:0.3 alpha:0.4]),
                                           Shown([NSColor colorWithWhite:0.1 alpha:0.4]), nil]);
 }
 
-static NSString* HueFactory(void) {
+SCENARIO("hue, saturation and brightness make a colour in the space", "0.400 0.800 0.800 1.000 CalibratedRGB",
+         "0.400 0.800 0.800 1.000 DeviceRGB") {
   return Shown([NSColor colorWithColorSpace:[NSColorSpace deviceRGBColorSpace]
                                         hue:0.5
                                  saturation:0.5
@@ -59,7 +72,7 @@ static NSString* HueFactory(void) {
                                       alpha:1]);
 }
 
-static NSString* HueFactoryOfGray(void) {
+SCENARIO("a gray space has no hue", "0.400 0.800 0.800 1.000 CalibratedRGB", "nil") {
   return Shown([NSColor colorWithColorSpace:[NSColorSpace deviceGrayColorSpace]
                                         hue:0.5
                                  saturation:0.5
@@ -67,20 +80,24 @@ static NSString* HueFactoryOfGray(void) {
                                       alpha:1]);
 }
 
-static NSString* ClippedAndSane(void) {
+SCENARIO("custom components are clipped, and what is no number is 0", "0.000 1.000 nan 1.000 CalibratedRGB",
+         "0.000 1.000 0.000 1.000 Custom sRGB IEC61966-2.1") {
   return Shown([NSColor colorWithSRGBRed:-1 green:2 blue:NAN alpha:7]);
 }
 
-static NSString* StockClipped(void) {
+SCENARIO("stock components are clipped", "0.000 1.000 0.500 1.000 CalibratedRGB",
+         "0.000 1.000 0.500 1.000 CalibratedRGB") {
   return Shown([NSColor colorWithCalibratedRed:-1 green:2 blue:0.5 alpha:7]);
 }
 
-static NSString* LabNotClipped(void) {
+SCENARIO("Lab components keep their units, the alpha is clipped", "nil",
+         "50.000 -60.000 70.000 1.000 Custom Lab2Lab") {
   const CGFloat lab[] = {50, -60, 70, 2};
   return Shown([NSColor colorWithColorSpace:SpaceNamed(@"lab.icc") components:lab count:4]);
 }
 
-static NSString* CustomHSB(void) {
+SCENARIO("a custom RGB colour tells hue, saturation and brightness", "0.0000 0.0000 0.0000, no",
+         "0.5833 0.6667 0.3000, yes") {
   NSColor* color = InSpace(SpaceNamed(@"a98.icc"), 4);
   CGFloat h = 0, s = 0, b = 0;
   [color getHue:&h saturation:&s brightness:&b alpha:NULL];
@@ -89,7 +106,9 @@ static NSString* CustomHSB(void) {
                                           b == [color brightnessComponent])];
 }
 
-static NSString* StockHSB(void) {
+SCENARIO("a stock colour's hue, saturation and brightness make it again",
+         "0.5833 0.6667 0.6000, 0.200 0.400 0.600 1.000 CalibratedRGB",
+         "0.5833 0.6667 0.6000, 0.200 0.400 0.600 1.000 CalibratedRGB") {
   NSColor* color = [NSColor colorWithCalibratedRed:0.2 green:0.4 blue:0.6 alpha:1];
   NSColor* back = [NSColor colorWithCalibratedHue:[color hueComponent]
                                        saturation:[color saturationComponent]
@@ -100,18 +119,25 @@ static NSString* StockHSB(void) {
                                     Shown(back)];
 }
 
-static NSString* NullPlaces(void) {
+SCENARIO("components that nobody wants are not written", "nothing happens", "nothing happens") {
   [InSpace(SpaceNamed(@"a98.icc"), 4) getRed:NULL green:NULL blue:NULL alpha:NULL];
   [[NSColor redColor] getRed:NULL green:NULL blue:NULL alpha:NULL];
   return @"nothing happens";
 }
 
-static NSString* NullComponents(void) {
+SCENARIO("a missing buffer for all components is left alone", "nothing happens", "nothing happens") {
   [InSpace(SpaceNamed(@"a98.icc"), 4) getComponents:NULL];
   return @"nothing happens";
 }
 
-static NSString* OtherKinds(void) {
+SCENARIO(
+    "a component of another kind raises under GNUstep's name",
+    "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
+    "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
+    "NSInternalInconsistencyException",
+    "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
+    "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
+    "NSInternalInconsistencyException") {
   NSColor* custom = [NSColor colorWithSRGBRed:0 green:0 blue:0 alpha:1];
   CGFloat f;
   return Joined([NSArray
@@ -122,7 +148,8 @@ static NSString* OtherKinds(void) {
                        RAISED([[NSColor redColor] patternImage]), nil]);
 }
 
-static NSString* ReasonNamesMethodAndColour(void) {
+SCENARIO("the reason of such an exception names method and colour", "method: yes, colour: no",
+         "method: yes, colour: yes") {
   @try {
     [[NSColor colorWithCalibratedWhite:0.5 alpha:1] redComponent];
   } @catch (NSException* exception) {
@@ -136,14 +163,14 @@ static NSString* ReasonNamesMethodAndColour(void) {
   return @"nothing raised";
 }
 
-static NSString* SpaceOfKinds(void) {
+SCENARIO("only colours with components have a space", "yes, yes, yes", "yes, yes, yes") {
   return Joined(
       [NSArray arrayWithObjects:YesNo([[NSColor redColor] colorSpace] == [NSColorSpace genericRGBColorSpace]),
                                 YesNo([[NSColor controlColor] colorSpace] == nil),
                                 YesNo([Pattern() colorSpace] == nil), nil]);
 }
 
-static NSString* Equality(void) {
+SCENARIO("custom colours are equal by space and components", "no, no, no, no", "yes, no, no, no") {
   NSColor* one = InSpace(SpaceNamed(@"a98.icc"), 4);
   NSColor* twin = InSpace(SpaceNamed(@"a98.icc"), 4);
   NSColor* other = InSpace(SpaceNamed(@"srgb.icc"), 4);
@@ -154,14 +181,15 @@ static NSString* Equality(void) {
                                           YesNo([one isEqual:@"no colour"]), nil]);
 }
 
-static NSString* MinusZero(void) {
+SCENARIO("colours that differ in the sign of zero have equal hashes", "equal, hashes unequal",
+         "equal, hashes equal") {
   NSColor* zero = [NSColor colorWithDeviceRed:0 green:1 blue:1 alpha:1];
   NSColor* minus = [NSColor colorWithDeviceRed:-0.0 green:1 blue:1 alpha:1];
   return [NSString stringWithFormat:@"%@, hashes %@", [zero isEqual:minus] ? @"equal" : @"unequal",
                                     [zero hash] == [minus hash] ? @"equal" : @"unequal"];
 }
 
-static NSString* StockEquality(void) {
+SCENARIO("stock colours are equal by kind and components", "yes, no", "yes, no") {
   NSColor* one = [NSColor colorWithDeviceRed:0.1 green:0.2 blue:0.3 alpha:1];
   NSColor* twin = [NSColor colorWithDeviceRed:0.1 green:0.2 blue:0.3 alpha:1];
   NSColor* calibrated = [NSColor colorWithCalibratedRed:0.1 green:0.2 blue:0.3 alpha:1];
@@ -169,12 +197,13 @@ static NSString* StockEquality(void) {
                                           YesNo([one isEqual:calibrated]), nil]);
 }
 
-static NSString* CopyOfCustom(void) {
+SCENARIO("a custom colour can be copied", "no", "yes") {
   NSColor* color = InSpace(SpaceNamed(@"a98.icc"), 4);
   return YesNo(color && [[color copy] isEqual:color]);
 }
 
-static NSString* AlphaOfCustom(void) {
+SCENARIO("a custom colour takes another alpha", "-nan, same components: no, receiver for its own: yes",
+         "0.0, same components: yes, receiver for its own: yes") {
   NSColor* color = InSpace(SpaceNamed(@"a98.icc"), 4);
   NSColor* clear = [color colorWithAlphaComponent:-1];
   return [NSString stringWithFormat:@"%.1f, same components: %@, receiver for its own: %@",
@@ -183,20 +212,22 @@ static NSString* AlphaOfCustom(void) {
                                     YesNo([color colorWithAlphaComponent:[color alphaComponent]] == color)];
 }
 
-static NSString* AlphaOfNamedAndPattern(void) {
+SCENARIO("named colours and patterns keep their alpha", "yes", "yes") {
   NSColor* pattern = Pattern();
   return YesNo([pattern colorWithAlphaComponent:0.5] == pattern &&
                [[NSColor controlColor] colorWithAlphaComponent:0.5] == [NSColor controlColor]);
 }
 
-static NSString* Descriptions(void) {
+SCENARIO("a custom colour's description names its space", "raises NSInvalidArgumentException",
+         "NSCustomColorSpace sRGB IEC61966-2.1 colorspace 0.1 0.2 0.3 0.4") {
   return [InSpace([NSColorSpace sRGBColorSpace], 4) description];
 }
-static NSString* StockDescription(void) {
+SCENARIO("a stock colour's description is what themes and defaults parse", "1 0.5 0.25", "1 0.5 0.25") {
   return [[NSColor colorWithCalibratedRed:1 green:0.5 blue:0.25 alpha:1] description];
 }
 
-static NSString* HandleRoundTrip(void) {
+SCENARIO("a colour comes back from its Core Graphics handle", "raises NSInvalidArgumentException",
+         "0.100 0.200 0.300 0.400 Custom sRGB IEC61966-2.1, yes, yes") {
   NSColor* color = [NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:0.4];
   NSColor* named = [NSColor controlColor];
   NSColor* pattern = Pattern();
@@ -206,12 +237,12 @@ static NSString* HandleRoundTrip(void) {
                                 YesNo([[NSColor colorWithCGColor:[pattern CGColor]] isEqual:pattern]), nil]);
 }
 
-static NSString* WildHandles(void) {
+SCENARIO("handles that never were colours give none", "raises NSInvalidArgumentException", "nil, nil") {
   return Joined([NSArray arrayWithObjects:Shown([NSColor colorWithCGColor:NULL]),
                                           Shown([NSColor colorWithCGColor:(CGColorRef)0x1234]), nil]);
 }
 
-static NSString* StaleHandle(void) {
+SCENARIO("the handle of a colour that is gone gives none", "raises NSInvalidArgumentException", "nil") {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   CGColorRef handle = [[NSColor colorWithDeviceRed:0.1 green:0.2 blue:0.3 alpha:0.4] CGColor];
   [pool release];
@@ -226,98 +257,20 @@ static NSString* DrawnNowhere(NSColor* color) {
   return @"nothing happens";
 }
 
-static NSString* DrawRGB(void) {
+SCENARIO("drawing RGB with no graphics context does nothing", "crashes with signal 11", "nothing happens") {
   return DrawnNowhere([NSColor redColor]);
 }
-static NSString* DrawWhite(void) {
+SCENARIO("drawing white with no graphics context does nothing", "crashes with signal 11", "nothing happens") {
   return DrawnNowhere([NSColor whiteColor]);
 }
-static NSString* DrawCMYK(void) {
+SCENARIO("drawing CMYK with no graphics context does nothing", "crashes with signal 11", "nothing happens") {
   return DrawnNowhere([NSColor colorWithDeviceCyan:0 magenta:0 yellow:0 black:0 alpha:1]);
 }
-static NSString* DrawCustom(void) {
+SCENARIO("drawing a custom colour with no graphics context does nothing", "crashes with signal 11",
+         "nothing happens") {
   return DrawnNowhere(InSpace(SpaceNamed(@"a98.icc"), 4) ?: [NSColor redColor]);
 }
-static NSString* DrawPattern(void) {
+SCENARIO("drawing a pattern with no graphics context does nothing", "raises NSInvalidArgumentException",
+         "nothing happens") {
   return DrawnNowhere(Pattern());
 }
-
-const Scenario colourScenarios[] = {
-    {"components of stock spaces make stock colours",
-     "0.100 0.200 0.300 0.400 CalibratedRGB, 0.100 0.200 DeviceWhite, 0.100 0.200 0.300 0.400 0.500 "
-     "DeviceCMYK",
-     "0.100 0.200 0.300 0.400 CalibratedRGB, 0.100 0.200 DeviceWhite, 0.100 0.200 0.300 0.400 0.500 "
-     "DeviceCMYK",
-     StockSpaces},
-    {"a generic CMYK colour is in generic CMYK", "0.1, in the space asked for: no",
-     "0.1, in the space asked for: yes", GenericCMYK},
-    {"a colour can be made in a space with a profile", "nil, no", "NSCustomColorSpace, yes", CustomSpace},
-    {"a wrong number of components raises", "nothing, nothing, nothing, nothing",
-     "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, "
-     "NSInvalidArgumentException",
-     WrongCount},
-    {"no space makes no colour", "nil", "nil", NoSpace},
-    {"the factories of named spaces make colours there",
-     "0.100 0.200 0.300 0.400 CalibratedRGB, 0.100 0.400 CalibratedWhite, 0.100 0.200 0.300 0.400 "
-     "CalibratedRGB, 0.100 0.400 CalibratedWhite",
-     "0.100 0.200 0.300 0.400 Custom sRGB IEC61966-2.1, 0.100 0.400 Custom Generic Gray Gamma 2.2 Profile, "
-     "0.100 0.200 0.300 0.400 Custom sRGB IEC61966-2.1, 0.100 0.400 Custom Generic Gray Gamma 2.2 Profile",
-     Factories},
-    {"hue, saturation and brightness make a colour in the space", "0.400 0.800 0.800 1.000 CalibratedRGB",
-     "0.400 0.800 0.800 1.000 DeviceRGB", HueFactory},
-    {"a gray space has no hue", "0.400 0.800 0.800 1.000 CalibratedRGB", "nil", HueFactoryOfGray},
-    {"custom components are clipped, and what is no number is 0", "0.000 1.000 nan 1.000 CalibratedRGB",
-     "0.000 1.000 0.000 1.000 Custom sRGB IEC61966-2.1", ClippedAndSane},
-    {"stock components are clipped", "0.000 1.000 0.500 1.000 CalibratedRGB",
-     "0.000 1.000 0.500 1.000 CalibratedRGB", StockClipped},
-    {"Lab components keep their units, the alpha is clipped", "nil",
-     "50.000 -60.000 70.000 1.000 Custom Lab2Lab", LabNotClipped},
-    {"a custom RGB colour tells hue, saturation and brightness", "0.0000 0.0000 0.0000, no",
-     "0.5833 0.6667 0.3000, yes", CustomHSB},
-    {"a stock colour's hue, saturation and brightness make it again",
-     "0.5833 0.6667 0.6000, 0.200 0.400 0.600 1.000 CalibratedRGB",
-     "0.5833 0.6667 0.6000, 0.200 0.400 0.600 1.000 CalibratedRGB", StockHSB},
-    {"components that nobody wants are not written", "nothing happens", "nothing happens", NullPlaces},
-    {"a missing buffer for all components is left alone", "nothing happens", "nothing happens",
-     NullComponents},
-    {"a component of another kind raises under GNUstep's name",
-     "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
-     "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
-     "NSInternalInconsistencyException",
-     "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
-     "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException, "
-     "NSInternalInconsistencyException",
-     OtherKinds},
-    {"the reason of such an exception names method and colour", "method: yes, colour: no",
-     "method: yes, colour: yes", ReasonNamesMethodAndColour},
-    {"only colours with components have a space", "yes, yes, yes", "yes, yes, yes", SpaceOfKinds},
-    {"custom colours are equal by space and components", "no, no, no, no", "yes, no, no, no", Equality},
-    {"colours that differ in the sign of zero have equal hashes", "equal, hashes unequal",
-     "equal, hashes equal", MinusZero},
-    {"stock colours are equal by kind and components", "yes, no", "yes, no", StockEquality},
-    {"a custom colour can be copied", "no", "yes", CopyOfCustom},
-    {"a custom colour takes another alpha", "-nan, same components: no, receiver for its own: yes",
-     "0.0, same components: yes, receiver for its own: yes", AlphaOfCustom},
-    {"named colours and patterns keep their alpha", "yes", "yes", AlphaOfNamedAndPattern},
-    {"a custom colour's description names its space", "raises NSInvalidArgumentException",
-     "NSCustomColorSpace sRGB IEC61966-2.1 colorspace 0.1 0.2 0.3 0.4", Descriptions},
-    {"a stock colour's description is what themes and defaults parse", "1 0.5 0.25", "1 0.5 0.25",
-     StockDescription},
-    {"a colour comes back from its Core Graphics handle", "raises NSInvalidArgumentException",
-     "0.100 0.200 0.300 0.400 Custom sRGB IEC61966-2.1, yes, yes", HandleRoundTrip},
-    {"handles that never were colours give none", "raises NSInvalidArgumentException", "nil, nil",
-     WildHandles},
-    {"the handle of a colour that is gone gives none", "raises NSInvalidArgumentException", "nil",
-     StaleHandle},
-    {"drawing RGB with no graphics context does nothing", "crashes with signal 11", "nothing happens",
-     DrawRGB},
-    {"drawing white with no graphics context does nothing", "crashes with signal 11", "nothing happens",
-     DrawWhite},
-    {"drawing CMYK with no graphics context does nothing", "crashes with signal 11", "nothing happens",
-     DrawCMYK},
-    {"drawing a custom colour with no graphics context does nothing", "crashes with signal 11",
-     "nothing happens", DrawCustom},
-    {"drawing a pattern with no graphics context does nothing", "raises NSInvalidArgumentException",
-     "nothing happens", DrawPattern},
-    {NULL, NULL, NULL, NULL},
-};

@@ -11,88 +11,102 @@ static NSColor* Made(NSColorSpace* space, CGFloat a, CGFloat b, CGFloat c, CGFlo
   return [NSColor colorWithColorSpace:space components:components count:[space numberOfColorComponents] + 1];
 }
 
-static NSString* AskedSingleton(void) {
+SCENARIO("asking for generic RGB gives a calibrated colour", "1.000 0.500 0.250 0.500 DeviceRGB",
+         "1.000 0.500 0.250 0.500 CalibratedRGB") {
   NSColor* red = [NSColor colorWithDeviceRed:1 green:0.5 blue:0.25 alpha:0.5];
   return Shown([red colorUsingColorSpace:[NSColorSpace genericRGBColorSpace]]);
 }
 
-static NSString* AskedDevice(void) {
+SCENARIO("asking for device RGB gives a device colour", "0.250 0.250 0.250 1.000 DeviceRGB",
+         "0.250 0.250 0.250 1.000 DeviceRGB") {
   NSColor* grey = [NSColor colorWithCalibratedWhite:0.25 alpha:1];
   return Shown([grey colorUsingColorSpace:[NSColorSpace deviceRGBColorSpace]]);
 }
 
-static NSString* NilSpace(void) {
+SCENARIO("asking for no space gives no colour", "0.333 1.000 DeviceWhite", "nil") {
   return Shown([[NSColor redColor] colorUsingColorSpace:nil]);
 }
 
-static NSString* SameSpace(void) {
+SCENARIO("a colour that is in the space already is itself", "yes", "yes") {
   NSColor* color = [NSColor colorWithCalibratedRed:1 green:0.5 blue:0.25 alpha:1];
   return YesNo([color colorUsingColorSpace:[NSColorSpace genericRGBColorSpace]] == color);
 }
 
-static NSString* SameCustomSpace(void) {
+SCENARIO("a colour that is in an equal space already is itself", "no", "yes") {
   NSColor* color = Made(SpaceNamed(@"a98.icc"), 1, 0.5, 0.25, 1);
   return YesNo(color && [color colorUsingColorSpace:SpaceNamed(@"a98.icc")] == color);
 }
 
-static NSString* GenericRedToSRGB(void) {
+SCENARIO("generic red is the desktop's FF2600 in sRGB", "raises NSInvalidArgumentException",
+         "1.000 0.149 0.000 1.000 Custom sRGB IEC61966-2.1") {
   return Shown([[NSColor redColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* GenericOrangeToSRGB(void) {
+SCENARIO("generic orange is the desktop's FF9300 in sRGB", "raises NSInvalidArgumentException",
+         "1.000 0.576 0.000 1.000 Custom sRGB IEC61966-2.1") {
   return Shown([[NSColor orangeColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* GenericGreyToSRGB(void) {
+SCENARIO("generic half gray is .572 in sRGB", "raises NSInvalidArgumentException",
+         "0.572 0.572 0.572 1.000 Custom sRGB IEC61966-2.1") {
   return Shown([[NSColor grayColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* DeviceToSRGB(void) {
+SCENARIO("device RGB has sRGB's numbers", "raises NSInvalidArgumentException",
+         "0.250 0.500 0.750 0.500 Custom sRGB IEC61966-2.1") {
   NSColor* color = [NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:0.5];
   return Shown([color colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* SRGBToAdobe(void) {
+SCENARIO("sRGB becomes Adobe RGB with its alpha", "raises NSInvalidArgumentException",
+         "0.444 0.258 0.732 0.500 Custom Adobe RGB (1998)") {
   return Shown([[NSColor colorWithSRGBRed:0.5 green:0.25 blue:0.75
                                     alpha:0.5] colorUsingColorSpace:[NSColorSpace adobeRGB1998ColorSpace]]);
 }
 
-static NSString* SRGBToLab(void) {
+SCENARIO("sRGB red becomes Lab in Lab's own units", "nil", "54.290 80.809 69.895 1.000 Custom Lab2Lab") {
   return Shown([[NSColor colorWithSRGBRed:1 green:0 blue:0
                                     alpha:1] colorUsingColorSpace:SpaceNamed(@"lab.icc")]);
 }
 
-static NSString* LabToSRGB(void) {
+SCENARIO("Lab grey becomes sRGB grey", "raises NSInvalidArgumentException",
+         "0.466 0.466 0.466 1.000 Custom sRGB IEC61966-2.1") {
   return Shown(
       [Made(SpaceNamed(@"lab.icc"), 50, 0, 0, 1) colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* SRGBToCMYKProfile(void) {
+SCENARIO("sRGB red becomes inks of a CMYK profile", "nil",
+         "0.000 1.000 1.000 0.000 1.000 Custom Artifex CMYK SWOP Profile") {
   return Shown([[NSColor colorWithSRGBRed:1 green:0 blue:0
                                     alpha:1] colorUsingColorSpace:SpaceNamed(@"default_cmyk.icc")]);
 }
 
-static NSString* SRGBToGamma22(void) {
+SCENARIO("sRGB becomes gray of gamma 2.2", "raises NSInvalidArgumentException",
+         "0.643 1.000 Custom Generic Gray Gamma 2.2 Profile") {
   return Shown([[NSColor colorWithSRGBRed:1 green:0.5 blue:0.25 alpha:1]
       colorUsingColorSpace:[NSColorSpace genericGamma22GrayColorSpace]]);
 }
 
-static NSString* CustomToDeviceCMYK(void) {
+SCENARIO("sRGB becomes device CMYK by formula", "0.000 0.500 0.750 0.000 0.500 DeviceCMYK",
+         "0.000 0.500 0.750 0.000 0.500 DeviceCMYK") {
   return Shown([[NSColor colorWithSRGBRed:1 green:0.5 blue:0.25
                                     alpha:0.5] colorUsingColorSpaceName:NSDeviceCMYKColorSpace]);
 }
 
-static NSString* DeviceCMYKToSRGB(void) {
+SCENARIO("device CMYK becomes sRGB by formula", "raises NSInvalidArgumentException",
+         "0.250 0.500 0.750 0.500 Custom sRGB IEC61966-2.1") {
   return Shown([[NSColor colorWithDeviceCyan:0.5 magenta:0.25 yellow:0 black:0.25
                                        alpha:0.5] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* ClippedToGamut(void) {
+SCENARIO("a colour outside the target's range is clipped", "raises NSInvalidArgumentException",
+         "0.000 1.000 0.000 1.000 Custom sRGB IEC61966-2.1") {
   return Shown([Made([NSColorSpace adobeRGB1998ColorSpace], 0, 1, 0, 1)
       colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* CustomByName(void) {
+SCENARIO("a custom colour is asked for by name", "no, nil, 1.000 0.500 0.250 1.000 CalibratedRGB",
+         "yes, nil, 0.989 0.413 0.195 1.000 CalibratedRGB") {
   NSColor* color = [NSColor colorWithSRGBRed:1 green:0.5 blue:0.25 alpha:1];
   NSColor* unnamed = [color colorUsingColorSpaceName:nil];
   return [NSString
@@ -100,29 +114,32 @@ static NSString* CustomByName(void) {
                        Shown([color colorUsingColorSpaceName:NSNamedColorSpace]), Shown(unnamed)];
 }
 
-static NSString* PatternByName(void) {
+SCENARIO("a pattern converts to nothing but a pattern", "raises NSInvalidArgumentException", "nil, yes") {
   NSColor* pattern = Pattern();
   return
       [NSString stringWithFormat:@"%@, %@", Shown([pattern colorUsingColorSpaceName:NSDeviceRGBColorSpace]),
                                  YesNo([pattern colorUsingColorSpaceName:NSPatternColorSpace] == pattern)];
 }
 
-static NSString* PatternBySpace(void) {
+SCENARIO("a pattern converts to no space", "raises NSInvalidArgumentException", "nil") {
   return Shown([Pattern() colorUsingColorSpace:[NSColorSpace genericRGBColorSpace]]);
 }
 
-static NSString* PatternBlends(void) {
+SCENARIO("a blend with a pattern is no colour", "raises NSInvalidArgumentException", "nil, nil") {
   return Joined([NSArray
       arrayWithObjects:Shown([Pattern() blendedColorWithFraction:0.5 ofColor:[NSColor redColor]]),
                        Shown([[NSColor redColor] blendedColorWithFraction:0.5 ofColor:Pattern()]), nil]);
 }
 
-static NSString* PatternHighlight(void) {
+SCENARIO("highlight and shadow of a pattern are no colours", "raises NSInvalidArgumentException",
+         "nil, nil") {
   return Joined([NSArray arrayWithObjects:Shown([Pattern() highlightWithLevel:0.5]),
                                           Shown([Pattern() shadowWithLevel:0.5]), nil]);
 }
 
-static NSString* BlendOfCustom(void) {
+SCENARIO("custom colours blend in calibrated RGB like their twins",
+         "1.000 0.500 0.500 0.500 CalibratedRGB, as its twins",
+         "0.993 0.500 0.514 0.500 CalibratedRGB, as its twins") {
   NSColor* white = [NSColor colorWithSRGBRed:1 green:1 blue:1 alpha:1];
   NSColor* red = [NSColor colorWithSRGBRed:1 green:0 blue:0 alpha:0];
   NSColor* blend = [white blendedColorWithFraction:0.5 ofColor:red];
@@ -133,21 +150,29 @@ static NSString* BlendOfCustom(void) {
                                     [blend isEqual:twins] ? @"as its twins" : @"unlike its twins"];
 }
 
-static NSString* BlendEnds(void) {
+SCENARIO("a blend at either end is one of the colours itself", "yes", "yes") {
   NSColor* a = [NSColor redColor];
   NSColor* b = [NSColor colorWithDeviceWhite:0 alpha:1];
   return YesNo([a blendedColorWithFraction:0 ofColor:b] == a && [a blendedColorWithFraction:1
                                                                                     ofColor:b] == b);
 }
 
-static NSString* StockFormulas(void) {
+SCENARIO("stock colours keep their formulas from RGB",
+         "0.600 1.000 CalibratedWhite, 0.100 0.400 0.700 0.000 1.000 DeviceCMYK, 0.900 0.600 0.300 1.000 "
+         "DeviceRGB",
+         "0.600 1.000 CalibratedWhite, 0.100 0.400 0.700 0.000 1.000 DeviceCMYK, 0.900 0.600 0.300 1.000 "
+         "DeviceRGB") {
   NSColor* rgb = [NSColor colorWithCalibratedRed:0.9 green:0.6 blue:0.3 alpha:1];
   return Joined([NSArray arrayWithObjects:Shown([rgb colorUsingColorSpaceName:NSCalibratedWhiteColorSpace]),
                                           Shown([rgb colorUsingColorSpaceName:NSDeviceCMYKColorSpace]),
                                           Shown([rgb colorUsingColorSpaceName:NSDeviceRGBColorSpace]), nil]);
 }
 
-static NSString* StockFormulasBack(void) {
+SCENARIO("stock colours keep their formulas from CMYK and gray",
+         "0.500 0.400 0.300 1.000 CalibratedRGB, 0.400 1.000 DeviceWhite, 0.000 0.000 0.000 0.750 1.000 "
+         "DeviceCMYK",
+         "0.500 0.400 0.300 1.000 CalibratedRGB, 0.400 1.000 DeviceWhite, 0.000 0.000 0.000 0.750 1.000 "
+         "DeviceCMYK") {
   NSColor* cmyk = [NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1];
   NSColor* grey = [NSColor colorWithCalibratedWhite:0.25 alpha:1];
   return Joined([NSArray arrayWithObjects:Shown([cmyk colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
@@ -156,14 +181,14 @@ static NSString* StockFormulasBack(void) {
                                           nil]);
 }
 
-static NSString* BlendWithNothing(void) {
+SCENARIO("a blend with nothing is no colour", "nil, nil", "nil, nil") {
   NSColor* custom = [NSColor colorWithSRGBRed:1 green:0.5 blue:0.25 alpha:1];
   return Joined([NSArray arrayWithObjects:Shown([[NSColor redColor] blendedColorWithFraction:0.5
                                                                                      ofColor:nil]),
                                           Shown([custom blendedColorWithFraction:0.5 ofColor:nil]), nil]);
 }
 
-static NSString* CustomHighlight(void) {
+SCENARIO("a custom colour has a highlight and a shadow", "yes, lighter, darker", "yes, lighter, darker") {
   NSColor* color = [NSColor colorWithSRGBRed:0 green:0 blue:0 alpha:1];
   NSColor* lighter = [color highlightWithLevel:0.5];
   NSColor* darker = [[NSColor colorWithSRGBRed:1 green:1 blue:1 alpha:1] shadowWithLevel:0.5];
@@ -172,75 +197,11 @@ static NSString* CustomHighlight(void) {
                                     [darker redComponent] < 1 ? @"darker" : @"no darker"];
 }
 
-static NSString* GenericCMYKByProfile(void) {
+SCENARIO("generic CMYK converts by the installed profile",
+         "0.000 1.000 1.000 0.000 1.000 DeviceCMYK, 0.500 0.400 0.300 1.000 DeviceRGB",
+         "0.000 1.000 1.000 0.000 1.000 Custom Generic CMYK, 0.604 0.545 0.488 1.000 DeviceRGB") {
   NSColorSpace* generic = [NSColorSpace genericCMYKColorSpace];
   NSColor* red = [[NSColor colorWithSRGBRed:1 green:0 blue:0 alpha:1] colorUsingColorSpace:generic];
   NSColor* mixed = [Made(generic, 0.1, 0.2, 0.3, 0.4) colorUsingColorSpaceName:NSDeviceRGBColorSpace];
   return Joined([NSArray arrayWithObjects:Shown(red), Shown(mixed), nil]);
 }
-
-const Scenario conversionScenarios[] = {
-    {"asking for generic RGB gives a calibrated colour", "1.000 0.500 0.250 0.500 DeviceRGB",
-     "1.000 0.500 0.250 0.500 CalibratedRGB", AskedSingleton},
-    {"asking for device RGB gives a device colour", "0.250 0.250 0.250 1.000 DeviceRGB",
-     "0.250 0.250 0.250 1.000 DeviceRGB", AskedDevice},
-    {"asking for no space gives no colour", "0.333 1.000 DeviceWhite", "nil", NilSpace},
-    {"a colour that is in the space already is itself", "yes", "yes", SameSpace},
-    {"a colour that is in an equal space already is itself", "no", "yes", SameCustomSpace},
-    {"generic red is the desktop's FF2600 in sRGB", "raises NSInvalidArgumentException",
-     "1.000 0.149 0.000 1.000 Custom sRGB IEC61966-2.1", GenericRedToSRGB},
-    {"generic orange is the desktop's FF9300 in sRGB", "raises NSInvalidArgumentException",
-     "1.000 0.576 0.000 1.000 Custom sRGB IEC61966-2.1", GenericOrangeToSRGB},
-    {"generic half gray is .572 in sRGB", "raises NSInvalidArgumentException",
-     "0.572 0.572 0.572 1.000 Custom sRGB IEC61966-2.1", GenericGreyToSRGB},
-    {"device RGB has sRGB's numbers", "raises NSInvalidArgumentException",
-     "0.250 0.500 0.750 0.500 Custom sRGB IEC61966-2.1", DeviceToSRGB},
-    {"sRGB becomes Adobe RGB with its alpha", "raises NSInvalidArgumentException",
-     "0.444 0.258 0.732 0.500 Custom Adobe RGB (1998)", SRGBToAdobe},
-    {"sRGB red becomes Lab in Lab's own units", "nil", "54.290 80.809 69.895 1.000 Custom Lab2Lab",
-     SRGBToLab},
-    {"Lab grey becomes sRGB grey", "raises NSInvalidArgumentException",
-     "0.466 0.466 0.466 1.000 Custom sRGB IEC61966-2.1", LabToSRGB},
-    {"sRGB red becomes inks of a CMYK profile", "nil",
-     "0.000 1.000 1.000 0.000 1.000 Custom Artifex CMYK SWOP Profile", SRGBToCMYKProfile},
-    {"sRGB becomes gray of gamma 2.2", "raises NSInvalidArgumentException",
-     "0.643 1.000 Custom Generic Gray Gamma 2.2 Profile", SRGBToGamma22},
-    {"sRGB becomes device CMYK by formula", "0.000 0.500 0.750 0.000 0.500 DeviceCMYK",
-     "0.000 0.500 0.750 0.000 0.500 DeviceCMYK", CustomToDeviceCMYK},
-    {"device CMYK becomes sRGB by formula", "raises NSInvalidArgumentException",
-     "0.250 0.500 0.750 0.500 Custom sRGB IEC61966-2.1", DeviceCMYKToSRGB},
-    {"a colour outside the target's range is clipped", "raises NSInvalidArgumentException",
-     "0.000 1.000 0.000 1.000 Custom sRGB IEC61966-2.1", ClippedToGamut},
-    {"a custom colour is asked for by name", "no, nil, 1.000 0.500 0.250 1.000 CalibratedRGB",
-     "yes, nil, 0.989 0.413 0.195 1.000 CalibratedRGB", CustomByName},
-    {"a pattern converts to nothing but a pattern", "raises NSInvalidArgumentException", "nil, yes",
-     PatternByName},
-    {"a pattern converts to no space", "raises NSInvalidArgumentException", "nil", PatternBySpace},
-    {"a blend with a pattern is no colour", "raises NSInvalidArgumentException", "nil, nil", PatternBlends},
-    {"highlight and shadow of a pattern are no colours", "raises NSInvalidArgumentException", "nil, nil",
-     PatternHighlight},
-    {"a blend with nothing is no colour", "nil, nil", "nil, nil", BlendWithNothing},
-    {"a custom colour has a highlight and a shadow", "yes, lighter, darker", "yes, lighter, darker",
-     CustomHighlight},
-    {"generic CMYK converts by the installed profile",
-     "0.000 1.000 1.000 0.000 1.000 DeviceCMYK, 0.500 0.400 0.300 1.000 DeviceRGB",
-     "0.000 1.000 1.000 0.000 1.000 Custom Generic CMYK, 0.604 0.545 0.488 1.000 DeviceRGB",
-     GenericCMYKByProfile},
-    {"custom colours blend in calibrated RGB like their twins",
-     "1.000 0.500 0.500 0.500 CalibratedRGB, as its twins",
-     "0.993 0.500 0.514 0.500 CalibratedRGB, as its twins", BlendOfCustom},
-    {"a blend at either end is one of the colours itself", "yes", "yes", BlendEnds},
-    {"stock colours keep their formulas from RGB",
-     "0.600 1.000 CalibratedWhite, 0.100 0.400 0.700 0.000 1.000 DeviceCMYK, 0.900 0.600 0.300 1.000 "
-     "DeviceRGB",
-     "0.600 1.000 CalibratedWhite, 0.100 0.400 0.700 0.000 1.000 DeviceCMYK, 0.900 0.600 0.300 1.000 "
-     "DeviceRGB",
-     StockFormulas},
-    {"stock colours keep their formulas from CMYK and gray",
-     "0.500 0.400 0.300 1.000 CalibratedRGB, 0.400 1.000 DeviceWhite, 0.000 0.000 0.000 0.750 1.000 "
-     "DeviceCMYK",
-     "0.500 0.400 0.300 1.000 CalibratedRGB, 0.400 1.000 DeviceWhite, 0.000 0.000 0.000 0.750 1.000 "
-     "DeviceCMYK",
-     StockFormulasBack},
-    {NULL, NULL, NULL, NULL},
-};

@@ -5,6 +5,11 @@
 
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
+
+#define STOCK_LIST                                                                                 \
+  "red 1.000 0.000 0.000 1.000 CalibratedRGB, ink 0.100 0.200 0.300 0.400 0.500 DeviceCMYK, gray " \
+  "0.250 1.000 DeviceWhite"
 
 NSString* ListAsText(NSString* path) {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Exchanged" fromFile:path] autorelease];
@@ -37,13 +42,15 @@ static NSString* Elsewhere(const char* verb, NSString* path) {
   return [NSString stringWithUTF8String:answer];
 }
 
-static NSString* StockRead(void) {
+SCENARIO("a program with GNUstep alone reads a list of stock colours", STOCK_LIST, STOCK_LIST) {
   NSString* path = InScratch(@"stock.clr");
   WriteStockList(path);
   return Elsewhere("read", path);
 }
 
-static NSString* CustomRead(void) {
+SCENARIO("a program with GNUstep alone reads a custom colour as its device twin",
+         STOCK_LIST ", sRGB 0.250 0.500 0.750 0.500 CalibratedRGB",
+         STOCK_LIST ", sRGB 0.250 0.500 0.750 0.500 DeviceRGB") {
   NSColorList* list = Stock();
   [list setColor:[NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:0.5] forKey:@"sRGB"];
   NSString* path = InScratch(@"custom.clr");
@@ -51,7 +58,8 @@ static NSString* CustomRead(void) {
   return Elsewhere("read", path);
 }
 
-static NSString* PatternRead(void) {
+SCENARIO("a program with GNUstep alone reads a list with a pattern", "raises NSInvalidArgumentException",
+         "pattern 0.500 1.000 DeviceWhite, red 1.000 0.000 0.000 1.000 CalibratedRGB") {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Exchanged"] autorelease];
   [list setColor:Pattern() forKey:@"pattern"];
   [list setColor:[NSColor redColor] forKey:@"red"];
@@ -60,32 +68,15 @@ static NSString* PatternRead(void) {
   return Elsewhere("read", path);
 }
 
-static NSString* Written(void) {
+SCENARIO("a list that a program with GNUstep alone wrote is read", "yes: " STOCK_LIST, "yes: " STOCK_LIST) {
   NSString* path = InScratch(@"other.clr");
   NSString* answer = Elsewhere("write", path);
   return [NSString stringWithFormat:@"%@: %@", answer, ListAsText(path)];
 }
 
-static NSString* WrittenBetween(void) {
+SCENARIO("a list that another program has rewritten is read", STOCK_LIST, STOCK_LIST) {
   NSString* path = InScratch(@"shared.clr");
   [Stock() writeToFile:path];
   Elsewhere("write", path);
   return ListAsText(path);
 }
-
-#define STOCK_LIST                                                                                 \
-  "red 1.000 0.000 0.000 1.000 CalibratedRGB, ink 0.100 0.200 0.300 0.400 0.500 DeviceCMYK, gray " \
-  "0.250 1.000 DeviceWhite"
-
-const Scenario exchangeScenarios[] = {
-    {"a program with GNUstep alone reads a list of stock colours", STOCK_LIST, STOCK_LIST, StockRead},
-    {"a program with GNUstep alone reads a custom colour as its device twin",
-     STOCK_LIST ", sRGB 0.250 0.500 0.750 0.500 CalibratedRGB",
-     STOCK_LIST ", sRGB 0.250 0.500 0.750 0.500 DeviceRGB", CustomRead},
-    {"a program with GNUstep alone reads a list with a pattern", "raises NSInvalidArgumentException",
-     "pattern 0.500 1.000 DeviceWhite, red 1.000 0.000 0.000 1.000 CalibratedRGB", PatternRead},
-    {"a list that a program with GNUstep alone wrote is read", "yes: " STOCK_LIST, "yes: " STOCK_LIST,
-     Written},
-    {"a list that another program has rewritten is read", STOCK_LIST, STOCK_LIST, WrittenBetween},
-    {NULL, NULL, NULL, NULL},
-};

@@ -51,25 +51,28 @@ static void PutFromScratch(NSString* folder, NSString* name) {
   Put(folder, name, [NSData dataWithContentsOfFile:InScratch(name)]);
 }
 
-static NSString* Found(void) {
+SCENARIO("a list in the user's folder is found by name",
+         "System, Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB",
+         "Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB") {
   InChild(WriteGood);
   PutFromScratch(UserColours(), @"Good.clr");
   NSColorList* list = [NSColorList colorListNamed:@"Good"];
   return [NSString stringWithFormat:@"%@, %@", Names(), Shown([list colorWithKey:@"red"])];
 }
 
-static NSString* FoundInSystem(void) {
+SCENARIO("a list in the system's folder is found", "Good, System", "Good, System") {
   InChild(WriteGood);
   PutFromScratch(SystemColours(), @"Good.clr");
   return Names();
 }
 
-static NSString* UnknownName(void) {
+SCENARIO("no list has an unknown name, or none", "nil, nil", "nil, nil") {
   return Joined([NSArray arrayWithObjects:[NSColorList colorListNamed:@"Nothing"] ? @"a list" : @"nil",
                                           [NSColorList colorListNamed:nil] ? @"a list" : @"nil", nil]);
 }
 
-static NSString* JunkInFolder(void) {
+SCENARIO("junk in a colour folder is passed over", "system colours, Empty, Folder, Good, Junk, Prose, System",
+         "system colours, Good, System") {
   InChild(WriteGood);
   PutFromScratch(UserColours(), @"Good.clr");
   Put(UserColours(), @"Junk.clr", [@"GNUstep archive of nothing" dataUsingEncoding:NSASCIIStringEncoding]);
@@ -85,21 +88,24 @@ static NSString* JunkInFolder(void) {
                                      sortedArrayUsingSelector:@selector(compare:)])];
 }
 
-static NSString* PoisonInFolder(void) {
+SCENARIO("another program's list with a pattern in a colour folder takes no program down",
+         "NSInvalidArgumentException, ", "nothing, System") {
   InChild(WritePoison);
   PutFromScratch(UserColours(), @"Pattern.clr");
   NSString* raised = RAISED([NSColor redColor]);
   return [NSString stringWithFormat:@"%@, %@", raised, Names()];
 }
 
-static NSString* PatternInFolder(void) {
+SCENARIO("a list with a pattern, written to a colour folder, takes no program down",
+         "NSInvalidArgumentException, ", "nothing, Pattern, System") {
   InChild(WritePattern);
   PutFromScratch(UserColours(), @"Pattern.clr");
   NSString* raised = RAISED([NSColor redColor]);
   return [NSString stringWithFormat:@"%@, %@", raised, Names()];
 }
 
-static NSString* PoisonOnRequest(void) {
+SCENARIO("another program's list with a pattern is read on request", "raises NSInvalidArgumentException",
+         "NSPatternColorSpace") {
   InChild(WritePoison);
   [NSColor redColor];
   NSColorList* list = [[[NSColorList alloc] initWithName:@"x"
@@ -108,14 +114,15 @@ static NSString* PoisonOnRequest(void) {
 }
 
 // What a program without this library reads.
-static NSString* PatternForOthers(void) {
+SCENARIO("other programs read a grey in a pattern's place", "nil", "0.500 1.000 DeviceWhite") {
   InChild(WritePattern);
   [NSColor redColor];
   NSData* data = [NSData dataWithContentsOfFile:InScratch(@"Pattern.clr")];
   return Shown([[NSUnarchiver unarchiveObjectWithData:data] colorWithKey:@"pattern"]);
 }
 
-static NSString* UnreadableInFolder(void) {
+SCENARIO("a list that nobody can read in a colour folder takes no program down",
+         "NSInvalidArgumentException, ", "nothing, System") {
   InChild(WriteUnreadable);
   PutFromScratch(UserColours(), @"Unreadable.clr");
   NSString* raised = RAISED([NSColor redColor]);
@@ -136,7 +143,8 @@ static volatile BOOL asked;
 }
 @end
 
-static NSString* PoisonHoldsNoLock(void) {
+SCENARIO("a list that nobody can read leaves no lock held", "another thread hangs",
+         "another thread goes on") {
   InChild(WriteUnreadable);
   PutFromScratch(UserColours(), @"Unreadable.clr");
   @try {
@@ -148,7 +156,7 @@ static NSString* PoisonHoldsNoLock(void) {
   return asked ? @"another thread goes on" : @"another thread hangs";
 }
 
-static NSString* UnreadableOnRequest(void) {
+SCENARIO("a list that nobody can read is no list", "raises NSInvalidArgumentException", "nil") {
   InChild(WriteUnreadable);
   [NSColor redColor];
   NSColorList* list = [[[NSColorList alloc] initWithName:@"x"
@@ -156,7 +164,8 @@ static NSString* UnreadableOnRequest(void) {
   return list ? @"a list" : @"nil";
 }
 
-static NSString* WrittenIsAvailable(void) {
+SCENARIO("a list written to the user's folder is available", "no, yes, System, Mine",
+         "no, yes, System, Mine") {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Mine"] autorelease];
   [list setColor:[NSColor redColor] forKey:@"red"];
   BOOL before = [NSColorList colorListNamed:@"Mine"] != nil;
@@ -165,14 +174,14 @@ static NSString* WrittenIsAvailable(void) {
       arrayWithObjects:YesNo(before), YesNo([NSColorList colorListNamed:@"Mine"] == list), Names(), nil]);
 }
 
-static NSString* WrittenTwiceIsOnce(void) {
+SCENARIO("a list written twice is available once", "Mine, System", "System, Mine") {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Mine"] autorelease];
   [list writeToFile:nil];
   [list writeToFile:nil];
   return Names();
 }
 
-static NSString* NewerTakesPlace(void) {
+SCENARIO("a list written over another takes its place", "Good, System, Good, no", "System, Good, yes") {
   InChild(WriteGood);
   PutFromScratch(UserColours(), @"Good.clr");
   [NSColorList availableColorLists];
@@ -180,32 +189,3 @@ static NSString* NewerTakesPlace(void) {
   [list writeToFile:nil];
   return Joined([NSArray arrayWithObjects:Names(), YesNo([NSColorList colorListNamed:@"Good"] == list), nil]);
 }
-
-const Scenario folderScenarios[] = {
-    {"a list in the user's folder is found by name",
-     "System, Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB",
-     "Good, System, 1.000 0.000 0.000 1.000 CalibratedRGB", Found},
-    {"a list in the system's folder is found", "Good, System", "Good, System", FoundInSystem},
-    {"no list has an unknown name, or none", "nil, nil", "nil, nil", UnknownName},
-    {"junk in a colour folder is passed over", "system colours, Empty, Folder, Good, Junk, Prose, System",
-     "system colours, Good, System", JunkInFolder},
-    {"another program's list with a pattern in a colour folder takes no program down",
-     "NSInvalidArgumentException, ", "nothing, System", PoisonInFolder},
-    {"a list with a pattern, written to a colour folder, takes no program down",
-     "NSInvalidArgumentException, ", "nothing, Pattern, System", PatternInFolder},
-    {"another program's list with a pattern is read on request", "raises NSInvalidArgumentException",
-     "NSPatternColorSpace", PoisonOnRequest},
-    {"other programs read a grey in a pattern's place", "nil", "0.500 1.000 DeviceWhite", PatternForOthers},
-    {"a list that nobody can read in a colour folder takes no program down", "NSInvalidArgumentException, ",
-     "nothing, System", UnreadableInFolder},
-    {"a list that nobody can read leaves no lock held", "another thread hangs", "another thread goes on",
-     PoisonHoldsNoLock},
-    {"a list that nobody can read is no list", "raises NSInvalidArgumentException", "nil",
-     UnreadableOnRequest},
-    {"a list written to the user's folder is available", "no, yes, System, Mine", "no, yes, System, Mine",
-     WrittenIsAvailable},
-    {"a list written twice is available once", "Mine, System", "System, Mine", WrittenTwiceIsOnce},
-    {"a list written over another takes its place", "Good, System, Good, no", "System, Good, yes",
-     NewerTakesPlace},
-    {NULL, NULL, NULL, NULL},
-};

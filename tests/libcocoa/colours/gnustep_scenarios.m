@@ -36,7 +36,7 @@ static BOOL Is(CGFloat value, double wanted) {
   return fabs((double)value - wanted) < 0.0005;
 }
 
-static NSString* Components(void) {
+SCENARIO("programs count on components and the names of their spaces", "15 of 15", "15 of 15") {
   Begin();
   NSColor* rgb = [NSColor colorWithCalibratedRed:0.2 green:0.4 blue:0.6 alpha:0.8];
   PROMISE(@"red is read", Is([rgb redComponent], 0.2));
@@ -64,7 +64,7 @@ static NSString* Components(void) {
   return Kept();
 }
 
-static NSString* Clamping(void) {
+SCENARIO("programs count on clamping", "5 of 5", "5 of 5") {
   Begin();
   NSColor* rgb = [NSColor colorWithCalibratedRed:-0.5 green:1.5 blue:0.5 alpha:2];
   PROMISE(@"too little becomes 0", Is([rgb redComponent], 0));
@@ -76,7 +76,7 @@ static NSString* Clamping(void) {
   return Kept();
 }
 
-static NSString* HueAndAlpha(void) {
+SCENARIO("programs count on hues and alphas", "9 of 9", "9 of 9") {
   Begin();
   NSColor* green = [NSColor colorWithCalibratedHue:1.0 / 3 saturation:1 brightness:1 alpha:1];
   PROMISE(@"a third of the circle is green",
@@ -95,7 +95,7 @@ static NSString* HueAndAlpha(void) {
   return Kept();
 }
 
-static NSString* BlendsAndEquality(void) {
+SCENARIO("programs count on blends and equality", "6 of 6", "6 of 6") {
   Begin();
   NSColor* black = [NSColor colorWithCalibratedRed:0 green:0 blue:0 alpha:1];
   NSColor* red = [NSColor colorWithCalibratedRed:1 green:0 blue:0 alpha:0];
@@ -110,7 +110,7 @@ static NSString* BlendsAndEquality(void) {
   return Kept();
 }
 
-static NSString* SpaceConversions(void) {
+SCENARIO("programs count on GNUstep's formulas and counts", "10 of 10", "10 of 10") {
   Begin();
   NSColor* calibrated = [NSColor colorWithCalibratedRed:0.9 green:0.6 blue:0.3 alpha:0.5];
   NSColor* device = [calibrated colorUsingColorSpaceName:NSDeviceRGBColorSpace];
@@ -143,7 +143,11 @@ static NSString* SpaceConversions(void) {
   return Kept();
 }
 
-static NSString* Patterns(void) {
+SCENARIO(
+    "programs count on patterns that convert to nothing",
+    "5 of 9, not: calibrated RGB of a pattern is nil, device RGB of a pattern is nil, grey of a pattern is "
+    "nil, inks of a pattern are nil",
+    "9 of 9") {
   Begin();
   NSImage* image = [[[NSImage alloc] initWithSize:NSMakeSize(2, 2)] autorelease];
   NSColor* pattern = [NSColor colorWithPatternImage:image];
@@ -165,7 +169,7 @@ static BOOL HasKeys(NSColorList* list, NSString* keys) {
   return [[[list allKeys] componentsJoinedByString:@""] isEqual:keys];
 }
 
-static NSString* Lists(void) {
+SCENARIO("programs count on the order of a list", "9 of 9", "9 of 9") {
   Begin();
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Promises"] autorelease];
   PROMISE(@"a new list is empty", [[list allKeys] count] == 0);
@@ -186,7 +190,8 @@ static NSString* Lists(void) {
   return Kept();
 }
 
-static NSString* Spaces(void) {
+SCENARIO("programs count on the predefined spaces",
+         "13 of 15, not: generic RGB has a profile, the profile has a profile's signature", "15 of 15") {
   Begin();
   PROMISE(@"the unknown model is -1", NSUnknownColorSpaceModel == -1);
   PROMISE(@"models count from gray", NSGrayColorSpaceModel == 0 && NSRGBColorSpaceModel == 1 &&
@@ -214,19 +219,3 @@ static NSString* Spaces(void) {
           [data length] >= 128 && memcmp((const char*)[data bytes] + 36, "acsp", 4) == 0);
   return Kept();
 }
-
-const Scenario gnustepScenarios[] = {
-    {"programs count on components and the names of their spaces", "15 of 15", "15 of 15", Components},
-    {"programs count on clamping", "5 of 5", "5 of 5", Clamping},
-    {"programs count on hues and alphas", "9 of 9", "9 of 9", HueAndAlpha},
-    {"programs count on blends and equality", "6 of 6", "6 of 6", BlendsAndEquality},
-    {"programs count on GNUstep's formulas and counts", "10 of 10", "10 of 10", SpaceConversions},
-    {"programs count on patterns that convert to nothing",
-     "5 of 9, not: calibrated RGB of a pattern is nil, device RGB of a pattern is nil, grey of a pattern is "
-     "nil, inks of a pattern are nil",
-     "9 of 9", Patterns},
-    {"programs count on the order of a list", "9 of 9", "9 of 9", Lists},
-    {"programs count on the predefined spaces",
-     "13 of 15, not: generic RGB has a profile, the profile has a profile's signature", "15 of 15", Spaces},
-    {NULL, NULL, NULL, NULL},
-};

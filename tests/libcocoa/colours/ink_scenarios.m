@@ -15,12 +15,14 @@ static NSString* Told(NSColorSpace* space) {
                                     [space localizedName]];
 }
 
-static NSString* Counts(void) {
+SCENARIO("profiles of five, six and eight inks make spaces of so many components",
+         "-1/0 unknown, -1/0 unknown, -1/0 unknown", "4/5 Many Inks, 4/6 Many Inks, 4/8 Many Inks") {
   return Joined([NSArray arrayWithObjects:Told(SpaceOf(InkProfile(5))), Told(SpaceOf(InkProfile(6))),
                                           Told(SpaceOf(InkProfile(8))), nil]);
 }
 
-static NSString* FromFile(void) {
+SCENARIO("a file of six inks makes a space that equals the one of its data", "-1/0 unknown, unequal",
+         "4/6 Many Inks, equal") {
   NSString* file = InScratch(@"inks.icc");
   [InkProfile(6) writeToFile:file atomically:NO];
   NSColorSpace* space = SpaceOf([NSData dataWithContentsOfFile:file]);
@@ -28,32 +30,38 @@ static NSString* FromFile(void) {
                                     [space isEqual:SpaceOf(InkProfile(6))] ? @"equal" : @"unequal"];
 }
 
-static NSString* Components(void) {
+SCENARIO("a colour of six inks has six components and alpha", "nil; space 0/0 (null); alpha -1.00",
+         "0.250 0.500 0.500 0.125 0.000 0.000 0.750 Custom Many Inks; space 4/6 Many Inks; alpha 0.75") {
   NSColor* color = Inked(SpaceOf(InkProfile(6)), 0.25, 0.125, 7);
   return [NSString stringWithFormat:@"%@; space %@; alpha %.2f", Shown(color), Told([color colorSpace]),
                                     color ? (double)[color alphaComponent] : -1.0];
 }
 
-static NSString* WrongCount(void) {
+SCENARIO("a wrong number of inks raises", "nothing, nothing, nothing, nothing",
+         "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing") {
   NSColorSpace* space = SpaceOf(InkProfile(6));
   return Joined([NSArray arrayWithObjects:RAISED(Inked(space, 0, 0, 6)), RAISED(Inked(space, 0, 0, 8)),
                                           RAISED(Inked(space, 0, 0, 5)), RAISED(Inked(space, 0, 0, 7)), nil]);
 }
 
-static NSString* ToSRGB(void) {
+SCENARIO(
+    "inks become sRGB, each with its share", "raises NSInvalidArgumentException",
+    "0.466 0.466 0.466 0.750 Custom sRGB IEC61966-2.1, 0.385 0.385 0.385 0.750 Custom sRGB IEC61966-2.1") {
   NSColorSpace* space = SpaceOf(InkProfile(6));
   NSColorSpace* srgb = [NSColorSpace sRGBColorSpace];
   return Joined([NSArray arrayWithObjects:Shown([Inked(space, 0.5, 0, 7) colorUsingColorSpace:srgb]),
                                           Shown([Inked(space, 0.5, 1, 7) colorUsingColorSpace:srgb]), nil]);
 }
 
-static NSString* ToInks(void) {
+SCENARIO("a colour is separated into inks", "nil",
+         "0.500 0.500 0.500 0.000 0.000 0.000 0.750 Custom Many Inks") {
   const CGFloat lab[] = {50, 0, 0, 0.75};
   NSColor* grey = [NSColor colorWithColorSpace:SpaceOf(ProfileNamed(@"lab.icc")) components:lab count:4];
   return Shown([grey colorUsingColorSpace:SpaceOf(InkProfile(6))]);
 }
 
-static NSString* ThereAndBack(void) {
+SCENARIO("a colour that went through five inks is as before", "0 components, nil",
+         "6 components, 0.700 0.500 0.400 0.500 Custom sRGB IEC61966-2.1") {
   NSColorSpace* space = SpaceOf(InkProfile(5));
   NSColor* color = [NSColor colorWithSRGBRed:0.7 green:0.5 blue:0.4 alpha:0.5];
   NSColor* there = [color colorUsingColorSpace:space];
@@ -61,48 +69,23 @@ static NSString* ThereAndBack(void) {
                                     Shown([there colorUsingColorSpace:[color colorSpace]])];
 }
 
-static NSString* ByName(void) {
+SCENARIO("a colour of six inks is asked for by name", "nil, yes", "0.466 0.466 0.466 0.750 DeviceRGB, yes") {
   NSColor* color = Inked(SpaceOf(InkProfile(6)), 0.5, 0, 7);
   return Joined([NSArray arrayWithObjects:Shown([color colorUsingColorSpaceName:NSDeviceRGBColorSpace]),
                                           YesNo([color colorUsingColorSpaceName:NSCustomColorSpace] == color),
                                           nil]);
 }
 
-static NSString* NoKindOfItsOwn(void) {
+SCENARIO(
+    "a colour of six inks has no component with a name", "nothing, nothing, nothing",
+    "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException") {
   NSColor* color = Inked(SpaceOf(InkProfile(6)), 0.5, 0, 7);
   return Joined([NSArray arrayWithObjects:RAISED([color redComponent]), RAISED([color cyanComponent]),
                                           RAISED([color hueComponent]), nil]);
 }
 
-static NSString* Archived(void) {
+SCENARIO("a colour of six inks comes back from a keyed archive", "no", "yes") {
   NSColor* color = Inked(SpaceOf(InkProfile(6)), 0.25, 0.125, 7);
   id back = [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:color]];
   return YesNo(color && [back isEqual:color]);
 }
-
-const Scenario inkScenarios[] = {
-    {"profiles of five, six and eight inks make spaces of so many components",
-     "-1/0 unknown, -1/0 unknown, -1/0 unknown", "4/5 Many Inks, 4/6 Many Inks, 4/8 Many Inks", Counts},
-    {"a file of six inks makes a space that equals the one of its data", "-1/0 unknown, unequal",
-     "4/6 Many Inks, equal", FromFile},
-    {"a colour of six inks has six components and alpha", "nil; space 0/0 (null); alpha -1.00",
-     "0.250 0.500 0.500 0.125 0.000 0.000 0.750 Custom Many Inks; space 4/6 Many Inks; alpha 0.75",
-     Components},
-    {"a wrong number of inks raises", "nothing, nothing, nothing, nothing",
-     "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing",
-     WrongCount},
-    {"inks become sRGB, each with its share", "raises NSInvalidArgumentException",
-     "0.466 0.466 0.466 0.750 Custom sRGB IEC61966-2.1, 0.385 0.385 0.385 0.750 Custom sRGB IEC61966-2.1",
-     ToSRGB},
-    {"a colour is separated into inks", "nil", "0.500 0.500 0.500 0.000 0.000 0.000 0.750 Custom Many Inks",
-     ToInks},
-    {"a colour that went through five inks is as before", "0 components, nil",
-     "6 components, 0.700 0.500 0.400 0.500 Custom sRGB IEC61966-2.1", ThereAndBack},
-    {"a colour of six inks is asked for by name", "nil, yes", "0.466 0.466 0.466 0.750 DeviceRGB, yes",
-     ByName},
-    {"a colour of six inks has no component with a name", "nothing, nothing, nothing",
-     "NSInternalInconsistencyException, NSInternalInconsistencyException, NSInternalInconsistencyException",
-     NoKindOfItsOwn},
-    {"a colour of six inks comes back from a keyed archive", "no", "yes", Archived},
-    {NULL, NULL, NULL, NULL},
-};

@@ -16,53 +16,60 @@ static NSString* Keys(NSColorList* list) {
   return [shown componentsJoinedByString:@""];
 }
 
-static NSString* AddedAndReplaced(void) {
+SCENARIO("a colour is added last, or replaced in its place", "abc, 1.000 1.000 CalibratedWhite",
+         "abc, 1.000 1.000 CalibratedWhite") {
   NSColorList* list = ABC();
   [list setColor:[NSColor whiteColor] forKey:@"b"];
   return [NSString stringWithFormat:@"%@, %@", Keys(list), Shown([list colorWithKey:@"b"])];
 }
 
-static NSString* Inserted(void) {
+SCENARIO("a colour is inserted up to the end", "axbcy", "axbcy") {
   NSColorList* list = ABC();
   [list insertColor:[NSColor whiteColor] key:@"x" atIndex:1];
   [list insertColor:[NSColor whiteColor] key:@"y" atIndex:4];
   return Keys(list);
 }
 
-static NSString* Moved(void) {
+SCENARIO("an inserted key leaves its old place first", "bca", "bca") {
   NSColorList* list = ABC();
   [list insertColor:[NSColor whiteColor] key:@"a" atIndex:2];
   return Keys(list);
 }
 
-static NSString* Removed(void) {
+SCENARIO("a removed colour is gone, a missing one is no error", "ac", "ac") {
   NSColorList* list = ABC();
   [list removeColorWithKey:@"b"];
   [list removeColorWithKey:@"nothing"];
   return Keys(list);
 }
 
-static NSString* RangeNewKey(void) {
+SCENARIO("an index beyond the end changes nothing", "NSRangeException, abc, x is in",
+         "NSRangeException, abc, x is not in") {
   NSColorList* list = ABC();
   NSString* raised = RAISED([list insertColor:[NSColor whiteColor] key:@"x" atIndex:4]);
   return [NSString stringWithFormat:@"%@, %@, x %@", raised, Keys(list),
                                     [list colorWithKey:@"x"] ? @"is in" : @"is not in"];
 }
 
-static NSString* RangeOldKey(void) {
+SCENARIO("an index beyond the end for a key that is in changes nothing",
+         "NSRangeException, bc, 1.000 1.000 CalibratedWhite",
+         "NSRangeException, abc, 1.000 0.000 0.000 1.000 CalibratedRGB") {
   NSColorList* list = ABC();
   NSString* raised = RAISED([list insertColor:[NSColor whiteColor] key:@"a" atIndex:3]);
   return [NSString stringWithFormat:@"%@, %@, %@", raised, Keys(list), Shown([list colorWithKey:@"a"])];
 }
 
-static NSString* RangeNegative(void) {
+SCENARIO("a negative index changes nothing", "NSRangeException, abc, x is in",
+         "NSRangeException, abc, x is not in") {
   NSColorList* list = ABC();
   NSString* raised = RAISED([list insertColor:[NSColor whiteColor] key:@"x" atIndex:(unsigned)-1]);
   return [NSString stringWithFormat:@"%@, %@, x %@", raised, Keys(list),
                                     [list colorWithKey:@"x"] ? @"is in" : @"is not in"];
 }
 
-static NSString* NilArguments(void) {
+SCENARIO("a missing colour or key changes nothing",
+         "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing, abc",
+         "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing, abc") {
   NSColorList* list = ABC();
   return Joined([NSArray arrayWithObjects:RAISED([list setColor:nil forKey:@"x"]),
                                           RAISED([list setColor:[NSColor redColor] forKey:nil]),
@@ -70,13 +77,13 @@ static NSString* NilArguments(void) {
                                           RAISED([list removeColorWithKey:nil]), Keys(list), nil]);
 }
 
-static NSString* NoColour(void) {
+SCENARIO("only colours can be members", "nothing, abc", "NSInvalidArgumentException, abc") {
   NSColorList* list = ABC();
   return Joined(
       [NSArray arrayWithObjects:RAISED([list setColor:(NSColor*)@"a string" forKey:@"x"]), Keys(list), nil]);
 }
 
-static NSString* MutableKey(void) {
+SCENARIO("a list keeps its own copy of a key", "abcd!(lost)", "abcd") {
   NSColorList* list = ABC();
   NSMutableString* key = [NSMutableString stringWithString:@"d"];
   [list setColor:[NSColor redColor] forKey:key];
@@ -84,14 +91,14 @@ static NSString* MutableKey(void) {
   return Keys(list);
 }
 
-static NSString* MutableName(void) {
+SCENARIO("a list keeps its own copy of its name", "Name!", "Name") {
   NSMutableString* name = [NSMutableString stringWithString:@"Name"];
   NSColorList* list = [[[NSColorList alloc] initWithName:name] autorelease];
   [name appendString:@"!"];
   return [list name];
 }
 
-static NSString* UnknownKey(void) {
+SCENARIO("a key that is not in has no colour", "nil", "nil") {
   return Shown([ABC() colorWithKey:@"x"]);
 }
 
@@ -108,7 +115,7 @@ static NSString* UnknownKey(void) {
 }
 @end
 
-static NSString* NotifiedAtOnce(void) {
+SCENARIO("each change is told at once", "0", "3") {
   NSColorList* list = ABC();
   Listener* listener = [[Listener new] autorelease];
   [[NSNotificationCenter defaultCenter] addObserver:listener
@@ -122,7 +129,7 @@ static NSString* NotifiedAtOnce(void) {
   return [NSString stringWithFormat:@"%d", listener->heard];
 }
 
-static NSString* NotRetainedByEdits(void) {
+SCENARIO("an edit does not keep a list alive", "2 reference", "1 reference") {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSColorList* list = [[NSColorList alloc] initWithName:@"Short-lived"];
   [list setColor:[NSColor redColor] forKey:@"a"];
@@ -130,37 +137,10 @@ static NSString* NotRetainedByEdits(void) {
   return [NSString stringWithFormat:@"%u reference", (unsigned)[list retainCount]];
 }
 
-static NSString* CodedListRefuses(void) {
+SCENARIO("a list from a coder can't be edited", "abc, no, NSColorListNotEditableException",
+         "abc, no, NSColorListNotEditableException") {
   NSColorList* list =
       [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:ABC()]];
   return Joined([NSArray arrayWithObjects:Keys(list), YesNo([list isEditable]),
                                           RAISED([list removeColorWithKey:@"nothing"]), nil]);
 }
-
-const Scenario listScenarios[] = {
-    {"a colour is added last, or replaced in its place", "abc, 1.000 1.000 CalibratedWhite",
-     "abc, 1.000 1.000 CalibratedWhite", AddedAndReplaced},
-    {"a colour is inserted up to the end", "axbcy", "axbcy", Inserted},
-    {"an inserted key leaves its old place first", "bca", "bca", Moved},
-    {"a removed colour is gone, a missing one is no error", "ac", "ac", Removed},
-    {"an index beyond the end changes nothing", "NSRangeException, abc, x is in",
-     "NSRangeException, abc, x is not in", RangeNewKey},
-    {"an index beyond the end for a key that is in changes nothing",
-     "NSRangeException, bc, 1.000 1.000 CalibratedWhite",
-     "NSRangeException, abc, 1.000 0.000 0.000 1.000 CalibratedRGB", RangeOldKey},
-    {"a negative index changes nothing", "NSRangeException, abc, x is in",
-     "NSRangeException, abc, x is not in", RangeNegative},
-    {"a missing colour or key changes nothing",
-     "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing, abc",
-     "NSInvalidArgumentException, NSInvalidArgumentException, NSInvalidArgumentException, nothing, abc",
-     NilArguments},
-    {"only colours can be members", "nothing, abc", "NSInvalidArgumentException, abc", NoColour},
-    {"a list keeps its own copy of a key", "abcd!(lost)", "abcd", MutableKey},
-    {"a list keeps its own copy of its name", "Name!", "Name", MutableName},
-    {"a key that is not in has no colour", "nil", "nil", UnknownKey},
-    {"each change is told at once", "0", "3", NotifiedAtOnce},
-    {"an edit does not keep a list alive", "2 reference", "1 reference", NotRetainedByEdits},
-    {"a list from a coder can't be edited", "abc, no, NSColorListNotEditableException",
-     "abc, no, NSColorListNotEditableException", CodedListRefuses},
-    {NULL, NULL, NULL, NULL},
-};

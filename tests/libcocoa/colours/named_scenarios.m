@@ -10,13 +10,18 @@ static NSColor* Preset(NSString* name) {
   return [NSColor performSelector:NSSelectorFromString([name stringByAppendingString:@"Color"])];
 }
 
-static NSString* PresetsShared(void) {
+SCENARIO("each predefined colour is one shared object", "0 of 15", "15 of 15") {
   int same = 0;
   for (NSString* name in PresetNames()) same += Preset(name) == Preset(name);
   return [NSString stringWithFormat:@"%d of 15", same];
 }
 
-static NSString* PresetValues(void) {
+SCENARIO(
+    "predefined colours have their documented values",
+    "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
+    "1/1, 1 1 0",
+    "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
+    "1/1, 1 1 0") {
   NSMutableArray* shown = [NSMutableArray array];
   for (NSString* name in PresetNames()) {
     NSColor* color = Preset(name);
@@ -29,7 +34,8 @@ static NSString* PresetValues(void) {
   return Joined(shown);
 }
 
-static NSString* PresetsSurvivePools(void) {
+SCENARIO("a predefined colour outlives every pool", "another object",
+         "1.000 0.000 0.000 1.000 CalibratedRGB") {
   NSColor* red = nil;
   for (int i = 0; i < 3; i++) {
     NSAutoreleasePool* pool = [NSAutoreleasePool new];
@@ -41,7 +47,7 @@ static NSString* PresetsSurvivePools(void) {
   return Shown(red);
 }
 
-static NSString* SystemColours_(void) {
+SCENARIO("system colours are shared, named and convertible", "5 of 5", "5 of 5") {
   NSArray* names =
       [@"control controlText windowBackground selectedText grid" componentsSeparatedByString:@" "];
   int same = 0;
@@ -51,19 +57,22 @@ static NSString* SystemColours_(void) {
   return [NSString stringWithFormat:@"%d of 5", same];
 }
 
-static NSString* UnderPage(void) {
+SCENARIO("the colour under pages is a system colour", "raises NSInvalidArgumentException",
+         "yes, 0.500 0.500 0.500 1.000 CalibratedRGB") {
   NSColor* color = [NSColor underPageBackgroundColor];
   return [NSString stringWithFormat:@"%@, %@", YesNo(color == [NSColor underPageBackgroundColor]),
                                     Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace])];
 }
 
-static NSString* SystemToSpace(void) {
+SCENARIO("a system colour converts to a space with a profile", "raises NSInvalidArgumentException",
+         "0.000 0.000 0.000 1.000 Custom sRGB IEC61966-2.1") {
   return Shown([[NSColor blackColor] isEqual:[NSColor controlTextColor]]
                    ? nil
                    : [[NSColor controlTextColor] colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
 }
 
-static NSString* NilNames(void) {
+SCENARIO("a named colour without its names is no colour",
+         "NSInvalidArgumentException, NSInvalidArgumentException", "nothing, nothing") {
   return Joined([NSArray arrayWithObjects:RAISED([NSColor colorWithCatalogName:nil colorName:@"a"]),
                                           RAISED([NSColor colorWithCatalogName:@"a" colorName:nil]), nil]);
 }
@@ -84,7 +93,7 @@ static volatile BOOL converted;
 }
 @end
 
-static NSString* NilNamesHoldNoLock(void) {
+SCENARIO("a named colour without its names holds no lock", "another thread hangs", "another thread goes on") {
   @try {
     [NSColor colorWithCatalogName:nil colorName:@"a"];
   } @catch (NSException* exception) {
@@ -94,7 +103,7 @@ static NSString* NilNamesHoldNoLock(void) {
   return converted ? @"another thread goes on" : @"another thread hangs";
 }
 
-static NSString* UnknownName(void) {
+SCENARIO("a name that no list knows converts to nothing", "nil, nil", "nil, nil") {
   NSColor* color = [NSColor colorWithCatalogName:@"Nowhere" colorName:@"Nothing"];
   return Joined([NSArray
       arrayWithObjects:Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
@@ -108,7 +117,9 @@ static NSColorList* ListInTable(NSString* name) {
   return list;
 }
 
-static NSString* ChangedList(void) {
+SCENARIO("a named colour follows its list",
+         "1.000 0.000 0.000 1.000 CalibratedRGB, 1.000 0.000 0.000 1.000 CalibratedRGB",
+         "1.000 0.000 0.000 1.000 CalibratedRGB, 0.000 1.000 0.000 1.000 CalibratedRGB") {
   NSColorList* list = ListInTable(@"Signals");
   NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"signal"];
   NSString* before = Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
@@ -117,7 +128,8 @@ static NSString* ChangedList(void) {
       arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
 }
 
-static NSString* AddedLater(void) {
+SCENARIO("a named colour is found when its list has it later", "nil, nil",
+         "nil, 0.000 1.000 0.000 1.000 CalibratedRGB") {
   NSColorList* list = ListInTable(@"Signals");
   NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"later"];
   NSString* before = Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
@@ -126,26 +138,30 @@ static NSString* AddedLater(void) {
       arrayWithObjects:before, Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]), nil]);
 }
 
-static NSString* NameOfAName(void) {
+SCENARIO("a name that stands for itself converts to nothing", "crashes with signal 11", "nil") {
   NSColorList* list = ListInTable(@"Signals");
   NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"me"];
   [list setColor:named forKey:@"me"];
   return Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
 }
 
-static NSString* SameNamed(void) {
+SCENARIO("a named colour is one object and tells its names", "yes, NSNamedColorSpace, controlColor",
+         "yes, NSNamedColorSpace, controlColor") {
   NSColor* one = [NSColor colorWithCatalogName:@"System" colorName:@"controlColor"];
   return Joined([NSArray arrayWithObjects:YesNo(one == [NSColor controlColor]), [one colorSpaceName],
                                           [one localizedColorNameComponent], nil]);
 }
 
-static NSString* DefaultOverrides(void) {
+SCENARIO("a user default changes a system colour at once", "0.100 0.200 0.300 1.000 CalibratedRGB",
+         "0.100 0.200 0.300 1.000 CalibratedRGB") {
   [NSColor controlColor];
   [[NSUserDefaults standardUserDefaults] setObject:@"0.1 0.2 0.3" forKey:@"controlColor"];
   return Shown([[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
 }
 
-static NSString* SystemListRefuses(void) {
+SCENARIO(
+    "the system's list can't be edited", "yes, nothing, nothing, nothing",
+    "no, NSColorListNotEditableException, NSColorListNotEditableException, NSColorListNotEditableException") {
   NSColor* red = [NSColor redColor];
   NSColorList* system = [NSColorList colorListNamed:@"System"];
   return Joined([NSArray arrayWithObjects:YesNo([system isEditable]),
@@ -154,52 +170,14 @@ static NSString* SystemListRefuses(void) {
                                           RAISED([system removeColorWithKey:@"gridColor"]), nil]);
 }
 
-static NSString* OwnListNamedSystem(void) {
+SCENARIO("a program's own list of that name can be edited", "yes", "yes") {
   NSColorList* own = [[[NSColorList alloc] initWithName:@"System"] autorelease];
   [own setColor:[NSColor redColor] forKey:@"mine"];
   return YesNo([own isEditable] && [[own allKeys] count] == 1);
 }
 
-static NSString* SystemListKeys(void) {
+SCENARIO("the system's list keeps its keys", "39", "39") {
   [NSColor redColor];
   return
       [NSString stringWithFormat:@"%u", (unsigned)[[[NSColorList colorListNamed:@"System"] allKeys] count]];
 }
-
-const Scenario namedScenarios[] = {
-    {"each predefined colour is one shared object", "0 of 15", "15 of 15", PresetsShared},
-    {"predefined colours have their documented values",
-     "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
-     "1/1, 1 1 0",
-     "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
-     "1/1, 1 1 0",
-     PresetValues},
-    {"a predefined colour outlives every pool", "another object", "1.000 0.000 0.000 1.000 CalibratedRGB",
-     PresetsSurvivePools},
-    {"system colours are shared, named and convertible", "5 of 5", "5 of 5", SystemColours_},
-    {"the colour under pages is a system colour", "raises NSInvalidArgumentException",
-     "yes, 0.500 0.500 0.500 1.000 CalibratedRGB", UnderPage},
-    {"a system colour converts to a space with a profile", "raises NSInvalidArgumentException",
-     "0.000 0.000 0.000 1.000 Custom sRGB IEC61966-2.1", SystemToSpace},
-    {"a named colour without its names is no colour",
-     "NSInvalidArgumentException, NSInvalidArgumentException", "nothing, nothing", NilNames},
-    {"a named colour without its names holds no lock", "another thread hangs", "another thread goes on",
-     NilNamesHoldNoLock},
-    {"a name that no list knows converts to nothing", "nil, nil", "nil, nil", UnknownName},
-    {"a named colour follows its list",
-     "1.000 0.000 0.000 1.000 CalibratedRGB, 1.000 0.000 0.000 1.000 CalibratedRGB",
-     "1.000 0.000 0.000 1.000 CalibratedRGB, 0.000 1.000 0.000 1.000 CalibratedRGB", ChangedList},
-    {"a named colour is found when its list has it later", "nil, nil",
-     "nil, 0.000 1.000 0.000 1.000 CalibratedRGB", AddedLater},
-    {"a name that stands for itself converts to nothing", "crashes with signal 11", "nil", NameOfAName},
-    {"a named colour is one object and tells its names", "yes, NSNamedColorSpace, controlColor",
-     "yes, NSNamedColorSpace, controlColor", SameNamed},
-    {"a user default changes a system colour at once", "0.100 0.200 0.300 1.000 CalibratedRGB",
-     "0.100 0.200 0.300 1.000 CalibratedRGB", DefaultOverrides},
-    {"the system's list can't be edited", "yes, nothing, nothing, nothing",
-     "no, NSColorListNotEditableException, NSColorListNotEditableException, NSColorListNotEditableException",
-     SystemListRefuses},
-    {"a program's own list of that name can be edited", "yes", "yes", OwnListNamedSystem},
-    {"the system's list keeps its keys", "39", "39", SystemListKeys},
-    {NULL, NULL, NULL, NULL},
-};

@@ -39,68 +39,53 @@ static NSString* RoundTrip(NSColor* color) {
   return Shown([NSColor colorFromPasteboard:board]);
 }
 
-static NSString* Empty(void) {
+SCENARIO("an empty pasteboard has no colour", "nil", "nil") {
   return Shown([NSColor colorFromPasteboard:Board()]);
 }
-static NSString* NoBoard(void) {
+SCENARIO("no pasteboard has no colour", "nil", "nil") {
   return Shown([NSColor colorFromPasteboard:nil]);
 }
-static NSString* Stock(void) {
+SCENARIO("a stock colour comes back from the pasteboard", "0.250 0.500 0.750 1.000 DeviceRGB",
+         "0.250 0.500 0.750 1.000 DeviceRGB") {
   return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:1]);
 }
-static NSString* Custom(void) {
+SCENARIO("a custom colour comes back from the pasteboard exactly", "0.250 0.500 0.750 1.000 CalibratedRGB",
+         "0.250 0.500 0.750 1.000 Custom sRGB IEC61966-2.1") {
   return RoundTrip([NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:1]);
 }
 
-static NSString* Alpha(void) {
+SCENARIO("a pasted colour is opaque where alpha is ignored", "0.250 0.500 0.750 0.500 DeviceRGB",
+         "0.250 0.500 0.750 1.000 DeviceRGB") {
   return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:0.5]);
 }
 
-static NSString* AlphaKept(void) {
+SCENARIO("a pasted colour keeps its alpha where that counts", "0.250 0.500 0.750 0.500 DeviceRGB",
+         "0.250 0.500 0.750 0.500 DeviceRGB") {
   [NSColor setIgnoresAlpha:NO];
   return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:0.5]);
 }
 
-static NSString* AlphaByDefault(void) {
+SCENARIO("a user default says whether alpha is ignored", "yes", "no") {
   [[NSUserDefaults standardUserDefaults] setObject:@"NO" forKey:@"NSIgnoreAlpha"];
   return YesNo([NSColor ignoresAlpha]);
 }
 
-static NSString* AlphaUnasked(void) {
+SCENARIO("alpha is ignored at first", "yes", "yes") {
   return YesNo([NSColor ignoresAlpha]);
 }
 
-static NSString* PatternOnBoard(void) {
+SCENARIO("a pattern comes back from the pasteboard", "nil", "NSPatternColorSpace") {
   NSPasteboard* board = Board();
   [Pattern() writeToPasteboard:board];
   return [[NSColor colorFromPasteboard:board] colorSpaceName] ?: @"nil";
 }
 
-static NSString* Junk(void) {
+SCENARIO("junk on the pasteboard is no colour", "raises NSRangeException", "nil") {
   return Shown(
       [NSColor colorFromPasteboard:BoardWith([@"no archive" dataUsingEncoding:NSASCIIStringEncoding])]);
 }
 
-static NSString* NoColour(void) {
+SCENARIO("something else in an archive on the pasteboard is no colour", "GSCInlineString", "nil") {
   id read = [NSColor colorFromPasteboard:BoardWith([NSArchiver archivedDataWithRootObject:@"a string"])];
   return read ? NSStringFromClass([read class]) : @"nil";
 }
-
-const Scenario pasteboardScenarios[] = {
-    {"an empty pasteboard has no colour", "nil", "nil", Empty},
-    {"no pasteboard has no colour", "nil", "nil", NoBoard},
-    {"a stock colour comes back from the pasteboard", "0.250 0.500 0.750 1.000 DeviceRGB",
-     "0.250 0.500 0.750 1.000 DeviceRGB", Stock},
-    {"a custom colour comes back from the pasteboard exactly", "0.250 0.500 0.750 1.000 CalibratedRGB",
-     "0.250 0.500 0.750 1.000 Custom sRGB IEC61966-2.1", Custom},
-    {"a pasted colour is opaque where alpha is ignored", "0.250 0.500 0.750 0.500 DeviceRGB",
-     "0.250 0.500 0.750 1.000 DeviceRGB", Alpha},
-    {"a pasted colour keeps its alpha where that counts", "0.250 0.500 0.750 0.500 DeviceRGB",
-     "0.250 0.500 0.750 0.500 DeviceRGB", AlphaKept},
-    {"alpha is ignored at first", "yes", "yes", AlphaUnasked},
-    {"a user default says whether alpha is ignored", "yes", "no", AlphaByDefault},
-    {"a pattern comes back from the pasteboard", "nil", "NSPatternColorSpace", PatternOnBoard},
-    {"junk on the pasteboard is no colour", "raises NSRangeException", "nil", Junk},
-    {"something else in an archive on the pasteboard is no colour", "GSCInlineString", "nil", NoColour},
-    {NULL, NULL, NULL, NULL},
-};

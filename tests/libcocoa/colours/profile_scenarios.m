@@ -12,14 +12,15 @@ static NSString* Told(NSColorSpace* space) {
   return [NSString stringWithFormat:@"%d/%d", [space colorSpaceModel], [space numberOfColorComponents]];
 }
 
-static NSString* EveryModel(void) {
+SCENARIO("profiles of every model make spaces of that model", "-1/0, -1/0, -1/0, -1/0",
+         "0/1, 1/3, 2/4, 3/3") {
   return Joined([NSArray arrayWithObjects:Told(SpaceOf(ProfileNamed(@"sgray.icc"))),
                                           Told(SpaceOf(ProfileNamed(@"srgb.icc"))),
                                           Told(SpaceOf(ProfileNamed(@"default_cmyk.icc"))),
                                           Told(SpaceOf(ProfileNamed(@"lab.icc"))), nil]);
 }
 
-static NSString* NameFromProfile(void) {
+SCENARIO("a space made from a profile has the profile's name", "unknown", "Artifex CMYK SWOP Profile") {
   return [SpaceOf(ProfileNamed(@"default_cmyk.icc")) localizedName];
 }
 
@@ -42,51 +43,51 @@ static NSString* NameFrom(const wchar_t* description) {
   return [units componentsJoinedByString:@" "];
 }
 
-static NSString* NameOfAnyCharacter(void) {
+SCENARIO("a profile's name may hold any character", "75 6e 6b 6e 6f 77 6e", "61 fc 4e2d d83d de00 62") {
   return NameFrom((const wchar_t[]){'a', 0xFC, 0x4E2D, 0xD83D, 0xDE00, 'b', 0});
 }
 
-static NSString* NameWithHalfACharacter(void) {
+SCENARIO("a profile's name with half a character in it is none", "75 6e 6b 6e 6f 77 6e", "") {
   return NameFrom((const wchar_t[]){'a', 0xD83D, 'b', 0});
 }
 
-static NSString* NameAfterByteOrderMark(void) {
+SCENARIO("a byte-order mark is no part of a profile's name", "75 6e 6b 6e 6f 77 6e", "61 feff") {
   return NameFrom((const wchar_t[]){0xFEFF, 'a', 0xFEFF, 0});
 }
 
-static NSString* DataKept(void) {
+SCENARIO("a space gives back the data that it was made from", "yes", "yes") {
   NSData* data = ProfileNamed(@"a98.icc");
   return YesNo([[SpaceOf(data) ICCProfileData] isEqual:data]);
 }
 
-static NSString* DataCutToSize(void) {
+SCENARIO("bytes behind the profile are dropped", "no", "yes") {
   NSData* data = ProfileNamed(@"a98.icc");
   NSMutableData* longer = [NSMutableData dataWithData:data];
   [longer appendBytes:"behind the profile" length:18];
   return YesNo([[SpaceOf(longer) ICCProfileData] isEqual:data]);
 }
 
-static NSString* DataCopied(void) {
+SCENARIO("a space keeps its own copy of the data", "no", "yes") {
   NSMutableData* data = [NSMutableData dataWithData:ProfileNamed(@"a98.icc")];
   NSColorSpace* space = SpaceOf(data);
   memset([data mutableBytes], 0, [data length]);
   return YesNo([[space ICCProfileData] isEqual:ProfileNamed(@"a98.icc")]);
 }
 
-static NSString* NilData(void) {
+SCENARIO("no data makes no space", "-1/0", "nil") {
   return Told(SpaceOf(nil));
 }
-static NSString* EmptyData(void) {
+SCENARIO("empty data makes no space", "-1/0", "nil") {
   return Told(SpaceOf([NSData data]));
 }
 
-static NSString* TextData(void) {
+SCENARIO("data that is no profile makes no space", "-1/0", "nil") {
   return Told(SpaceOf(
       [@"This is no profile, but it is long enough to be one if nobody looked at what it says; "
         "a header alone has one hundred and twenty-eight bytes." dataUsingEncoding:NSASCIIStringEncoding]));
 }
 
-static NSString* Truncated(void) {
+SCENARIO("a truncated profile makes no space", "-1/0, -1/0, -1/0", "nil, nil, nil") {
   NSData* data = ProfileNamed(@"default_cmyk.icc");
   return Joined(
       [NSArray arrayWithObjects:Told(SpaceOf([data subdataWithRange:NSMakeRange(0, [data length] - 1)])),
@@ -94,7 +95,7 @@ static NSString* Truncated(void) {
                                 Told(SpaceOf([data subdataWithRange:NSMakeRange(0, 131)])), nil]);
 }
 
-static NSString* Oversized(void) {
+SCENARIO("a profile of 50 MiB makes no space", "-1/0", "nil") {
   NSMutableData* data = [NSMutableData dataWithData:ProfileNamed(@"srgb.icc")];
   [data setLength:50 * 1024 * 1024];
   return Told(SpaceOf(data));
@@ -106,20 +107,20 @@ static NSData* WithWord(NSData* data, NSUInteger at, const char* word) {
   return changed;
 }
 
-static NSString* WrongClass(void) {
+SCENARIO("links, abstract profiles and named colours make no space", "-1/0, -1/0, -1/0", "nil, nil, nil") {
   NSData* data = ProfileNamed(@"srgb.icc");
   return Joined([NSArray arrayWithObjects:Told(SpaceOf(WithWord(data, 12, "link"))),
                                           Told(SpaceOf(WithWord(data, 12, "abst"))),
                                           Told(SpaceOf(WithWord(data, 12, "nmcl"))), nil]);
 }
 
-static NSString* Relabelled(void) {
+SCENARIO("a profile whose header belies its contents makes no space", "-1/0, -1/0", "nil, nil") {
   NSData* data = ProfileNamed(@"srgb.icc");
   return Joined([NSArray arrayWithObjects:Told(SpaceOf(WithWord(data, 16, "CMYK"))),
                                           Told(SpaceOf(WithWord(data, 16, "abcd"))), nil]);
 }
 
-static NSString* EqualData(void) {
+SCENARIO("spaces from the same data are equal", "unequal, hashes unequal", "equal, hashes equal") {
   NSData* data = ProfileNamed(@"a98.icc");
   NSColorSpace* one = SpaceOf(data);
   NSColorSpace* other = SpaceOf(data);
@@ -127,50 +128,50 @@ static NSString* EqualData(void) {
                                     [one hash] == [other hash] ? @"equal" : @"unequal"];
 }
 
-static NSString* EqualButForDate(void) {
+SCENARIO("spaces whose profiles differ in their date are equal", "no", "yes") {
   NSData* data = ProfileNamed(@"a98.icc");
   NSColorSpace* one = SpaceOf(data);
   NSColorSpace* other = SpaceOf(WithWord(data, 24, "\x07\xe0\x00\x05"));
   return YesNo([one isEqual:other] && [one hash] == [other hash]);
 }
 
-static NSString* UnequalData(void) {
+SCENARIO("spaces from different data are not equal", "no", "no") {
   return YesNo([SpaceOf(ProfileNamed(@"a98.icc")) isEqual:SpaceOf(ProfileNamed(@"srgb.icc"))]);
 }
 
-static NSString* SingletonFromItsData(void) {
+SCENARIO("a predefined space's own data gives that space", "raises NSInvalidArgumentException", "yes") {
   return YesNo(SpaceOf([[NSColorSpace sRGBColorSpace] ICCProfileData]) == [NSColorSpace sRGBColorSpace]);
 }
 
-static NSString* ProfileHandleRoundTrip(void) {
+SCENARIO("a profile handle makes an equal space", "NULL, unequal", "a handle, equal") {
   NSColorSpace* space = SpaceOf(ProfileNamed(@"a98.icc"));
   NSColorSpace* back = [[[NSColorSpace alloc] initWithColorSyncProfile:[space colorSyncProfile]] autorelease];
   return [NSString stringWithFormat:@"%@, %@", [space colorSyncProfile] ? @"a handle" : @"NULL",
                                     [back isEqual:space] ? @"equal" : @"unequal"];
 }
 
-static NSString* ProfileHandleOfSingleton(void) {
+SCENARIO("a predefined space's profile handle gives that space", "no", "yes") {
   NSColorSpace* space = [NSColorSpace genericRGBColorSpace];
   NSColorSpace* back = [[[NSColorSpace alloc] initWithColorSyncProfile:[space colorSyncProfile]] autorelease];
   return YesNo([space colorSyncProfile] && back == space);
 }
 
-static NSString* ProfileHandleOutlivesSpace(void) {
+SCENARIO("a space made from a handle outlives the space that gave it", "-1/0", "1/3") {
   NSColorSpace* space = [[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(@"a98.icc")];
   NSColorSpace* back = [[NSColorSpace alloc] initWithColorSyncProfile:[space colorSyncProfile]];
   [space release];
   return Told(back);
 }
 
-static NSString* NoProfileHandle(void) {
+SCENARIO("a null profile handle makes no space", "-1/0", "nil") {
   return Told([[[NSColorSpace alloc] initWithColorSyncProfile:NULL] autorelease]);
 }
 
-static NSString* WildProfileHandle(void) {
+SCENARIO("a profile handle that never was one makes no space", "-1/0", "nil") {
   return Told([[[NSColorSpace alloc] initWithColorSyncProfile:(void*)0x12345] autorelease]);
 }
 
-static NSString* CGHandleRoundTrip(void) {
+SCENARIO("a Core Graphics handle makes an equal space", "raises NSInvalidArgumentException", "yes") {
   NSColorSpace* space = SpaceOf(ProfileNamed(@"lab.icc"));
   NSColorSpace* device = [NSColorSpace deviceGrayColorSpace];
   NSColorSpace* back = [[[NSColorSpace alloc] initWithCGColorSpace:[space CGColorSpace]] autorelease];
@@ -178,7 +179,8 @@ static NSString* CGHandleRoundTrip(void) {
   return YesNo([back isEqual:space] && [deviceBack isEqual:device]);
 }
 
-static NSString* WildCGHandle(void) {
+SCENARIO("a Core Graphics handle that never was one makes no space", "raises NSInvalidArgumentException",
+         "nil, nil, nil") {
   NSString* text = @"no space";
   return Joined([NSArray
       arrayWithObjects:Told([[[NSColorSpace alloc] initWithCGColorSpace:NULL] autorelease]),
@@ -187,42 +189,3 @@ static NSString* WildCGHandle(void) {
                        Told([[[NSColorSpace alloc] initWithCGColorSpace:(CGColorSpaceRef)text] autorelease]),
                        nil]);
 }
-
-const Scenario profileScenarios[] = {
-    {"profiles of every model make spaces of that model", "-1/0, -1/0, -1/0, -1/0", "0/1, 1/3, 2/4, 3/3",
-     EveryModel},
-    {"a space made from a profile has the profile's name", "unknown", "Artifex CMYK SWOP Profile",
-     NameFromProfile},
-    {"a profile's name may hold any character", "75 6e 6b 6e 6f 77 6e", "61 fc 4e2d d83d de00 62",
-     NameOfAnyCharacter},
-    {"a profile's name with half a character in it is none", "75 6e 6b 6e 6f 77 6e", "",
-     NameWithHalfACharacter},
-    {"a byte-order mark is no part of a profile's name", "75 6e 6b 6e 6f 77 6e", "61 feff",
-     NameAfterByteOrderMark},
-    {"a space gives back the data that it was made from", "yes", "yes", DataKept},
-    {"bytes behind the profile are dropped", "no", "yes", DataCutToSize},
-    {"a space keeps its own copy of the data", "no", "yes", DataCopied},
-    {"no data makes no space", "-1/0", "nil", NilData},
-    {"empty data makes no space", "-1/0", "nil", EmptyData},
-    {"data that is no profile makes no space", "-1/0", "nil", TextData},
-    {"a truncated profile makes no space", "-1/0, -1/0, -1/0", "nil, nil, nil", Truncated},
-    {"a profile of 50 MiB makes no space", "-1/0", "nil", Oversized},
-    {"links, abstract profiles and named colours make no space", "-1/0, -1/0, -1/0", "nil, nil, nil",
-     WrongClass},
-    {"a profile whose header belies its contents makes no space", "-1/0, -1/0", "nil, nil", Relabelled},
-    {"spaces from the same data are equal", "unequal, hashes unequal", "equal, hashes equal", EqualData},
-    {"spaces whose profiles differ in their date are equal", "no", "yes", EqualButForDate},
-    {"spaces from different data are not equal", "no", "no", UnequalData},
-    {"a predefined space's own data gives that space", "raises NSInvalidArgumentException", "yes",
-     SingletonFromItsData},
-    {"a profile handle makes an equal space", "NULL, unequal", "a handle, equal", ProfileHandleRoundTrip},
-    {"a predefined space's profile handle gives that space", "no", "yes", ProfileHandleOfSingleton},
-    {"a space made from a handle outlives the space that gave it", "-1/0", "1/3", ProfileHandleOutlivesSpace},
-    {"a null profile handle makes no space", "-1/0", "nil", NoProfileHandle},
-    {"a profile handle that never was one makes no space", "-1/0", "nil", WildProfileHandle},
-    {"a Core Graphics handle makes an equal space", "raises NSInvalidArgumentException", "yes",
-     CGHandleRoundTrip},
-    {"a Core Graphics handle that never was one makes no space", "raises NSInvalidArgumentException",
-     "nil, nil, nil", WildCGHandle},
-    {NULL, NULL, NULL, NULL},
-};

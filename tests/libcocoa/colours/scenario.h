@@ -6,14 +6,32 @@
 // it raised.
 #pragma once
 
-#include <stddef.h>
-
-#ifdef __OBJC__
 #import "libcocoa/colours/NSColor+CoreGraphics.h"
 #import "libcocoa/colours/NSColor+Named.h"
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
 #import "libcocoa/colours/NSColorSpace+Profiles.h"
-typedef NSString* (*ScenarioFunction)(void);
+
+typedef struct Scenario {
+  const char* name;   // a sentence
+  const char* plain;  // the answer of GNUstep alone; "" where that is not the same from run to run
+  const char* here;   // the answer with libcocoa
+  NSString* (*run)(void);
+  struct Scenario* next;
+} Scenario;
+
+// Adds a scenario of static storage to those of the program.
+void AddScenario(Scenario* scenario);
+
+// Defines a scenario and adds it before main: SCENARIO(name, plain, here) { return its answer; }
+#define SCENARIO(name, plain, here) SCENARIO_COUNTED(__COUNTER__, name, plain, here)
+#define SCENARIO_COUNTED(count, name, plain, here) SCENARIO_NUMBERED(count, name, plain, here)
+#define SCENARIO_NUMBERED(number, name, plain, here)                      \
+  static NSString* Answer##number(void);                                  \
+  __attribute__((constructor)) static void Add##number(void) {            \
+    static Scenario scenario = {name, plain, here, Answer##number, NULL}; \
+    AddScenario(&scenario);                                               \
+  }                                                                       \
+  static NSString* Answer##number(void)
 
 // --- helpers, in scenario.m
 
@@ -56,28 +74,3 @@ BOOL WriteStockList(NSString* path);
 
 // Runs the function in a child process, so that this one has not touched a colour yet.
 void InChild(void (*function)(void));
-#else
-typedef void* (*ScenarioFunction)(void);
-#endif
-
-typedef struct {
-  const char* name;   // a sentence
-  const char* plain;  // the answer of GNUstep alone; "" where that is not the same from run to run
-  const char* here;   // the answer with libcocoa
-  ScenarioFunction run;
-} Scenario;
-
-// The tables, each ended by an entry without a name.
-extern const Scenario gnustepScenarios[];
-extern const Scenario spaceScenarios[];
-extern const Scenario inkScenarios[];
-extern const Scenario profileScenarios[];
-extern const Scenario conversionScenarios[];
-extern const Scenario colourScenarios[];
-extern const Scenario namedScenarios[];
-extern const Scenario archiveScenarios[];
-extern const Scenario pasteboardScenarios[];
-extern const Scenario listScenarios[];
-extern const Scenario listFileScenarios[];
-extern const Scenario folderScenarios[];
-extern const Scenario exchangeScenarios[];

@@ -116,18 +116,22 @@ void InChild(void (*function)(void)) {
     [NSException raise:@"ChildFailed" format:@"the child process ended with status %d", status];
 }
 
+static Scenario* scenarios = NULL;
+static Scenario** end = &scenarios;
+
+void AddScenario(Scenario* scenario) {
+  *end = scenario;
+  end = &scenario->next;
+}
+
+static void List(void) {
+  for (const Scenario* each = scenarios; each; each = each->next)
+    printf("%s\n%s\n%s\n", each->name, each->plain, each->here);
+}
+
 static const Scenario* Find(const char* wanted) {
-  static const Scenario* const tables[] = {
-      gnustepScenarios,  inkScenarios,    spaceScenarios,   profileScenarios,    conversionScenarios,
-      colourScenarios,   namedScenarios,  archiveScenarios, pasteboardScenarios, listScenarios,
-      listFileScenarios, folderScenarios, exchangeScenarios};
-  for (size_t i = 0; i < sizeof tables / sizeof *tables; i++)
-    for (const Scenario* each = tables[i]; each->name; each++) {
-      if (!wanted)
-        printf("%s\n%s\n%s\n", each->name, each->plain, each->here);
-      else if (strcmp(each->name, wanted) == 0)
-        return each;
-    }
+  for (const Scenario* each = scenarios; each; each = each->next)
+    if (strcmp(each->name, wanted) == 0) return each;
   return NULL;
 }
 
@@ -190,8 +194,11 @@ int main(int argc, char** argv) {
   if (argc > 1 && strcmp(argv[1], "serve") == 0) return Serve();
   if (argc > 2 && strcmp(argv[1], "read") == 0) return Run(Read, argv[2]);
   if (argc > 2 && strcmp(argv[1], "write") == 0) return Run(Write, argv[2]);
-  const Scenario* scenario = Find(argc > 1 ? argv[1] : NULL);
-  if (argc < 2) return 0;
+  if (argc < 2) {
+    List();
+    return 0;
+  }
+  const Scenario* scenario = Find(argv[1]);
   if (!scenario) {
     fprintf(stderr,
             "scenario: wanted a scenario's name, found \"%s\"; start me without arguments for a list\n",

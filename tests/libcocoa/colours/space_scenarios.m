@@ -3,13 +3,13 @@
 
 #include <stdlib.h>
 
-static NSString* SharedOnes(void) {
+SCENARIO("the three new predefined spaces are shared objects", "raises NSInvalidArgumentException", "yes") {
   return YesNo([NSColorSpace sRGBColorSpace] == [NSColorSpace sRGBColorSpace] &&
                [NSColorSpace adobeRGB1998ColorSpace] == [NSColorSpace adobeRGB1998ColorSpace] &&
                [NSColorSpace genericGamma22GrayColorSpace] == [NSColorSpace genericGamma22GrayColorSpace]);
 }
 
-static NSString* StockOnesShared(void) {
+SCENARIO("the six stock spaces are shared objects, generic unlike device", "yes", "yes") {
   return YesNo([NSColorSpace genericRGBColorSpace] == [NSColorSpace genericRGBColorSpace] &&
                [NSColorSpace deviceCMYKColorSpace] == [NSColorSpace deviceCMYKColorSpace] &&
                [NSColorSpace genericGrayColorSpace] != [NSColorSpace deviceGrayColorSpace]);
@@ -29,7 +29,7 @@ static NSColorSpace* seen[8];
 }
 @end
 
-static NSString* SharedAmongThreads(void) {
+SCENARIO("threads that ask for a space at once get the same object", "", "8 of 8 the same") {
   for (int i = 0; i < 8; i++)
     [NSThread detachNewThreadSelector:@selector(ask:)
                              toTarget:[SpaceAsker class]
@@ -44,7 +44,8 @@ static NSString* SharedAmongThreads(void) {
   return [NSString stringWithFormat:@"%d of 8 the same", same];
 }
 
-static NSString* Names(void) {
+SCENARIO("stock spaces have the platform's names", "RGB, Grayscale, CMYK, RGB, Grayscale, CMYK",
+         "Device RGB, Device Gray, Device CMYK, Generic RGB, Generic Gray, Generic CMYK") {
   return Joined([NSArray arrayWithObjects:[[NSColorSpace deviceRGBColorSpace] localizedName],
                                           [[NSColorSpace deviceGrayColorSpace] localizedName],
                                           [[NSColorSpace deviceCMYKColorSpace] localizedName],
@@ -53,7 +54,8 @@ static NSString* Names(void) {
                                           [[NSColorSpace genericCMYKColorSpace] localizedName], nil]);
 }
 
-static NSString* NewNames(void) {
+SCENARIO("the new spaces have the platform's names", "raises NSInvalidArgumentException",
+         "sRGB IEC61966-2.1, Adobe RGB (1998), Generic Gray Gamma 2.2 Profile") {
   return Joined([NSArray arrayWithObjects:[[NSColorSpace sRGBColorSpace] localizedName],
                                           [[NSColorSpace adobeRGB1998ColorSpace] localizedName],
                                           [[NSColorSpace genericGamma22GrayColorSpace] localizedName], nil]);
@@ -68,7 +70,9 @@ static NSString* Describe(NSColorSpace* space) {
                                                 : @"junk"];
 }
 
-static NSString* ModelsAndData(void) {
+SCENARIO("stock spaces tell model, components and profile",
+         "1/3/none, 0/1/none, 2/4/none, 1/3/none, 0/1/none, 2/4/none",
+         "1/3/none, 0/1/none, 2/4/none, 1/3/acsp, 0/1/acsp, 2/4/acsp") {
   return Joined([NSArray arrayWithObjects:Describe([NSColorSpace deviceRGBColorSpace]),
                                           Describe([NSColorSpace deviceGrayColorSpace]),
                                           Describe([NSColorSpace deviceCMYKColorSpace]),
@@ -77,13 +81,14 @@ static NSString* ModelsAndData(void) {
                                           Describe([NSColorSpace genericCMYKColorSpace]), nil]);
 }
 
-static NSString* NewModelsAndData(void) {
+SCENARIO("the new spaces tell model, components and profile", "raises NSInvalidArgumentException",
+         "1/3/acsp, 1/3/acsp, 0/1/acsp") {
   return Joined([NSArray arrayWithObjects:Describe([NSColorSpace sRGBColorSpace]),
                                           Describe([NSColorSpace adobeRGB1998ColorSpace]),
                                           Describe([NSColorSpace genericGamma22GrayColorSpace]), nil]);
 }
 
-static NSString* DescriptionNamesSpace(void) {
+SCENARIO("a space's description names it", "no", "yes") {
   return YesNo([[[NSColorSpace genericRGBColorSpace] description] isEqual:@"Generic RGB colorspace"]);
 }
 
@@ -93,22 +98,29 @@ static NSString* NamesOf(NSArray* spaces) {
   return Joined(names);
 }
 
-static NSString* AvailableAll(void) {
+SCENARIO("all available spaces come in a fixed order", "raises NSInvalidArgumentException",
+         "Device RGB, Device Gray, Device CMYK, Generic RGB, Generic Gray, Generic CMYK, sRGB IEC61966-2.1, "
+         "Adobe RGB (1998), Generic Gray Gamma 2.2 Profile") {
   return NamesOf([NSColorSpace availableColorSpacesWithModel:-1]);
 }
 
-static NSString* AvailableGray(void) {
+SCENARIO("available gray spaces come in the same order", "raises NSInvalidArgumentException",
+         "Device Gray, Generic Gray, Generic Gray Gamma 2.2 Profile") {
   return NamesOf([NSColorSpace availableColorSpacesWithModel:NSGrayColorSpaceModel]);
 }
 
-static NSString* AvailableNone(void) {
+SCENARIO("a model that no space has gives an empty array", "raises NSInvalidArgumentException",
+         "array of 0, array of 0") {
   NSArray* lab = [NSColorSpace availableColorSpacesWithModel:NSLABColorSpaceModel];
   NSArray* unknown = [NSColorSpace availableColorSpacesWithModel:99];
   return [NSString stringWithFormat:@"%@ %u, %@ %u", lab ? @"array of" : @"nil", (unsigned)[lab count],
                                     unknown ? @"array of" : @"nil", (unsigned)[unknown count]];
 }
 
-static NSString* SpacesOfNames(void) {
+SCENARIO(
+    "each colour-space name stands for its space", "raises NSInvalidArgumentException",
+    "Generic RGB, Generic Gray, Generic Gray, Device RGB, Device Gray, Device Gray, Device CMYK, nil, nil, "
+    "nil, nil, nil") {
   NSArray* names =
       [NSArray arrayWithObjects:NSCalibratedRGBColorSpace, NSCalibratedWhiteColorSpace,
                                 NSCalibratedBlackColorSpace, NSDeviceRGBColorSpace, NSDeviceWhiteColorSpace,
@@ -123,25 +135,28 @@ static NSString* SpacesOfNames(void) {
   return Joined(found);
 }
 
-static NSString* NamesOfSpaces(void) {
+SCENARIO("each space tells the name of its colours", "raises NSInvalidArgumentException",
+         "NSDeviceRGBColorSpace, NSDeviceWhiteColorSpace, NSDeviceCMYKColorSpace, NSCalibratedRGBColorSpace, "
+         "NSCalibratedWhiteColorSpace, NSCustomColorSpace, NSCustomColorSpace, NSCustomColorSpace, "
+         "NSCustomColorSpace") {
   NSMutableArray* names = [NSMutableArray array];
   for (NSColorSpace* space in [NSColorSpace availableColorSpacesWithModel:-1])
     [names addObject:[space colorSpaceName]];
   return Joined(names);
 }
 
-static NSString* Copies(void) {
+SCENARIO("a space can be copied, and the copy is itself", "raises NSInvalidArgumentException", "yes") {
   NSColorSpace* space = [NSColorSpace genericRGBColorSpace];
   return YesNo([space copy] == space);
 }
 
-static NSString* KeyedRoundTrip(void) {
+SCENARIO("a predefined space comes back from a keyed archive as itself", "no", "yes") {
   NSColorSpace* space = [NSColorSpace genericCMYKColorSpace];
   id back = [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:space]];
   return YesNo(back == space);
 }
 
-static NSString* UnkeyedRoundTrip(void) {
+SCENARIO("spaces come back from an unkeyed archive, and so does what follows", "no", "yes") {
   NSArray* spaces = [NSArray
       arrayWithObjects:[NSColorSpace genericRGBColorSpace],
                        [[[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(@"lab.icc")] autorelease],
@@ -150,12 +165,17 @@ static NSString* UnkeyedRoundTrip(void) {
   return YesNo([back isEqual:spaces]);
 }
 
-static NSString* GenericCMYKProfile(void) {
+SCENARIO("generic CMYK carries the CMYK profile that is installed", "no", "yes") {
   NSData* installed = ProfileNamed(@"default_cmyk.icc");
   return YesNo([[[NSColorSpace genericCMYKColorSpace] ICCProfileData] isEqual:installed]);
 }
 
-static NSString* NoCMYKProfile(void) {
+SCENARIO(
+    "generic CMYK without a profile converts by formula",
+    "none, CMYK, 0.100 0.200 0.300 0.400 0.500 DeviceCMYK, 0.500 0.400 0.300 0.500 DeviceRGB, 0.000 1.000 "
+    "1.000 0.000 1.000 DeviceCMYK",
+    "none, Generic CMYK, 0.100 0.200 0.300 0.400 0.500 Custom Generic CMYK, 0.500 0.400 0.300 0.500 "
+    "DeviceRGB, 0.000 1.000 1.000 0.000 1.000 Custom Generic CMYK") {
   setenv("QVX_CMYK_PROFILE", "/nowhere", 1);
   NSColorSpace* space = [NSColorSpace genericCMYKColorSpace];
   const CGFloat inks[] = {0.1, 0.2, 0.3, 0.4, 0.5};
@@ -166,54 +186,8 @@ static NSString* NoCMYKProfile(void) {
                                           Shown([[NSColor redColor] colorUsingColorSpace:space]), nil]);
 }
 
-static NSString* NotACMYKProfile(void) {
+SCENARIO("generic CMYK takes no profile of another model", "none", "none") {
   setenv("QVX_CMYK_PROFILE", [InScratch(@"rgb.icc") fileSystemRepresentation], 1);
   [ProfileNamed(@"srgb.icc") writeToFile:InScratch(@"rgb.icc") atomically:NO];
   return [[NSColorSpace genericCMYKColorSpace] ICCProfileData] ? @"a profile" : @"none";
 }
-
-const Scenario spaceScenarios[] = {
-    {"the three new predefined spaces are shared objects", "raises NSInvalidArgumentException", "yes",
-     SharedOnes},
-    {"the six stock spaces are shared objects, generic unlike device", "yes", "yes", StockOnesShared},
-    {"threads that ask for a space at once get the same object", "", "8 of 8 the same", SharedAmongThreads},
-    {"stock spaces have the platform's names", "RGB, Grayscale, CMYK, RGB, Grayscale, CMYK",
-     "Device RGB, Device Gray, Device CMYK, Generic RGB, Generic Gray, Generic CMYK", Names},
-    {"the new spaces have the platform's names", "raises NSInvalidArgumentException",
-     "sRGB IEC61966-2.1, Adobe RGB (1998), Generic Gray Gamma 2.2 Profile", NewNames},
-    {"stock spaces tell model, components and profile",
-     "1/3/none, 0/1/none, 2/4/none, 1/3/none, 0/1/none, 2/4/none",
-     "1/3/none, 0/1/none, 2/4/none, 1/3/acsp, 0/1/acsp, 2/4/acsp", ModelsAndData},
-    {"the new spaces tell model, components and profile", "raises NSInvalidArgumentException",
-     "1/3/acsp, 1/3/acsp, 0/1/acsp", NewModelsAndData},
-    {"a space's description names it", "no", "yes", DescriptionNamesSpace},
-    {"all available spaces come in a fixed order", "raises NSInvalidArgumentException",
-     "Device RGB, Device Gray, Device CMYK, Generic RGB, Generic Gray, Generic CMYK, sRGB IEC61966-2.1, "
-     "Adobe RGB (1998), Generic Gray Gamma 2.2 Profile",
-     AvailableAll},
-    {"available gray spaces come in the same order", "raises NSInvalidArgumentException",
-     "Device Gray, Generic Gray, Generic Gray Gamma 2.2 Profile", AvailableGray},
-    {"a model that no space has gives an empty array", "raises NSInvalidArgumentException",
-     "array of 0, array of 0", AvailableNone},
-    {"each colour-space name stands for its space", "raises NSInvalidArgumentException",
-     "Generic RGB, Generic Gray, Generic Gray, Device RGB, Device Gray, Device Gray, Device CMYK, nil, nil, "
-     "nil, nil, nil",
-     SpacesOfNames},
-    {"each space tells the name of its colours", "raises NSInvalidArgumentException",
-     "NSDeviceRGBColorSpace, NSDeviceWhiteColorSpace, NSDeviceCMYKColorSpace, NSCalibratedRGBColorSpace, "
-     "NSCalibratedWhiteColorSpace, NSCustomColorSpace, NSCustomColorSpace, NSCustomColorSpace, "
-     "NSCustomColorSpace",
-     NamesOfSpaces},
-    {"a space can be copied, and the copy is itself", "raises NSInvalidArgumentException", "yes", Copies},
-    {"a predefined space comes back from a keyed archive as itself", "no", "yes", KeyedRoundTrip},
-    {"spaces come back from an unkeyed archive, and so does what follows", "no", "yes", UnkeyedRoundTrip},
-    {"generic CMYK carries the CMYK profile that is installed", "no", "yes", GenericCMYKProfile},
-    {"generic CMYK without a profile converts by formula",
-     "none, CMYK, 0.100 0.200 0.300 0.400 0.500 DeviceCMYK, 0.500 0.400 0.300 0.500 DeviceRGB, 0.000 1.000 "
-     "1.000 0.000 1.000 DeviceCMYK",
-     "none, Generic CMYK, 0.100 0.200 0.300 0.400 0.500 Custom Generic CMYK, 0.500 0.400 0.300 0.500 "
-     "DeviceRGB, 0.000 1.000 1.000 0.000 1.000 Custom Generic CMYK",
-     NoCMYKProfile},
-    {"generic CMYK takes no profile of another model", "none", "none", NotACMYKProfile},
-    {NULL, NULL, NULL, NULL},
-};

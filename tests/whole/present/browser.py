@@ -1,5 +1,5 @@
-# tests/whole/present/browser.py PAGE FOLDER - drives chromium through chromedriver: types into the search box of the reference,
-# looks at what is shown, in light and dark, wide and narrow; leaves screenshots in FOLDER.
+# tests/whole/present/browser.py PAGE FOLDER MEMBERS - drives chromium through chromedriver: types into the search box of the reference,
+# looks at what is shown of that many members, in light and dark, wide and narrow; leaves screenshots in FOLDER.
 import base64
 import json
 import pathlib
@@ -95,17 +95,17 @@ return [worst, where];
 """
 
 
-def check(browser, page, folder):
+def check(browser, page, folder, members):
     browser.open(page.as_uri())
     everything = browser.script(SHOWN)
-    expect("all members are shown at first", 156, len(everything))
-    expect("all members are listed at first", 156, browser.script(LISTED))
-    expect("the tally says so", "156 members", browser.script("return document.getElementById('count').value;"))
+    expect("all members are shown at first", members, len(everything))
+    expect("all members are listed at first", members, browser.script(LISTED))
+    expect("the tally says so", f"{members} members", browser.script("return document.getElementById('count').value;"))
 
     browser.type("#search", "getHSV brightness")
     expect("typed words leave what has them all", ["NSColorQVX.getHSV", "NSColorQVX.getHSV-2"], browser.script(SHOWN))
     expect("the list follows", 2, browser.script(LISTED))
-    expect("the tally follows", "2 of 156 members", browser.script("return document.getElementById('count').value;"))
+    expect("the tally follows", f"2 of {members} members", browser.script("return document.getElementById('count').value;"))
     expect("classes without a member that fits are gone", False,
            browser.script("return !!document.getElementById('NSColorListQVX').offsetParent;"))
     browser.screenshot(folder / "search.png")
@@ -170,7 +170,7 @@ def wait_until_ready(driver):
 
 
 def main():
-    page, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
+    page, folder, members = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]), int(sys.argv[3])
     port = free_port()
     driver = f"http://127.0.0.1:{port}"
     with tempfile.TemporaryDirectory() as profile:
@@ -179,7 +179,7 @@ def main():
             wait_until_ready(driver)
             browser = Browser(driver, profile)
             try:
-                check(browser, page, folder)
+                check(browser, page, folder, members)
             finally:
                 browser.close()
         finally:
