@@ -14,24 +14,10 @@
 #include "hostrun/host/registry.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/program.h"
-#include "hostrun/language/steps.h"
+#include "hostrun/language/statements/print.h"
 
 namespace hostrun {
 namespace {
-
-// What is autoreleased outside of calls into the bundle goes with this.
-class Pool {
- public:
-  Pool() : pool_(ThePlatform().pushPool == nullptr ? nullptr : ThePlatform().pushPool()) {}
-  Pool(const Pool&) = delete;
-  Pool& operator=(const Pool&) = delete;
-  ~Pool() {
-    if (ThePlatform().popPool != nullptr) ThePlatform().popPool(pool_);
-  }
-
- private:
-  void* pool_;
-};
 
 bool IsColour(const Value& value) {
   return value.kind() == Kind::Color ||
@@ -134,7 +120,7 @@ int Swatches(const SwatchesOptions& options) {
   try {
     const std::string problem = StartHost(options.host);
     if (!problem.empty()) return Refuse(problem);
-    const Pool pool;
+    const PoolScope pool;  // for what is autoreleased outside of calls into the bundle
     return Draw(options);
   } catch (const HostException& exception) {
     return Refuse("hostrun swatches: " + DescribeException(exception.object()));
