@@ -92,6 +92,7 @@ class Holdings {
     void (*giveBack)(const Item& item);
     alignas(void*) unsigned char bytes[sizeof(REALstringData)];
 
+    // NOLINTBEGIN(bugprone-sizeof-expression): a handle is kept as what it is, a pointer
     template <typename Thing>
     void Set(Thing thing) {
       static_assert(std::is_trivially_copyable_v<Thing> && sizeof(Thing) <= sizeof bytes);
@@ -102,6 +103,7 @@ class Holdings {
         GiveBack(held);
       };
     }
+    // NOLINTEND(bugprone-sizeof-expression)
   };
 
   template <typename Thing>

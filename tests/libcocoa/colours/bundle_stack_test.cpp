@@ -2,8 +2,8 @@
 // every stack that a host may come with: 4-byte aligned, not 16.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -102,7 +102,18 @@ std::string Outcome(const Method& method) {
 
 class BundleStack : public testing::Test {
  protected:
-  static void SetUpTestSuite() { real::StartHost(); }
+  // In a folder of its own: one of the functions writes a file.
+  static void SetUpTestSuite() {
+    real::StartHost();
+    std::string folder = testing::TempDir() + "bundle_stackXXXXXX";
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    std::filesystem::current_path(folder);
+  }
+  static void TearDownTestSuite() {
+    const std::filesystem::path folder = std::filesystem::current_path();
+    std::filesystem::current_path("/");
+    std::filesystem::remove_all(folder);
+  }
 
   static std::vector<Class*> Classes() {
     std::vector<Class*> classes;
@@ -165,8 +176,8 @@ TEST_F(BundleStack, TheEntryRegistersOnEveryStack) {
   const std::filesystem::path bundle =
       std::filesystem::read_symlink("/proc/self/exe").parent_path() / "QVXColor.so";
   for (const std::uint32_t offset : scripted::kStackOffsets) {
-    const std::string copy =
-        testing::TempDir() + "QVXColor" + std::to_string(getpid()) + "_" + std::to_string(offset) + ".so";
+    const std::filesystem::path copy =
+        std::filesystem::current_path() / ("QVXColor" + std::to_string(offset) + ".so");
     std::filesystem::copy_file(bundle, copy);
     void* const library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
     std::filesystem::remove(copy);
