@@ -2,14 +2,14 @@
 //
 // Each check runs in a process of its own: a bundle that crashes or hangs fails that check and no other. One
 // process per host version loads the platform and the bundle; its copies make the checks.
-#include "hostrun/commands/check.h"
-
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "hostrun/commands/check_parts.h"
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/isolated.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
@@ -17,6 +17,16 @@
 
 namespace hostrun {
 namespace {
+
+struct CheckOptions {
+  HostOptions host;
+  const CLI::Option* version = nullptr;  // counts whether one host version was asked for
+  std::string bundle;                    // empty: the one of `host`
+  std::string filter;
+  double timeLimit = 10;  // seconds for one check
+  bool json = false;
+  bool onlyFailed = false;
+};
 
 using nlohmann::ordered_json;
 using std::chrono::milliseconds;
@@ -213,29 +223,6 @@ class Checker {
   HostOptions host_;
 };
 
-}  // namespace
-
-void AddCheckOptions(CLI::App& app, CheckOptions& options) {
-  AddHostOptions(app, options.host);
-  options.version = app.get_option("--host-version");
-  app.add_option("file", options.bundle, "The bundle to check; without one that of --bundle")
-      ->option_text("BUNDLE");
-  app.add_option("--filter", options.filter, "Only checks whose name contains this text")
-      ->option_text("TEXT");
-  app.add_option("--time-limit", options.timeLimit, "Seconds that one check may take")
-      ->option_text("SECONDS (10)")
-      ->check(CLI::Range(0.1, 3600.0));
-  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  app.add_flag("--only-failed", options.onlyFailed, "Leave out what passed");
-  app.footer(
-      "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "
-      "2015.0.\n\n"
-      "Examples:\n  hostrun check build/QVXColor.so\n  hostrun check --only-failed --filter /call/ "
-      "build/QVXColor.so\n\n"
-      "Exit status: 0 every check passed, 1 one failed, crashed, took too long or had to be skipped, 2 an "
-      "error of use.");
-}
-
 int Check(const CheckOptions& options) {
   Reporter reporter(options);
   Checker checker(options, reporter);
@@ -251,6 +238,31 @@ int Check(const CheckOptions& options) {
   if (reporter.Total() == 0)
     return Refuse(kCommand, "--filter: wanted part of a check's name, found no check with " + options.filter);
   return reporter.Finish(checker.bundle());
+}
+
+}  // namespace
+
+Action CheckCommand(CLI::App& app) {
+  const auto options = std::make_shared<CheckOptions>();
+  AddHostOptions(app, options->host);
+  options->version = app.get_option("--host-version");
+  app.add_option("file", options->bundle, "The bundle to check; without one that of --bundle")
+      ->option_text("BUNDLE");
+  app.add_option("--filter", options->filter, "Only checks whose name contains this text")
+      ->option_text("TEXT");
+  app.add_option("--time-limit", options->timeLimit, "Seconds that one check may take")
+      ->option_text("SECONDS (10)")
+      ->check(CLI::Range(0.1, 3600.0));
+  app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
+  app.add_flag("--only-failed", options->onlyFailed, "Leave out what passed");
+  app.footer(
+      "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "
+      "2015.0.\n\n"
+      "Examples:\n  hostrun check build/QVXColor.so\n  hostrun check --only-failed --filter /call/ "
+      "build/QVXColor.so\n\n"
+      "Exit status: 0 every check passed, 1 one failed, crashed, took too long or had to be skipped, 2 an "
+      "error of use.");
+  return [options] { return Check(*options); };
 }
 
 }  // namespace hostrun

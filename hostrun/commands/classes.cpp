@@ -1,10 +1,10 @@
 // hostrun/commands/classes.cpp - "hostrun classes": the class browser.
-#include "hostrun/commands/classes.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <memory>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
 #include "hostrun/commands/layout.h"
 #include "hostrun/commands/start.h"
@@ -15,6 +15,14 @@
 
 namespace hostrun {
 namespace {
+
+struct ClassesOptions {
+  HostOptions host;
+  std::string wanted;  // CLASS or CLASS.MEMBER; empty: every class of the bundle
+  bool all = false;    // also the classes that are not the bundle's
+  bool json = false;
+  bool layout = false;
+};
 
 using nlohmann::ordered_json;
 
@@ -357,28 +365,30 @@ int Show(const ClassesOptions& options) {
   return kExitFine;
 }
 
-}  // namespace
-
-void AddClassesOptions(CLI::App& app, ClassesOptions& options) {
-  AddHostOptions(app, options.host);
-  app.add_option("class", options.wanted, "A class, or one member of it with all that is known of it")
-      ->option_text("CLASS[.MEMBER]");
-  app.add_flag("--all", options.all, "Also the classes that the host and the sibling part bring");
-  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  app.add_flag("--layout", options.layout,
-               "The words of the definition records, in the current and the old layout");
-  app.footer(
-      "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n"
-      "  hostrun classes NSColorSpaceQVX --layout --host-version 2013.0\n\n"
-      "Exit status: 0 fine, 2 an error of use, no such class or member, or a bundle that does not load.");
-}
-
 int Classes(const ClassesOptions& options) {
   try {
     return Show(options);
   } catch (const std::exception& error) {
     return Refuse(kCommand, error.what());
   }
+}
+
+}  // namespace
+
+Action ClassesCommand(CLI::App& app) {
+  const auto options = std::make_shared<ClassesOptions>();
+  AddHostOptions(app, options->host);
+  app.add_option("class", options->wanted, "A class, or one member of it with all that is known of it")
+      ->option_text("CLASS[.MEMBER]");
+  app.add_flag("--all", options->all, "Also the classes that the host and the sibling part bring");
+  app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
+  app.add_flag("--layout", options->layout,
+               "The words of the definition records, in the current and the old layout");
+  app.footer(
+      "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n"
+      "  hostrun classes NSColorSpaceQVX --layout --host-version 2013.0\n\n"
+      "Exit status: 0 fine, 2 an error of use, no such class or member, or a bundle that does not load.");
+  return [options] { return Classes(*options); };
 }
 
 }  // namespace hostrun

@@ -1,13 +1,13 @@
 // hostrun/commands/repl.cpp - "hostrun repl": runs statements as they are typed and shows values.
-#include "hostrun/commands/repl.h"
-
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <memory>
 #include <set>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/line_editor.h"
 #include "hostrun/commands/show.h"
 #include "hostrun/commands/start.h"
@@ -137,10 +137,18 @@ int ReadPipe(Loop& loop) {
   return loop.status();
 }
 
+int Repl(const HostOptions& options) {
+  const std::string problem = StartHost(options);
+  if (!problem.empty()) return Refuse(kCommand, problem);
+  Loop loop(TakesTrueColour(stdout));
+  return isatty(STDIN_FILENO) != 0 ? ReadTerminal(loop) : ReadPipe(loop);
+}
+
 }  // namespace
 
-void AddReplOptions(CLI::App& app, ReplOptions& options) {
-  AddHostOptions(app, options.host);
+Action ReplCommand(CLI::App& app) {
+  const auto options = std::make_shared<HostOptions>();
+  AddHostOptions(app, *options);
   app.footer(
       "Type statements or expressions; a value that stands alone is shown. What is declared stays, and may "
       "be declared\n"
@@ -149,13 +157,7 @@ void AddReplOptions(CLI::App& app, ReplOptions& options) {
       "Without a terminal, lines are read from stdin and there is no prompt.\n\n"
       "Example:\n  echo 'NSColorQVX.orangeColor' | hostrun repl\n\n"
       "Exit status: 0, or what Quit gives; 2 an error of use.");
-}
-
-int Repl(const ReplOptions& options) {
-  const std::string problem = StartHost(options.host);
-  if (!problem.empty()) return Refuse(kCommand, problem);
-  Loop loop(TakesTrueColour(stdout));
-  return isatty(STDIN_FILENO) != 0 ? ReadTerminal(loop) : ReadPipe(loop);
+  return [options] { return Repl(*options); };
 }
 
 }  // namespace hostrun

@@ -3,19 +3,17 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/start.h"
+#include "hostrun/commands/terminal.h"
 #include "hostrun/host/functions.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {
-
-int Refuse(const std::string& line) {
-  std::fprintf(stderr, "%s\n", line.c_str());
-  return kExitUse;
-}
 
 int RunSource(const Source& source) {
   try {
@@ -63,6 +61,12 @@ int Run(const RunOptions& options) {
   } catch (const std::exception& error) {
     return Refuse(error.what());
   }
+}
+
+Action RunCommand(CLI::App& app) {
+  const auto options = std::make_shared<RunOptions>();
+  AddRunOptions(app, *options);
+  return [options] { return Run(*options); };
 }
 
 }  // namespace hostrun

@@ -30,8 +30,10 @@ class Painter {
 // "1 check", "2 checks".
 std::string Counted(std::size_t count, std::string_view thing);
 
-// Says why on stderr and gives the exit status for an error of use.
+// Says why on stderr, behind the name of the command where there is one, and gives the exit status for an
+// error of use.
 int Refuse(std::string_view command, std::string_view line);
+int Refuse(std::string_view line);
 
 // "text" and as many blanks as it lacks to that width; at least one.
 std::string Padded(std::string_view text, std::size_t width);

@@ -1,7 +1,5 @@
 // hostrun/commands/trace.cpp - "hostrun trace": runs a program and shows each call as it crosses into the
 // bundle.
-#include "hostrun/commands/trace.h"
-
 #include <dlfcn.h>
 #include <link.h>
 
@@ -14,8 +12,10 @@
 #include <optional>
 #include <string_view>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
 #include "hostrun/commands/messages.h"
+#include "hostrun/commands/run.h"
 #include "hostrun/commands/shim/shim.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
@@ -29,6 +29,12 @@
 
 namespace hostrun {
 namespace {
+
+struct TraceOptions {
+  RunOptions run;
+  std::string output;  // file; empty: stderr
+  bool all = false;    // also look-ups and exception frames
+};
 
 constexpr const char* kCommand = "hostrun trace";
 constexpr const char* kShim = "libhostrun-trace.so";
@@ -337,20 +343,6 @@ std::string StandBefore(const std::string& platform) {
   return {};
 }
 
-}  // namespace
-
-void AddTraceOptions(CLI::App& app, TraceOptions& options) {
-  AddRunOptions(app, options.run);
-  app.add_option("--output", options.output, "Write the trace there and not to stderr")->option_text("FILE");
-  app.add_flag("--all", options.all, "Also look-ups of classes and selectors, and exception frames");
-  app.footer(
-      "Each call shows its declaration, its arguments, the messages that it sends, the services that it "
-      "uses, its\n"
-      "result, and its time without what the trace itself takes.\n\n"
-      "Example:\n  hostrun trace --output calls.txt examples/first-colors.bas\n\n"
-      "Exit status: that of hostrun; 2 also when the trace can't be written.");
-}
-
 int Trace(const TraceOptions& options) {
   std::optional<Source> source;
   try {
@@ -372,6 +364,22 @@ int Trace(const TraceOptions& options) {
   SetCallObserver(nullptr);
   tracer = nullptr;
   return status;
+}
+
+}  // namespace
+
+Action TraceCommand(CLI::App& app) {
+  const auto options = std::make_shared<TraceOptions>();
+  AddRunOptions(app, options->run);
+  app.add_option("--output", options->output, "Write the trace there and not to stderr")->option_text("FILE");
+  app.add_flag("--all", options->all, "Also look-ups of classes and selectors, and exception frames");
+  app.footer(
+      "Each call shows its declaration, its arguments, the messages that it sends, the services that it "
+      "uses, its\n"
+      "result, and its time without what the trace itself takes.\n\n"
+      "Example:\n  hostrun trace --output calls.txt examples/first-colors.bas\n\n"
+      "Exit status: that of hostrun; 2 also when the trace can't be written.");
+  return [options] { return Trace(*options); };
 }
 
 }  // namespace hostrun
