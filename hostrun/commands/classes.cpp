@@ -347,8 +347,8 @@ int ShowJson(const Selection& selection) {
 int Show(const ClassesOptions& options) {
   BothLayouts layouts;
   if (options.layout) layouts = AskForLayouts(options.host);
-  const std::string problem = StartHost(options.host);
-  if (!problem.empty()) return Refuse(kCommand, problem);
+  const Problem problem = StartHost(options.host);
+  if (problem) return Refuse(kCommand, *problem);
   const Selection selection = Select(options);
   if (options.layout) return ShowLayout(selection, layouts, options.json);
   if (options.json) return ShowJson(selection);

@@ -60,8 +60,8 @@ int Write(const DocsOptions& options) {
 
 int Docs(const DocsOptions& options) {
   try {
-    const std::string problem = StartHost(options.host);
-    return problem.empty() ? Write(options) : Refuse(problem);
+    const Problem problem = StartHost(options.host);
+    return problem ? Refuse(*problem) : Write(options);
   } catch (const HostException& exception) {
     return Refuse("hostrun docs: " + DescribeException(exception.object()));
   } catch (const std::exception& error) {

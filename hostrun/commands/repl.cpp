@@ -138,8 +138,8 @@ int ReadPipe(Loop& loop) {
 }
 
 int Repl(const HostOptions& options) {
-  const std::string problem = StartHost(options);
-  if (!problem.empty()) return Refuse(kCommand, problem);
+  const Problem problem = StartHost(options);
+  if (problem) return Refuse(kCommand, *problem);
   Loop loop(TakesTrueColour(stdout));
   return isatty(STDIN_FILENO) != 0 ? ReadTerminal(loop) : ReadPipe(loop);
 }

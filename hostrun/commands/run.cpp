@@ -44,8 +44,8 @@ int Run(const RunOptions& options) {
                     ": wanted a program file or a command, found neither; hostrun --help lists the commands");
     }
     const Source source = Source::FromFile(options.program);
-    const std::string problem = StartHost(options.host);
-    if (!problem.empty()) return Refuse(problem);
+    const Problem problem = StartHost(options.host);
+    if (problem) return Refuse(*problem);
     SetProgramArguments(options.arguments);
     const Platform& platform = ThePlatform();
     void* const pool = platform.pushPool == nullptr ? nullptr : platform.pushPool();

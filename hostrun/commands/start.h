@@ -6,6 +6,7 @@
 #include <string>
 
 #include "hostrun/host/host.h"
+#include "hostrun/host/problem.h"
 
 namespace hostrun {
 
@@ -16,7 +17,11 @@ std::string OwnFile(const char* file);
 // The options that describe the host, with their defaults: the files beside the executable.
 void AddHostOptions(CLI::App& app, HostOptions& options);
 
-// Starts the host. One line on failure, empty on success.
-std::string StartHost(const HostOptions& options);
+// Starts a host that has entered no bundle yet: its own classes, the platform, the sibling part. Once in a
+// process.
+Problem StartWithoutBundle(const HostOptions& options);
+
+// The same, and lets the bundle register.
+Problem StartHost(const HostOptions& options);
 
 }  // namespace hostrun

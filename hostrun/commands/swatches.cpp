@@ -116,8 +116,8 @@ int Draw(const SwatchesOptions& options) {
 
 int Swatches(const SwatchesOptions& options) {
   try {
-    const std::string problem = StartHost(options.host);
-    if (!problem.empty()) return Refuse(problem);
+    const Problem problem = StartHost(options.host);
+    if (problem) return Refuse(*problem);
     const Pool pool;
     return Draw(options);
   } catch (const HostException& exception) {

@@ -328,8 +328,8 @@ void Arrived(const char* name, const void* from, const std::uint32_t* words) {
   if (tracer != nullptr) tracer->Arrived(name, from, words);
 }
 
-// Loads the library that stands before the platform. Gives what prevents that, or an empty text.
-std::string StandBefore(const std::string& platform) {
+// Loads the library that stands before the platform.
+Problem StandBefore(const std::string& platform) {
   const std::string file = OwnFile(kShim);
   void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_GLOBAL);
   if (library == nullptr) return file + ": wanted the library that watches the platform, found: " + dlerror();
@@ -355,8 +355,8 @@ int Trace(const TraceOptions& options) {
   if (!options.output.empty() && file == nullptr) {
     return Refuse(kCommand, options.output + ": wanted a file to write to, found: " + std::strerror(errno));
   }
-  const std::string problem = StandBefore(options.run.host.platform);
-  if (!problem.empty()) return Refuse(kCommand, problem);
+  const Problem problem = StandBefore(options.run.host.platform);
+  if (problem) return Refuse(kCommand, *problem);
   Tracer watching(file == nullptr ? stderr : file.get(), *source, options.all);
   tracer = &watching;
   SetCallObserver(&watching);
