@@ -1,7 +1,7 @@
 // hostrun/commands/check.cpp - "hostrun check": a validator for bundles of the binary interface.
 //
-// Each check runs in a process of its own: a bundle that crashes or hangs fails that check and no other. One
-// process per host version loads the platform and the bundle; its copies make the checks.
+// Each check runs in a process of its own: a bundle that crashes or hangs fails that check and no other. For
+// each host version one process loads the platform and the bundle; the checks run in copies of it.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -135,7 +135,7 @@ class Reporter {
     std::fflush(stdout);
   }
 
-  // Only where nothing else shows that time passes.
+  // Only where nothing else shows that something is going on.
   bool ShowsProgress() const { return progress_ && (options_.json || options_.onlyFailed); }
   void ShowProgress(const std::string& name) {
     if (!ShowsProgress()) return;
@@ -154,6 +154,7 @@ class Reporter {
   std::array<std::size_t, kStatusNames.size()> counts_{};
 };
 
+// Makes the checks that were asked for, on one host after the other.
 class Checker {
  public:
   Checker(const CheckOptions& options, Reporter& reporter)
@@ -166,10 +167,13 @@ class Checker {
 
   const std::string& bundle() const { return host_.bundle; }
 
+  // Loads nothing, and starts no host.
   void CheckTheFile() {
     RunWanted(FileChecks(host_.bundle), {}, [this](const Result& result) { reporter_.Take(result); });
   }
 
+  // On a host of that version, in a process of its own. Where the bundle can't be entered, the rest is
+  // skipped.
   void CheckOn(const std::string& version) {
     host_.identity.version = std::strtod(version.c_str(), nullptr);
     const std::string load = CheckName(KindNamed("VERSION/load"), version);
@@ -181,7 +185,7 @@ class Checker {
       loaded = loaded || result.name == load;
       if (Wanted(result.name)) reporter_.Take(result);
     };
-    // A little longer than a check may take: the host reports that one itself.
+    // A little longer than a check may take: the host itself reports a check that takes too long.
     const Outcome outcome = RunIsolated(limit_ + limit_ / 2, body, onLine);
     const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - start).count();
     if (!loaded) {

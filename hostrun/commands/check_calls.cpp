@@ -1,5 +1,8 @@
 // hostrun/commands/check_calls.cpp - checks of each function behind the records: called on empty instances it
 // must come back, give its neutral result and leave every reference as it was.
+//
+// Shared functions have no instance to be empty: of them only the type of the result and the references
+// count.
 #include <algorithm>
 
 #include "hostrun/commands/check_parts.h"
@@ -39,7 +42,7 @@ class Pool {
   void* pool_;
 };
 
-// Whole numbers may be handles of the platform: only 0 is safe.
+// An argument of that type. A whole number may be a handle of the platform: only 0 is safe.
 Value ArgumentFor(const Type& type, Objects objects) {
   switch (type.kind) {
     case Kind::Object:
@@ -56,6 +59,7 @@ Value ArgumentFor(const Type& type, Objects objects) {
   }
 }
 
+// What a function gives that has nothing to give: nothing, Nil, 0, False, an empty string or array.
 bool IsNeutral(const Value& value) {
   switch (value.kind()) {
     case Kind::Nothing:
@@ -85,7 +89,7 @@ std::string ShownResult(const Value& value) {
   return value.kind() == Kind::Object ? "a " + value.object()->cls->name : LiteralText(value);
 }
 
-// One call.
+// Calls the function once. `parameterWord` is the word of a property's record; 0 for methods.
 Problem CallOnce(const Method& method, const Way& way, std::uint32_t parameterWord) {
   const Pool pool;
   const Value self = way.self == Self::Empty ? Value::Adopt(NewObject(*method.owner)) : Value::Nil();
@@ -126,7 +130,7 @@ Problem CallOnce(const Method& method, const Way& way, std::uint32_t parameterWo
     }
   }
   if (way.self == Self::None) return {};
-  // What fills its instance is done with it, and may say so.
+  // A function that fills its instance has done its work, and may answer what it likes.
   if (way.self == Self::Empty && NativePointerOf(self.object()) != nullptr) return {};
   if (!IsNeutral(result)) return "wanted the neutral result, found " + ShownResult(result);
   for (std::size_t i = 0; i < places.size(); ++i) {
@@ -137,6 +141,7 @@ Problem CallOnce(const Method& method, const Way& way, std::uint32_t parameterWo
   return {};
 }
 
+// What is alive in this process, host side.
 struct Alive {
   int objects = 0;
   int strings = 0;
@@ -167,7 +172,7 @@ Problem CheckCall(const Method& method, std::uint32_t parameterWord) {
   const std::span<const Way> ways =
       method.shared ? std::span<const Way>(kShared) : std::span<const Way>(kInstance);
   for (const Way& way : ways) {
-    // The first call may fill what is kept for later ones; the second must leave all as it was.
+    // The first call may fill what is kept for later calls; the second must leave everything as it was.
     Problem problem = CallOnce(method, way, parameterWord);
     const Alive before = CountAlive();
     if (!problem) problem = CallOnce(method, way, parameterWord);

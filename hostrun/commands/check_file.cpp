@@ -13,11 +13,11 @@ namespace {
 
 constexpr std::string_view kEntryPoint = "REALPluginMain";
 
-// Part of every process that runs C or C++.
+// The language's run-time: in every process that runs C or C++.
 constexpr std::array<std::string_view, 5> kRunTimeLibraries = {"libc.so.6", "libm.so.6", "libstdc++.so.6",
                                                                "libgcc_s.so.1", "ld-linux.so.2"};
 
-// What the platform gives a bundle beside the functions that come back.
+// What else the platform gives a bundle: what does not come back, and what is no function.
 constexpr std::array<std::string_view, 3> kOtherPlatformSymbols = {
     "objc_exception_throw", "NSCalibratedRGBColorSpace", "_GLOBAL_OFFSET_TABLE_"};
 

@@ -19,12 +19,13 @@
 namespace hostrun {
 namespace {
 
-// What the bundle did through the two services of registration, in order.
+// One use of the two services of registration.
 struct Event {
   std::int32_t version = 0;
   std::vector<std::uint32_t> definition;  // its words before the host wrote into them; empty: a version
 };
 
+// What the bundle did while it was entered, in order. The services have no other place to record it in.
 std::vector<Event> events;
 
 // --- memory that may not be there
@@ -49,6 +50,8 @@ std::vector<Mapping> ReadMappings() {
   return mappings;
 }
 
+// What of this process may be read or run, as it was when the object was made. A bundle's pointers are looked
+// up here before anything follows them.
 class Memory {
  public:
   bool IsReadable(std::uint32_t address, std::uint32_t size) const {
@@ -94,6 +97,7 @@ std::vector<std::uint32_t> CopyWords(const void* at, std::size_t bytes) {
 
 // --- version and order
 
+// The layouts by the host version that they begin with, newest first.
 struct Threshold {
   double host;
   std::int32_t layout;
@@ -104,7 +108,8 @@ bool IsWithheld(const char* service) {
   return TheHostIdentity().withheld.contains(service);
 }
 
-// A bundle that can't ask for the version takes the host for the oldest.
+// The layout that this host negotiates. A bundle that can't ask for the version takes the host for the
+// oldest.
 std::int32_t WantedLayout() {
   if (IsWithheld("REALGetRBVersion")) return std::end(kThresholds)[-1].layout;
   for (const Threshold& threshold : kThresholds) {
@@ -158,13 +163,15 @@ Problem CheckOrder() {
 
 // --- record words
 
+// Compares records with their layout, and follows no pointer before it has been looked up.
 class RecordReader {
  public:
   // Everything, or only whether the pointers to texts and records lead anywhere.
   enum class What : std::uint8_t { Everything, Pointers };
   explicit RecordReader(bool old, What what = What::Everything) : old_(old), what_(what) {}
 
-  // The first thing that is wrong with the words of one record.
+  // The first thing that is wrong with the words of one record, and of the records that it points to. `which`
+  // says in the message what record it is.
   Problem Check(RecordKind kind, const std::vector<std::uint32_t>& words, const std::string& which) const {
     const std::span<const RecordWord> fields = WordsOf(kind);
     for (std::size_t i = 0; i < words.size(); ++i) {
@@ -260,7 +267,7 @@ Problem CheckRecords(const Event& event) {
   return RecordReader(old).Check(RecordKind::Definition, event.definition, "definition");
 }
 
-// --- services that record
+// --- services that record what they are called with, and pass it on
 
 std::int32_t RecordVersion(std::int32_t version) {
   events.push_back({version, {}});
@@ -278,7 +285,7 @@ void RecordClass(qvx::REALclassDefinition* definition) {
     return;
   }
   events.push_back({0, CopyWords(definition, size)});
-  // The registry follows every pointer.
+  // The registry follows every pointer: it never sees a record in which one leads nowhere.
   const RecordReader reader(old, RecordReader::What::Pointers);
   if (reader.Check(RecordKind::Definition, events.back().definition, {})) return;
   using Service = void (*)(qvx::REALclassDefinition*);

@@ -30,13 +30,13 @@ constexpr const char* kCommand = "hostrun classes";
 constexpr double kNewestHost = 2015.0;
 constexpr double kOldestHost = 2011.0;
 
-// What was asked for: classes, and the member of the only one.
+// What was asked for: classes, or a member of one.
 struct Selection {
   std::vector<const Class*> classes;
   std::string member;
 };
 
-// The names that begin like the wanted one, or all of them.
+// The names that begin like the wanted one, or else all of them; at most eight, as a list for people.
 std::string Suggest(const std::string& wanted, const std::vector<std::string>& names) {
   constexpr std::size_t kMost = 8;
   std::vector<std::string> near;
@@ -65,7 +65,7 @@ std::vector<std::string> MemberNames(const Class& cls) {
   return names;
 }
 
-// Throws std::runtime_error for what there is not.
+// Throws std::runtime_error for a class or member that does not exist.
 Selection Select(const ClassesOptions& options) {
   Selection selection;
   const std::size_t dot = options.wanted.find('.');
@@ -105,6 +105,7 @@ Selection Select(const ClassesOptions& options) {
 
 // --- the browser
 
+// Prints classes and members for people. `paint` outlives it.
 class Browser {
  public:
   explicit Browser(const Painter& paint) : paint_(paint) {}
@@ -230,7 +231,7 @@ class Browser {
 
 // --- record words
 
-// The same layout, old and new, of one class.
+// The same thing in the current and in the old layout.
 struct Sides {
   ordered_json current;
   ordered_json old;
@@ -281,7 +282,7 @@ std::int32_t LayoutVersion(const ordered_json& cls) {
   return cls["layout"].get<std::int32_t>();
 }
 
-// The negotiated layout and the one of the other kind.
+// Every class of the bundle: in the newer layout, and in the old one.
 struct BothLayouts {  // NOLINT(bugprone-exception-escape): the library's moves throw nothing
   ordered_json current;
   ordered_json old;

@@ -25,7 +25,7 @@ constexpr char kProgress = '+';
 constexpr char kPassed = '=';
 constexpr char kFailed = '!';
 
-// Messages hold no line ends: they are written as a record separator meanwhile.
+// A message is one line, so a line end inside it travels as a record separator.
 constexpr char kLineEndInside = '\x1e';
 
 void WriteMessage(int to, char kind, std::string text) {
@@ -40,6 +40,7 @@ void WriteMessage(int to, char kind, std::string text) {
   }
 }
 
+// The child's side: its streams lead nowhere, and it ends with its parent.
 [[noreturn]] void RunChild(int to, const std::function<Problem(const SendLine&)>& body) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);

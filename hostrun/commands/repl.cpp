@@ -43,6 +43,7 @@ void AddMembers(std::set<std::string>& names, const Class& cls, bool shared) {
   }
 }
 
+// Whole words, with what stands before a dot, in alphabetical order.
 std::vector<std::string> Complete(const Binder& binder, const std::string& beginning) {
   std::set<std::string> names;
   const std::size_t dot = beginning.rfind('.');
@@ -69,6 +70,7 @@ std::vector<std::string> Complete(const Binder& binder, const std::string& begin
 
 // --- input
 
+// Takes lines and runs what they complete, and shows the value of what stands alone.
 class Loop {
  public:
   explicit Loop(bool trueColour)
@@ -87,7 +89,7 @@ class Loop {
     return Run(!line.empty() || open_ == "\n");
   }
   void Drop() { open_.clear(); }
-  // What is still open is run as it stands, and its error shown.
+  // At the end of the input: a block that is still open is run as it stands, so that its error is shown.
   void Finish() {
     if (!open_.empty()) Run(false);
   }

@@ -1,4 +1,4 @@
-// hostrun/commands/start.cpp - what every sub-command that needs a host does first.
+// hostrun/commands/start.cpp - starts the host that a command needs.
 #include "hostrun/commands/start.h"
 
 #include <algorithm>

@@ -26,7 +26,7 @@ struct SwatchesOptions {
   int columns = 5;
 };
 
-// What is autoreleased outside of calls into the bundle goes with this.
+// Whatever is autoreleased outside the calls into the bundle is released with this.
 class Pool {
  public:
   Pool() : pool_(ThePlatform().pushPool == nullptr ? nullptr : ThePlatform().pushPool()) {}

@@ -1,4 +1,4 @@
-// hostrun/commands/terminal.cpp - what all sub-commands say in the same way: colour, refusals.
+// hostrun/commands/terminal.cpp - what all commands say in the same way: colour, refusals.
 #include "hostrun/commands/terminal.h"
 
 #include <unistd.h>

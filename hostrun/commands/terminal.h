@@ -1,4 +1,4 @@
-// hostrun/commands/terminal.h - what all sub-commands say in the same way: colour, refusals.
+// hostrun/commands/terminal.h - what all commands say in the same way: colour, refusals.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,9 @@
 
 namespace hostrun {
 
-// Whether escape sequences may go to that stream: a terminal that knows them.
+// Whether escape sequences may be written to that stream: it is a terminal that knows them.
 bool TakesSequences(std::FILE* stream);
-// Whether it may be coloured too: the user does not object with NO_COLOR.
+// Whether it may be coloured too: NO_COLOR is not set.
 bool TakesColour(std::FILE* stream);
 // Whether it also shows 24-bit colours.
 bool TakesTrueColour(std::FILE* stream);

@@ -53,7 +53,8 @@ std::string ValueText(const Value& value) {
   return value.kind() == Kind::Object ? ObjectText(value.object()) : LiteralText(value);
 }
 
-// What one argument's words mean; moves past them.
+// The argument at `words` as text; moves `words` past it. `after` the call, what stands in a by-reference
+// argument.
 std::string WordsText(const Parameter& parameter, const std::uint32_t*& words, bool after) {
   const auto take = [&words]<class T>(T value) {
     std::memcpy(&value, words, sizeof value);
@@ -175,7 +176,7 @@ std::string TimeText(Nanoseconds time) {
   return text;
 }
 
-// Writes the trace. Times leave out what the trace itself takes.
+// Writes the trace. The times do not contain what the trace itself takes.
 class Tracer final : public CallObserver {
  public:
   Tracer(std::FILE* out, const Source& source, bool all)
@@ -255,7 +256,7 @@ class Tracer final : public CallObserver {
     Nanoseconds busyAtStart;
   };
 
-  // What is written meanwhile counts as no call's time.
+  // The time that passes meanwhile goes into writing the trace, and is no call's.
   class Busy {
    public:
     explicit Busy(Tracer& tracer) : tracer_(tracer), start_(Clock::now()) {}
@@ -280,7 +281,7 @@ class Tracer final : public CallObserver {
     static const std::vector<std::string> names = ServiceNames();
     return std::find(names.begin(), names.end(), name) != names.end();
   }
-  // Look-ups and frames are part of every call.
+  // Look-ups and exception frames are part of every call.
   static bool IsQuiet(std::string_view name) {
     return name == "objc_getClass" || name == "sel_registerName" || name == "objc_exception_try_enter" ||
            name == "objc_exception_try_exit";
@@ -322,7 +323,7 @@ class Tracer final : public CallObserver {
   std::int32_t lastLine_ = 0;
 };
 
-// The thunks and the observer reach the one tracer of this process.
+// A process runs one trace, which the thunks must find without an argument.
 constinit Tracer* tracer = nullptr;
 void Arrived(const char* name, const void* from, const std::uint32_t* words) {
   if (tracer != nullptr) tracer->Arrived(name, from, words);
