@@ -391,91 +391,121 @@ constexpr auto PredefinedColors() {
 
 // ---- Tables ----
 
+// One row per line.
+// clang-format off
 constinit auto NSColorProperties = MakeTable<REALproperty>(
     Property(&colorValue, "colorValue", "Color"),
-    ComponentProperties<"blackComponent", "yellowComponent", "magentaComponent", "cyanComponent",
-                        "redComponent", "greenComponent", "blueComponent", "whiteComponent", "hueComponent",
-                        "saturationComponent", "brightnessComponent", "alphaComponent">(),
-    TextProperties<"colorSpaceName", "description", "catalogNameComponent", "colorNameComponent",
-                   "localizedCatalogNameComponent", "localizedColorNameComponent">(),
+    ComponentProperties<
+        "blackComponent",
+        "yellowComponent",
+        "magentaComponent",
+        "cyanComponent",
+        "redComponent",
+        "greenComponent",
+        "blueComponent",
+        "whiteComponent",
+        "hueComponent",
+        "saturationComponent",
+        "brightnessComponent",
+        "alphaComponent">(),
+    TextProperties<
+        "colorSpaceName",
+        "description",
+        "catalogNameComponent",
+        "colorNameComponent",
+        "localizedCatalogNameComponent",
+        "localizedColorNameComponent">(),
     Property(&numberOfComponents, "numberOfComponents", "integer"));
 static_assert(NSColorProperties.kCount == 20);
 
 constinit auto NSColorMethods = MakeTable<REALmethodDefinition>(
     Method(&DummyException, "_exception as NSExceptionQVX"),
     Method(&DummyConstructor, "Constructor", kConstructorFlags),
-    Method(&getCGColor, "CGColorHandle as Integer"), Method(&getComponents, "Components as double()"),
-    Method(&getCyan,
-           "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, "
-           "byref black as double)"),
+    Method(&getCGColor, "CGColorHandle as Integer"),
+    Method(&getComponents, "Components as double()"),
+    Method(&getCyan, "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as double)"),
     Method(&getWhite, "getWhite(byref white as double)"),
     Method(&getHue, "getHSV(byref hue as double, byref saturation as double, byref brightness as double)"),
     Method(&getRed, "getRGB(byref red as double, byref green as double, byref blue as double)"),
-    Method(&getCyanA,
-           "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, "
-           "byref black as double, byref alpha as double)"),
+    Method(&getCyanA, "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as double, byref alpha as double)"),
     Method(&getWhiteA, "getWhite(byref white as double, byref alpha as double)"),
-    Method(&getHueA,
-           "getHSV(byref hue as double, byref saturation as double, byref brightness as double, "
-           "byref alpha as double)"),
-    Method(&getRedA,
-           "getRGB(byref red as double, byref green as double, byref blue as double, "
-           "byref alpha as double)"),
-    Method(&blendedColorWithFraction,
-           "blendedColorWithFraction(alpha as double, c as NSColorQVX) as NSColorQVX"),
+    Method(&getHueA, "getHSV(byref hue as double, byref saturation as double, byref brightness as double, byref alpha as double)"),
+    Method(&getRedA, "getRGB(byref red as double, byref green as double, byref blue as double, byref alpha as double)"),
+    Method(&blendedColorWithFraction, "blendedColorWithFraction(alpha as double, c as NSColorQVX) as NSColorQVX"),
     Method(&colorWithAlphaComponent, "colorWithAlphaComponent(alpha as double) as NSColorQVX"),
     Method(&colorUsingColorSpaceName, "colorUsingColorSpaceName(colorSpace as string) as NSColorQVX"),
     Method(&colorUsingColorSpace, "colorUsingColorSpace(colorSpace as NSColorSpaceQVX) as NSColorQVX"),
     Method(&shadowWithLevel, "shadowWithLevel(level as double) as NSColorQVX"),
     Method(&highlightWithLevel, "highlightWithLevel(level as double) as NSColorQVX"),
-    Method(&colorSpace, "colorSpace as NSColorSpaceQVX"), Method(&patternImage, "patternImage as variant"),
+    Method(&colorSpace, "colorSpace as NSColorSpaceQVX"),
+    Method(&patternImage, "patternImage as variant"),
     Method(&writeToPasteboard, "writeToPasteboard"));
 static_assert(NSColorMethods.kCount == 21);
 
 constinit auto NSColorSharedMethods = MakeTable<REALmethodDefinition>(
-    Method(
-        &colorWithColorSpace,
-        "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, paramarray components as double) as NSColorQVX"),
-    Method(&colorWithColorSpace,
-           "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, components() as double) as NSColorQVX"),
-    Method(&colorWithGenericGamma22White,
-           "colorWithGenericGamma22White(white as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithColorSpace, "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, paramarray components as double) as NSColorQVX"),
+    Method(&colorWithColorSpace, "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, components() as double) as NSColorQVX"),
+    Method(&colorWithGenericGamma22White, "colorWithGenericGamma22White(white as double, alpha as double=1.0) as NSColorQVX"),
     Method(&colorWithCGColor, "colorWithCGColor(CGColorHandle as Integer) as NSColorQVX"),
-    Method(&colorWithDeviceCyan,
-           "colorWithDeviceCMYK(cyan as double, magenta as double, yellow as double, "
-           "black as double, alpha as double=1.0) as NSColorQVX"),
-    Method(&colorWithDeviceRed,
-           "colorWithDeviceRGB(red as double, green as double, blue as double, "
-           "alpha as double=1.0) as NSColorQVX"),
-    Method(&colorWithDeviceHue,
-           "colorWithDeviceHSV(hue as double, saturation as double, brightness as double, "
-           "alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithDeviceCyan, "colorWithDeviceCMYK(cyan as double, magenta as double, yellow as double, black as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithDeviceRed, "colorWithDeviceRGB(red as double, green as double, blue as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithDeviceHue, "colorWithDeviceHSV(hue as double, saturation as double, brightness as double, alpha as double=1.0) as NSColorQVX"),
     Method(&colorWithDeviceWhite, "colorWithDeviceWhite(white as double, alpha as double=1.0) as NSColorQVX"),
-    Method(&colorWithSRGBRed,
-           "colorWithSRGB(red as double, green as double, blue as double, "
-           "alpha as double=1.0) as NSColorQVX"),
-    Method(&colorWithCalibratedRed,
-           "colorWithCalibratedRGB(red as double, green as double, blue as double, "
-           "alpha as double=1.0) as NSColorQVX"),
-    Method(&colorWithCalibratedHue,
-           "colorWithCalibratedHSV(hue as double, saturation as double, "
-           "brightness as double, alpha as double=1.0) as NSColorQVX"),
-    Method(&colorWithCalibratedWhite,
-           "colorWithCalibratedWhite(white as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithSRGBRed, "colorWithSRGB(red as double, green as double, blue as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithCalibratedRed, "colorWithCalibratedRGB(red as double, green as double, blue as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithCalibratedHue, "colorWithCalibratedHSV(hue as double, saturation as double, brightness as double, alpha as double=1.0) as NSColorQVX"),
+    Method(&colorWithCalibratedWhite, "colorWithCalibratedWhite(white as double, alpha as double=1.0) as NSColorQVX"),
     Method(&colorFromPasteboard, "colorFromPasteboard as NSColorQVX"),
     Method(&colorWithPatternImage, "colorWithPatternImage(image as variant) as NSColorQVX"),
     PredefinedColors<
-        "blackColor", "darkGrayColor", "lightGrayColor", "whiteColor", "grayColor", "redColor", "greenColor",
-        "blueColor", "cyanColor", "yellowColor", "magentaColor", "orangeColor", "purpleColor", "brownColor",
-        "clearColor", "controlShadowColor", "controlDarkShadowColor", "controlColor", "controlHighlightColor",
-        "controlLightHighlightColor", "controlTextColor", "controlBackgroundColor", "selectedControlColor",
-        "secondarySelectedControlColor", "selectedControlTextColor", "disabledControlTextColor", "textColor",
-        "textBackgroundColor", "selectedTextColor", "selectedTextBackgroundColor", "gridColor",
-        "keyboardFocusIndicatorColor", "windowBackgroundColor", "scrollBarColor", "knobColor",
-        "selectedKnobColor", "windowFrameColor", "windowFrameTextColor", "selectedMenuItemColor",
-        "selectedMenuItemTextColor", "highlightColor", "shadowColor", "headerColor", "headerTextColor",
-        "alternateSelectedControlColor", "alternateSelectedControlTextColor">());
+        "blackColor",
+        "darkGrayColor",
+        "lightGrayColor",
+        "whiteColor",
+        "grayColor",
+        "redColor",
+        "greenColor",
+        "blueColor",
+        "cyanColor",
+        "yellowColor",
+        "magentaColor",
+        "orangeColor",
+        "purpleColor",
+        "brownColor",
+        "clearColor",
+        "controlShadowColor",
+        "controlDarkShadowColor",
+        "controlColor",
+        "controlHighlightColor",
+        "controlLightHighlightColor",
+        "controlTextColor",
+        "controlBackgroundColor",
+        "selectedControlColor",
+        "secondarySelectedControlColor",
+        "selectedControlTextColor",
+        "disabledControlTextColor",
+        "textColor",
+        "textBackgroundColor",
+        "selectedTextColor",
+        "selectedTextBackgroundColor",
+        "gridColor",
+        "keyboardFocusIndicatorColor",
+        "windowBackgroundColor",
+        "scrollBarColor",
+        "knobColor",
+        "selectedKnobColor",
+        "windowFrameColor",
+        "windowFrameTextColor",
+        "selectedMenuItemColor",
+        "selectedMenuItemTextColor",
+        "highlightColor",
+        "shadowColor",
+        "headerColor",
+        "headerTextColor",
+        "alternateSelectedControlColor",
+        "alternateSelectedControlTextColor">());
 static_assert(NSColorSharedMethods.kCount == 60);
+// clang-format on
 
 }  // namespace
 

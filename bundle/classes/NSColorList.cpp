@@ -154,16 +154,22 @@ REALboolean Load(REALobject self, REALstring listName) {
 
 // ---- Table ----
 
+// One row per line.
+// clang-format off
 constinit auto NSColorListMethods = MakeTable<REALmethodDefinition>(
     Method(&insertColor, "insertColor(theColor as NSColorQVX, key as string, index as integer)"),
     Method(&setColor, "setColor(theColor as NSColorQVX, key as string)"),
     Method(&colorWithKey, "colorWithKey(key as string) as NSColorQVX"),
     Method(&removeColorWithKey, "removeColorWithKey(key as string)"),
-    Method(&writeToFile, "writeToFile(path as string) as boolean"), Method(&removeFile, "removeFile"),
-    Method(&isEditable, "isEditable as Boolean"), Method(&name, "name as string"),
-    Method(&Create1, "Create(name as string) as boolean"), Method(&Load, "Load(name as string) as boolean"),
+    Method(&writeToFile, "writeToFile(path as string) as boolean"),
+    Method(&removeFile, "removeFile"),
+    Method(&isEditable, "isEditable as Boolean"),
+    Method(&name, "name as string"),
+    Method(&Create1, "Create(name as string) as boolean"),
+    Method(&Load, "Load(name as string) as boolean"),
     Method(&Create2, "Create(name as string, path as string) as boolean"));
 static_assert(NSColorListMethods.kCount == 11);
+// clang-format on
 
 }  // namespace
 

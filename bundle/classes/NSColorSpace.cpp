@@ -256,32 +256,38 @@ REALobject colorSpaceForColorSpaceName(REALstring name) {
 
 // ---- Tables ----
 
+// One row per line.
+// clang-format off
 constinit auto NSColorSpaceMethods = MakeTable<REALmethodDefinition>(
     Method(&initWithICCProfileData, "Constructor(ICCProfileData as Memoryblock)"),
     Method(&initWithColorSyncProfile, "initWithColorSyncProfile(ColorSyncProfileHandle as integer)"),
     Method(&initWithCGColorSpace, "initWithCGColorSpace(CGColorSpaceHandle as integer)"),
     Method(&ICCProfileData, "ICCProfileData as Memoryblock"),
-    Method(&localizedName, "localizedName as string"), Method(&colorSpaceName, "colorSpaceName as string"),
-    Method(&description, "description as string"), Method(&colorSpaceModel, "colorSpaceModel as integer"),
+    Method(&localizedName, "localizedName as string"),
+    Method(&colorSpaceName, "colorSpaceName as string"),
+    Method(&description, "description as string"),
+    Method(&colorSpaceModel, "colorSpaceModel as integer"),
     Method(&numberOfColorComponents, "numberOfColorComponents as integer"),
     Method(&colorSyncProfile, "colorSyncProfileHandle as integer"),
     Method(&CGColorSpace, "CGColorSpaceHandle as integer"));
 static_assert(NSColorSpaceMethods.kCount == 11);
 
 constinit auto NSColorSpaceSharedMethods = MakeTable<REALmethodDefinition>(
-    Method(&ColorSpaceWithICCProfileFile,
-           "ColorSpaceWithICCProfileData(File as Folderitem) as NSColorSpaceQVX"),
-    Method(&ColorSpaceWithICCProfileData,
-           "ColorSpaceWithICCProfileData(ICCProfileData as Memoryblock) as NSColorSpaceQVX"),
-    Method(&ColorSpaceWithColorSyncProfile,
-           "ColorSpaceWithColorSyncProfile(ColorSyncProfileHandle as integer) as NSColorSpaceQVX"),
-    Method(&ColorSpaceWithCGColorSpace,
-           "ColorSpaceWithCGColorSpace(CGColorSpaceHandle as integer) as NSColorSpaceQVX"),
-    Method(&availableColorSpacesWithModel,
-           "availableColorSpacesWithModel(Model as integer) as NSColorSpaceQVX()"),
-    PredefinedSpaces<"genericRGBColorSpace", "genericGrayColorSpace", "genericCMYKColorSpace",
-                     "deviceRGBColorSpace", "deviceGrayColorSpace", "deviceCMYKColorSpace", "sRGBColorSpace",
-                     "adobeRGB1998ColorSpace", "genericGamma22GrayColorSpace">(),
+    Method(&ColorSpaceWithICCProfileFile, "ColorSpaceWithICCProfileData(File as Folderitem) as NSColorSpaceQVX"),
+    Method(&ColorSpaceWithICCProfileData, "ColorSpaceWithICCProfileData(ICCProfileData as Memoryblock) as NSColorSpaceQVX"),
+    Method(&ColorSpaceWithColorSyncProfile, "ColorSpaceWithColorSyncProfile(ColorSyncProfileHandle as integer) as NSColorSpaceQVX"),
+    Method(&ColorSpaceWithCGColorSpace, "ColorSpaceWithCGColorSpace(CGColorSpaceHandle as integer) as NSColorSpaceQVX"),
+    Method(&availableColorSpacesWithModel, "availableColorSpacesWithModel(Model as integer) as NSColorSpaceQVX()"),
+    PredefinedSpaces<
+        "genericRGBColorSpace",
+        "genericGrayColorSpace",
+        "genericCMYKColorSpace",
+        "deviceRGBColorSpace",
+        "deviceGrayColorSpace",
+        "deviceCMYKColorSpace",
+        "sRGBColorSpace",
+        "adobeRGB1998ColorSpace",
+        "genericGamma22GrayColorSpace">(),
     Method(&colorSpaceForColorSpaceName, "colorSpaceForColorSpaceName(name as string) as NSColorSpaceQVX"));
 static_assert(NSColorSpaceSharedMethods.kCount == 15);
 
@@ -307,6 +313,7 @@ constinit REALconstant NSColorSpaceConstants[] = {
     Constant(R"(NSCustomColorSpace = "NSCustomColorSpace")"),
 };
 static_assert(std::size(NSColorSpaceConstants) == 18);
+// clang-format on
 
 }  // namespace
 

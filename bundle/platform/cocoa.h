@@ -1,4 +1,4 @@
-// bundle/platform/cocoa.h - the platform symbols that the bundle imports, and nothing else.
+// bundle/platform/cocoa.h - declares the platform symbols that symbols.inc lists, and nothing else.
 //
 // They are resolved from whatever the host process has loaded globally. Widths are those of the 32-bit
 // platform.
@@ -7,6 +7,7 @@
 #include <csetjmp>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 extern "C" {
 
@@ -84,3 +85,23 @@ static_assert(sizeof(FSRef) == 80);
 static_assert(sizeof(HFSUniStr255) == 512);
 static_assert(sizeof(ObjCExceptionFrame) == sizeof(jmp_buf) + 4 * sizeof(void*));
 static_assert(offsetof(ObjCExceptionFrame, buffer) == 0);
+
+// Each symbol of the list is declared above, as what the list calls it, and held by a library of the list.
+namespace qvx::listed {
+
+enum class Kind : std::uint8_t { Function, NoReturn, Data };
+enum class Library : std::uint8_t {
+#define PLATFORM_LIBRARY(library, path) library,
+#include "bundle/platform/symbols.inc"
+};
+
+template <typename Symbol>
+consteval bool IsDeclared(Kind kind, Library /*itsLibrary*/) {
+  return std::is_function_v<Symbol> == (kind != Kind::Data);
+}
+
+#define PLATFORM_SYMBOL(name, kind, library) \
+  static_assert(IsDeclared<decltype(::name)>(Kind::kind, Library::library), #name);
+#include "bundle/platform/symbols.inc"
+
+}  // namespace qvx::listed

@@ -9,6 +9,9 @@
 
 namespace qvx::msg {
 
+// One message per line.
+// clang-format off
+
 // Every object.
 inline constexpr Message<"alloc", id()> alloc;
 inline constexpr Message<"retain", id()> retain;
@@ -34,22 +37,16 @@ inline constexpr Message<"nextObject", id()> nextObject;
 inline constexpr Message<"generalPasteboard", id()> generalPasteboard;
 
 // NSColor: factories.
-inline constexpr Message<"colorWithColorSpace:components:count:", id(id, const CGFloat*, NSInteger)>
-    colorWithColorSpace;
+inline constexpr Message<"colorWithColorSpace:components:count:", id(id, const CGFloat*, NSInteger)> colorWithColorSpace;
 inline constexpr Message<"colorWithCGColor:", id(const void*)> colorWithCGColor;
-inline constexpr Message<"colorWithDeviceCyan:magenta:yellow:black:alpha:",
-                         id(CGFloat, CGFloat, CGFloat, CGFloat, CGFloat)>
-    colorWithDeviceCyan;
+inline constexpr Message<"colorWithDeviceCyan:magenta:yellow:black:alpha:", id(CGFloat, CGFloat, CGFloat, CGFloat, CGFloat)> colorWithDeviceCyan;
 inline constexpr Message<"colorFromPasteboard:", id(id)> colorFromPasteboard;
 inline constexpr Message<"colorWithPatternImage:", id(id)> colorWithPatternImage;
 
 // NSColor: components, conversions and derived colours.
 inline constexpr Message<"getRed:green:blue:alpha:", void(CGFloat*, CGFloat*, CGFloat*, CGFloat*)> getRed;
-inline constexpr Message<"getHue:saturation:brightness:alpha:", void(CGFloat*, CGFloat*, CGFloat*, CGFloat*)>
-    getHue;
-inline constexpr Message<"getCyan:magenta:yellow:black:alpha:",
-                         void(CGFloat*, CGFloat*, CGFloat*, CGFloat*, CGFloat*)>
-    getCyan;
+inline constexpr Message<"getHue:saturation:brightness:alpha:", void(CGFloat*, CGFloat*, CGFloat*, CGFloat*)> getHue;
+inline constexpr Message<"getCyan:magenta:yellow:black:alpha:", void(CGFloat*, CGFloat*, CGFloat*, CGFloat*, CGFloat*)> getCyan;
 inline constexpr Message<"getWhite:alpha:", void(CGFloat*, CGFloat*)> getWhite;
 inline constexpr Message<"numberOfComponents", NSInteger()> numberOfComponents;
 inline constexpr Message<"getComponents:", void(CGFloat*)> getComponents;
@@ -83,5 +80,7 @@ inline constexpr Message<"initWithCGColorSpace:", id(void*)> initWithCGColorSpac
 inline constexpr Message<"availableColorSpacesWithModel:", id(NSInteger)> availableColorSpacesWithModel;
 inline constexpr Message<"colorSpaceForColorSpaceName:", id(id)> colorSpaceForColorSpaceName;
 inline constexpr Message<"ICCProfileData", id()> ICCProfileData;
+
+// clang-format on
 
 }  // namespace qvx::msg

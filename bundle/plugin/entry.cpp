@@ -18,16 +18,9 @@ std::int32_t LayoutVersionFor(double hostVersion) {
 
 void Enter(REALresolver resolver) {
   gResolver = resolver;
-  // These two are asked for once and not kept.
-  using GetVersion = long double (*)();
-  if (const auto getVersion = reinterpret_cast<GetVersion>(AskResolver("REALGetRBVersion"))) {
-    rbversion = static_cast<double>(getVersion());
-  }
+  if (const auto getVersion = REALGetRBVersion.Find()) rbversion = static_cast<double>(getVersion());
   CurrentREALControlVersion = LayoutVersionFor(rbversion);
-  using RegisterVersion = std::int32_t (*)(std::int32_t);
-  if (const auto registerVersion = reinterpret_cast<RegisterVersion>(AskResolver("RegisterPluginVersion"))) {
-    registerVersion(CurrentREALControlVersion);
-  }
+  if (const auto registerVersion = RegisterPluginVersion.Find()) registerVersion(CurrentREALControlVersion);
   MyREALRegisterClass(&NSColorDefinition);
   MyREALRegisterClass(&NSColorListDefinition);
   MyREALRegisterClass(&NSColorSpaceDefinition);

@@ -5,7 +5,7 @@
 
 #include "hostrun/commands/check_parts.h"
 #include "hostrun/commands/elf_file.h"
-#include "hostrun/commands/platform_functions.h"
+#include "hostrun/commands/platform_symbols.h"
 #include "hostrun/host/bundle.h"
 
 namespace hostrun {
@@ -17,9 +17,8 @@ constexpr std::string_view kEntryPoint = "REALPluginMain";
 constexpr std::array<std::string_view, 5> kRunTimeLibraries = {"libc.so.6", "libm.so.6", "libstdc++.so.6",
                                                                "libgcc_s.so.1", "ld-linux.so.2"};
 
-// What else the platform gives a bundle: what does not come back, and what is no function.
-constexpr std::array<std::string_view, 3> kOtherPlatformSymbols = {
-    "objc_exception_throw", "NSCalibratedRGBColorSpace", "_GLOBAL_OFFSET_TABLE_"};
+// The linker's own, which stays undefined in some files.
+constexpr std::string_view kOffsetTable = "_GLOBAL_OFFSET_TABLE_";
 
 template <class List>
 bool Contains(const List& list, std::string_view name) {
@@ -54,8 +53,7 @@ Problem CheckUndefined(const ElfFile& file) {
   std::vector<std::string> unknown;
   for (const ElfFile::Undefined& symbol : file.undefined) {
     const bool runTime = Contains(kRunTimeLibraries, symbol.library);
-    if (!runTime && !symbol.weak && !Contains(kPlatformFunctions, symbol.name) &&
-        !Contains(kOtherPlatformSymbols, symbol.name))
+    if (!runTime && !symbol.weak && !Contains(kPlatformSymbols, symbol.name) && symbol.name != kOffsetTable)
       unknown.push_back(symbol.name);
   }
   if (unknown.empty()) return {};

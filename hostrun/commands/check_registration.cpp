@@ -13,6 +13,7 @@
 #include "hostrun/commands/start.h"
 #include "hostrun/host/bundle.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/service_list.h"
 #include "hostrun/host/services.h"
 #include "hostrun/host/text.h"
 
@@ -271,9 +272,9 @@ Problem CheckRecords(const Event& event) {
 
 std::int32_t RecordVersion(std::int32_t version) {
   events.push_back({version, {}});
-  using Service = std::int32_t (*)(std::int32_t);
-  return reinterpret_cast<Service>(ResolveService("RegisterPluginVersion"))(version);
+  return reinterpret_cast<decltype(&RecordVersion)>(ResolveService("RegisterPluginVersion"))(version);
 }
+static_assert(IsService<decltype(RecordVersion)>("RegisterPluginVersion"));
 
 void RecordClass(qvx::REALclassDefinition* definition) {
   const Memory memory;
@@ -288,9 +289,9 @@ void RecordClass(qvx::REALclassDefinition* definition) {
   // The registry follows every pointer: it never sees a record in which one leads nowhere.
   const RecordReader reader(old, RecordReader::What::Pointers);
   if (reader.Check(RecordKind::Definition, events.back().definition, {})) return;
-  using Service = void (*)(qvx::REALclassDefinition*);
-  reinterpret_cast<Service>(ResolveService("PluginRegisterClass"))(definition);
+  reinterpret_cast<decltype(&RecordClass)>(ResolveService("PluginRegisterClass"))(definition);
 }
+static_assert(IsService<decltype(RecordClass)>("PluginRegisterClass"));
 
 void* ResolveRecorded(const char* name) {
   void* const service = ResolveService(name);

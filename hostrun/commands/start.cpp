@@ -1,17 +1,31 @@
 // hostrun/commands/start.cpp - starts the host that a command needs.
 #include "hostrun/commands/start.h"
 
-#include <algorithm>
 #include <filesystem>
+#include <string_view>
 
 #include "hostrun/host/bundle.h"
 #include "hostrun/host/platform_library.h"
+#include "hostrun/host/service_list.h"
 #include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
 namespace {
 
 constexpr const char* kNoPlatform = "none";
+
+// What is wrong with the name of a service that is to be withheld; empty: nothing.
+std::string CheckServiceName(const std::string& name) {
+  bool known = false;
+  std::string meant;
+  ForEachService([&]<class>(std::string_view bundleName, std::string_view hostName) {
+    if (hostName == name) known = true;
+    if (bundleName == name) meant = hostName;
+  });
+  if (known) return {};
+  const std::string problem = "wanted the name of a service, found " + name;
+  return meant.empty() ? problem : problem + "; the host's name for it is " + meant;
+}
 
 }  // namespace
 
@@ -41,11 +55,7 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
   app.add_option("--without", options.identity.withheld, "Withhold a service by name; may be repeated")
       ->option_text("SERVICE")
       ->allow_extra_args(false)
-      ->check([](const std::string& name) {
-        const std::vector<std::string> known = ServiceNames();
-        const bool there = std::find(known.begin(), known.end(), name) != known.end();
-        return there ? std::string() : "wanted the name of a service, found " + name;
-      })
+      ->check(&CheckServiceName)
       ->group(group);
   app.add_flag_callback(
          "--no-sibling", [&options] { options.sibling = false; },

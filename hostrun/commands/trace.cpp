@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
@@ -24,6 +25,7 @@
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/functions.h"
 #include "hostrun/host/position.h"
+#include "hostrun/host/service_list.h"
 #include "hostrun/language/program.h"
 #include "hostrun/language/source.h"
 
@@ -87,53 +89,46 @@ std::string WordsText(const Parameter& parameter, const std::uint32_t*& words, b
   }
 }
 
-// How the first words of a service's arguments are shown: t a C text, s a string, o an object, i a number.
-struct ServiceForm {
-  std::string_view name;
-  std::string_view arguments;
-};
-constexpr ServiceForm kServiceForms[] = {
-    {"RegisterPluginVersion", "i"},
-    {"PluginNewInstance", "t"},
-    {"REALLockObject", "o"},
-    {"REALUnlockObject", "o"},
-    {"REALLockString", "s"},
-    {"REALUnlockString", "s"},
-    {"RuntimeRaiseException", "o"},
-    {"REALSetPropValueInt", "oti"},
-    {"REALSetPropValueString", "ots"},
-    {"PluginGetStringData", "s"},
-    {"StringGetCString", "s"},
-    {"REALLoadGlobalMethod", "t"},
-    {"REALGetStringCFString", "s"},
-    {"REALGetStringEncoding", "s"},
-    {"REALSetStringEncoding", "s"},
-    {"REALConvertString", "s"},
-    {"newMemoryBlock", "i"},
-    {"memoryBlockGetPtr", "o"},
-    {"memoryBlockGetSize", "o"},
-    {"RuntimeArrayCreateSingleDimBoundedArray", "ii"},
-    {"RuntimeUBound", "o"},
-    {"RuntimeArrayDirectGetInsertProc", "o"},
-    {"RuntimeArrayDirectGetGetProc", "o"},
-    {"REALFSRefFromFolderItem", "o"},
+// A service's argument; empty for one that can't be shown: a pointer, an encoding.
+template <class T>
+std::string ServiceArgument(std::uint32_t word) {
+  if constexpr (std::is_same_v<T, std::int32_t> || std::is_same_v<T, qvx::REALArrayType>) {
+    return std::to_string(static_cast<std::int32_t>(word));
+  } else if constexpr (std::is_same_v<T, Object*>) {
+    return ObjectText(reinterpret_cast<const Object*>(word));
+  } else if constexpr (std::is_same_v<T, HostString*>) {
+    return LiteralText(Value::Share(reinterpret_cast<HostString*>(word)));
+  } else if constexpr (std::is_same_v<T, const char*>) {
+    return word == 0 ? "null" : '"' + std::string(reinterpret_cast<const char*>(word)) + '"';
+  } else {
+    return {};
+  }
+}
+
+// A service's arguments up to the first that can't be shown. Each takes one word.
+template <class Function>
+struct ServiceArguments;
+template <class R, class... A>
+struct ServiceArguments<R(A...)> {
+  static std::string Text(const std::uint32_t* words) {
+    std::string text;
+    [[maybe_unused]] const auto add = [&text](const std::string& argument) {
+      text += (text.empty() || argument.empty() ? "" : ", ") + argument;
+      return !argument.empty();
+    };
+    static_cast<void>((add(ServiceArgument<A>(*words++)) && ...));
+    return text.empty() ? text : "(" + text + ")";
+  }
 };
 
-std::string ServiceArguments(std::string_view name, const std::uint32_t* words) {
-  const auto* const form = std::find_if(std::begin(kServiceForms), std::end(kServiceForms),
-                                        [&](const ServiceForm& f) { return f.name == name; });
-  if (form == std::end(kServiceForms)) return {};
+// The use of a service with its arguments; empty when there is no service of that name.
+std::string ServiceText(std::string_view name, const std::uint32_t* words) {
   std::string text;
-  for (const char kind : form->arguments) {
-    const std::uint32_t word = *words++;
-    if (!text.empty()) text += ", ";
-    if (kind == 'i') text += std::to_string(static_cast<std::int32_t>(word));
-    if (kind == 'o') text += ObjectText(reinterpret_cast<const Object*>(word));
-    if (kind == 's') text += LiteralText(Value::Share(reinterpret_cast<HostString*>(word)));
-    if (kind == 't')
-      text += word == 0 ? "null" : '"' + std::string(reinterpret_cast<const char*>(word)) + '"';
-  }
-  return "(" + text + ")";
+  ForEachService([&]<class Kind>(const char*, std::string_view hostName) {
+    if (text.empty() && hostName == name)
+      text = std::string(name) + ServiceArguments<typename Kind::Function>::Text(words);
+  });
+  return text;
 }
 
 // Where a loaded file's code lies.
@@ -227,8 +222,8 @@ class Tracer final : public CallObserver {
     const Busy busy(*this);
     if (name == "objc_msgSend" || name == "objc_msgSend_fpret") {
       Line("sends ", MessageText(words));
-    } else if (IsService(name)) {
-      Line("uses ", std::string(name) + ServiceArguments(name, words));
+    } else if (const std::string service = ServiceText(name, words); !service.empty()) {
+      Line("uses ", service);
     } else if (all_ || !IsQuiet(name)) {
       Line("calls ", std::string(name) + PlatformArguments(name, words));
     }
@@ -277,10 +272,6 @@ class Tracer final : public CallObserver {
     return now - call.start - (busy_ - call.busyAtStart);
   }
 
-  static bool IsService(std::string_view name) {
-    static const std::vector<std::string> names = ServiceNames();
-    return std::find(names.begin(), names.end(), name) != names.end();
-  }
   // Look-ups and exception frames are part of every call.
   static bool IsQuiet(std::string_view name) {
     return name == "objc_getClass" || name == "sel_registerName" || name == "objc_exception_try_enter" ||

@@ -1,12 +1,11 @@
 // hostrun/host/services.cpp - the services that a plugin finds by name, one function each, one table.
 #include "hostrun/host/services.h"
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <tuple>
 
-#include "bundle/host/records.h"
 #include "hostrun/host/arrays.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/exceptions.h"
@@ -14,6 +13,7 @@
 #include "hostrun/host/memory_blocks.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/service_list.h"
 #include "hostrun/host/strings.h"
 #include "hostrun/host/text.h"
 
@@ -132,14 +132,14 @@ const void* GetCFString(HostString* string) {
   });
 }
 
-HostString* BuildWithEncoding(const char* bytes, std::int32_t length, std::uint32_t encoding) {
+HostString* BuildWithEncoding(const void* bytes, std::int32_t length, std::uint32_t encoding) {
   return Serve<HostString*>(nullptr, [=]() -> HostString* {
     if (bytes == nullptr || length <= 0) return nullptr;
-    return NewString({bytes, static_cast<std::size_t>(length)}, encoding);
+    return NewString({static_cast<const char*>(bytes), static_cast<std::size_t>(length)}, encoding);
   });
 }
 
-HostString* Build(const char* bytes, std::int32_t length) {
+HostString* Build(const void* bytes, std::int32_t length) {
   return BuildWithEncoding(bytes, length, qvx::kEncodingUnknown);
 }
 
@@ -166,9 +166,9 @@ std::int32_t BlockSize(Object* block) {
   return block == nullptr ? 0 : MemoryBlockSize(block);
 }
 
-Object* CreateArray(std::int32_t elementType, std::int32_t upperBound) {
+Object* CreateArray(qvx::REALArrayType elementType, std::int32_t upperBound) {
   return Serve<Object*>(nullptr, [=]() -> Object* {
-    switch (static_cast<qvx::REALArrayType>(elementType)) {
+    switch (elementType) {
       case qvx::REALArrayType::kDouble:
         return NewArray(*TypeOf(Kind::Double), upperBound);
       case qvx::REALArrayType::kObject:
@@ -190,6 +190,8 @@ void InsertObject(Object* array, std::int32_t index, Object* value) {
   Serve(0, [=] { return InsertElement(array, index, Value::Share(value)), 0; });
 }
 
+static_assert(IsProcedure<decltype(InsertDouble)>("RuntimeArrayDirectGetInsertProc"));
+static_assert(IsProcedure<decltype(InsertObject)>("RuntimeArrayDirectGetInsertProc"));
 void* InsertProcedure(Object* array) {
   if (array == nullptr) return nullptr;
   return ArrayDataOf(array).element->kind == Kind::Double ? reinterpret_cast<void*>(&InsertDouble)
@@ -200,6 +202,7 @@ void ReadDouble(Object* array, std::int32_t index, double* out) {
   Serve(0, [=] { return *out = ElementAt(array, index).AsReal(), 0; });
 }
 
+static_assert(IsProcedure<decltype(ReadDouble)>("RuntimeArrayDirectGetGetProc"));
 void* ReadProcedure(Object* array) {
   if (array == nullptr || ArrayDataOf(array).element->kind != Kind::Double) return nullptr;
   return reinterpret_cast<void*>(&ReadDouble);
@@ -209,50 +212,57 @@ bool FileReference(Object* item, ::FSRef* reference, ::HFSUniStr255* leafName) {
   return Serve(false, [=] { return item != nullptr && FolderItemReference(item, reference, leafName); });
 }
 
+// A function of this host by the name that plugins find it by. Only a name and a type of the list compile.
+template <class R, class... A>
 struct Service {
   const char* name;
-  void* function;
+  R (*function)(A...);
+
+  consteval Service(const char* hostName, R (*itsFunction)(A...)) : name(hostName), function(itsFunction) {
+    if (!IsService<R(A...)>(name))
+      throw "wanted a name in bundle/host/services.inc and a function of its type";
+  }
 };
 
-template <class R, class... A>
-Service Entry(const char* name, R (*function)(A...)) {
-  return {name, reinterpret_cast<void*>(function)};
-}
+constexpr std::tuple kServices{Service("REALGetRBVersion", &GetVersion),
+                               Service("RegisterPluginVersion", &RegisterVersion),
+                               Service("PluginRegisterClass", &RegisterClass),
+                               Service("PluginNewInstance", &NewInstance),
+                               Service("REALLockObject", &LockObject),
+                               Service("REALUnlockObject", &UnlockObject),
+                               Service("REALLockString", &LockString),
+                               Service("REALUnlockString", &UnlockString),
+                               Service("RuntimeRaiseException", &Raise),
+                               Service("REALSetPropValueInt", &SetInteger),
+                               Service("REALSetPropValueString", &SetString),
+                               Service("PluginGetStringData", &GetStringData),
+                               Service("PluginDisposeStringData", &DisposeStringData),
+                               Service("StringGetCString", &GetCString),
+                               Service("REALLoadGlobalMethod", &LoadGlobalMethod),
+                               Service("REALGetStringCFString", &GetCFString),
+                               Service("REALBuildString", &Build),
+                               Service("REALBuildStringWithEncoding", &BuildWithEncoding),
+                               Service("REALGetStringEncoding", &GetEncoding),
+                               Service("REALSetStringEncoding", &SetEncoding),
+                               Service("REALConvertString", &Convert),
+                               Service("newMemoryBlock", &NewBlock),
+                               Service("memoryBlockGetPtr", &BlockPointer),
+                               Service("memoryBlockGetSize", &BlockSize),
+                               Service("RuntimeArrayCreateSingleDimBoundedArray", &CreateArray),
+                               Service("RuntimeUBound", &ArrayUpperBound),
+                               Service("RuntimeArrayDirectGetInsertProc", &InsertProcedure),
+                               Service("RuntimeArrayDirectGetGetProc", &ReadProcedure),
+                               Service("REALFSRefFromFolderItem", &FileReference)};
 
-const auto& Services() {
-  static const std::array services = {
-      Entry("REALGetRBVersion", &GetVersion),
-      Entry("RegisterPluginVersion", &RegisterVersion),
-      Entry("PluginRegisterClass", &RegisterClass),
-      Entry("PluginNewInstance", &NewInstance),
-      Entry("REALLockObject", &LockObject),
-      Entry("REALUnlockObject", &UnlockObject),
-      Entry("REALLockString", &LockString),
-      Entry("REALUnlockString", &UnlockString),
-      Entry("RuntimeRaiseException", &Raise),
-      Entry("REALSetPropValueInt", &SetInteger),
-      Entry("REALSetPropValueString", &SetString),
-      Entry("PluginGetStringData", &GetStringData),
-      Entry("PluginDisposeStringData", &DisposeStringData),
-      Entry("StringGetCString", &GetCString),
-      Entry("REALLoadGlobalMethod", &LoadGlobalMethod),
-      Entry("REALGetStringCFString", &GetCFString),
-      Entry("REALBuildString", &Build),
-      Entry("REALBuildStringWithEncoding", &BuildWithEncoding),
-      Entry("REALGetStringEncoding", &GetEncoding),
-      Entry("REALSetStringEncoding", &SetEncoding),
-      Entry("REALConvertString", &Convert),
-      Entry("newMemoryBlock", &NewBlock),
-      Entry("memoryBlockGetPtr", &BlockPointer),
-      Entry("memoryBlockGetSize", &BlockSize),
-      Entry("RuntimeArrayCreateSingleDimBoundedArray", &CreateArray),
-      Entry("RuntimeUBound", &ArrayUpperBound),
-      Entry("RuntimeArrayDirectGetInsertProc", &InsertProcedure),
-      Entry("RuntimeArrayDirectGetGetProc", &ReadProcedure),
-      Entry("REALFSRefFromFolderItem", &FileReference),
-  };
-  return services;
+consteval bool ServesAll() {
+  bool all = true;
+  ForEachService([&]<class>(const char*, std::string_view name) {
+    all =
+        all && std::apply([=](const auto&... service) { return ((service.name == name) || ...); }, kServices);
+  });
+  return all;
 }
+static_assert(ServesAll(), "wanted a function for each service in bundle/host/services.inc");
 
 constexpr double kFirstWithOpaqueStrings = 2012.0;
 
@@ -268,19 +278,17 @@ const HostIdentity& TheHostIdentity() {
   return identity;
 }
 
-std::vector<std::string> ServiceNames() {
-  std::vector<std::string> names;
-  for (const Service& service : Services()) names.emplace_back(service.name);
-  return names;
-}
-
 void* ResolveService(const char* name) {
   if (name == nullptr || identity.withheld.contains(name)) return nullptr;
-  for (const Service& service : Services()) {
-    if (std::strcmp(service.name, name) != 0) continue;
-    return wrapService == nullptr ? service.function : wrapService(service.name, service.function);
-  }
-  return nullptr;
+  void* found = nullptr;
+  const auto answer = [&](const auto& service) {
+    if (std::strcmp(service.name, name) != 0) return false;
+    void* const function = reinterpret_cast<void*>(service.function);
+    found = wrapService == nullptr ? function : wrapService(service.name, function);
+    return true;
+  };
+  std::apply([&](const auto&... services) { return (answer(services) || ...); }, kServices);
+  return found;
 }
 
 void SetServiceWrapper(ServiceWrapper wrap) {

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace hostrun {
 
@@ -17,9 +16,6 @@ struct HostIdentity {
 // To be called before any string or plugin exists: it also chooses the form of string records.
 void SetHostIdentity(HostIdentity identity);
 const HostIdentity& TheHostIdentity();
-
-// The names of all services, in the order of the contract.
-std::vector<std::string> ServiceNames();
 
 // The resolver handed to plugins: null for a name that is unknown or withheld.
 void* ResolveService(const char* name);

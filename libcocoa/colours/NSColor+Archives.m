@@ -1,7 +1,7 @@
 // libcocoa/colours/NSColor+Archives.m - reading colours back from archives.
 //
 // Corrects what GNUstep can't read of its own: keyed CMYK (it swaps magenta and yellow) and unkeyed patterns.
-// A keyed archive that holds an exact colour gives that. What can't be read gives nil.
+// A keyed archive that holds an exact colour gives that. What can't be read is nil.
 #import "libcocoa/colours/exact_colours.h"
 #import "libcocoa/colours/gnustep_colours.h"
 #import "libcocoa/runtime/stock_methods.h"
@@ -19,7 +19,7 @@ static NSColor* KeyedCMYK(NSCoder* coder) {
   NSScanner* scanner = [NSScanner scannerWithString:text];
   float c[5] = {0, 0, 0, 0, 1};
   unsigned found = 0;
-  while (found < 5 && [scanner scanFloat:&c[found]]) found++;
+  while (found < 5 && [scanner scanFloat:&c[found]]) ++found;
   return found < 4 ? nil : [NSColor colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
 }
 
@@ -28,8 +28,8 @@ static id StockInit(NSColor* self, SEL selector, NSCoder* coder) {
   return ((id(*)(id, SEL, NSCoder*))QVXStockMethod("NSColor", selector, &stock))(self, selector, coder);
 }
 
-static id KeyedColour(NSColor* self, SEL selector, NSCoder* coder) {
-  NSColor* color = QVXDecodeExactColour(coder);
+static id KeyedColor(NSColor* self, SEL selector, NSCoder* coder) {
+  NSColor* color = QVXDecodeExactColor(coder);
   if (!color && [coder containsValueForKey:@"NSColorSpace"] &&
       [coder decodeIntForKey:@"NSColorSpace"] == kKeyedCMYK)
     color = KeyedCMYK(coder);
@@ -52,14 +52,14 @@ static Class ReaderOf(NSString* name) {
       {NSNamedColorSpace, [GSNamedColor class]},
       {NSPatternColorSpace, [GSPatternColor class]},
   };
-  for (unsigned i = 0; i < sizeof readers / sizeof *readers; i++)
+  for (unsigned i = 0; i < sizeof readers / sizeof *readers; ++i)
     if ([readers[i].name isEqual:name]) return readers[i].reader;
   return Nil;
 }
 
 @implementation NSColor (QVXArchives)
 - (id)initWithCoder:(NSCoder*)coder {
-  if ([coder allowsKeyedCoding]) return KeyedColour(self, _cmd, coder);
+  if ([coder allowsKeyedCoding]) return KeyedColor(self, _cmd, coder);
   if ([coder versionForClassName:@"NSColor"] < kNameVersion) return StockInit(self, _cmd, coder);
   [self release];
   return [[ReaderOf([coder decodeObject]) alloc] initWithCoder:coder];

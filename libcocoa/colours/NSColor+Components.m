@@ -1,9 +1,8 @@
-// libcocoa/colours/NSColor+Components.m - what a colour answers when it is asked for a component of another
-// kind.
+// libcocoa/colours/NSColor+Components.m - refusing a component that a colour does not have.
 //
-// GNUstep's exception, with a reason that says which method was sent to which colour. These are the methods
-// that every kind of colour inherits where it has no such component.
-#import "libcocoa/colours/colour_conversion.h"
+// The exception is GNUstep's; the reason names the method and the colour. Every kind of colour inherits these
+// methods for the components that it lacks.
+#import "libcocoa/colours/NSColor+Components.h"
 
 void QVXRefuseComponent(NSColor* color, SEL selector) {
   [NSException raise:NSInternalInconsistencyException
@@ -14,52 +13,28 @@ void QVXRefuseComponent(NSColor* color, SEL selector) {
 
 @implementation NSColor (QVXComponents)
 
-- (CGFloat)redComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)greenComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)blueComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)hueComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)saturationComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)brightnessComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)whiteComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)cyanComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)magentaComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)yellowComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (CGFloat)blackComponent {
-  QVXRefuseComponent(self, _cmd);
-}
+// clang-format off
+- (CGFloat)redComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)greenComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)blueComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)hueComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)saturationComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)brightnessComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)whiteComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)cyanComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)magentaComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)yellowComponent { QVXRefuseComponent(self, _cmd); }
+- (CGFloat)blackComponent { QVXRefuseComponent(self, _cmd); }
+- (NSInteger)numberOfComponents { QVXRefuseComponent(self, _cmd); }
+- (void)getComponents:(CGFloat*)components { QVXRefuseComponent(self, _cmd); }
+- (NSString*)catalogNameComponent { QVXRefuseComponent(self, _cmd); }
+- (NSString*)colorNameComponent { QVXRefuseComponent(self, _cmd); }
+- (NSString*)localizedCatalogNameComponent { QVXRefuseComponent(self, _cmd); }
+- (NSString*)localizedColorNameComponent { QVXRefuseComponent(self, _cmd); }
+- (NSImage*)patternImage { QVXRefuseComponent(self, _cmd); }
+// clang-format on
 
 - (void)getRed:(CGFloat*)red green:(CGFloat*)green blue:(CGFloat*)blue alpha:(CGFloat*)alpha {
-  (void)red, (void)green, (void)blue, (void)alpha;
   QVXRefuseComponent(self, _cmd);
 }
 
@@ -67,12 +42,10 @@ void QVXRefuseComponent(NSColor* color, SEL selector) {
     saturation:(CGFloat*)saturation
     brightness:(CGFloat*)brightness
          alpha:(CGFloat*)alpha {
-  (void)hue, (void)saturation, (void)brightness, (void)alpha;
   QVXRefuseComponent(self, _cmd);
 }
 
 - (void)getWhite:(CGFloat*)white alpha:(CGFloat*)alpha {
-  (void)white, (void)alpha;
   QVXRefuseComponent(self, _cmd);
 }
 
@@ -81,36 +54,6 @@ void QVXRefuseComponent(NSColor* color, SEL selector) {
          yellow:(CGFloat*)yellow
           black:(CGFloat*)black
           alpha:(CGFloat*)alpha {
-  (void)cyan, (void)magenta, (void)yellow, (void)black, (void)alpha;
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (NSInteger)numberOfComponents {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (void)getComponents:(CGFloat*)components {
-  (void)components;
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (NSString*)catalogNameComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (NSString*)colorNameComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (NSString*)localizedCatalogNameComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (NSString*)localizedColorNameComponent {
-  QVXRefuseComponent(self, _cmd);
-}
-
-- (NSImage*)patternImage {
   QVXRefuseComponent(self, _cmd);
 }
 

@@ -1,5 +1,6 @@
 // libcocoa/colours/NSColor+Conversion.m - which space a colour is in, conversion to another, and the hash.
 #import "libcocoa/colours/colour_conversion.h"
+#include "libcocoa/profiles/components.h"
 
 @implementation NSColor (QVXConversion)
 
@@ -9,18 +10,17 @@
 }
 
 - (NSColor*)colorUsingColorSpace:(NSColorSpace*)space {
-  return QVXColourInSpace(self, space);
+  return QVXColorInSpace(self, space);
 }
 
-// What a kind of colour that can't be converted (a pattern) inherits.
+// Inherited by the kinds that can't be converted: patterns.
 - (NSColor*)colorUsingColorSpaceName:(NSString*)name device:(NSDictionary*)device {
-  (void)device;
   return [name isEqual:[self colorSpaceName]] ? self : nil;
 }
 
-// What the kinds with components inherit.
+// Inherited by the kinds that have components.
 - (NSUInteger)hash {
-  CGFloat components[QVXMostChannels + 1];
+  CGFloat components[QVXMostComponents];
   [self getComponents:components];
   return QVXHashOfComponents(components, (unsigned)[self numberOfComponents]);
 }

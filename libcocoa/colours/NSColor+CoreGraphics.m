@@ -2,7 +2,8 @@
 //
 // The handle of a colour is the colour itself: it stays valid while the colour lives, and comes back as the
 // same colour in the same space, patterns and named colours included.
-#import "libcocoa/colours/colour_classes.h"
+#import "libcocoa/colours/NSColor+CoreGraphics.h"
+
 #import "libcocoa/colours/exported_handles.h"
 
 @implementation NSColor (QVXCoreGraphics)
@@ -12,14 +13,13 @@
   return (CGColorRef)self;
 }
 
-// nil for NULL and for anything that no live colour has handed out.
 + (NSColor*)colorWithCGColor:(CGColorRef)handle {
   if (!QVXIsLiveHandle(handle)) return nil;
   NSColor* color = (NSColor*)handle;
   return [color isKindOfClass:[NSColor class]] ? [[color retain] autorelease] : nil;
 }
 
-// Reached from every kind of colour when it goes away.
+// Every kind of colour ends here when it is deallocated.
 - (void)dealloc {
   QVXForgetHandle(self);
   [super dealloc];

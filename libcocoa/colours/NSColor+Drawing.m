@@ -1,7 +1,6 @@
 // libcocoa/colours/NSColor+Drawing.m - drawing with a colour in a process that draws nowhere.
 //
-// GNUstep follows a null pointer there; with no graphics context there is nothing to set, and nothing
-// happens.
+// Without a graphics context GNUstep follows a null pointer; here nothing happens.
 #import "libcocoa/colours/gnustep_colours.h"
 #import "libcocoa/runtime/stock_methods.h"
 

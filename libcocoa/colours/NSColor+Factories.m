@@ -1,6 +1,7 @@
 // libcocoa/colours/NSColor+Factories.m - colours made from components in a given space.
 #import "libcocoa/colours/colour_conversion.h"
 #import "libcocoa/colours/hue_saturation_brightness.h"
+#include "libcocoa/profiles/components.h"
 
 @implementation NSColor (QVXFactories)
 
@@ -16,15 +17,15 @@
          raise:NSInvalidArgumentException
         format:@"*** +%@ wanted %d components for a colour in %@ (%d and the alpha), found %d; pass them all",
                NSStringFromSelector(_cmd), channels + 1, space, channels, components ? (int)count : 0];
-  return QVXColourWithComponents(space, components);
+  return QVXColorWithComponents(space, components);
 }
 
 + (NSColor*)colorWithSRGBRed:(CGFloat)red green:(CGFloat)green blue:(CGFloat)blue alpha:(CGFloat)alpha {
-  return QVXColourWithComponents(QVXSpaceOfKind(QVXSRGBSpace), (CGFloat[]){red, green, blue, alpha});
+  return QVXColorWithComponents(QVXSpaceOfKind(QVXSRGBSpace), (CGFloat[]){red, green, blue, alpha});
 }
 
 + (NSColor*)colorWithGenericGamma22White:(CGFloat)white alpha:(CGFloat)alpha {
-  return QVXColourWithComponents(QVXSpaceOfKind(QVXGamma22GraySpace), (CGFloat[]){white, alpha});
+  return QVXColorWithComponents(QVXSpaceOfKind(QVXGamma22GraySpace), (CGFloat[]){white, alpha});
 }
 
 + (NSColor*)colorWithRed:(CGFloat)red green:(CGFloat)green blue:(CGFloat)blue alpha:(CGFloat)alpha {
@@ -54,7 +55,7 @@
                           alpha:(CGFloat)alpha {
   if (!space || [space colorSpaceModel] != NSRGBColorSpaceModel) return nil;
   QVXRGB rgb = QVXRGBFromHSB(hue, saturation, brightness);
-  return QVXColourWithComponents(space, (CGFloat[]){rgb.red, rgb.green, rgb.blue, alpha});
+  return QVXColorWithComponents(space, (CGFloat[]){rgb.red, rgb.green, rgb.blue, alpha});
 }
 
 @end

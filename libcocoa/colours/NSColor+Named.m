@@ -1,5 +1,6 @@
 // libcocoa/colours/NSColor+Named.m - named colours: what they stand for now, and names that are missing.
-#import "libcocoa/colours/colour_conversion.h"
+#import "libcocoa/colours/NSColor+Named.h"
+
 #import "libcocoa/colours/gnustep_colours.h"
 #import "libcocoa/runtime/stock_methods.h"
 
@@ -8,18 +9,18 @@ static NSString* const kUnderPage = @"underPageBackgroundColor";
 
 // What the lists hold for the name now; nil if nothing. GNUstep's list "System" lacks one of the platform's
 // colours.
-static NSColor* ListedColour(NSString* catalogue, NSString* name) {
+static NSColor* ListedColor(NSString* catalogue, NSString* name) {
   NSColor* color = [[NSColorList colorListNamed:catalogue] colorWithKey:name];
   if (!color && [catalogue isEqual:kSystemCatalogue] && [name isEqual:kUnderPage])
     color = [NSColor colorWithCalibratedWhite:0.5F alpha:1];
   return color;
 }
 
-NSColor* QVXConcreteColour(NSColor* color) {
+NSColor* QVXConcreteColor(NSColor* color) {
   // A list may hold names in turn; a circle of names stands for nothing.
-  for (int depth = 0; depth < 8; depth++) {
+  for (int depth = 0; depth < 8; ++depth) {
     if (![color isKindOfClass:[GSNamedColor class]]) return color;
-    color = ListedColour([color catalogNameComponent], [color colorNameComponent]);
+    color = ListedColor([color catalogNameComponent], [color colorNameComponent]);
   }
   return nil;
 }
@@ -28,7 +29,7 @@ NSColor* QVXConcreteColour(NSColor* color) {
 
 + (NSColor*)colorWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
   static QVXMethod stock;
-  // GNUstep would raise with its lock held, and no named colour could ever be converted again.
+  // GNUstep would raise here with its lock held, and block every later use of a named colour.
   if (!catalogue || !name) return nil;
   return ((id(*)(id, SEL, id, id))QVXStockClassMethod("NSColor", _cmd, &stock))(self, _cmd, catalogue, name);
 }
@@ -50,12 +51,12 @@ NSColor* QVXConcreteColour(NSColor* color) {
   return nil;
 }
 
-// GNUstep remembers the last answer, nil included, whatever happens to the list.
+// GNUstep keeps its first answer, even nil, and misses later changes of the list.
 - (NSColor*)colorUsingColorSpaceName:(NSString*)space device:(NSDictionary*)device {
   if ([space isEqual:NSNamedColorSpace]) return self;
   if (!space) space = [device objectForKey:NSDeviceColorSpaceName];
-  return [QVXConcreteColour(self) colorUsingColorSpaceName:space ? space : NSCalibratedRGBColorSpace
-                                                    device:device];
+  return [QVXConcreteColor(self) colorUsingColorSpaceName:space ? space : NSCalibratedRGBColorSpace
+                                                   device:device];
 }
 
 @end

@@ -1,7 +1,7 @@
 // libcocoa/colours/NSColorSpace+Identity.m - equality, copies, description and archives of colour spaces.
 #include <objc/runtime.h>
 
-#import "libcocoa/colours/colour_spaces.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 
 static NSString* const kKindKey = @"NSID";  // the desktop platform's names of these keys
 static NSString* const kDataKey = @"NSICC";
@@ -21,7 +21,6 @@ static NSString* const kDataKey = @"NSICC";
 }
 
 - (id)copyWithZone:(NSZone*)zone {
-  (void)zone;
   return [self retain];  // immutable
 }
 

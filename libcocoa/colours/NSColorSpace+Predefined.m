@@ -1,9 +1,9 @@
 // libcocoa/colours/NSColorSpace+Predefined.m - the nine predefined spaces: one object each, made once, and
 // found by name.
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
+
 #include <pthread.h>
 #include <stdlib.h>
-
-#import "libcocoa/colours/colour_spaces.h"
 
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;
@@ -20,21 +20,20 @@ typedef struct {
 enum { kNoProfile = -1 };
 
 // By QVXSpaceKind.
+// clang-format off
 static const Predefined predefined[QVXSpaceKinds] = {
     {nil, nil, NSUnknownColorSpaceModel, kNoProfile, kNoProfile},
     {@"Device RGB", @"NSDeviceRGBColorSpace", NSRGBColorSpaceModel, kNoProfile, QVXBuiltInSRGB},
     {@"Device Gray", @"NSDeviceWhiteColorSpace", NSGrayColorSpaceModel, kNoProfile, QVXBuiltInGamma22Gray},
     {@"Device CMYK", @"NSDeviceCMYKColorSpace", NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
-    {@"Generic RGB", @"NSCalibratedRGBColorSpace", NSRGBColorSpaceModel, QVXBuiltInGenericRGB,
-     QVXBuiltInGenericRGB},
-    {@"Generic Gray", @"NSCalibratedWhiteColorSpace", NSGrayColorSpaceModel, QVXBuiltInGenericGray,
-     QVXBuiltInGenericGray},
+    {@"Generic RGB", @"NSCalibratedRGBColorSpace", NSRGBColorSpaceModel, QVXBuiltInGenericRGB, QVXBuiltInGenericRGB},
+    {@"Generic Gray", @"NSCalibratedWhiteColorSpace", NSGrayColorSpaceModel, QVXBuiltInGenericGray, QVXBuiltInGenericGray},
     {@"Generic CMYK", nil, NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
     {@"sRGB IEC61966-2.1", nil, NSRGBColorSpaceModel, QVXBuiltInSRGB, QVXBuiltInSRGB},
     {@"Adobe RGB (1998)", nil, NSRGBColorSpaceModel, QVXBuiltInAdobeRGB, QVXBuiltInAdobeRGB},
-    {@"Generic Gray Gamma 2.2 Profile", nil, NSGrayColorSpaceModel, QVXBuiltInGamma22Gray,
-     QVXBuiltInGamma22Gray},
+    {@"Generic Gray Gamma 2.2 Profile", nil, NSGrayColorSpaceModel, QVXBuiltInGamma22Gray, QVXBuiltInGamma22Gray},
 };
+// clang-format on
 
 // Filled once, read without a lock: a stored object never changes.
 static NSColorSpace* spaces[QVXSpaceKinds];
@@ -83,45 +82,21 @@ static QVXProfile* InstalledCMYK(void) {
 
 @implementation NSColorSpace (QVXPredefined)
 
-+ (NSColorSpace*)deviceRGBColorSpace {
-  return QVXSpaceOfKind(QVXDeviceRGBSpace);
-}
-
-+ (NSColorSpace*)deviceGrayColorSpace {
-  return QVXSpaceOfKind(QVXDeviceGraySpace);
-}
-
-+ (NSColorSpace*)deviceCMYKColorSpace {
-  return QVXSpaceOfKind(QVXDeviceCMYKSpace);
-}
-
-+ (NSColorSpace*)genericRGBColorSpace {
-  return QVXSpaceOfKind(QVXGenericRGBSpace);
-}
-
-+ (NSColorSpace*)genericGrayColorSpace {
-  return QVXSpaceOfKind(QVXGenericGraySpace);
-}
-
-+ (NSColorSpace*)genericCMYKColorSpace {
-  return QVXSpaceOfKind(QVXGenericCMYKSpace);
-}
-
-+ (NSColorSpace*)sRGBColorSpace {
-  return QVXSpaceOfKind(QVXSRGBSpace);
-}
-
-+ (NSColorSpace*)adobeRGB1998ColorSpace {
-  return QVXSpaceOfKind(QVXAdobeRGBSpace);
-}
-
-+ (NSColorSpace*)genericGamma22GrayColorSpace {
-  return QVXSpaceOfKind(QVXGamma22GraySpace);
-}
+// clang-format off
++ (NSColorSpace*)deviceRGBColorSpace { return QVXSpaceOfKind(QVXDeviceRGBSpace); }
++ (NSColorSpace*)deviceGrayColorSpace { return QVXSpaceOfKind(QVXDeviceGraySpace); }
++ (NSColorSpace*)deviceCMYKColorSpace { return QVXSpaceOfKind(QVXDeviceCMYKSpace); }
++ (NSColorSpace*)genericRGBColorSpace { return QVXSpaceOfKind(QVXGenericRGBSpace); }
++ (NSColorSpace*)genericGrayColorSpace { return QVXSpaceOfKind(QVXGenericGraySpace); }
++ (NSColorSpace*)genericCMYKColorSpace { return QVXSpaceOfKind(QVXGenericCMYKSpace); }
++ (NSColorSpace*)sRGBColorSpace { return QVXSpaceOfKind(QVXSRGBSpace); }
++ (NSColorSpace*)adobeRGB1998ColorSpace { return QVXSpaceOfKind(QVXAdobeRGBSpace); }
++ (NSColorSpace*)genericGamma22GrayColorSpace { return QVXSpaceOfKind(QVXGamma22GraySpace); }
+// clang-format on
 
 + (NSArray*)availableColorSpacesWithModel:(NSColorSpaceModel)model {
   NSMutableArray* found = [NSMutableArray array];
-  for (int kind = QVXOtherSpace + 1; kind < QVXSpaceKinds; kind++)
+  for (int kind = QVXOtherSpace + 1; kind < QVXSpaceKinds; ++kind)
     if (model == NSUnknownColorSpaceModel || model == predefined[kind].model)
       [found addObject:QVXSpaceOfKind(kind)];
   return found;
@@ -130,7 +105,7 @@ static QVXProfile* InstalledCMYK(void) {
 + (NSColorSpace*)colorSpaceForColorSpaceName:(NSString*)name {
   if ([name isEqual:NSCalibratedBlackColorSpace]) name = NSCalibratedWhiteColorSpace;
   if ([name isEqual:NSDeviceBlackColorSpace]) name = NSDeviceWhiteColorSpace;
-  for (int kind = QVXOtherSpace + 1; name && kind < QVXSpaceKinds; kind++)
+  for (int kind = QVXOtherSpace + 1; name && kind < QVXSpaceKinds; ++kind)
     if ([predefined[kind].stockName isEqual:name]) return QVXSpaceOfKind(kind);
   return nil;
 }
@@ -140,15 +115,17 @@ static QVXProfile* InstalledCMYK(void) {
   return stockName ? stockName : NSCustomColorSpace;
 }
 
-// Functions of the implementation, which sees the instance variables: each conversion asks them several
-// times.
+// These functions stand inside the implementation, where they can read instance variables: a conversion calls
+// them several times, and sends would show.
 QVXSpaceKind QVXKindOfSpace(NSColorSpace* space) {
-  for (int kind = QVXOtherSpace + 1; space && kind < QVXSpaceKinds; kind++)
+  for (int kind = QVXOtherSpace + 1; space && kind < QVXSpaceKinds; ++kind)
     if (__atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE) == space) return kind;
   return QVXOtherSpace;
 }
 
-NSString* QVXStockNameOfSpace(NSColorSpace* space) { return predefined[QVXKindOfSpace(space)].stockName; }
+NSString* QVXStockNameOfSpace(NSColorSpace* space) {
+  return predefined[QVXKindOfSpace(space)].stockName;
+}
 
 static QVXProfile* ProfileOfKind(NSColorSpace* space, QVXSpaceKind kind) {
   if (kind == QVXOtherSpace) return space ? space->_colorSyncProfile : NULL;
@@ -157,7 +134,17 @@ static QVXProfile* ProfileOfKind(NSColorSpace* space, QVXSpaceKind kind) {
   return builtIn == kNoProfile ? NULL : QVXProfileBuiltIn(builtIn);
 }
 
-QVXProfile* QVXProfileOfSpace(NSColorSpace* space) { return ProfileOfKind(space, QVXKindOfSpace(space)); }
+QVXProfile* QVXProfileOfSpace(NSColorSpace* space) {
+  return ProfileOfKind(space, QVXKindOfSpace(space));
+}
+
+NSColorSpace* QVXSpaceOfBuiltIn(const QVXProfile* profile) {
+  for (int kind = QVXOtherSpace + 1; kind < QVXSpaceKinds; ++kind) {
+    int builtIn = predefined[kind].builtIn;
+    if (builtIn != kNoProfile && QVXProfileBuiltIn(builtIn) == profile) return QVXSpaceOfKind(kind);
+  }
+  return nil;
+}
 
 QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
   QVXSpaceKind kind = QVXKindOfSpace(space);
@@ -168,8 +155,9 @@ QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
 - (NSString*)localizedName {
   QVXSpaceKind kind = QVXKindOfSpace(self);
   if (kind != QVXOtherSpace) return predefined[kind].name;
-  const char* description = _colorSyncProfile ? QVXProfileDescription(_colorSyncProfile) : "";
-  return *description ? [NSString stringWithUTF8String:description] : nil;
+  size_t length = 0;
+  const uint16_t* description = _colorSyncProfile ? QVXProfileDescription(_colorSyncProfile, &length) : NULL;
+  return length > 0 ? [NSString stringWithCharacters:description length:length] : nil;
 }
 
 - (NSColorSpaceModel)colorSpaceModel {

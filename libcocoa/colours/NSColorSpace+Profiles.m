@@ -1,29 +1,16 @@
-// libcocoa/colours/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and both handed out
-// again.
-#import "libcocoa/colours/colour_spaces.h"
+// libcocoa/colours/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and the way back.
+#import "libcocoa/colours/NSColorSpace+Profiles.h"
+
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 #import "libcocoa/colours/exported_handles.h"
 #import "libcocoa/runtime/stock_methods.h"
 
-@implementation NSColorSpace (QVXFromProfiles)
+@implementation NSColorSpace (QVXProfiles)
 
-// The predefined spaces that are known by what their profile says. Generic CMYK is not among them: a space
-// made from the profile that it happens to carry is equal to it, but keeps the profile's own name.
-- (NSColorSpace*)qvx_predefinedSpaceOf:(QVXProfile*)profile {
-  static const struct {
-    QVXSpaceKind kind;
-    QVXBuiltIn builtIn;
-  } known[] = {{QVXSRGBSpace, QVXBuiltInSRGB},
-               {QVXAdobeRGBSpace, QVXBuiltInAdobeRGB},
-               {QVXGenericRGBSpace, QVXBuiltInGenericRGB},
-               {QVXGenericGraySpace, QVXBuiltInGenericGray},
-               {QVXGamma22GraySpace, QVXBuiltInGamma22Gray}};
-  for (unsigned i = 0; i < sizeof known / sizeof *known; i++)
-    if (QVXProfileBuiltIn(known[i].builtIn) == profile) return QVXSpaceOfKind(known[i].kind);
-  return nil;
-}
-
+// Makes the receiver, just allocated, the space of a profile and takes over the caller's reference to that.
+// The bytes are kept as they are; nil stands for the profile's own.
 - (id)qvx_initWithProfile:(QVXProfile*)profile data:(NSData*)data {
-  NSColorSpace* predefined = profile ? [self qvx_predefinedSpaceOf:profile] : nil;
+  NSColorSpace* predefined = profile ? QVXSpaceOfBuiltIn(profile) : nil;
   if (!profile || predefined) {
     QVXProfileRelease(profile);
     [self release];
@@ -76,7 +63,7 @@
   return (CGColorSpaceRef)self;
 }
 
-// GNUstep's own, which runs after this, frees the data and knows nothing of the profile.
+// GNUstep's own method runs afterwards; it frees the data and knows nothing of the profile.
 - (void)dealloc {
   static QVXMethod stock;
   QVXForgetHandle(self);

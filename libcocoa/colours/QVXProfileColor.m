@@ -1,14 +1,10 @@
 // libcocoa/colours/QVXProfileColor.m - a colour in a space that GNUstep has no colour class for.
 #import "libcocoa/colours/QVXProfileColor.h"
 
-#include <math.h>
 #include <string.h>
 
-#import "libcocoa/colours/colour_conversion.h"
-#import "libcocoa/colours/exact_colours.h"
+#import "libcocoa/colours/NSColor+Components.h"
 #import "libcocoa/colours/hue_saturation_brightness.h"
-
-static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) : 0; }
 
 @implementation QVXProfileColor
 
@@ -19,9 +15,8 @@ static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) 
   color->_space = [space retain];
   color->_channels = (unsigned)channels;
   BOOL isLab = [space colorSpaceModel] == NSLABColorSpaceModel;
-  for (int i = 0; i < channels; i++)
-    color->_components[i] = !isLab ? Clip(components[i]) : isfinite(components[i]) ? components[i] : 0;
-  color->_components[channels] = Clip(components[channels]);
+  for (int i = 0; i < channels; ++i) color->_components[i] = QVXHeldComponent(components[i], isLab);
+  color->_components[channels] = QVXClip(components[channels]);
   return color;
 }
 
@@ -31,7 +26,6 @@ static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) 
 }
 
 - (id)copyWithZone:(NSZone*)zone {
-  (void)zone;
   return [self retain];
 }
 
@@ -60,7 +54,7 @@ static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) 
   if (![other isKindOfClass:[QVXProfileColor class]]) return NO;
   const QVXProfileColor* twin = other;
   if (twin->_channels != _channels || ![twin->_space isEqual:_space]) return NO;
-  for (unsigned i = 0; i <= _channels; i++)
+  for (unsigned i = 0; i <= _channels; ++i)
     if (twin->_components[i] != _components[i]) return NO;
   return YES;
 }
@@ -72,7 +66,7 @@ static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) 
 - (NSString*)description {
   NSMutableString* text =
       [NSMutableString stringWithFormat:@"%@ %@", NSCustomColorSpace, [_space description]];
-  for (unsigned i = 0; i <= _channels; i++) [text appendFormat:@" %g", (double)_components[i]];
+  for (unsigned i = 0; i <= _channels; ++i) [text appendFormat:@" %g", (double)_components[i]];
   return text;
 }
 
@@ -83,54 +77,27 @@ static CGFloat Clip(CGFloat value) { return value > 0 ? (value < 1 ? value : 1) 
   QVXRefuseComponent(self, selector);
 }
 
-- (CGFloat)redComponent {
-  return [self qvx_component:0 ofModel:NSRGBColorSpaceModel refusal:_cmd];
-}
-
-- (CGFloat)greenComponent {
-  return [self qvx_component:1 ofModel:NSRGBColorSpaceModel refusal:_cmd];
-}
-
-- (CGFloat)blueComponent {
-  return [self qvx_component:2 ofModel:NSRGBColorSpaceModel refusal:_cmd];
-}
-
-- (CGFloat)whiteComponent {
-  return [self qvx_component:0 ofModel:NSGrayColorSpaceModel refusal:_cmd];
-}
-
-- (CGFloat)cyanComponent {
-  return [self qvx_component:0 ofModel:NSCMYKColorSpaceModel refusal:_cmd];
-}
-
-- (CGFloat)magentaComponent {
-  return [self qvx_component:1 ofModel:NSCMYKColorSpaceModel refusal:_cmd];
-}
-
-- (CGFloat)yellowComponent {
-  return [self qvx_component:2 ofModel:NSCMYKColorSpaceModel refusal:_cmd];
-}
-
-- (CGFloat)blackComponent {
-  return [self qvx_component:3 ofModel:NSCMYKColorSpaceModel refusal:_cmd];
-}
+// clang-format off
+- (CGFloat)redComponent { return [self qvx_component:0 ofModel:NSRGBColorSpaceModel refusal:_cmd]; }
+- (CGFloat)greenComponent { return [self qvx_component:1 ofModel:NSRGBColorSpaceModel refusal:_cmd]; }
+- (CGFloat)blueComponent { return [self qvx_component:2 ofModel:NSRGBColorSpaceModel refusal:_cmd]; }
+- (CGFloat)whiteComponent { return [self qvx_component:0 ofModel:NSGrayColorSpaceModel refusal:_cmd]; }
+- (CGFloat)cyanComponent { return [self qvx_component:0 ofModel:NSCMYKColorSpaceModel refusal:_cmd]; }
+- (CGFloat)magentaComponent { return [self qvx_component:1 ofModel:NSCMYKColorSpaceModel refusal:_cmd]; }
+- (CGFloat)yellowComponent { return [self qvx_component:2 ofModel:NSCMYKColorSpaceModel refusal:_cmd]; }
+- (CGFloat)blackComponent { return [self qvx_component:3 ofModel:NSCMYKColorSpaceModel refusal:_cmd]; }
+// clang-format on
 
 - (QVXHSB)qvx_hsbForRefusal:(SEL)selector {
   if ([_space colorSpaceModel] != NSRGBColorSpaceModel) QVXRefuseComponent(self, selector);
   return QVXHSBFromRGB(_components[0], _components[1], _components[2]);
 }
 
-- (CGFloat)hueComponent {
-  return [self qvx_hsbForRefusal:_cmd].hue;
-}
-
-- (CGFloat)saturationComponent {
-  return [self qvx_hsbForRefusal:_cmd].saturation;
-}
-
-- (CGFloat)brightnessComponent {
-  return [self qvx_hsbForRefusal:_cmd].brightness;
-}
+// clang-format off
+- (CGFloat)hueComponent { return [self qvx_hsbForRefusal:_cmd].hue; }
+- (CGFloat)saturationComponent { return [self qvx_hsbForRefusal:_cmd].saturation; }
+- (CGFloat)brightnessComponent { return [self qvx_hsbForRefusal:_cmd].brightness; }
+// clang-format on
 
 static void Put(CGFloat* place, CGFloat value) {
   if (place) *place = value;
@@ -174,48 +141,12 @@ static void Put(CGFloat* place, CGFloat value) {
   Put(alpha, _components[4]);
 }
 
-// --- derived colours
-
 - (NSColor*)colorWithAlphaComponent:(CGFloat)alpha {
   CGFloat components[QVXMostChannels + 1];
   [self getComponents:components];
   if (components[_channels] == alpha) return self;
   components[_channels] = alpha;
   return [QVXProfileColor colorInSpace:_space components:components];
-}
-
-- (NSColor*)colorUsingColorSpaceName:(NSString*)name device:(NSDictionary*)device {
-  if (!name) name = [device objectForKey:NSDeviceColorSpaceName];
-  if (!name) name = NSCalibratedRGBColorSpace;
-  if ([name isEqual:NSCustomColorSpace]) return self;
-  return QVXColourInSpace(self, [NSColorSpace colorSpaceForColorSpaceName:name]);
-}
-
-- (void)set {
-  [[self colorUsingColorSpaceName:NSDeviceRGBColorSpace] set];
-}
-
-- (void)setFill {
-  [[self colorUsingColorSpaceName:NSDeviceRGBColorSpace] setFill];
-}
-
-- (void)setStroke {
-  [[self colorUsingColorSpaceName:NSDeviceRGBColorSpace] setStroke];
-}
-
-// --- archives
-
-// Every GNUstep program can read the archive: it holds the device RGB twin, with sRGB's numbers. A keyed
-// archive also holds the colour itself, under a key that others do not look at.
-- (void)encodeWithCoder:(NSCoder*)coder {
-  NSColor* twin = [self colorUsingColorSpaceName:NSDeviceRGBColorSpace];
-  if (!twin)
-    [NSException raise:NSInvalidArchiveOperationException
-                format:@"wanted a colour that can be converted to device RGB, found %@; convert it before it "
-                       @"is archived",
-                       self];
-  [twin encodeWithCoder:coder];
-  if ([coder allowsKeyedCoding]) QVXEncodeExactColour(self, coder);
 }
 
 @end

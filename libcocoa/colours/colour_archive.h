@@ -5,9 +5,12 @@
 // reader knows only what an archive of colours holds, checks every length, and gives all or nothing.
 #pragma once
 
-#import "libcocoa/lists/colour_lists.h"
+#import <Foundation/Foundation.h>
 
-// The colour (NSColor) or the list (QVXColourListContents) that is the archive's root; nil if it is damaged
-// or holds anything else. A pattern holds an image, which only GNUstep can read: then nil, and *hasPattern
+// Whether the data starts as such an archive does.
+BOOL QVXIsColorArchive(NSData* data);
+
+// The colour (NSColor) or the list (QVXColorListContents) that is the archive's root; nil if it is damaged or
+// holds anything else. A pattern holds an image, which only GNUstep can read: then nil, and *hasPattern
 // becomes YES.
-id QVXReadColourArchive(NSData* data, BOOL* hasPattern);
+id QVXReadColorArchive(NSData* data, BOOL* hasPattern);

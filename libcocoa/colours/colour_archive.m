@@ -8,6 +8,9 @@
 
 #include <string.h>
 
+#import "libcocoa/colours/QVXColorListContents.h"
+#import "libcocoa/colours/colour_conversion.h"
+
 static const char kMagic[] = "GNUstep archive";
 enum { kHeaderSize = 15 + 4 * 9 };  // the magic, then four numbers of eight digits and a colon
 
@@ -29,57 +32,57 @@ enum {
 };
 enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
 
-@interface QVXColourArchiveReader : NSObject {
+@interface QVXColorArchiveReader : NSObject {
  @public
-  const uint8_t* at;
-  const uint8_t* end;
-  BOOL failed;
-  BOOL hasPattern;
-  int depth;
-  NSMutableArray* objects;   // by running number; NSNull while an object is being read
-  NSMutableArray* classes;   // names, by running number
-  NSMutableArray* versions;  // NSNumbers, by the same
+  const uint8_t* _at;
+  const uint8_t* _end;
+  BOOL _failed;
+  BOOL _hasPattern;
+  int _depth;
+  NSMutableArray* _objects;   // by running number; NSNull while an object is being read
+  NSMutableArray* _classes;   // names, by running number
+  NSMutableArray* _versions;  // NSNumbers, by the same
 }
 - (id)readObject;
 @end
 
-@implementation QVXColourArchiveReader
+@implementation QVXColorArchiveReader
 
 - (id)init {
   self = [super init];
-  objects = [NSMutableArray new];
-  classes = [NSMutableArray new];
-  versions = [NSMutableArray new];
+  _objects = [NSMutableArray new];
+  _classes = [NSMutableArray new];
+  _versions = [NSMutableArray new];
   return self;
 }
 
 - (void)dealloc {
-  [objects release];
-  [classes release];
-  [versions release];
+  [_objects release];
+  [_classes release];
+  [_versions release];
   [super dealloc];
 }
 
 - (id)fail {
-  failed = YES;
+  _failed = YES;
   return nil;
 }
 
-// Bytes of the archive, NULL and failure if there are not so many left.
+// The next bytes of the archive; NULL, and failure, if fewer are left.
 - (const uint8_t*)take:(size_t)size {
-  if (failed || size > (size_t)(end - at)) {
-    failed = YES;
+  if (_failed || size > (size_t)(_end - _at)) {
+    _failed = YES;
     return NULL;
   }
-  const uint8_t* bytes = at;
-  at += size;
+  const uint8_t* bytes = _at;
+  _at += size;
   return bytes;
 }
 
 - (uint64_t)takeNumber:(size_t)size {
   const uint8_t* bytes = [self take:size];
   uint64_t number = 0;
-  for (size_t i = 0; bytes && i < size; i++) number = number << 8 | bytes[i];
+  for (size_t i = 0; bytes && i < size; ++i) number = number << 8 | bytes[i];
   return number;
 }
 
@@ -93,13 +96,13 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return (uint32_t)[self takeNumber:sizes[(tag & kSizeMask) >> 5]];
 }
 
-// A count, which is never more than what could follow it.
+// A count, checked against the bytes that are left: each element takes one at least.
 - (uint32_t)takeCount {
   uint8_t tag = [self takeTag];
-  if ((tag & kTypeMask) != kTypeUnsignedInt) failed = YES;
+  if ((tag & kTypeMask) != kTypeUnsignedInt) _failed = YES;
   uint64_t count = [self takeNumber:(size_t)2 << ((tag & kSizeMask) >> 5)];
-  if (count > (uint64_t)(end - at)) failed = YES;
-  return failed ? 0 : (uint32_t)count;
+  if (count > (uint64_t)(_end - _at)) _failed = YES;
+  return _failed ? 0 : (uint32_t)count;
 }
 
 - (CGFloat)takeFloat {
@@ -110,17 +113,17 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
     memcpy(&value, &bits, sizeof value);
     return value;
   }
-  if (tag != kTypeDouble) failed = YES;
+  if (tag != kTypeDouble) _failed = YES;
   uint64_t bits = [self takeNumber:sizeof bits];
   double value;
   memcpy(&value, &bits, sizeof value);
   return (CGFloat)value;
 }
 
-// The head of an array of the given length; YES if it is there.
+// Takes the head of an array; NO unless the array has the given length.
 - (BOOL)takeArrayOf:(uint32_t)count {
-  if ([self takeTag] != kTypeArray || [self takeNumber:sizeof count] != count) failed = YES;
-  return !failed;
+  if ([self takeTag] != kTypeArray || [self takeNumber:sizeof count] != count) _failed = YES;
+  return !_failed;
 }
 
 // --- classes: a name and a version, then its superclasses as far as they are new, then an empty tag
@@ -134,29 +137,29 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
                                                      length:length
                                                    encoding:NSASCIIStringEncoding] autorelease]
                          : nil;
-  if (!name || number != [classes count] + 1) failed = YES;
-  if (failed) return;
-  [classes addObject:name];
-  [versions addObject:[NSNumber numberWithUnsignedInt:version]];
+  if (!name || number != [_classes count] + 1) _failed = YES;
+  if (_failed) return;
+  [_classes addObject:name];
+  [_versions addObject:[NSNumber numberWithUnsignedInt:version]];
 }
 
 // The number of the class in the tables, from 1; 0 on failure.
 - (uint32_t)takeClass {
   uint8_t tag = [self takeTag];
-  if ((tag & kTypeMask) != kTypeClass) failed = YES;
-  if (failed) return 0;
+  if ((tag & kTypeMask) != kTypeClass) _failed = YES;
+  if (_failed) return 0;
   if (tag & kSeenBefore) {
     uint32_t number = [self takeReference:tag];
-    if (number == 0 || number > [classes count]) failed = YES;
-    return failed ? 0 : number;
+    if (number == 0 || number > [_classes count]) _failed = YES;
+    return _failed ? 0 : number;
   }
-  uint32_t number = (uint32_t)[classes count] + 1;
+  uint32_t number = (uint32_t)[_classes count] + 1;
   [self takeNewClass:tag];
-  for (tag = [self takeTag]; !failed && tag != kTypeNone; tag = [self takeTag]) {
-    if ((tag & (kTypeMask | kSeenBefore)) != kTypeClass) failed = YES;
-    if (!failed) [self takeNewClass:tag];
+  for (tag = [self takeTag]; !_failed && tag != kTypeNone; tag = [self takeTag]) {
+    if ((tag & (kTypeMask | kSeenBefore)) != kTypeClass) _failed = YES;
+    if (!_failed) [self takeNewClass:tag];
   }
-  return failed ? 0 : number;
+  return _failed ? 0 : number;
 }
 
 // --- objects
@@ -186,7 +189,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
 - (NSDictionary*)readDictionary {
   uint32_t count = [self takeCount];
   NSMutableDictionary* dictionary = [NSMutableDictionary dictionary];
-  for (uint32_t i = 0; i < count && !failed; i++) {
+  for (uint32_t i = 0; i < count && !_failed; ++i) {
     id key = [self readObject];
     id value = [self readObject];
     if (![key isKindOfClass:[NSString class]] || !value) return [self fail];
@@ -199,7 +202,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   uint32_t count = [self takeCount];
   NSMutableArray* array = [NSMutableArray array];
   if (count > 0) [self takeArrayOf:count];
-  for (uint32_t i = 0; i < count && !failed; i++) {
+  for (uint32_t i = 0; i < count && !_failed; ++i) {
     id member = [self readObject];
     if (!member) return [self fail];
     [array addObject:member];
@@ -215,54 +218,49 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return [NSColor colorWithCatalogName:catalogue colorName:name];
 }
 
+// White and CMYK: the components. RGB: red, green, blue, then hue, saturation and brightness, which follow
+// from them but for greys (a grey made from a hue keeps it), then alpha.
 - (NSColor*)readColor {
   NSString* kind = [self readObject];
-  CGFloat c[7] = {0};
-  unsigned count = 0;
   if ([kind isEqual:NSNamedColorSpace]) return [self readNamedColor];
-  if ([kind isEqual:NSPatternColorSpace]) hasPattern = !failed;
-  if ([kind isEqual:NSDeviceWhiteColorSpace] || [kind isEqual:NSCalibratedWhiteColorSpace]) count = 2;
-  if ([kind isEqual:NSDeviceCMYKColorSpace]) count = 5;
-  if ([kind isEqual:NSDeviceRGBColorSpace] || [kind isEqual:NSCalibratedRGBColorSpace]) count = 7;
-  for (unsigned i = 0; i < count; i++) c[i] = [self takeFloat];
-  if (failed || count == 0) return [self fail];
-  if ([kind isEqual:NSDeviceWhiteColorSpace]) return [NSColor colorWithDeviceWhite:c[0] alpha:c[1]];
-  if ([kind isEqual:NSCalibratedWhiteColorSpace]) return [NSColor colorWithCalibratedWhite:c[0] alpha:c[1]];
-  if ([kind isEqual:NSDeviceCMYKColorSpace])
-    return [NSColor colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
-  // Between blue and alpha stand hue, saturation and brightness; they follow from the rest, but for greys: a
-  // grey made from a hue keeps it.
-  BOOL grey = c[0] == c[1] && c[1] == c[2];
-  if ([kind isEqual:NSDeviceRGBColorSpace])
-    return grey ? [NSColor colorWithDeviceHue:c[3] saturation:c[4] brightness:c[5] alpha:c[6]]
-                : [NSColor colorWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[6]];
-  return grey ? [NSColor colorWithCalibratedHue:c[3] saturation:c[4] brightness:c[5] alpha:c[6]]
-              : [NSColor colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[6]];
+  if ([kind isEqual:NSPatternColorSpace]) _hasPattern = !_failed;
+  NSColorSpace* space = [NSColorSpace colorSpaceForColorSpaceName:kind];
+  if (!space || ![QVXStockNameOfSpace(space) isEqual:kind]) return [self fail];
+  BOOL isRGB = [space colorSpaceModel] == NSRGBColorSpaceModel;
+  CGFloat c[7];
+  int count = isRGB ? 7 : [space numberOfColorComponents] + 1;
+  for (int i = 0; i < count; ++i) c[i] = [self takeFloat];
+  if (_failed) return nil;
+  if (isRGB && c[0] == c[1] && c[1] == c[2])
+    return QVXKindOfSpace(space) == QVXDeviceRGBSpace
+               ? [NSColor colorWithDeviceHue:c[3] saturation:c[4] brightness:c[5] alpha:c[6]]
+               : [NSColor colorWithCalibratedHue:c[3] saturation:c[4] brightness:c[5] alpha:c[6]];
+  if (isRGB) c[3] = c[6];
+  return QVXColorWithComponents(space, c);
 }
 
-// Every key a string, each once, every value a colour: else there is no list.
-- (QVXColourListContents*)readList {
+// Fails unless every key is a string that occurs once, and every value a colour.
+- (QVXColorListContents*)readList {
   NSString* name = [self readObject];
   NSDictionary* colors = [self readObject];
   NSArray* keys = [self readObject];
-  if (failed || (name && ![name isKindOfClass:[NSString class]]) ||
+  if (_failed || (name && ![name isKindOfClass:[NSString class]]) ||
       ![colors isKindOfClass:[NSDictionary class]] || ![keys isKindOfClass:[NSArray class]] ||
       [colors count] != [keys count])
     return [self fail];
-  QVXColourListContents* contents = [[QVXColourListContents new] autorelease];
-  contents->name = [name copy];
+  QVXColorListContents* contents = [[QVXColorListContents new] autorelease];
+  contents.name = name;
   for (id key in keys) {
     id color = [key isKindOfClass:[NSString class]] ? [colors objectForKey:key] : nil;
-    if (![color isKindOfClass:[NSColor class]] || [contents->colors objectForKey:key]) return [self fail];
-    [contents->colors setObject:color forKey:key];
-    [contents->keys addObject:key];
+    if (![color isKindOfClass:[NSColor class]] || [contents.colors objectForKey:key]) return [self fail];
+    [contents setColor:color forKey:key];
   }
   return contents;
 }
 
 - (id)readBodyOfClass:(uint32_t)number {
-  NSString* name = [classes objectAtIndex:number - 1];
-  unsigned version = [[versions objectAtIndex:number - 1] unsignedIntValue];
+  NSString* name = [_classes objectAtIndex:number - 1];
+  unsigned version = [[_versions objectAtIndex:number - 1] unsignedIntValue];
   if ([name isEqual:@"NSString"] || [name isEqual:@"NSMutableString"]) return [self readString];
   if ([name isEqual:@"NSDictionary"] || [name isEqual:@"NSMutableDictionary"]) return [self readDictionary];
   if ([name isEqual:@"NSArray"] || [name isEqual:@"NSMutableArray"]) return [self readArray];
@@ -274,37 +272,42 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
 // The next object; nil for one that is nil in the archive, and on failure.
 - (id)readObject {
   uint8_t tag = [self takeTag];
-  if (failed || (tag & kTypeMask) != kTypeObject) return [self fail];
+  if (_failed || (tag & kTypeMask) != kTypeObject) return [self fail];
   uint32_t number = [self takeReference:tag];
-  if (failed) return nil;
+  if (_failed) return nil;
   if (tag & kSeenBefore) {
     if (number == 0) return nil;
-    if (number > [objects count]) return [self fail];
-    id known = [objects objectAtIndex:number - 1];
+    if (number > [_objects count]) return [self fail];
+    id known = [_objects objectAtIndex:number - 1];
     return known == [NSNull null] ? [self fail] : known;
   }
-  if (number != [objects count] + 1 || depth >= kDeepest) return [self fail];
-  [objects addObject:[NSNull null]];
+  if (number != [_objects count] + 1 || _depth >= kDeepest) return [self fail];
+  [_objects addObject:[NSNull null]];
   uint32_t class = [self takeClass];
-  if (failed) return nil;
-  depth++;
+  if (_failed) return nil;
+  ++_depth;
   id object = [self readBodyOfClass:class];
-  depth--;
-  if (!object || failed) return [self fail];
-  [objects replaceObjectAtIndex:number - 1 withObject:object];
+  --_depth;
+  if (!object || _failed) return [self fail];
+  [_objects replaceObjectAtIndex:number - 1 withObject:object];
   return object;
 }
 
 @end
 
-id QVXReadColourArchive(NSData* data, BOOL* hasPattern) {
+BOOL QVXIsColorArchive(NSData* data) {
+  size_t length = strlen(kMagic);
+  return [data length] >= length && memcmp([data bytes], kMagic, length) == 0;
+}
+
+id QVXReadColorArchive(NSData* data, BOOL* hasPattern) {
   *hasPattern = NO;
-  if ([data length] < kHeaderSize || memcmp([data bytes], kMagic, strlen(kMagic)) != 0) return nil;
-  QVXColourArchiveReader* reader = [[QVXColourArchiveReader new] autorelease];
-  reader->at = (const uint8_t*)[data bytes] + kHeaderSize;
-  reader->end = (const uint8_t*)[data bytes] + [data length];
+  if ([data length] < kHeaderSize || !QVXIsColorArchive(data)) return nil;
+  QVXColorArchiveReader* reader = [[QVXColorArchiveReader new] autorelease];
+  reader->_at = (const uint8_t*)[data bytes] + kHeaderSize;
+  reader->_end = (const uint8_t*)[data bytes] + [data length];
   id root = [reader readObject];
-  *hasPattern = reader->hasPattern;
-  BOOL known = [root isKindOfClass:[NSColor class]] || [root isKindOfClass:[QVXColourListContents class]];
-  return reader->failed || !known ? nil : [[root retain] autorelease];
+  *hasPattern = reader->_hasPattern;
+  BOOL known = [root isKindOfClass:[NSColor class]] || [root isKindOfClass:[QVXColorListContents class]];
+  return reader->_failed || !known ? nil : [[root retain] autorelease];
 }

@@ -5,21 +5,12 @@
 // side, the numbers go through Little CMS. No conversion raises; one that is impossible gives nil.
 #pragma once
 
-#import "libcocoa/colours/colour_spaces.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 
 // The colour in the space: itself if it is there already. nil for nil, patterns, and names that no list
 // knows.
-NSColor* QVXColourInSpace(NSColor* color, NSColorSpace* space);
-
-// What a named colour stands for now, nil if nothing; every other colour stands for itself.
-NSColor* QVXConcreteColour(NSColor* color);
+NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* space);
 
 // The colour of these components, which end with the alpha: one of GNUstep's own colours where it has a class
 // for the space. nil if the space has no components.
-NSColor* QVXColourWithComponents(NSColorSpace* space, const CGFloat* components);
-
-// Equal components have equal hashes, zero and minus zero included.
-NSUInteger QVXHashOfComponents(const CGFloat* components, unsigned count);
-
-// Raises NSInternalInconsistencyException with a reason that names the method and the colour.
-void QVXRefuseComponent(NSColor* color, SEL selector) __attribute__((noreturn));
+NSColor* QVXColorWithComponents(NSColorSpace* space, const CGFloat* components);

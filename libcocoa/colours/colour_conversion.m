@@ -3,13 +3,8 @@
 
 #include <string.h>
 
+#import "libcocoa/colours/NSColor+Named.h"
 #import "libcocoa/colours/QVXProfileColor.h"
-#import "libcocoa/colours/gnustep_colours.h"
-#include "libcocoa/profiles/colour_transforms.h"
-
-enum { kMostComponents = QVXMostChannels + 1 };
-
-static double Positive(double value) { return value > 0 ? value : 0; }
 
 // The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
 static NSString* FormulaName(NSColorSpace* space) {
@@ -19,7 +14,7 @@ static NSString* FormulaName(NSColorSpace* space) {
                                                                                    : nil;
 }
 
-NSColor* QVXColourWithComponents(NSColorSpace* space, const CGFloat* c) {
+NSColor* QVXColorWithComponents(NSColorSpace* space, const CGFloat* c) {
   switch (QVXKindOfSpace(space)) {
     case QVXDeviceRGBSpace:
       return [NSColor colorWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
@@ -38,55 +33,55 @@ NSColor* QVXColourWithComponents(NSColorSpace* space, const CGFloat* c) {
 
 // By GNUstep's formulas. Generic CMYK without a profile takes part as device CMYK.
 static NSColor* ConvertByFormula(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
-  CGFloat components[kMostComponents];
+  CGFloat components[QVXMostComponents];
   if (!QVXStockNameOfSpace(from)) {
     [color getComponents:components];
-    color = QVXColourWithComponents(QVXSpaceOfKind(QVXDeviceCMYKSpace), components);
+    color = QVXColorWithComponents(QVXSpaceOfKind(QVXDeviceCMYKSpace), components);
   }
   color = [color colorUsingColorSpaceName:FormulaName(to) device:nil];
   if (QVXStockNameOfSpace(to) || !color) return color;
   [color getComponents:components];
-  return QVXColourWithComponents(to, components);
+  return QVXColorWithComponents(to, components);
 }
 
 // Through Little CMS. A CMYK space without a profile is converted by formula to device RGB first, which is
 // sRGB.
 static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
-  CGFloat components[kMostComponents];
+  CGFloat components[QVXMostComponents];
   double source[QVXMostChannels];
   double result[QVXMostChannels];
   [color getComponents:components];
   NSInteger last = [color numberOfComponents] - 1;
   CGFloat alpha = components[last];
-  for (NSInteger i = 0; i < last; i++) source[i] = components[i];
-  QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
-  QVXProfile* fromProfile = QVXWorkingProfileOfSpace(from);
+  for (NSInteger i = 0; i < last; ++i) source[i] = components[i];
+  const QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
+  const QVXProfile* fromProfile = QVXWorkingProfileOfSpace(from);
   if (!fromProfile) {
-    for (int i = 0; i < 3; i++) source[i] = Positive(1 - source[3] - source[i]);
+    for (int i = 0; i < 3; ++i) source[i] = QVXClip(1 - source[3] - source[i]);
     fromProfile = srgb;
   }
-  QVXProfile* toProfile = QVXWorkingProfileOfSpace(to);
+  const QVXProfile* toProfile = QVXWorkingProfileOfSpace(to);
   if (!fromProfile || !srgb) return nil;
   if (fromProfile == (toProfile ? toProfile : srgb))
     memcpy(result, source, sizeof result);
   else if (!QVXConvert(fromProfile, source, toProfile ? toProfile : srgb, result))
     return nil;
   if (!toProfile) {
-    for (int i = 0; i < 3; i++) result[i] = 1 - result[i];
+    for (int i = 0; i < 3; ++i) result[i] = 1 - result[i];
     result[3] = 0;
   }
   int channels = [to numberOfColorComponents];
-  for (int i = 0; i < channels; i++) components[i] = (CGFloat)result[i];
+  for (int i = 0; i < channels; ++i) components[i] = (CGFloat)result[i];
   components[channels] = alpha;
-  return QVXColourWithComponents(to, components);
+  return QVXColorWithComponents(to, components);
 }
 
-NSColor* QVXColourInSpace(NSColor* color, NSColorSpace* to) {
+NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* to) {
   if (!to || !color) return nil;
   NSColorSpace* from = [color colorSpace];
   if (from == to || [from isEqual:to]) return color;
   if (!from) {
-    color = QVXConcreteColour(color);
+    color = QVXConcreteColor(color);
     from = [color colorSpace];
     if (!from) return nil;
     if (from == to || [from isEqual:to]) return color;
@@ -94,16 +89,4 @@ NSColor* QVXColourInSpace(NSColor* color, NSColorSpace* to) {
   if ([to numberOfColorComponents] < 1) return nil;
   return FormulaName(from) && FormulaName(to) ? ConvertByFormula(color, from, to)
                                               : ConvertByProfile(color, from, to);
-}
-
-NSUInteger QVXHashOfComponents(const CGFloat* components, unsigned count) {
-  NSUInteger hash = 2166136261u;
-  for (unsigned i = 0; i < count; i++) {
-    CGFloat value = components[i] == 0 ? 0 : components[i];  // minus zero equals zero
-    uint32_t bits;
-    memcpy(&bits, &value, sizeof bits);
-    hash = (hash ^ bits) * 16777619u;
-    hash ^= hash >> 15;
-  }
-  return hash;
 }

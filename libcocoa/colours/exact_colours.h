@@ -16,14 +16,15 @@
 
 // The archive, followed by the exact colours and the patterns among the values; the archive itself if there
 // are none.
-NSData* QVXArchiveWithExactColours(NSData* archive, NSDictionary* colors);
+NSData* QVXArchiveWithExactColors(NSData* archive, NSDictionary* colors);
 
-// What other programs read in the place of a colour: a pattern, which would end many of them, is a grey.
+// What other programs are to read in place of the colour: a grey for a pattern, which would crash many of
+// them; any other colour itself.
 NSColor* QVXReadableTwin(NSColor* color);
 
 // The exact colours behind an archive, by key; empty if there are none, or what stands there is damaged.
-NSDictionary* QVXExactColoursBehind(NSData* archive);
+NSDictionary* QVXExactColorsBehind(NSData* archive);
 
-// The same for one colour in a keyed archive. Decoding gives nil if the archive holds none.
-void QVXEncodeExactColour(QVXProfileColor* color, NSCoder* coder);
-NSColor* QVXDecodeExactColour(NSCoder* coder);
+// The same for one colour in a keyed archive. Decoding gives nil if the archive holds none, or a damaged one.
+void QVXEncodeExactColor(QVXProfileColor* color, NSCoder* coder);
+NSColor* QVXDecodeExactColor(NSCoder* coder);

@@ -3,8 +3,8 @@
 
 #include <string.h>
 
-#import "libcocoa/colours/colour_conversion.h"
 #import "libcocoa/colours/gnustep_colours.h"
+#include "libcocoa/profiles/hash.h"
 
 static const char kMagic[8] = {'Q', 'V', 'X', 'e', 'x', 'a', 'c', 't'};
 static NSString* const kCoderKey = @"QVXExactColour";
@@ -20,8 +20,8 @@ static void AppendWord(NSMutableData* data, uint32_t word) {
 }
 
 static uint32_t Checksum(const unsigned char* bytes, size_t size) {
-  uint32_t sum = 2166136261u;
-  for (size_t i = 0; i < size; i++) sum = (sum ^ bytes[i]) * 16777619u;
+  uint32_t sum = QVXHashOfNothing;
+  for (size_t i = 0; i < size; ++i) sum = QVXHashWith(sum, bytes[i]);
   return sum;
 }
 
@@ -30,8 +30,8 @@ static void AppendBlock(NSMutableData* data, NSData* block) {
   [data appendData:block];
 }
 
-static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* color,
-                         NSMutableArray* profiles) {
+static void AppendColor(NSMutableData* data, NSString* key, QVXProfileColor* color,
+                        NSMutableArray* profiles) {
   NSColorSpace* space = [color colorSpace];
   uint32_t number = QVXKindOfSpace(space);
   if (number == QVXOtherSpace) {
@@ -43,31 +43,33 @@ static void AppendColour(NSMutableData* data, NSString* key, QVXProfileColor* co
     }
     number = kFirstProfile + (uint32_t)index;
   }
-  CGFloat components[QVXMostChannels + 1];
+  CGFloat components[QVXMostComponents];
   [color getComponents:components];
   AppendBlock(data, [key dataUsingEncoding:NSUTF8StringEncoding]);
   AppendWord(data, number);
   AppendWord(data, (uint32_t)[color numberOfComponents]);
-  for (NSInteger i = 0; i < [color numberOfComponents]; i++) {
+  for (NSInteger i = 0; i < [color numberOfComponents]; ++i) {
     uint32_t bits;
     memcpy(&bits, &components[i], sizeof bits);
     AppendWord(data, bits);
   }
 }
 
-static BOOL IsPattern(NSColor* color) { return [color isKindOfClass:[GSPatternColor class]]; }
+static BOOL IsPattern(NSColor* color) {
+  return [color isKindOfClass:[GSPatternColor class]];
+}
 
 NSColor* QVXReadableTwin(NSColor* color) {
   return IsPattern(color) ? [NSColor colorWithDeviceWhite:0.5F alpha:1] : color;
 }
 
-// The number of colours, then the colours that were appended.
+// The number of colours, then the colours themselves.
 static void AppendAll(NSMutableData* data, uint32_t count, NSData* appended) {
   AppendWord(data, count);
   [data appendData:appended];
 }
 
-NSData* QVXArchiveWithExactColours(NSData* archive, NSDictionary* colors) {
+NSData* QVXArchiveWithExactColors(NSData* archive, NSDictionary* colors) {
   NSMutableArray* profiles = [NSMutableArray array];
   NSMutableData* exact = [NSMutableData data];
   NSMutableData* patterns = [NSMutableData data];
@@ -76,18 +78,18 @@ NSData* QVXArchiveWithExactColours(NSData* archive, NSDictionary* colors) {
   for (NSString* key in colors) {
     id color = [colors objectForKey:key];
     if ([color isKindOfClass:[QVXProfileColor class]]) {
-      AppendColour(exact, key, color, profiles);
-      exactCount++;
+      AppendColor(exact, key, color, profiles);
+      ++exactCount;
     } else if (IsPattern(color)) {
       AppendBlock(patterns, [key dataUsingEncoding:NSUTF8StringEncoding]);
       AppendBlock(patterns, [NSArchiver archivedDataWithRootObject:color]);
-      patternCount++;
+      ++patternCount;
     }
   }
   if (exactCount == 0 && patternCount == 0) return archive;
   NSMutableData* whole = [NSMutableData dataWithData:archive];
   AppendWord(whole, (uint32_t)[profiles count]);
-  for (NSUInteger i = 0; i < [profiles count]; i++) AppendBlock(whole, [profiles objectAtIndex:i]);
+  for (NSUInteger i = 0; i < [profiles count]; ++i) AppendBlock(whole, [profiles objectAtIndex:i]);
   AppendAll(whole, exactCount, exact);
   AppendAll(whole, patternCount, patterns);
   AppendWord(whole, Checksum([whole bytes], [whole length]));
@@ -123,7 +125,7 @@ static uint32_t TakeWord(Cursor* cursor) {
 static NSArray* TakeSpaces(Cursor* cursor) {
   NSMutableArray* spaces = [NSMutableArray array];
   uint32_t count = TakeWord(cursor);
-  for (uint32_t i = 0; i < count && !cursor->failed; i++) {
+  for (uint32_t i = 0; i < count && !cursor->failed; ++i) {
     uint32_t size = TakeWord(cursor);
     const unsigned char* bytes = Take(cursor, size);
     if (!bytes) break;
@@ -145,11 +147,11 @@ static NSString* TakeKey(Cursor* cursor) {
   return [[[NSString alloc] initWithBytes:bytes length:size encoding:NSUTF8StringEncoding] autorelease];
 }
 
-static void TakeColour(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colors) {
+static void TakeColor(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colors) {
   NSString* key = TakeKey(cursor);
   uint32_t number = TakeWord(cursor);
   uint32_t count = TakeWord(cursor);
-  const unsigned char* bits = count <= QVXMostChannels + 1 ? Take(cursor, count * kWord) : NULL;
+  const unsigned char* bits = count <= QVXMostComponents ? Take(cursor, count * kWord) : NULL;
   NSColorSpace* space = nil;
   if (number < kFirstProfile)
     space = QVXSpaceOfKind((int)number);
@@ -158,13 +160,13 @@ static void TakeColour(Cursor* cursor, NSArray* spaces, NSMutableDictionary* col
   cursor->failed =
       cursor->failed || !bits || !key || !space || count != (uint32_t)[space numberOfColorComponents] + 1;
   if (cursor->failed) return;
-  CGFloat components[QVXMostChannels + 1];
+  CGFloat components[QVXMostComponents];
   memcpy(components, bits, count * kWord);
   NSColor* color = [QVXProfileColor colorInSpace:space components:components];
   if (color) [colors setObject:color forKey:key];
 }
 
-// The checksum was right, so this is what this library wrote: GNUstep's own reader is safe with it.
+// The checksum was right, so this library wrote the data, and GNUstep's own reader can be trusted with it.
 static void TakePattern(Cursor* cursor, NSMutableDictionary* colors) {
   NSString* key = TakeKey(cursor);
   uint32_t size = TakeWord(cursor);
@@ -181,7 +183,7 @@ static void TakePattern(Cursor* cursor, NSMutableDictionary* colors) {
   }
 }
 
-NSDictionary* QVXExactColoursBehind(NSData* archive) {
+NSDictionary* QVXExactColorsBehind(NSData* archive) {
   NSMutableDictionary* colors = [NSMutableDictionary dictionary];
   const unsigned char* bytes = [archive bytes];
   size_t size = [archive length];
@@ -195,21 +197,21 @@ NSDictionary* QVXExactColoursBehind(NSData* archive) {
   Cursor cursor = {bytes + summed - (trailer - kWord), trailer - kWord, NO};
   NSArray* spaces = TakeSpaces(&cursor);
   uint32_t count = TakeWord(&cursor);
-  for (uint32_t i = 0; i < count && !cursor.failed; i++) TakeColour(&cursor, spaces, colors);
+  for (uint32_t i = 0; i < count && !cursor.failed; ++i) TakeColor(&cursor, spaces, colors);
   count = TakeWord(&cursor);
-  for (uint32_t i = 0; i < count && !cursor.failed; i++) TakePattern(&cursor, colors);
+  for (uint32_t i = 0; i < count && !cursor.failed; ++i) TakePattern(&cursor, colors);
   return colors;
 }
 
-void QVXEncodeExactColour(QVXProfileColor* color, NSCoder* coder) {
-  NSData* data = QVXArchiveWithExactColours([NSData data], [NSDictionary dictionaryWithObject:color
-                                                                                       forKey:kSoleKey]);
+void QVXEncodeExactColor(QVXProfileColor* color, NSCoder* coder) {
+  NSData* data = QVXArchiveWithExactColors([NSData data], [NSDictionary dictionaryWithObject:color
+                                                                                      forKey:kSoleKey]);
   [coder encodeObject:data forKey:kCoderKey];
 }
 
-NSColor* QVXDecodeExactColour(NSCoder* coder) {
+NSColor* QVXDecodeExactColor(NSCoder* coder) {
   if (![coder containsValueForKey:kCoderKey]) return nil;
   NSData* data = [coder decodeObjectForKey:kCoderKey];
   if (![data isKindOfClass:[NSData class]]) return nil;
-  return [QVXExactColoursBehind(data) objectForKey:kSoleKey];
+  return [QVXExactColorsBehind(data) objectForKey:kSoleKey];
 }

@@ -1,5 +1,5 @@
-// libcocoa/colours/gnustep_colours.h - GNUstep's own kinds of colour. None is in a public header; the classes
-// are exported.
+// libcocoa/colours/gnustep_colours.h - GNUstep's own kinds of colour. No public header declares them, but the
+// classes are exported.
 #pragma once
 
 #import <AppKit/AppKit.h>

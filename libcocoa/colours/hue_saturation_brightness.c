@@ -4,6 +4,8 @@
 
 #include <math.h>
 
+#include "libcocoa/profiles/components.h"
+
 QVXHSB QVXHSBFromRGB(float red, float green, float blue) {
   float most = fmaxf(red, fmaxf(green, blue));
   float least = fminf(red, fminf(green, blue));
@@ -20,14 +22,10 @@ QVXHSB QVXHSBFromRGB(float red, float green, float blue) {
   return (QVXHSB){sixths / 6, range / most, most};
 }
 
-static float Clip(float value) {
-  return value > 0 ? (value < 1 ? value : 1) : 0;
-}
-
 QVXRGB QVXRGBFromHSB(float hue, float saturation, float brightness) {
-  float sixths = Clip(hue) * 6;
-  saturation = Clip(saturation);
-  brightness = Clip(brightness);
+  float sixths = (float)QVXClip(hue) * 6;
+  saturation = (float)QVXClip(saturation);
+  brightness = (float)QVXClip(brightness);
   int sector = (int)sixths;
   float within = sixths - (float)sector;
   float low = brightness * (1 - saturation);

@@ -3,15 +3,15 @@
 #pragma once
 
 typedef struct {
-  float hue, saturation, brightness;
+  float hue, saturation, brightness;  // each 0 to 1, the hue a fraction of the circle from red
 } QVXHSB;
 
 typedef struct {
-  float red, green, blue;
+  float red, green, blue;  // each 0 to 1
 } QVXRGB;
 
 // A grey has hue 0 and saturation 0.
 QVXHSB QVXHSBFromRGB(float red, float green, float blue);
 
-// A hue of 1 is 0, the full circle.
+// Clips its arguments to 0 to 1. A hue of 1 is 0, the full circle.
 QVXRGB QVXRGBFromHSB(float hue, float saturation, float brightness);

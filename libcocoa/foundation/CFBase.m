@@ -1,8 +1,14 @@
 // libcocoa/foundation/CFBase.m - references to Core Foundation objects: an object's own.
+#include "libcocoa/foundation/CFBase.h"
+
 #import <Foundation/Foundation.h>
 
-#include "libcocoa/foundation/core_foundation.h"
+#include "libcocoa/runtime/exported.h"
 
-COCOA_EXPORT CFTypeRef CFRetain(CFTypeRef object) { return [(id)object retain]; }
+QVX_EXPORT CFTypeRef CFRetain(CFTypeRef object) {
+  return [(id)object retain];
+}
 
-COCOA_EXPORT void CFRelease(CFTypeRef object) { [(id)object release]; }
+QVX_EXPORT void CFRelease(CFTypeRef object) {
+  [(id)object release];
+}

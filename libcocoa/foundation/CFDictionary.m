@@ -1,56 +1,56 @@
 // libcocoa/foundation/CFDictionary.m - dictionaries from pointer to pointer.
+#include "libcocoa/foundation/CFDictionary.h"
+
 #import <Foundation/Foundation.h>
 #include <objc/runtime.h>
 
-#include "libcocoa/foundation/core_foundation.h"
+#include "libcocoa/runtime/exported.h"
 
 // An object, so that it is retained, released and autoreleased like any other. Not an NSDictionary: keys and
 // values need not be objects, and a table keyed by address is what makes a look-up cheap.
-@interface CFPointerDictionary : NSObject {
+@interface QVXPointerDictionary : NSObject {
  @public
   NSMapTable* _table;
   NSUInteger _most;  // entries at a time since the table was made
 }
 @end
 
-static NSMapTable* new_table(NSUInteger capacity) {
+static NSMapTable* NewTable(NSUInteger capacity) {
   return NSCreateMapTable(NSNonOwnedPointerOrNullMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks,
                           capacity);
 }
 
-@implementation CFPointerDictionary
+@implementation QVXPointerDictionary
 
 - (instancetype)initWithCapacity:(NSUInteger)capacity {
   self = [super init];
-  if (self != nil) {
-    _table = new_table(capacity);
-  }
+  if (self) _table = NewTable(capacity);
   return self;
 }
 
 - (void)dealloc {
-  if (_table != nil) NSFreeMapTable(_table);
+  if (_table) NSFreeMapTable(_table);
   [super dealloc];
 }
 
 @end
 
-static Class dictionary_class;
+static Class dictionaryClass;
 
-// NULL for anything but a dictionary made here: another object's keys would be taken for objects.
-static CFPointerDictionary* checked(CFDictionaryRef dictionary) {
-  CFPointerDictionary* object = (CFPointerDictionary*)dictionary;
-  return object != nil && object_getClass(object) == dictionary_class ? object : nil;
+// nil for anything but a dictionary made here: in any other the keys would be taken for objects.
+static QVXPointerDictionary* Checked(CFDictionaryRef dictionary) {
+  QVXPointerDictionary* object = (QVXPointerDictionary*)dictionary;
+  return object && object_getClass(object) == dictionaryClass ? object : nil;
 }
 
-// A map table keeps the memory of every entry that it ever had. One that has become much smaller than it was
-// is made anew, so that a program that held very many objects for a while gets the memory back.
-static void give_memory_back(CFPointerDictionary* object) {
+// A map table never shrinks. One that holds far fewer entries than it once did is rebuilt, so that a program
+// that held very many objects for a while gets the memory back.
+static void GiveMemoryBack(QVXPointerDictionary* object) {
   const NSUInteger small = 1024;
   const NSUInteger count = NSCountMapTable(object->_table);
   if (object->_most <= small || count > object->_most / 4) return;
-  NSMapTable* const table = new_table(count);
-  if (table == nil) return;
+  NSMapTable* const table = NewTable(count);
+  if (!table) return;
   NSMapEnumerator entries = NSEnumerateMapTable(object->_table);
   void* key = NULL;
   void* value = NULL;
@@ -61,36 +61,35 @@ static void give_memory_back(CFPointerDictionary* object) {
   object->_most = count;
 }
 
-COCOA_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
-                                                              const void* keyCallBacks,
-                                                              const void* valueCallBacks) {
-  if (capacity < 0 || keyCallBacks != NULL || valueCallBacks != NULL) return NULL;
-  dictionary_class = [CFPointerDictionary class];
-  return (CFMutableDictionaryRef)[[CFPointerDictionary alloc] initWithCapacity:(NSUInteger)capacity];
+QVX_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity,
+                                                            const void* keyCallBacks,
+                                                            const void* valueCallBacks) {
+  if (capacity < 0 || keyCallBacks || valueCallBacks) return NULL;
+  dictionaryClass = [QVXPointerDictionary class];
+  return (CFMutableDictionaryRef)[[QVXPointerDictionary alloc] initWithCapacity:(NSUInteger)capacity];
 }
 
-COCOA_EXPORT CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
-  CFPointerDictionary* object = checked(dictionary);
-  return object == nil ? 0 : (CFIndex)NSCountMapTable(object->_table);
+QVX_EXPORT CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
+  QVXPointerDictionary* object = Checked(dictionary);
+  return object ? (CFIndex)NSCountMapTable(object->_table) : 0;
 }
 
-COCOA_EXPORT const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-  CFPointerDictionary* object = checked(dictionary);
-  return object == nil ? NULL : NSMapGet(object->_table, key);
+QVX_EXPORT const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
+  QVXPointerDictionary* object = Checked(dictionary);
+  return object ? NSMapGet(object->_table, key) : NULL;
 }
 
-COCOA_EXPORT void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key,
-                                       const void* value) {
-  CFPointerDictionary* object = checked(dictionary);
-  if (object == nil || key == NSNotAPointerMapKey) return;
+QVX_EXPORT void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, const void* value) {
+  QVXPointerDictionary* object = Checked(dictionary);
+  if (!object || key == NSNotAPointerMapKey) return;
   NSMapInsert(object->_table, key, value);
   const NSUInteger count = NSCountMapTable(object->_table);
   if (count > object->_most) object->_most = count;
 }
 
-COCOA_EXPORT void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void* key) {
-  CFPointerDictionary* object = checked(dictionary);
-  if (object == nil) return;
+QVX_EXPORT void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void* key) {
+  QVXPointerDictionary* object = Checked(dictionary);
+  if (!object) return;
   NSMapRemove(object->_table, key);
-  give_memory_back(object);
+  GiveMemoryBack(object);
 }

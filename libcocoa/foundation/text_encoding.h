@@ -1,40 +1,37 @@
 // libcocoa/foundation/text_encoding.h - bytes to UTF-16 units and back, strictly, for the encodings that
 // hosts use.
-#ifndef GNUSTEP_TEXT_ENCODING_H
-#define GNUSTEP_TEXT_ENCODING_H
+#pragma once
 
 #include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
 
-// Core Foundation's encoding numbers.
+// Core Foundation's names and numbers.
 enum {
-  kEncodingMacRoman = 0x0000,
-  kEncodingUTF16 = 0x0100,  // the machine's byte order, no byte-order mark
-  kEncodingISOLatin1 = 0x0201,
-  kEncodingWindowsLatin1 = 0x0500,
-  kEncodingASCII = 0x0600,
-  kEncodingUTF8 = 0x08000100,
-  kEncodingUTF32 = 0x0C000100,
-  kEncodingUTF16BE = 0x10000100,
-  kEncodingUTF16LE = 0x14000100,
-  kEncodingUTF32BE = 0x18000100,
-  kEncodingUTF32LE = 0x1C000100,
+  kCFStringEncodingMacRoman = 0x0000,
+  kCFStringEncodingUTF16 = 0x0100,  // the machine's byte order, no byte-order mark
+  kCFStringEncodingISOLatin1 = 0x0201,
+  kCFStringEncodingWindowsLatin1 = 0x0500,
+  kCFStringEncodingASCII = 0x0600,
+  kCFStringEncodingUTF8 = 0x08000100,
+  kCFStringEncodingUTF32 = 0x0C000100,
+  kCFStringEncodingUTF16BE = 0x10000100,
+  kCFStringEncodingUTF16LE = 0x14000100,
+  kCFStringEncodingUTF32BE = 0x18000100,
+  kCFStringEncodingUTF32LE = 0x1C000100,
 };
 
 // 1, 2 or 4: the width of a unit and of a terminator. 0: the encoding is not known here.
-size_t text_encoding_width(uint32_t encoding);
+size_t QVXTextEncodingWidth(uint32_t encoding);
 
 // The length in bytes of text that ends with a zero unit.
-size_t text_encoding_length(uint32_t encoding, const char* text);
+size_t QVXTextEncodingLength(uint32_t encoding, const char* text);
 
 // Fills `units`, which has room for `length` of them, and sets `count`. False if a byte sequence stands for
 // no character of the encoding; nothing is replaced, no byte-order mark is skipped.
-bool text_decode(uint32_t encoding, const char* text, size_t length, uint16_t* units, size_t* count);
+bool QVXDecodeText(uint32_t encoding, const char* text, size_t length, uint16_t* units, size_t* count);
 
 // Writes at most `room` bytes and sets `length`. False if they don't suffice or if the encoding lacks a
 // character; the buffer's contents are then undefined.
-bool text_encode(uint32_t encoding, const uint16_t* units, size_t count, char* bytes, size_t room,
-                 size_t* length);
-
-#endif
+bool QVXEncodeText(uint32_t encoding, const uint16_t* units, size_t count, char* bytes, size_t room,
+                   size_t* length);

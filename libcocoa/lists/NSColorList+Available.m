@@ -2,24 +2,27 @@
 // not edit.
 //
 // GNUstep fills its table of lists while it initialises NSColor, with its lock held, and puts what it reads
-// into an array: one file that can't be read there would take down every program of the user. So a file that
-// is no list gives an empty one while the table is filled, and this file keeps it from being seen.
+// into an array: one unreadable file there would crash every program of the user. So while the table is
+// filled, a file that is no list gives an empty list, which is then hidden here.
+#import "libcocoa/lists/NSColorList+Available.h"
+
 #include <pthread.h>
 
-#import "libcocoa/lists/colour_lists.h"
 #import "libcocoa/runtime/stock_methods.h"
 
 static NSString* const kSystem = @"System";
 
-static __thread int loading;      // depth of loading on this thread
-static __thread int maintaining;  // depth of GNUstep's own work on the system's colours on this thread
+static _Thread_local int loading;      // depth of loading on this thread
+static _Thread_local int maintaining;  // depth of GNUstep's own work on the system's colours on this thread
 
-// Guards the two tables below. Nothing is sent while it is held but what collections do by address.
+// Guards the two tables below. While it is held, collections are only asked for what they do by address.
 static pthread_mutex_t tableLock = PTHREAD_MUTEX_INITIALIZER;
 static NSHashTable* hidden;      // lists that are not shown; addresses, not retained
 static NSMutableArray* written;  // lists that this program wrote into a folder of lists; retained
 
-BOOL QVXIsLoadingLists(void) { return loading > 0; }
+BOOL QVXIsLoadingLists(void) {
+  return loading > 0;
+}
 
 void QVXHideList(NSColorList* list) {
   pthread_mutex_lock(&tableLock);
@@ -38,12 +41,12 @@ void QVXMakeListAvailable(NSColorList* list) {
   pthread_mutex_unlock(&tableLock);
 }
 
-NSString* QVXUserColourFolder(void) {
+NSString* QVXUserColorFolder(void) {
   NSArray* found = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES);
   return [found count] ? [[found objectAtIndex:0] stringByAppendingPathComponent:@"Colors"] : nil;
 }
 
-NSArray* QVXColourFolders(void) {
+NSArray* QVXColorFolders(void) {
   NSMutableArray* folders = [NSMutableArray array];
   for (NSString* library in NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSAllDomainsMask, YES))
     [folders addObject:[library stringByAppendingPathComponent:@"Colors"]];
@@ -55,6 +58,18 @@ BOOL QVXIsSystemList(NSColorList* list) {
   return [[NSColorList availableColorLists] indexOfObjectIdenticalTo:list] != NSNotFound;
 }
 
+// Runs GNUstep's own work on the system's colours, which edits their list.
+static void Maintain(QVXMethod stock, id self, SEL selector, id argument) {
+  ++maintaining;
+  @try {
+    ((void (*)(id, SEL, id))stock)(self, selector, argument);
+  } @finally {
+    --maintaining;
+  }
+}
+
+@implementation NSColorList (QVXAvailable)
+
 // GNUstep's lists without the hidden ones, and with those that were written since. A list that was written
 // takes the place of one that GNUstep read from the same file.
 static NSArray* Visible(NSArray* stock) {
@@ -63,7 +78,7 @@ static NSArray* Visible(NSArray* stock) {
   for (NSColorList* list in stock) {
     BOOL shown = !hidden || !NSHashGet(hidden, list);
     for (NSColorList* newer in written)
-      if (newer != list && [[newer qvx_path] isEqual:[list qvx_path]]) shown = NO;
+      if (newer != list && [newer->_fullFileName isEqual:list->_fullFileName]) shown = NO;
     if (shown) [lists addObject:list];
   }
   for (NSColorList* list in written)
@@ -71,18 +86,6 @@ static NSArray* Visible(NSArray* stock) {
   pthread_mutex_unlock(&tableLock);
   return lists;
 }
-
-// Runs GNUstep's own work on the system's colours, which edits their list.
-static void Maintain(QVXMethod stock, id self, SEL selector, id argument) {
-  maintaining++;
-  @try {
-    ((void (*)(id, SEL, id))stock)(self, selector, argument);
-  } @finally {
-    maintaining--;
-  }
-}
-
-@implementation NSColorList (QVXAvailable)
 
 + (NSArray*)availableColorLists {
   static QVXMethod stock;
@@ -101,15 +104,15 @@ static void Maintain(QVXMethod stock, id self, SEL selector, id argument) {
 + (void)_loadAvailableColorLists:(NSNotification*)notification {
   static QVXMethod stock;
   QVXMethod load = QVXStockClassMethod("NSColorList", _cmd, &stock);
-  loading++;
+  ++loading;
   @try {
     ((void (*)(id, SEL, id))load)(self, _cmd, notification);
   } @finally {
-    loading--;
+    --loading;
   }
 }
 
-// The address may be another list's next.
+// A list made later may get this address: it must not be hidden.
 - (void)dealloc {
   static QVXMethod stock;
   pthread_mutex_lock(&tableLock);

@@ -2,7 +2,7 @@
 // changes.
 #import <AppKit/AppKitExceptions.h>
 
-#import "libcocoa/lists/colour_lists.h"
+#import "libcocoa/lists/NSColorList+Available.h"
 
 @implementation NSColorList (QVXEditing)
 
@@ -39,15 +39,15 @@
                        NSStringFromSelector(selector), _name, key];
 }
 
-// At once: no run loop need turn, and nothing keeps the list alive until one does.
+// Posts at once, where GNUstep waits for the run loop and keeps the list alive till then.
 - (void)qvx_postChange {
   [[NSNotificationCenter defaultCenter] postNotificationName:NSColorListDidChangeNotification object:self];
 }
 
 - (void)insertColor:(NSColor*)color key:(NSString*)key atIndex:(unsigned)index {
   [self qvx_check:_cmd color:color key:key];
-  // A key that is there already leaves its old place first. A new one is not looked for: that takes as long
-  // as the list is.
+  // A key that is there already leaves its old place first. The array is not searched for a new one: that
+  // would take longer the longer the list.
   BOOL moves = [_colorDictionary objectForKey:key] != nil;
   NSUInteger last = [_orderedColorKeys count] - (moves ? 1 : 0);
   if (index > last)
@@ -69,7 +69,7 @@
   [self qvx_postChange];
 }
 
-// A key that is not there is no error, and no change.
+// Removing a key that is not there changes nothing, and nothing is posted.
 - (void)removeColorWithKey:(NSString*)key {
   [self qvx_checkEditable:_cmd];
   if (!key || ![_colorDictionary objectForKey:key]) return;
@@ -77,18 +77,6 @@
   [_colorDictionary removeObjectForKey:own];
   [_orderedColorKeys removeObject:own];
   [self qvx_postChange];
-}
-
-- (NSString*)qvx_path {
-  return _fullFileName;
-}
-
-- (NSMutableDictionary*)qvx_colors {
-  return _colorDictionary;
-}
-
-- (NSMutableArray*)qvx_keys {
-  return _orderedColorKeys;
 }
 
 @end

@@ -1,6 +1,7 @@
 // libcocoa/lists/NSColorList+Files.m - colour lists from files and to files.
 #import "libcocoa/colours/exact_colours.h"
-#import "libcocoa/lists/colour_lists.h"
+#import "libcocoa/lists/NSColorList+Available.h"
+#import "libcocoa/lists/colour_list_reader.h"
 
 static NSString* const kExtension = @"clr";
 
@@ -27,7 +28,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 
 @implementation NSColorList (QVXFiles)
 
-// The list as other programs read it: they may be ended by a pattern.
+// The list as other programs are to read it: a pattern could crash them.
 - (NSColorList*)qvx_readableTwin {
   NSColorList* twin = [[[NSColorList alloc] initWithName:_name] autorelease];
   for (NSString* key in _orderedColorKeys) {
@@ -37,15 +38,15 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   return twin;
 }
 
-// A path of nil makes an empty list; a folder stands for the file in it that has the list's name. nil if
-// there is no such file, or it is no colour list.
+// Without a path the list is empty; a folder stands for the file in it that has the list's name. nil if there
+// is no such file, or it is no colour list.
 - (id)initWithName:(NSString*)name fromFile:(NSString*)path {
   self = [self initWithName:name];
   if (!path) return self;
   NSString* file = IsFile(path) ? path : PathInFolder(path, name);
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSData* data = file && IsFile(file) ? [NSData dataWithContentsOfFile:file] : nil;
-  QVXColourListContents* contents = [[QVXColourListContents contentsOfData:data] retain];
+  QVXColorListContents* contents = [QVXReadColorList(data) retain];
   [pool release];
   if (!contents) {
     if (QVXIsLoadingLists()) {
@@ -55,9 +56,9 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
     [self release];
     return nil;
   }
-  [_colorDictionary setDictionary:contents->colors];
-  [_orderedColorKeys setArray:contents->keys];
-  if (!_name) _name = [contents->name copy];
+  [_colorDictionary setDictionary:contents.colors];
+  [_orderedColorKeys setArray:contents.keys];
+  if (!_name) _name = [contents.name copy];
   [contents release];
   _fullFileName = [file copy];
   _is_editable = [[NSFileManager defaultManager] isWritableFileAtPath:file];
@@ -70,7 +71,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 - (BOOL)writeToFile:(NSString*)path {
   NSString* target = path;
   if (!path) {
-    NSString* folder = QVXUserColourFolder();
+    NSString* folder = QVXUserColorFolder();
     if (![[NSFileManager defaultManager] createDirectoryAtPath:folder
                                    withIntermediateDirectories:YES
                                                     attributes:nil
@@ -83,7 +84,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   if (!target || IsDirectory(target)) return NO;
   @try {
     NSData* archive = [NSArchiver archivedDataWithRootObject:[self qvx_readableTwin]];
-    archive = QVXArchiveWithExactColours(archive, _colorDictionary);
+    archive = QVXArchiveWithExactColors(archive, _colorDictionary);
     if (![archive writeToFile:target atomically:YES]) return NO;
   } @catch (NSException* exception) {
     return NO;  // a colour that no archive can hold
@@ -91,7 +92,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   NSString* own = [target copy];
   [_fullFileName release];
   _fullFileName = own;
-  for (NSString* folder in QVXColourFolders())
+  for (NSString* folder in QVXColorFolders())
     if (IsInFolder(own, folder)) {
       QVXMakeListAvailable(self);
       break;
@@ -102,7 +103,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 // Only a file in the user's own folder is removed; the list is then no longer available, and belongs to no
 // file.
 - (void)removeFile {
-  if (!_fullFileName || ![self isEditable] || !IsInFolder(_fullFileName, QVXUserColourFolder())) return;
+  if (!_fullFileName || ![self isEditable] || !IsInFolder(_fullFileName, QVXUserColorFolder())) return;
   if (![[NSFileManager defaultManager] removeFileAtPath:_fullFileName handler:nil]) return;
   QVXHideList(self);
   [_fullFileName release];

@@ -14,7 +14,7 @@ static int ignoresAlpha = -1;
   if (known >= 0) return known != 0;
   id value = [[NSUserDefaults standardUserDefaults] objectForKey:@"NSIgnoreAlpha"];
   int asked = value ? [value boolValue] : YES;
-  // A program that has set it meanwhile wins.
+  // What the program has set in the meantime wins.
   if (__atomic_compare_exchange_n(&ignoresAlpha, &known, asked, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
     return asked != 0;
   return known != 0;
@@ -24,12 +24,12 @@ static int ignoresAlpha = -1;
   __atomic_store_n(&ignoresAlpha, flag ? 1 : 0, __ATOMIC_RELEASE);
 }
 
-// Nothing happens if the pasteboard does not take colours.
+// Does nothing unless the pasteboard's owner has declared the type.
 - (void)writeToPasteboard:(NSPasteboard*)pasteboard {
   NSData* archive = nil;
   @try {
     archive = [NSArchiver archivedDataWithRootObject:QVXReadableTwin(self)];
-    archive = QVXArchiveWithExactColours(archive, [NSDictionary dictionaryWithObject:self forKey:kKey]);
+    archive = QVXArchiveWithExactColors(archive, [NSDictionary dictionaryWithObject:self forKey:kKey]);
   } @catch (NSException* exception) {
     return;  // a colour that no archive can hold
   }
@@ -43,8 +43,8 @@ static int ignoresAlpha = -1;
   id color = nil;
   @try {
     BOOL hasPattern = NO;
-    color = [QVXExactColoursBehind(data) objectForKey:kKey];
-    if (!color) color = QVXReadColourArchive(data, &hasPattern);
+    color = [QVXExactColorsBehind(data) objectForKey:kKey];
+    if (!color) color = QVXReadColorArchive(data, &hasPattern);
     if (hasPattern) color = [NSUnarchiver unarchiveObjectWithData:data];  // another program's pattern
   } @catch (NSException* exception) {
     return nil;

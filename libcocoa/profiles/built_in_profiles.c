@@ -1,5 +1,8 @@
 // libcocoa/profiles/built_in_profiles.c - the profiles that the library makes itself: the same bytes in every
 // run.
+#include "libcocoa/profiles/built_in_profiles.h"
+
+#include <stdbool.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -32,61 +35,59 @@ static cmsHPROFILE MakeGray(cmsContext context, double gamma) {
   return profile;
 }
 
-static int SetDescription(cmsContext context, cmsHPROFILE profile, const char* text) {
+static bool SetDescription(cmsContext context, cmsHPROFILE profile, const char* text) {
   cmsMLU* description = cmsMLUalloc(context, 1);
-  if (!description) return 0;
-  int done = cmsMLUsetASCII(description, "en", "US", text) &&
-             cmsWriteTag(profile, cmsSigProfileDescriptionTag, description);
+  if (!description) return false;
+  bool done = cmsMLUsetASCII(description, "en", "US", text) &&
+              cmsWriteTag(profile, cmsSigProfileDescriptionTag, description);
   cmsMLUfree(description);
   return done;
 }
 
-// The header's date is the only thing that two runs would make differently.
+// Only the date in the header would differ from run to run.
 static void SetDate(unsigned char* bytes) {
   static const unsigned char newYear2009[12] = {0x07, 0xD9, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};
   memcpy(bytes + 24, newYear2009, sizeof newYear2009);
 }
 
-void* QVXMakeBuiltIn(QVXBuiltIn which, size_t* size) {
-  cmsContext context = QVXLittleCMS();
-  cmsHPROFILE profile = NULL;
-  const char* description = "";
+// The profile of a kind, without its description, which goes to `*description`.
+static cmsHPROFILE Make(cmsContext context, QVXBuiltIn which, const char** description) {
   switch (which) {
     case QVXBuiltInSRGB:
-      profile = cmsCreate_sRGBProfileTHR(context);
-      description = "sRGB IEC61966-2.1";
-      break;
+      *description = "sRGB IEC61966-2.1";
+      return cmsCreate_sRGBProfileTHR(context);
     case QVXBuiltInAdobeRGB:
-      profile = MakeRGB(context, &kAdobePrimaries, kAdobeGamma);
-      description = "Adobe RGB (1998)";
-      break;
+      *description = "Adobe RGB (1998)";
+      return MakeRGB(context, &kAdobePrimaries, kAdobeGamma);
     case QVXBuiltInGenericRGB:
-      profile = MakeRGB(context, &kGenericPrimaries, kGenericGamma);
-      description = "Generic RGB Profile";
-      break;
+      *description = "Generic RGB Profile";
+      return MakeRGB(context, &kGenericPrimaries, kGenericGamma);
     case QVXBuiltInGenericGray:
-      profile = MakeGray(context, kGenericGamma);
-      description = "Generic Gray Profile";
-      break;
+      *description = "Generic Gray Profile";
+      return MakeGray(context, kGenericGamma);
     case QVXBuiltInGamma22Gray:
-      profile = MakeGray(context, 2.2);
-      description = "Generic Gray Gamma 2.2 Profile";
-      break;
-    case QVXBuiltInCount:
-      break;
+      *description = "Generic Gray Gamma 2.2 Profile";
+      return MakeGray(context, 2.2);
+    default:
+      return NULL;
   }
+}
+
+void* QVXMakeBuiltIn(QVXBuiltIn which, size_t* size) {
+  cmsContext context = QVXLittleCMS();
+  const char* description = NULL;
+  cmsHPROFILE profile = Make(context, which, &description);
   if (!profile) return NULL;
   unsigned char* bytes = NULL;
   cmsUInt32Number needed = 0;
-  if (SetDescription(context, profile, description) && cmsSaveProfileToMem(profile, NULL, &needed)) {
+  if (SetDescription(context, profile, description) && cmsSaveProfileToMem(profile, NULL, &needed))
     bytes = malloc(needed);
-    if (bytes && !cmsSaveProfileToMem(profile, bytes, &needed)) {
-      free(bytes);
-      bytes = NULL;
-    }
-  }
+  bool saved = bytes && cmsSaveProfileToMem(profile, bytes, &needed);
   cmsCloseProfile(profile);
-  if (!bytes) return NULL;
+  if (!saved) {
+    free(bytes);
+    return NULL;
+  }
   SetDate(bytes);
   *size = needed;
   return bytes;

@@ -1,42 +1,38 @@
-// libcocoa/runtime/exception_frames.h - the setjmp frames of exception guards, and the thread's list of live
-// ones.
-#ifndef GNUSTEP_EXCEPTION_FRAMES_H
-#define GNUSTEP_EXCEPTION_FRAMES_H
+// libcocoa/runtime/exception_frames.h - the setjmp frames of exception guards, and the calling thread's list
+// of live ones.
+#pragma once
 
 #include <objc/objc.h>
 #include <setjmp.h>
 #include <stdbool.h>
-#include <stddef.h>
 #include <stdint.h>
 
 // A frame lies on its guard's stack. The guard enters it, then calls _setjmp on `buffer` in the same
 // function.
-struct exception_frame {
+typedef struct {
   jmp_buf buffer;
-  uintptr_t mark;     // set on entering, cleared on leaving and on delivery; depends on the frame's address
-  id exception;       // set on delivery
-  int runtime_locks;  // how often this thread held the runtime's lock on entering
+  uintptr_t mark;    // set on entering, cleared on leaving and on delivery; depends on the frame's address
+  id exception;      // set on delivery, not retained
+  int runtimeLocks;  // how often this thread held the runtime's lock on entering
   void* unused;
-};
+} QVXExceptionFrame;
 
-// The calling thread's live frame that was entered last, or NULL.
-struct exception_frame* innermost_exception_frame(void);
+// The live frame that was entered last; NULL if there is none.
+QVXExceptionFrame* QVXInnermostFrame(void);
 
 // Drops the frames entered last that lie below the stack pointer: they belong to functions that are gone.
-void exception_frames_drop_below(uintptr_t stack_pointer);
+void QVXDropFramesBelow(uintptr_t stackPointer);
 
-// Drops the frame and every frame entered after it; nothing if it is not live.
-void exception_frames_leave(const struct exception_frame* frame);
+// Drops the frame and every frame entered after it; does nothing if it is not live.
+void QVXLeaveFrame(const QVXExceptionFrame* frame);
 
 // What can be told from a frame alone: it bears its mark, _setjmp was called on it, and the stack pointer
-// saved there lies between `stack_pointer` and the frame.
-bool exception_frame_is_armed(const struct exception_frame* frame, uintptr_t stack_pointer);
+// saved there lies between `stackPointer` and the frame.
+bool QVXFrameIsArmed(const QVXExceptionFrame* frame, uintptr_t stackPointer);
 
-// The program counter that _setjmp saved.
-uintptr_t exception_frame_pc(const struct exception_frame* frame);
+// The program counter that _setjmp saved in an armed frame.
+uintptr_t QVXFrameProgramCounter(const QVXExceptionFrame* frame);
 
 // Gives back the runtime's lock as often as this thread has taken it since it entered the frame. The runtime
 // holds it while it runs +initialize, and knows nothing of exceptions that leave there.
-void exception_frame_restore_locks(const struct exception_frame* frame);
-
-#endif
+void QVXRestoreRuntimeLock(const QVXExceptionFrame* frame);

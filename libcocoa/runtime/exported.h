@@ -1,7 +1,4 @@
 // libcocoa/runtime/exported.h - what leaves the library; everything else is compiled hidden.
-#ifndef GNUSTEP_EXPORTED_H
-#define GNUSTEP_EXPORTED_H
+#pragma once
 
-#define COCOA_EXPORT __attribute__((visibility("default")))
-
-#endif
+#define QVX_EXPORT __attribute__((visibility("default")))

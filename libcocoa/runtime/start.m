@@ -10,13 +10,13 @@ static const char kLibraries[] = "/usr/lib/libgnustep-base.so";
 
 // The folder below which GNUstep's libraries were unpacked, to be freed; NULL if that is the file system's
 // root.
-static char* root_of_libraries(void) {
+static char* RootOfLibraries(void) {
   Dl_info base;
   if (dladdr((const void*)GNUstepConfig, &base) == 0) return NULL;
   char* path = realpath(base.dli_fname, NULL);
   char* end = NULL;
-  for (char* found = path; found && (found = strstr(found, kLibraries)) != NULL; found++) end = found;
-  if (end == NULL || end == path) {
+  for (char* found = path; found && (found = strstr(found, kLibraries)); ++found) end = found;
+  if (!end || end == path) {
     free(path);
     return NULL;
   }
@@ -26,14 +26,14 @@ static char* root_of_libraries(void) {
 
 // GNUstep's own folders, when its libraries were unpacked below a folder other than the file system's root.
 // Without this it would look for its resources below /usr, where there are none or another version's. The
-// machine's own system folder stays on the search path, in the place of the network's, which is the local
-// one's twin.
-static void find_resources(const char* path) {
+// machine's own system folder stays on the search path, in place of the network's, which is the same folder
+// as the local one.
+static void FindResources(const char* path) {
   NSString* root = [NSString stringWithUTF8String:path];
   NSMutableDictionary* configuration = GNUstepConfig(nil);
   NSString* machine = [configuration objectForKey:@"GNUSTEP_SYSTEM_LIBRARY"];
-  if (machine == nil) machine = @"/usr/lib/GNUstep";  // GNUstep's own default, without a configuration file
-  if (root == nil || [machine hasPrefix:root]) return;
+  if (!machine) machine = @"/usr/lib/GNUstep";  // GNUstep's own default, without a configuration file
+  if (!root || [machine hasPrefix:root]) return;
   [configuration setObject:machine forKey:@"GNUSTEP_NETWORK_LIBRARY"];
   [configuration setObject:[root stringByAppendingString:@"/usr/lib/GNUstep"]
                     forKey:@"GNUSTEP_SYSTEM_LIBRARY"];
@@ -42,33 +42,33 @@ static void find_resources(const char* path) {
 }
 
 // Exceptions reach setjmp frames only if every library's raise binds to this library.
-static void check_load_order(void) {
+static void CheckLoadOrder(void) {
   Dl_info here, thrower;
   void* found = dlsym(RTLD_DEFAULT, "objc_exception_throw");
-  if (found == NULL || dladdr(found, &thrower) == 0 || dladdr(kLibraries, &here) == 0) return;
+  if (!found || dladdr(found, &thrower) == 0 || dladdr(kLibraries, &here) == 0) return;
   if (thrower.dli_fbase == here.dli_fbase) return;
-  fprintf(stderr,
-          "libcocoa: wanted to be loaded before the Objective-C runtime, found %s loaded first; exceptions "
-          "will not "
-          "reach their frames; load or link libcocoa.so ahead of it\n",
-          thrower.dli_fname);
+  fprintf(
+      stderr,
+      "libcocoa: wanted to be loaded before the Objective-C runtime, found %s loaded first; exceptions will "
+      "not reach their frames; load or link libcocoa.so ahead of it\n",
+      thrower.dli_fname);
 }
 
 // A plain constructor would come too early: this file's selectors are not known to the runtime before +load.
-@interface CocoaStart : NSObject
+@interface QVXStart : NSObject
 @end
 
-@implementation CocoaStart
+@implementation QVXStart
 
 + (void)load {
-  check_load_order();
-  // The bottom pool of the thread that loads the library. A host without pools of its own keeps what is
-  // autoreleased, and is not told so object by object.
+  CheckLoadOrder();
+  // The bottom pool of the thread that loads the library. Without it GNUstep would warn a host that has no
+  // pools of its own about each autoreleased object.
   [[NSAutoreleasePool alloc] init];
-  char* root = root_of_libraries();
-  if (root == NULL) return;
+  char* root = RootOfLibraries();
+  if (!root) return;
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-  find_resources(root);
+  FindResources(root);
   [pool drain];
   free(root);
 }

@@ -11,10 +11,10 @@ static QVXMethod Find(Class class, const char* className, char kind, SEL selecto
   unsigned found = 0;
   Method oldest = NULL;
   Method* methods = class ? class_copyMethodList(class, &count) : NULL;
-  for (unsigned i = 0; i < count; i++) {
+  for (unsigned i = 0; i < count; ++i) {
     if (!sel_isEqual(method_getName(methods[i]), selector)) continue;
     oldest = methods[i];  // the list has the newest first
-    found++;
+    ++found;
   }
   free(methods);
   if (found < 2) {

@@ -5,20 +5,20 @@
 #include <stdint.h>
 #include <string.h>
 
-struct eh_bases {
+typedef struct {
   void* text;
   void* data;
   void* function;
-};
+} EHBases;
 
 // A frame description entry; the distance leads back to its common information entry.
-struct description_entry {
+typedef struct {
   uint32_t length;
   int32_t distance;
-};
+} DescriptionEntry;
 
 // From the compiler's run-time library: the entry for a program counter, or NULL.
-extern const struct description_entry* _Unwind_Find_FDE(void* pc, struct eh_bases*);
+extern const DescriptionEntry* _Unwind_Find_FDE(void* pc, EHBases*);
 
 extern _Unwind_Reason_Code __gnu_objc_personality_v0(int, _Unwind_Action, _Unwind_Exception_Class,
                                                      struct _Unwind_Exception*, struct _Unwind_Context*);
@@ -33,13 +33,13 @@ enum {
   kIndirect = 0x80,
 };
 
-static const uint8_t* skip_leb128(const uint8_t* p) {
+static const uint8_t* SkipLEB128(const uint8_t* p) {
   while (*p++ & 0x80) {
   }
   return p;
 }
 
-static uintptr_t read_pointer(uint8_t encoding, const uint8_t* p, const struct eh_bases* bases) {
+static uintptr_t ReadPointer(uint8_t encoding, const uint8_t* p, const EHBases* bases) {
   uint8_t format = encoding & 0x0f;
   if (format != kAbsolute && format != kUnsigned4 && format != kSigned4) return 0;
   uint32_t value;
@@ -62,27 +62,27 @@ static uintptr_t read_pointer(uint8_t encoding, const uint8_t* p, const struct e
   return result;
 }
 
-static const uint8_t* common_entry(const struct description_entry* entry) {
+static const uint8_t* CommonEntry(const DescriptionEntry* entry) {
   return (const uint8_t*)((uintptr_t)&entry->distance - (uintptr_t)entry->distance);
 }
 
-static uintptr_t personality_at(void* pc) {
-  struct eh_bases bases;
-  const struct description_entry* entry = _Unwind_Find_FDE(pc, &bases);
-  if (entry == NULL) return 0;
-  const uint8_t* common = common_entry(entry);
+static uintptr_t PersonalityAt(void* pc) {
+  EHBases bases;
+  const DescriptionEntry* entry = _Unwind_Find_FDE(pc, &bases);
+  if (!entry) return 0;
+  const uint8_t* common = CommonEntry(entry);
   uint8_t version = common[8];
   const char* augmentation = (const char*)common + 9;
   if (augmentation[0] != 'z') return 0;
   const uint8_t* p = (const uint8_t*)augmentation + strlen(augmentation) + 1;
-  p = skip_leb128(p);                         // code alignment
-  p = skip_leb128(p);                         // data alignment
-  p = version == 1 ? p + 1 : skip_leb128(p);  // return address register
-  p = skip_leb128(p);                         // length of what follows
+  p = SkipLEB128(p);                         // code alignment
+  p = SkipLEB128(p);                         // data alignment
+  p = version == 1 ? p + 1 : SkipLEB128(p);  // return address register
+  p = SkipLEB128(p);                         // length of what follows
   for (const char* letter = augmentation + 1; *letter != 0; ++letter) {
     switch (*letter) {
       case 'P':
-        return read_pointer(p[0], p + 1, &bases);
+        return ReadPointer(p[0], p + 1, &bases);
       case 'L':
       case 'R':
         ++p;
@@ -96,19 +96,19 @@ static uintptr_t personality_at(void* pc) {
   return 0;
 }
 
-bool has_unwind_actions(struct _Unwind_Context* frame) {
-  return _Unwind_GetLanguageSpecificData(frame) != 0;
+bool QVXHasUnwindActions(struct _Unwind_Context* function) {
+  return _Unwind_GetLanguageSpecificData(function) != 0;
 }
 
-personality_routine objective_c_personality(struct _Unwind_Context* frame) {
-  if (!has_unwind_actions(frame)) return NULL;
-  int before_instruction = 0;
-  uintptr_t pc = _Unwind_GetIPInfo(frame, &before_instruction);
-  if (!before_instruction) --pc;  // a return address may lie behind the function's end
-  return personality_at((void*)pc) == (uintptr_t)__gnu_objc_personality_v0 ? __gnu_objc_personality_v0 : NULL;
+QVXPersonality QVXObjectiveCPersonality(struct _Unwind_Context* function) {
+  if (!QVXHasUnwindActions(function)) return NULL;
+  int beforeInstruction = 0;
+  uintptr_t pc = _Unwind_GetIPInfo(function, &beforeInstruction);
+  if (!beforeInstruction) --pc;  // a return address may lie behind the function's end
+  return PersonalityAt((void*)pc) == (uintptr_t)__gnu_objc_personality_v0 ? __gnu_objc_personality_v0 : NULL;
 }
 
-// Call frame instructions, as far as they may stand at the head of an entry.
+// The call frame instructions that may stand at the head of an entry.
 enum {
   kNop = 0x00,
   kRememberState = 0x0a,
@@ -119,16 +119,16 @@ enum {
   kPrimaryMask = 0xc0,
 };
 
-// A function starts with its return address on top of the stack, as its common entry says. A piece of one
-// starts with a frame already made, and its entry has to say so before the first instruction.
-static bool starts_with_a_frame(const struct description_entry* entry) {
+// A function starts with its return address on top of the stack, as its common entry says. A piece that was
+// moved away starts with its stack already set up, and its entry has to say so before the first instruction.
+static bool StartsInTheMiddle(const DescriptionEntry* entry) {
   const uint8_t* end = (const uint8_t*)&entry->distance + entry->length;
   const uint8_t* p = (const uint8_t*)(&entry->distance + 1) + 2 * sizeof(uint32_t);  // past start and size
-  if (common_entry(entry)[9] == 'z') p += 1 + *p;
+  if (CommonEntry(entry)[9] == 'z') p += 1 + *p;
   while (p < end) {
     uint8_t instruction = *p++;
     if ((instruction & kPrimaryMask) == kRegisterOffset || instruction == kArgumentsSize) {
-      p = skip_leb128(p);
+      p = SkipLEB128(p);
     } else if (instruction != kNop && instruction != kRememberState) {
       return instruction >= kDefineCfa && instruction <= kDefineCfaExpression;
     }
@@ -136,10 +136,10 @@ static bool starts_with_a_frame(const struct description_entry* entry) {
   return false;
 }
 
-bool may_share_function(uintptr_t pc, uintptr_t other_pc) {
-  struct eh_bases bases, other_bases;
-  const struct description_entry* entry = _Unwind_Find_FDE((void*)pc, &bases);
-  const struct description_entry* other = _Unwind_Find_FDE((void*)other_pc, &other_bases);
-  if (entry == NULL || other == NULL) return entry == other;
-  return entry == other || starts_with_a_frame(entry) || starts_with_a_frame(other);
+bool QVXMayShareFunction(uintptr_t pc, uintptr_t otherPC) {
+  EHBases bases, otherBases;
+  const DescriptionEntry* entry = _Unwind_Find_FDE((void*)pc, &bases);
+  const DescriptionEntry* other = _Unwind_Find_FDE((void*)otherPC, &otherBases);
+  if (!entry || !other) return entry == other;
+  return entry == other || StartsInTheMiddle(entry) || StartsInTheMiddle(other);
 }

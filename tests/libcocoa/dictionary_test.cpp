@@ -1,7 +1,7 @@
 // tests/libcocoa/dictionary_test.cpp - dictionaries from pointer to pointer.
 #include <gtest/gtest.h>
 
-#include "libcocoa/runtime/host_support.h"
+#include "libcocoa/foundation/CFDictionary.h"
 #include "tests/libcocoa/guarded.h"
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "libcocoa/foundation/CFRunLoop.h"
 #include "libcocoa/runtime/host_support.h"
 #include "tests/libcocoa/guarded.h"
 

@@ -121,7 +121,9 @@ id NewException(const char* name, const char* reason) {
                                userInfo:nil];
 }
 
-void Raise(id exception) { [(NSException*)exception raise]; }
+void Raise(id exception) {
+  [(NSException*)exception raise];
+}
 
 static void* try_lock(void* lock) {
   objc_sync_enter((id)lock);
@@ -147,7 +149,9 @@ _Bool IsUnlocked(id lock) {
 @implementation BareRoot
 @end
 
-id NewRootObject(void) { return class_createInstance(objc_getClass("BareRoot"), 0); }
+id NewRootObject(void) {
+  return class_createInstance(objc_getClass("BareRoot"), 0);
+}
 
 // Classes whose +initialize notes how the stack it runs on lies: a multiple of 16 below its frame's two saved
 // words.

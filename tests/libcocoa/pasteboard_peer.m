@@ -9,7 +9,7 @@
 #include <string.h>
 
 static int serve(void) {
-  id server = [[NSClassFromString(@"CocoaPasteboardServer") alloc] init];
+  id server = [[NSClassFromString(@"QVXPasteboardServer") alloc] init];
   NSConnection* connection = [[NSConnection alloc] init];
   [connection setRootObject:server];
   if (![connection registerName:PBSNAME]) return 1;

@@ -156,7 +156,7 @@ TEST(Pasteboard, IsForgottenWhenItIsReleasedGlobally) {
 // What a client that holds an old count may do: the server itself is asked.
 class StaleCount : public testing::Test {
  protected:
-  id server_ = Message<"new", id()>()(PlatformClass<"CocoaPasteboardServer">());
+  id server_ = Message<"new", id()>()(PlatformClass<"QVXPasteboardServer">());
   id pasteboard_ = Message<"pasteboardWithName:", id(id)>()(server_, Platform("stale"));
   int old_ = Message<"declareTypes:owner:pasteboard:", int(id, id, id)>()(pasteboard_, Array({"A"}), nullptr,
                                                                           nullptr);

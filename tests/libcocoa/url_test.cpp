@@ -9,7 +9,7 @@
 #include <fstream>
 #include <string>
 
-#include "libcocoa/runtime/host_support.h"
+#include "libcocoa/foundation/FSRef.h"
 #include "tests/libcocoa/guarded.h"
 
 namespace {

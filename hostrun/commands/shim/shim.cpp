@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "hostrun/commands/platform_functions.h"
+#include "hostrun/commands/platform_symbols.h"
 
 extern "C" {
 [[gnu::visibility("hidden")]] extern const char hostrun_trace_spare[];
@@ -16,8 +16,8 @@ extern "C" {
 
 namespace {
 
-using hostrun::kPlatformFunctions;
-constexpr std::size_t kPlatformCount = kPlatformFunctions.size();
+using hostrun::kPlatformSymbols;
+constexpr std::size_t kPlatformCount = kPlatformSymbols.size();
 constexpr std::size_t kSpareCount = 64;
 constexpr std::size_t kThunkSize = 16;
 
@@ -46,7 +46,7 @@ void* FindInPlatform(const char* name) {
 void* hostrun_trace_arrived(std::uint32_t number, const std::uint32_t* stack) {
   Slot& slot = slots[number];
   if (number < kPlatformCount && slot.function == nullptr) {
-    slot.name = kPlatformFunctions[number];
+    slot.name = kPlatformSymbols[number];
     slot.function = FindInPlatform(slot.name);
   }
   if (tell != nullptr) tell(slot.name, reinterpret_cast<const void*>(stack[0]), stack + 1);

@@ -30,39 +30,22 @@ common:
 
 	.set	number, 0
 
-	.macro	platform name
+	/* One for each function of the list that comes back, numbered by its line there. */
+	.macro	thunk_Function name
 	.globl	\name
 	.type	\name, @function
 \name:
 	pushl	$number
 	jmp	common
 	.size	\name, .-\name
-	.set	number, number+1
+	.endm
+	.macro	thunk_NoReturn name
+	.endm
+	.macro	thunk_Data name
 	.endm
 
-	/* in the order of kPlatformFunctions */
-	platform objc_msgSend
-	platform objc_msgSend_fpret
-	platform objc_getClass
-	platform sel_registerName
-	platform objc_exception_try_enter
-	platform objc_exception_try_exit
-	platform objc_exception_extract
-	platform objc_exception_match
-	platform CFStringCreateWithCharacters
-	platform CFStringCreateWithCString
-	platform CFStringGetCString
-	platform CFStringGetLength
-	platform CFStringCreateMutableCopy
-	platform CFStringNormalize
-	platform CFURLCreateFromFSRef
-	platform CFURLCreateCopyAppendingPathComponent
-	platform CFURLCopyFileSystemPath
-	platform CFRelease
-	platform CFDictionaryGetValue
-	platform CFDictionarySetValue
-	platform CFDictionaryRemoveValue
-	platform NSLog
+#define PLATFORM_SYMBOL(name, kind, library) thunk_##kind name; .set number, number + 1
+#include "bundle/platform/symbols.inc"
 
 	/* thunks of one size for whatever is wrapped later */
 	.globl	hostrun_trace_spare

@@ -35,6 +35,7 @@ wants 2 'program is required' "$hostrun"
 wants 2 '--frobnicate' "$hostrun" --frobnicate "$fine"
 wants 2 '--host-version' "$hostrun" --host-version new "$fine"
 wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nonsense "$fine"
+wants 2 "found REALnewInstance; the host's name for it is PluginNewInstance" "$hostrun" --without REALnewInstance "$fine"
 wants 0 '' "$hostrun" --help
 
 # Bundles that are none.

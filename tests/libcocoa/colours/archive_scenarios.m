@@ -16,21 +16,33 @@ static NSArray* StockKinds(void) {
                                    [NSColor controlColor], nil];
 }
 
-static NSString* StockUnkeyed(void) { return YesNo([Unkeyed(StockKinds()) isEqual:StockKinds()]); }
-static NSString* StockKeyed(void) { return YesNo([Keyed(StockKinds()) isEqual:StockKinds()]); }
+static NSString* StockUnkeyed(void) {
+  return YesNo([Unkeyed(StockKinds()) isEqual:StockKinds()]);
+}
+static NSString* StockKeyed(void) {
+  return YesNo([Keyed(StockKinds()) isEqual:StockKinds()]);
+}
 
 static NSColor* CMYK(void) {
   return [NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:0.5];
 }
-static NSString* CMYKUnkeyed(void) { return Shown(Unkeyed(CMYK())); }
-static NSString* CMYKKeyed(void) { return Shown(Keyed(CMYK())); }
+static NSString* CMYKUnkeyed(void) {
+  return Shown(Unkeyed(CMYK()));
+}
+static NSString* CMYKKeyed(void) {
+  return Shown(Keyed(CMYK()));
+}
 
 static NSString* OpaqueCMYKKeyed(void) {
   return Shown(Keyed([NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1]));
 }
 
-static NSString* PatternUnkeyed(void) { return [Unkeyed(Pattern()) colorSpaceName] ?: @"nil"; }
-static NSString* PatternKeyed(void) { return [Keyed(Pattern()) colorSpaceName] ?: @"nil"; }
+static NSString* PatternUnkeyed(void) {
+  return [Unkeyed(Pattern()) colorSpaceName] ?: @"nil";
+}
+static NSString* PatternKeyed(void) {
+  return [Keyed(Pattern()) colorSpaceName] ?: @"nil";
+}
 
 static NSString* CustomUnkeyed(void) {
   return Shown(Unkeyed([NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:0.5]));
@@ -58,7 +70,9 @@ static NSString* CustomKeyedTwin(void) {
   return Shown([NSKeyedUnarchiver unarchiveObjectWithData:stripped]);
 }
 
-static NSString* UnknownKind(void) { return Shown(Unkeyed(Unheard())); }
+static NSString* UnknownKind(void) {
+  return Shown(Unkeyed(Unheard()));
+}
 
 const Scenario archiveScenarios[] = {
     {"stock colours come back from an unkeyed archive", "yes", "yes", StockUnkeyed},

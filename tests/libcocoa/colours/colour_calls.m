@@ -3,7 +3,7 @@
 
 #include <time.h>
 
-#import "libcocoa/colours/colour_classes.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
 extern BOOL GSDebugAllocationActive(BOOL active);
@@ -45,7 +45,9 @@ Space spaceFromProfile(const void* bytes, size_t size) {
   return space;
 }
 
-void releaseSpace(Space space) { [(id)space release]; }
+void releaseSpace(Space space) {
+  [(id)space release];
+}
 
 size_t profileOfSpace(Space space, void* buffer, size_t capacity) {
   NSData* data = [(NSColorSpace*)space ICCProfileData];
@@ -53,7 +55,9 @@ size_t profileOfSpace(Space space, void* buffer, size_t capacity) {
   return [data length];
 }
 
-int componentsOfSpace(Space space) { return [(NSColorSpace*)space numberOfColorComponents]; }
+int componentsOfSpace(Space space) {
+  return [(NSColorSpace*)space numberOfColorComponents];
+}
 
 int convertColour(Space from, const float* components, Space to, float* converted) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
@@ -177,7 +181,9 @@ size_t pasteboardBytes(void* buffer, size_t capacity) {
   return size;
 }
 
-void countObjects(void) { GSDebugAllocationActive(YES); }
+void countObjects(void) {
+  GSDebugAllocationActive(YES);
+}
 int liveObjects(const char* className) {
   return GSDebugAllocationCount(NSClassFromString([NSString stringWithUTF8String:className]));
 }

@@ -40,7 +40,9 @@ static NSString* WrongCount(void) {
                                           RAISED(InSpace([NSColorSpace deviceGrayColorSpace], -1)), nil]);
 }
 
-static NSString* NoSpace(void) { return Shown(InSpace(nil, 4)); }
+static NSString* NoSpace(void) {
+  return Shown(InSpace(nil, 4));
+}
 
 static NSString* Factories(void) {
   return Joined([NSArray arrayWithObjects:Shown([NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:0.4]),
@@ -187,7 +189,9 @@ static NSString* AlphaOfNamedAndPattern(void) {
                [[NSColor controlColor] colorWithAlphaComponent:0.5] == [NSColor controlColor]);
 }
 
-static NSString* Descriptions(void) { return [InSpace([NSColorSpace sRGBColorSpace], 4) description]; }
+static NSString* Descriptions(void) {
+  return [InSpace([NSColorSpace sRGBColorSpace], 4) description];
+}
 static NSString* StockDescription(void) {
   return [[NSColor colorWithCalibratedRed:1 green:0.5 blue:0.25 alpha:1] description];
 }
@@ -222,15 +226,21 @@ static NSString* DrawnNowhere(NSColor* color) {
   return @"nothing happens";
 }
 
-static NSString* DrawRGB(void) { return DrawnNowhere([NSColor redColor]); }
-static NSString* DrawWhite(void) { return DrawnNowhere([NSColor whiteColor]); }
+static NSString* DrawRGB(void) {
+  return DrawnNowhere([NSColor redColor]);
+}
+static NSString* DrawWhite(void) {
+  return DrawnNowhere([NSColor whiteColor]);
+}
 static NSString* DrawCMYK(void) {
   return DrawnNowhere([NSColor colorWithDeviceCyan:0 magenta:0 yellow:0 black:0 alpha:1]);
 }
 static NSString* DrawCustom(void) {
   return DrawnNowhere(InSpace(SpaceNamed(@"a98.icc"), 4) ?: [NSColor redColor]);
 }
-static NSString* DrawPattern(void) { return DrawnNowhere(Pattern()); }
+static NSString* DrawPattern(void) {
+  return DrawnNowhere(Pattern());
+}
 
 const Scenario colourScenarios[] = {
     {"components of stock spaces make stock colours",

@@ -21,7 +21,9 @@ static NSString* AskedDevice(void) {
   return Shown([grey colorUsingColorSpace:[NSColorSpace deviceRGBColorSpace]]);
 }
 
-static NSString* NilSpace(void) { return Shown([[NSColor redColor] colorUsingColorSpace:nil]); }
+static NSString* NilSpace(void) {
+  return Shown([[NSColor redColor] colorUsingColorSpace:nil]);
+}
 
 static NSString* SameSpace(void) {
   NSColor* color = [NSColor colorWithCalibratedRed:1 green:0.5 blue:0.25 alpha:1];

@@ -22,7 +22,9 @@ static NSColorList* Stock(void) {
   return list;
 }
 
-BOOL WriteStockList(NSString* path) { return [Stock() writeToFile:path]; }
+BOOL WriteStockList(NSString* path) {
+  return [Stock() writeToFile:path];
+}
 
 // What the program with GNUstep alone answers.
 static NSString* Elsewhere(const char* verb, NSString* path) {

@@ -32,7 +32,9 @@ static NSString* Kept(void) {
     if (!holds) [broken addObject:(sentence)]; \
   } while (0)
 
-static BOOL Is(CGFloat value, double wanted) { return fabs((double)value - wanted) < 0.0005; }
+static BOOL Is(CGFloat value, double wanted) {
+  return fabs((double)value - wanted) < 0.0005;
+}
 
 static NSString* Components(void) {
   Begin();

@@ -29,7 +29,9 @@ static NSString* Put(NSString* name, NSData* data) {
 static NSString* PutText(NSString* name, NSString* text) {
   return Put(name, [text dataUsingEncoding:NSUTF8StringEncoding]);
 }
-static BOOL Exists(NSString* path) { return [[NSFileManager defaultManager] fileExistsAtPath:path]; }
+static BOOL Exists(NSString* path) {
+  return [[NSFileManager defaultManager] fileExistsAtPath:path];
+}
 
 static NSString* RoundTrip(void) {
   NSString* path = InScratch(@"palette.clr");
@@ -122,9 +124,15 @@ static NSString* TextOfNoMethod(void) {
 static NSString* Prose(void) {
   return Told(From(PutText(@"palette.clr", @"Dear reader,\nthis is no palette.\n")));
 }
-static NSString* EmptyFile(void) { return Told(From(PutText(@"palette.clr", @""))); }
-static NSString* MissingFile(void) { return Told(From(InScratch(@"missing.clr"))); }
-static NSString* NoPath(void) { return Told(From(nil)); }
+static NSString* EmptyFile(void) {
+  return Told(From(PutText(@"palette.clr", @"")));
+}
+static NSString* MissingFile(void) {
+  return Told(From(InScratch(@"missing.clr")));
+}
+static NSString* NoPath(void) {
+  return Told(From(nil));
+}
 
 static NSString* FolderWithoutList(void) {
   NSString* folder = InScratch(@"empty-folder");

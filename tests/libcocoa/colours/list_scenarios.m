@@ -91,7 +91,9 @@ static NSString* MutableName(void) {
   return [list name];
 }
 
-static NSString* UnknownKey(void) { return Shown([ABC() colorWithKey:@"x"]); }
+static NSString* UnknownKey(void) {
+  return Shown([ABC() colorWithKey:@"x"]);
+}
 
 @interface Listener : NSObject {
  @public

@@ -23,7 +23,9 @@
 }
 @end
 
-static NSPasteboard* Board(void) { return (NSPasteboard*)[[KeptData new] autorelease]; }
+static NSPasteboard* Board(void) {
+  return (NSPasteboard*)[[KeptData new] autorelease];
+}
 
 static NSPasteboard* BoardWith(NSData* bytes) {
   NSPasteboard* board = Board();
@@ -37,8 +39,12 @@ static NSString* RoundTrip(NSColor* color) {
   return Shown([NSColor colorFromPasteboard:board]);
 }
 
-static NSString* Empty(void) { return Shown([NSColor colorFromPasteboard:Board()]); }
-static NSString* NoBoard(void) { return Shown([NSColor colorFromPasteboard:nil]); }
+static NSString* Empty(void) {
+  return Shown([NSColor colorFromPasteboard:Board()]);
+}
+static NSString* NoBoard(void) {
+  return Shown([NSColor colorFromPasteboard:nil]);
+}
 static NSString* Stock(void) {
   return RoundTrip([NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:1]);
 }
@@ -60,7 +66,9 @@ static NSString* AlphaByDefault(void) {
   return YesNo([NSColor ignoresAlpha]);
 }
 
-static NSString* AlphaUnasked(void) { return YesNo([NSColor ignoresAlpha]); }
+static NSString* AlphaUnasked(void) {
+  return YesNo([NSColor ignoresAlpha]);
+}
 
 static NSString* PatternOnBoard(void) {
   NSPasteboard* board = Board();

@@ -1,6 +1,8 @@
 // tests/libcocoa/colours/profile_scenarios.m - spaces from ICC data and from handles.
 #import "tests/libcocoa/colours/scenario.h"
 
+#include <lcms2.h>
+
 static NSColorSpace* SpaceOf(NSData* data) {
   return [[[NSColorSpace alloc] initWithICCProfileData:data] autorelease];
 }
@@ -17,7 +19,40 @@ static NSString* EveryModel(void) {
                                           Told(SpaceOf(ProfileNamed(@"lab.icc"))), nil]);
 }
 
-static NSString* NameFromProfile(void) { return [SpaceOf(ProfileNamed(@"default_cmyk.icc")) localizedName]; }
+static NSString* NameFromProfile(void) {
+  return [SpaceOf(ProfileNamed(@"default_cmyk.icc")) localizedName];
+}
+
+// The UTF-16 units of the name of a space whose profile has this description.
+static NSString* NameFrom(const wchar_t* description) {
+  cmsHPROFILE profile = cmsCreate_sRGBProfile();
+  cmsMLU* text = cmsMLUalloc(NULL, 1);
+  cmsMLUsetWide(text, "en", "US", description);
+  cmsWriteTag(profile, cmsSigProfileDescriptionTag, text);
+  cmsMLUfree(text);
+  cmsUInt32Number size = 0;
+  cmsSaveProfileToMem(profile, NULL, &size);
+  NSMutableData* data = [NSMutableData dataWithLength:size];
+  cmsSaveProfileToMem(profile, [data mutableBytes], &size);
+  cmsCloseProfile(profile);
+  NSString* name = [SpaceOf(data) localizedName];
+  NSMutableArray* units = [NSMutableArray array];
+  for (NSUInteger i = 0; i < [name length]; i++)
+    [units addObject:[NSString stringWithFormat:@"%x", [name characterAtIndex:i]]];
+  return [units componentsJoinedByString:@" "];
+}
+
+static NSString* NameOfAnyCharacter(void) {
+  return NameFrom((const wchar_t[]){'a', 0xFC, 0x4E2D, 0xD83D, 0xDE00, 'b', 0});
+}
+
+static NSString* NameWithHalfACharacter(void) {
+  return NameFrom((const wchar_t[]){'a', 0xD83D, 'b', 0});
+}
+
+static NSString* NameAfterByteOrderMark(void) {
+  return NameFrom((const wchar_t[]){0xFEFF, 'a', 0xFEFF, 0});
+}
 
 static NSString* DataKept(void) {
   NSData* data = ProfileNamed(@"a98.icc");
@@ -38,8 +73,12 @@ static NSString* DataCopied(void) {
   return YesNo([[space ICCProfileData] isEqual:ProfileNamed(@"a98.icc")]);
 }
 
-static NSString* NilData(void) { return Told(SpaceOf(nil)); }
-static NSString* EmptyData(void) { return Told(SpaceOf([NSData data])); }
+static NSString* NilData(void) {
+  return Told(SpaceOf(nil));
+}
+static NSString* EmptyData(void) {
+  return Told(SpaceOf([NSData data]));
+}
 
 static NSString* TextData(void) {
   return Told(SpaceOf(
@@ -154,6 +193,12 @@ const Scenario profileScenarios[] = {
      EveryModel},
     {"a space made from a profile has the profile's name", "unknown", "Artifex CMYK SWOP Profile",
      NameFromProfile},
+    {"a profile's name may hold any character", "75 6e 6b 6e 6f 77 6e", "61 fc 4e2d d83d de00 62",
+     NameOfAnyCharacter},
+    {"a profile's name with half a character in it is none", "75 6e 6b 6e 6f 77 6e", "",
+     NameWithHalfACharacter},
+    {"a byte-order mark is no part of a profile's name", "75 6e 6b 6e 6f 77 6e", "61 feff",
+     NameAfterByteOrderMark},
     {"a space gives back the data that it was made from", "yes", "yes", DataKept},
     {"bytes behind the profile are dropped", "no", "yes", DataCutToSize},
     {"a space keeps its own copy of the data", "no", "yes", DataCopied},

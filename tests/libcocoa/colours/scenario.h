@@ -9,7 +9,10 @@
 #include <stddef.h>
 
 #ifdef __OBJC__
-#import "libcocoa/colours/colour_classes.h"
+#import "libcocoa/colours/NSColor+CoreGraphics.h"
+#import "libcocoa/colours/NSColor+Named.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
+#import "libcocoa/colours/NSColorSpace+Profiles.h"
 typedef NSString* (*ScenarioFunction)(void);
 
 // --- helpers, in scenario.m

@@ -12,8 +12,12 @@
 // Seconds after which a scenario hangs.
 enum { kPatience = 20 };
 
-NSString* Joined(NSArray* parts) { return [parts componentsJoinedByString:@", "]; }
-NSString* YesNo(BOOL value) { return value ? @"yes" : @"no"; }
+NSString* Joined(NSArray* parts) {
+  return [parts componentsJoinedByString:@", "];
+}
+NSString* YesNo(BOOL value) {
+  return value ? @"yes" : @"no";
+}
 
 NSString* Shown(NSColor* color) {
   if (!color) return @"nil";
@@ -92,7 +96,9 @@ NSColor* Pattern(void) {
 }
 @end
 
-NSColor* Unheard(void) { return [[UnheardColor new] autorelease]; }
+NSColor* Unheard(void) {
+  return [[UnheardColor new] autorelease];
+}
 
 void InChild(void (*function)(void)) {
   pid_t child = fork();
@@ -125,11 +131,15 @@ static const Scenario* Find(const char* wanted) {
   return NULL;
 }
 
-static NSString* Read(const void* path) { return ListAsText([NSString stringWithUTF8String:path]); }
+static NSString* Read(const void* path) {
+  return ListAsText([NSString stringWithUTF8String:path]);
+}
 static NSString* Write(const void* path) {
   return YesNo(WriteStockList([NSString stringWithUTF8String:path]));
 }
-static NSString* Ask(const void* scenario) { return ((const Scenario*)scenario)->run(); }
+static NSString* Ask(const void* scenario) {
+  return ((const Scenario*)scenario)->run();
+}
 
 // Prints the answer, or what was raised.
 static int Run(NSString* (*function)(const void*), const void* argument) {

@@ -93,7 +93,9 @@ static NSString* NamesOf(NSArray* spaces) {
   return Joined(names);
 }
 
-static NSString* AvailableAll(void) { return NamesOf([NSColorSpace availableColorSpacesWithModel:-1]); }
+static NSString* AvailableAll(void) {
+  return NamesOf([NSColorSpace availableColorSpacesWithModel:-1]);
+}
 
 static NSString* AvailableGray(void) {
   return NamesOf([NSColorSpace availableColorSpacesWithModel:NSGrayColorSpaceModel]);

@@ -1,0 +1,40 @@
+// libcocoa/pasteboard/NSPasteboard+Server.m - which pasteboard server a process talks to: a running one, else
+// its own.
+//
+// GNUstep would start a daemon where there is none, and wait for it. Here none is ever started.
+#import <AppKit/AppKit.h>
+
+#import "libcocoa/pasteboard/QVXPasteboardServer.h"
+#import "libcocoa/runtime/stock_methods.h"
+
+@interface NSPasteboard (Private)
++ (void)_localServer:(id<GSPasteboardSvr>)server;  // does not retain
+@end
+
+static QVXPasteboardServer* localServer;  // kept for the life of the process once it is chosen
+
+static BOOL ServerRuns(void) {
+  NSString* host = [[NSUserDefaults standardUserDefaults] stringForKey:@"NSHost"];
+  @try {
+    return [NSConnection rootProxyForConnectionWithRegisteredName:PBSNAME host:host ? host : @""] != nil;
+  } @catch (NSException*) {
+    return NO;  // no folder for ports, no network: nobody to talk to
+  }
+}
+
+@implementation NSPasteboard (QVXServer)
+
+// A server that ran once may be gone, so it is looked for on each call, until this process has its own. After
+// that it stays with its own: half the data here and half there would be worse.
++ (id<GSPasteboardSvr>)_pbs {
+  static QVXMethod stock;
+  @synchronized(self) {
+    if (!localServer && !ServerRuns()) {
+      localServer = [[QVXPasteboardServer alloc] init];
+      [NSPasteboard _localServer:localServer];
+    }
+  }
+  return ((id(*)(id, SEL))QVXStockClassMethod("NSPasteboard", _cmd, &stock))(self, _cmd);
+}
+
+@end

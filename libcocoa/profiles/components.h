@@ -1,0 +1,18 @@
+// libcocoa/profiles/components.h - the components of a colour: how many, their range, their hash.
+#pragma once
+
+#include <stdbool.h>
+#include <stdint.h>
+
+// The most channels a space can have, and the most components a colour: those, then the alpha.
+enum { QVXMostChannels = 15, QVXMostComponents = QVXMostChannels + 1 };
+
+// The value clipped to 0 to 1; 0 if it is not a number.
+double QVXClip(double value);
+
+// A component as a space can hold it: clipped to 0 to 1, or, where the space is Lab with its own units, 0 if
+// it is not finite.
+double QVXHeldComponent(double value, bool isLab);
+
+// Equal components have equal hashes, zero and minus zero included.
+uint32_t QVXHashOfComponents(const float* components, unsigned count);
