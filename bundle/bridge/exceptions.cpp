@@ -4,73 +4,70 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "bundle/bridge/guard.h"
-#include "bundle/bridge/references.h"
 #include "bundle/bridge/strings.h"
 #include "bundle/host/services.h"
 #include "bundle/platform/messages.h"
 
 namespace qvx {
 
-void RaiseException(const char* exceptionClass, const char* message, std::uint32_t encoding,
-                    std::int32_t errorNumber) {
-  HostReference<REALstring> text;
+void RaiseException(const char* exceptionClass, const char* message, Holdings& holdings,
+                    std::uint32_t encoding, std::int32_t errorNumber) {
+  Held<REALstring> text;
   if (message != nullptr) {
-    text.Slot() = REALBuildUnicodeString(message, static_cast<std::int64_t>(std::strlen(message)), encoding);
+    const auto length = static_cast<std::int64_t>(std::strlen(message));
+    text = Held(holdings, REALBuildUnicodeString(message, length, encoding, holdings));
   }
-  HostReference<REALobject> exception(REALnewInstance(exceptionClass));
+  REALobject exception = REALnewInstance(exceptionClass);
   // A host that lacks the class still gets the message.
-  if (!exception) exception.Slot() = REALnewInstance("RuntimeException");
-  if (exception) {
-    REALSetPropValueString(exception.Get(), "Message", text.Get());
-    REALSetPropValueInt32(exception.Get(), "ErrorNumber", errorNumber);
-    REALRaiseException(exception.Get());
-    exception.Release();
+  if (exception == nullptr) exception = REALnewInstance("RuntimeException");
+  if (exception != nullptr) {
+    Held held(holdings, exception);
+    REALSetPropValueString(exception, "Message", text.Get());
+    REALSetPropValueInt32(exception, "ErrorNumber", errorNumber);
+    REALRaiseException(exception);
+    held.Release();
   }
   text.Release();
 }
 
 void RaiseOutOfBoundsException(std::int64_t value, std::int64_t minimum, std::int64_t maximum,
-                               const char* parameterName, const char* methodName) {
+                               const char* parameterName, const char* methodName, Holdings& holdings) {
   constexpr std::size_t kBufferSize = 232;
-  struct Free {
-    void operator()(char* memory) const { std::free(memory); }
-  };
-  const std::unique_ptr<char, Free> buffer(static_cast<char*>(std::calloc(1, kBufferSize)));
-  if (buffer == nullptr) {
-    RaiseException("OutOfBoundsException", "Out of Bounds");
+  Held buffer(holdings, static_cast<char*>(std::calloc(1, kBufferSize)));
+  if (!buffer) {
+    RaiseException("OutOfBoundsException", "Out of Bounds", holdings);
     return;
   }
   const char* format =
       value < minimum ? "Parameter %s to method %s is too small. Range is %lld to %lld, but value is %lld."
                       : "Parameter %s to method %s is too big. Range is %lld to %lld, but value is %lld.";
-  std::snprintf(buffer.get(), kBufferSize, format, parameterName, methodName, minimum, maximum, value);
-  RaiseException("OutOfBoundsException", buffer.get());
+  std::snprintf(buffer.Get(), kBufferSize, format, parameterName, methodName, minimum, maximum, value);
+  RaiseException("OutOfBoundsException", buffer.Get(), holdings);
+  buffer.Release();
 }
 
-// The guard's own frame is gone when this runs: platform exceptions that are raised here, by a log line that
-// fails or for want of the sibling part, are dropped in frames of their own.
+// The frame of the body that the exception ended is gone when this runs. NSExceptions that are raised here,
+// by a log line that fails or for want of the sibling part, are dropped in frames of their own.
 void RaiseNSExceptionQVX(id exception) {
-  CatchNSException([exception](Holdings& holdings) {
+  Guarded<OnNSException::kDrop>([exception](Holdings& holdings) {
     const id name = msg::name(exception);
     const id reason = msg::reason(exception);
     const id userInfo = msg::userInfo(exception);
-    const CFStringRef format = CFStringCreateWithCString(nullptr, "A %@: %@, Info: %@\n", kEncodingASCII);
-    if (format == nullptr) return;
-    Holdings::Item* const held = holdings.HoldReference(format);
-    NSLog(AsPlatformObject(format), name, reason, userInfo);
-    holdings.Release(held);
+    Held<CFTypeRef> format(holdings,
+                           CFStringCreateWithCString(nullptr, "A %@: %@, Info: %@\n", kEncodingASCII));
+    if (!format) return;
+    NSLog(AsPlatformObject(format.Get()), name, reason, userInfo);
+    format.Release();
   });
-  HostReference<REALobject> wrapper;
-  CatchNSException([exception, &wrapper] {
-    wrapper.Slot() =
-        static_cast<REALobject>(msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception));
+  Guarded<OnNSException::kDrop>([exception](Holdings& holdings) {
+    void* const made = msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception);
+    Held wrapper(holdings, static_cast<REALobject>(made));
+    if (!wrapper) return;
+    REALRaiseException(wrapper.Get());
+    wrapper.Release();
   });
-  if (!wrapper) return;
-  REALRaiseException(wrapper.Get());
-  wrapper.Release();
 }
 
 }  // namespace qvx

@@ -3,37 +3,58 @@
 
 namespace qvx {
 
+namespace {
+
 bool IsNSException(id exception) {
   const id exceptionClass = PlatformClass<"NSException">();
   return exceptionClass != nullptr &&
          objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
 }
 
-namespace {
+// Gives back in a frame of its own. A platform exception on the way is dropped: the first one goes on.
+struct GivingBack {
+  Holdings& holdings;
 
-// Each in a frame of its own, so that a platform exception on the way is dropped and the first one goes on.
-void GiveBackHeld(Holdings& holdings) {
-  while (!holdings.IsEmpty()) [[unlikely]] {
-      auto giveBack = [&holdings] { holdings.GiveBack(); };
-      RunInFrame(giveBack);
-    }
+  void Run() { holdings.GiveBackAll(); }
+  void Left() {}
+  void Ended(id /*exception*/) {}
+};
+
+void GiveBackAll(Holdings* holdings) {
+  while (holdings != nullptr && holdings->Count() > 0) [[unlikely]] InFrame(GivingBack{*holdings});
+}
+
+// Raises in a frame of its own and answers what is to be passed on instead, nil for nothing. A C++ exception
+// on the way, after which the caller gets nothing either, gives back what was kept.
+struct Raising {
+  id exception;
+  Holdings* kept;
+
+  id Run() {
+    RaiseNSExceptionQVX(exception);
+    if (kept != nullptr) kept->ForgetAll();
+    return nullptr;
+  }
+  void Left() {
+    if (kept != nullptr) kept->GiveBackWhileUnwinding();
+  }
+  id Ended(id thrown) { return thrown; }
+};
+
+[[noreturn, gnu::noinline, gnu::cold]] void PassOn(id exception, Holdings* kept) {
+  GiveBackAll(kept);
+  objc_exception_throw(exception);
 }
 
 }  // namespace
 
-id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context) {
-  Holdings holdings;
-  auto withHoldings = [body, context, &holdings] { body(context, holdings); };
-  const id exception = RunInFrame(withHoldings);
-  GiveBackHeld(holdings);
-  return exception;
-}
-
-void EndDelivered(id exception, Holdings& holdings, OnNSException then) {
-  GiveBackHeld(holdings);
+void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept) {
+  GiveBackAll(held);
   if (exception == nullptr) return;
-  if (!IsNSException(exception)) objc_exception_throw(exception);
-  if (then == OnNSException::kRaise) RaiseNSExceptionQVX(exception);
+  if (!IsNSException(exception)) [[unlikely]]
+    PassOn(exception, kept);
+  if (then == OnNSException::kDrop) return;
+  if (const id thrown = InFrame(Raising{exception, kept})) PassOn(thrown, kept);
 }
 
 }  // namespace qvx

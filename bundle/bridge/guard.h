@@ -1,9 +1,12 @@
 // bundle/bridge/guard.h - the native-exception guard: no platform exception of class NSException crosses into
 // the host.
 //
-// A platform exception arrives by a jump into the frame of RunInFrame. Everything that must survive the jump
-// lives in its callers' frames, in memory: results and outputs that the body captures by reference, and its
-// Holdings. What the guard deliberately does not catch: platform objects thrown that are no NSException, and
+// Guard with `Guarded`, which answers what its body answers; use `GuardedFill` instead where a result that is
+// set before an exception must reach the host all the same.
+//
+// A platform exception arrives by a jump into the frame of InFrame. Everything that must survive the jump
+// lives in its callers' frames, in memory: what the body captures by reference, its Holdings, the result that
+// it fills. What the guard deliberately does not catch: platform objects thrown that are no NSException, and
 // C++ exceptions; both go on unchanged.
 #pragma once
 
@@ -11,157 +14,131 @@
 
 #include "bundle/bridge/exceptions.h"
 #include "bundle/bridge/holdings.h"
-#include "bundle/bridge/references.h"
-#include "bundle/platform/message.h"
 
 namespace qvx {
 
-// Leaves an exception frame at the end of its scope: normally, or while a C++ exception unwinds. A delivered
-// exception jumps over it, as it must: the platform has left that frame already.
+// What becomes of an NSException after its delivery: it is raised as a host exception, or dropped.
+enum class OnNSException { kRaise, kDrop };
+
+// Leaves an exception frame at the end of its scope, normally or while a C++ exception unwinds, and then lets
+// the body give back what it still holds. A delivered exception jumps over it, as it must: the platform has
+// left that frame already.
+template <typename Body>
 class FrameExit {
  public:
-  explicit FrameExit(ObjCExceptionFrame& frame) : frame_(frame) {}
+  FrameExit(ObjCExceptionFrame& frame, Body& body) : frame_(frame), body_(body) {}
   FrameExit(const FrameExit&) = delete;
   FrameExit& operator=(const FrameExit&) = delete;
-  ~FrameExit() { objc_exception_try_exit(&frame_); }
+  ~FrameExit() {
+    objc_exception_try_exit(&frame_);
+    body_.Left();
+  }
 
  private:
   ObjCExceptionFrame& frame_;
+  Body& body_;
 };
 
-// Runs the body inside an exception frame and answers the exception that was delivered, nil for none. Never
-// inlined: the function that _setjmp belongs to holds nothing that changes before the delivery.
+// Runs `body.Run()` inside an exception frame and answers what it answers or, after a delivered exception,
+// what `body.Ended(exception)` answers. Never inlined: the function that _setjmp belongs to holds nothing
+// that changes before the delivery. The host may enter the bundle on any 4-byte aligned stack; from here on
+// it is aligned to 16 bytes. The callers' is not: they leave nothing to do while a C++ exception unwinds.
 template <typename Body>
-[[gnu::noinline]] id RunInFrame(Body& body) {
+[[gnu::noinline, gnu::force_align_arg_pointer]] auto InFrame(Body body) {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
   if (_setjmp(frame.buffer) == 0) {
-    const FrameExit exit(frame);
-    body();
-    return nullptr;
+    const FrameExit exit(frame, body);
+    return body.Run();
   }
-  return objc_exception_extract(&frame);
+  return body.Ended(objc_exception_extract(&frame));
 }
 
-// RunInFrame for every body that holds things, without its type. What it still held is given back.
-id RunInFrameHolding(void (*body)(void* context, Holdings& holdings), void* context);
+// The end of a body that a delivered exception has left: gives back what it held, then raises or drops an
+// NSException. Anything else, and what is thrown while the host exception is raised, is passed on; what was
+// `kept` for the caller, who gets nothing then, is given back first. Both lists may be null.
+void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept);
 
-// Runs the body, which takes nothing or its Holdings, and answers whatever exception was delivered.
-template <typename Body>
-id DeliveredBy(Body& body) {
+// What InFrame runs for Guarded: a body alone, or with its holdings.
+template <OnNSException then, typename Body>
+struct GuardedBody {
+  Body body;
+
+  auto Run() { return body(); }
+  void Left() {}
+  auto Ended(id exception) {
+    EndDelivered(exception, then, nullptr, nullptr);
+    return std::invoke_result_t<Body&>();
+  }
+};
+template <OnNSException then, typename Body>
+struct GuardedHoldingBody {
+  Body body;
+  Holdings& holdings;
+
+  auto Run() { return body(holdings); }
+  void Left() {
+    if (holdings.Count() > 0) [[unlikely]]
+      holdings.GiveBackWhileUnwinding();
+  }
+  auto Ended(id exception) {
+    EndDelivered(exception, then, &holdings, nullptr);
+    return std::invoke_result_t<Body&, Holdings&>();
+  }
+};
+
+// Guards a body, which takes nothing or its Holdings, and answers what it answers; the neutral value
+// (nothing, 0, null) after an NSException.
+template <OnNSException then = OnNSException::kRaise, typename Body>
+auto Guarded(Body body) {
   if constexpr (std::is_invocable_v<Body&, Holdings&>) {
-    return RunInFrameHolding(
-        [](void* context, Holdings& holdings) { (*static_cast<Body*>(context))(holdings); }, &body);
+    Holdings holdings;
+    return InFrame(GuardedHoldingBody<then, Body>{body, holdings});
   } else {
-    return RunInFrame(body);
+    return InFrame(GuardedBody<then, Body>{body});
   }
 }
 
-bool IsNSException(id exception);
-
-// Runs the body and answers the NSException that ended it, nil after normal completion. Any other exception
-// is passed on, and this does not return.
-template <typename Body>
-id CatchNSException(Body&& body) {
-  const id exception = DeliveredBy(body);
-  if (exception != nullptr && !IsNSException(exception)) [[unlikely]] {
-    objc_exception_throw(exception);
-  }
-  return exception;
+// A handle that a guarded body fills, held where it stands until it is the caller's.
+template <typename Handle>
+struct FilledHandle {
+  Handle* variable;
+};
+template <typename Handle>
+void GiveBack(FilledHandle<Handle> filled) {
+  if (*filled.variable != nullptr) GiveBack(*filled.variable);
 }
 
-// What `read` answers, or the neutral value after an NSException, which is dropped. The shortest guard: no
-// result has to survive a delivery, so the frame's own function answers it.
-template <auto read, typename... Arguments>
-[[gnu::noinline]] auto ResultUnlessNSException(Arguments... arguments) {
-  using Result = decltype(read(arguments...));
-  ObjCExceptionFrame frame;
-  objc_exception_try_enter(&frame);
-  if (_setjmp(frame.buffer) == 0) {
-    const FrameExit exit(frame);
-    return read(arguments...);
+// What InFrame runs for GuardedFill.
+template <OnNSException then, typename Result, typename Body>
+struct FillingBody {
+  Body body;
+  Result& result;
+  Holdings& holdings;
+  Holdings& kept;
+
+  void Run() {
+    body(result, holdings);
+    kept.ForgetAll();
   }
-  const id exception = objc_exception_extract(&frame);
-  if (exception != nullptr && !IsNSException(exception)) objc_exception_throw(exception);
-  return Result();
-}
-
-// The guard of methods, getters, destructors and factories: an NSException that ends the body is raised as a
-// host exception, and the caller goes on.
-template <typename Body>
-void Guarded(Body&& body) {
-  const id exception = CatchNSException(body);
-  if (exception != nullptr) [[unlikely]] {
-    RaiseNSExceptionQVX(exception);
+  void Left() {
+    if (holdings.Count() + kept.Count() > 0) [[unlikely]] {
+      holdings.GiveBackWhileUnwinding();
+      kept.GiveBackWhileUnwinding();
+    }
   }
-}
+  void Ended(id exception) { EndDelivered(exception, then, &holdings, &kept); }
+};
 
-// What follows a delivered exception: an NSException is raised as a host exception. Anything else, and what
-// is thrown while it is raised, is passed on; the result, which nobody gets then, is given back.
-template <typename Holder>
-[[gnu::noinline, gnu::cold]] void RaiseOrPassOn(id exception, Holder& result) {
-  id passedOn = exception;
-  if (IsNSException(exception)) {
-    auto raise = [exception] { RaiseNSExceptionQVX(exception); };
-    passedOn = RunInFrame(raise);
-  }
-  if (passedOn != nullptr) {
-    result.Release();
-    objc_exception_throw(passedOn);
-  }
-}
-
-// The same with a result, `initial` until the body sets it; a handle is an owned reference. After an
-// NSException the result is what it was by then.
-template <typename Result, typename Body>
-Result GuardedResult(Result initial, Body&& body) {
-  ResultHolder<Result> result(initial);
-  id exception;
-  if constexpr (std::is_invocable_v<Body&, Result&, Holdings&>) {
-    auto withResult = [&body, &result](Holdings& holdings) { body(result.Slot(), holdings); };
-    exception = DeliveredBy(withResult);
-  } else {
-    auto withResult = [&body, &result] { body(result.Slot()); };
-    exception = DeliveredBy(withResult);
-  }
-  if (exception != nullptr) [[unlikely]] {
-    RaiseOrPassOn(exception, result);
-  }
-  return result.Detach();
-}
-
-// GuardedResult from the neutral value.
-template <typename Result, typename Body>
-Result GuardedResult(Body&& body) {
-  return GuardedResult(Result{}, body);
-}
-
-// What becomes of an NSException after its delivery.
-enum class OnNSException { kRaise, kDrop };
-
-// The end of a body that held things and was left by a delivered exception: gives them back, then raises,
-// drops or passes on.
-[[gnu::cold]] void EndDelivered(id exception, Holdings& holdings, OnNSException then);
-
-// The frame of GuardedAnswer. A delivery finds nothing here that has changed since the frame was entered.
-template <typename Make>
-[[gnu::noinline]] auto AnswerInFrame(Make& make, Holdings& holdings, OnNSException then) {
-  ObjCExceptionFrame frame;
-  objc_exception_try_enter(&frame);
-  if (_setjmp(frame.buffer) == 0) {
-    const FrameExit exit(frame);
-    return make(holdings);
-  }
-  EndDelivered(objc_exception_extract(&frame), holdings, then);
-  return std::invoke_result_t<Make&, Holdings&>();
-}
-
-// GuardedResult for what `make` answers from its Holdings, in a frame function of its own: less for each
-// call, more code for each body. For what programs call most. A delivery gives the neutral value.
-template <typename Make>
-auto GuardedAnswer(OnNSException then, Make make) {
+// Guards a body, which takes the result, `result` until it sets another, and its Holdings; answers the result
+// as it stands at the end, after an NSException too. A handle is an owned reference.
+template <OnNSException then = OnNSException::kRaise, typename Result, typename Body>
+Result GuardedFill(Result result, Body body) {
   Holdings holdings;
-  return AnswerInFrame(make, holdings, then);
+  Holdings kept;
+  if constexpr (std::is_pointer_v<Result>) kept.Hold(FilledHandle<Result>{&result});
+  InFrame(FillingBody<then, Result, Body>{body, result, holdings, kept});
+  return result;
 }
 
 }  // namespace qvx

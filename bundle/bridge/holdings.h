@@ -1,66 +1,165 @@
-// bundle/bridge/holdings.h - what a guarded body holds for a moment and owes back.
+// bundle/bridge/holdings.h - what a guarded body owes back: the one way to own something in the bundle.
+//
+// A platform exception jumps over destructors, a C++ exception runs them. What is held here is given back in
+// either case: the list stands in the frame of the guard's caller, which outlives the jump.
 #pragma once
 
-#include "bundle/host/types.h"
-#include "bundle/platform/cocoa.h"
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include "bundle/host/services.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 
-// A short list of things to give back. It lives outside the exception frame, because a platform exception
-// jumps over destructors: the body gives back each thing itself as it goes, and whatever it still held when
-// an exception carried it away, the platform's or a C++ one, is given back by the guard, last taken first.
+// How a thing of each type is given back. A type without a line can't be held.
+template <typename Thing>
+void GiveBack(Thing thing) = delete;
+template <>
+inline void GiveBack(REALobject object) {
+  REALUnlockObject(object);
+}
+template <>
+inline void GiveBack(REALstring string) {
+  REALUnlockString(string);
+}
+template <>
+inline void GiveBack(REALarray array) {
+  REALUnlockObject(AsObject(array));
+}
+template <>
+inline void GiveBack(REALmemoryBlock block) {
+  REALUnlockObject(AsObject(block));
+}
+template <>
+inline void GiveBack(CFTypeRef object) {
+  CFRelease(object);
+}
+template <>
+inline void GiveBack(id object) {
+  msg::release(object);
+}
+// Memory from malloc or calloc.
+template <>
+inline void GiveBack(char* memory) {
+  std::free(memory);
+}
+
+// The things that are held for the moment. Whatever an exception, the platform's or a C++ one, leaves in the
+// list is given back by the guard, last taken first. Use it through Held.
 class Holdings {
  public:
-  // One thing held: a handle, or string data that the host filled.
-  struct Item {
-    void (*giveBack)(Item& item);  // null once the thing is given back
-    union {
-      void* handle;
-      REALstringData data;
-    };
-  };
+  // More than any body holds at a time: the deepest holds two URLs and two forms of a file name.
+  static constexpr unsigned kCapacity = 6;
 
   Holdings() = default;
   Holdings(const Holdings&) = delete;
   Holdings& operator=(const Holdings&) = delete;
-  // Something is still held only while a C++ exception unwinds.
-  ~Holdings() {
-    if (count_ > 0) [[unlikely]] {
-      GiveBackWhileUnwinding();
-    }
+  // Holds a thing until it is forgotten, and answers where it stands. When the list is full, the thing is
+  // given back at once and std::bad_alloc thrown: nothing is ever dropped.
+  template <typename Thing>
+  unsigned Hold(Thing thing) {
+    const unsigned index = count_;
+    if (index == kCapacity) [[unlikely]]
+      Refuse(thing);
+    items_[index].Set(thing);
+    count_ = index + 1;
+    return index;
   }
+  // The thing is somebody else's from now on.
+  void Forget(unsigned index) {
+    items_[index].giveBack = nullptr;
+    if (index + 1 != count_) return;
+    do --count_;
+    while (count_ > 0 && items_[count_ - 1].giveBack == nullptr);
+  }
+  void ForgetAll() { count_ = 0; }
 
-  // Holds `handle` until it is released, which hands it to `giveBack`, or forgotten. Null is held as nothing;
-  // what does not fit would be lost on a fault, never given back too early.
-  Item* Hold(const void* handle, void (*giveBack)(Item& item));
-  // Memory from malloc or calloc.
-  Item* HoldMemory(void* memory);
-  // One reference to a Core Foundation object.
-  Item* HoldReference(CFTypeRef object);
-  // One reference to a host object.
-  Item* HoldObject(REALobject object);
-  // Room for string data that is about to be filled; held once its `giveBack` is set. Null if nothing fits.
-  Item* Reserve();
-
-  // Gives one item back now, or leaves it to its next owner. Null and an item given back before are nothing
-  // to do.
-  void Release(Item* item);
-  void Forget(Item* item);
-
-  bool IsEmpty() const { return count_ == 0; }
-  // Gives back everything that is still held. May throw what the host's services throw; the rest is held
-  // then.
-  void GiveBack();
+  unsigned Count() const { return count_; }
+  // Gives back what has been held since the list had `count` things. May throw what the host's services
+  // throw; the rest is still held then.
+  void GiveBackDownTo(unsigned count);
+  void GiveBackAll() { GiveBackDownTo(0); }
+  // The same while a C++ exception unwinds: that one goes on, others end here.
+  void GiveBackWhileUnwinding() noexcept;
 
  private:
-  // More than any body holds at a time: the deepest holds two URLs and two forms of a file name.
-  static constexpr unsigned kCapacity = 6;
+  // One thing and how it is given back, null once it is no longer held.
+  struct Item {
+    void (*giveBack)(const Item& item);
+    alignas(void*) unsigned char bytes[sizeof(REALstringData)];
 
-  void DropReleased();
-  void GiveBackWhileUnwinding();
+    template <typename Thing>
+    void Set(Thing thing) {
+      static_assert(std::is_trivially_copyable_v<Thing> && sizeof(Thing) <= sizeof bytes);
+      std::memcpy(bytes, &thing, sizeof thing);
+      giveBack = [](const Item& item) {
+        Thing held;
+        std::memcpy(&held, item.bytes, sizeof held);
+        GiveBack(held);
+      };
+    }
+  };
 
+  template <typename Thing>
+  [[noreturn, gnu::noinline, gnu::cold]] static void Refuse(Thing thing) {
+    GiveBack(thing);
+    throw std::bad_alloc();
+  }
   unsigned count_ = 0;
   Item items_[kCapacity];
+};
+
+// The holdings of what runs outside the guard: a C++ exception gives back what they hold, a platform
+// exception loses it.
+class UnguardedHoldings : public Holdings {
+ public:
+  ~UnguardedHoldings() {
+    if (Count() > 0) [[unlikely]]
+      GiveBackWhileUnwinding();
+  }
+};
+
+// One thing that must be given back, or nothing (null). Release gives it back, Detach leaves it to its next
+// owner; if neither happens, the holdings give it back when the guard ends.
+template <typename Thing>
+class Held {
+ public:
+  Held() = default;
+  Held(Holdings& holdings, Thing thing) : thing_(thing) {
+    if constexpr (std::is_pointer_v<Thing>) {
+      if (thing == nullptr) return;
+    }
+    index_ = holdings.Hold(thing);
+    holdings_ = &holdings;
+  }
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+  Held& operator=(Held&& other) noexcept {
+    holdings_ = std::exchange(other.holdings_, nullptr);
+    index_ = other.index_;
+    thing_ = other.thing_;
+    return *this;
+  }
+  ~Held() = default;
+
+  explicit operator bool() const { return holdings_ != nullptr; }
+  Thing Get() const { return thing_; }
+  void Release() {
+    if (holdings_ != nullptr) GiveBack(Detach());
+  }
+  Thing Detach() {
+    if (holdings_ != nullptr) std::exchange(holdings_, nullptr)->Forget(index_);
+    return thing_;
+  }
+
+ private:
+  Holdings* holdings_ = nullptr;  // null for nothing
+  unsigned index_ = 0;
+  Thing thing_{};
 };
 
 }  // namespace qvx

@@ -20,7 +20,8 @@ bool RespondsTo(id receiver, const Message<Name, Signature>& message) {
 
 }  // namespace
 
-void FetchFromSiblings() {
+// Constructors and factories come here before any frame.
+[[gnu::force_align_arg_pointer]] void FetchFromSiblings() {
   if (instances == nullptr) {
     const id exceptionClass = PlatformClass<"NSException">();
     if (RespondsTo(exceptionClass, msg::GetInstancesDictionaryQVX)) {
@@ -57,17 +58,15 @@ void DestroyInstance(REALobject instance, std::size_t offset) {
 }
 
 REALobject NewEnteredInstance(id native, const char* className, Holdings& holdings) {
-  const REALobject wrapper = REALnewInstance(className);
-  if (wrapper == nullptr) return nullptr;
-  Holdings::Item* const held = holdings.HoldObject(wrapper);
+  Held wrapper(holdings, REALnewInstance(className));
+  if (!wrapper) return nullptr;
   const id retained = msg::retain(native);
-  ClassData(wrapper) = retained;
-  // Without a lock: the cache knows the wrapper as long as it lives, its destructor removes the entry. An
-  // instance that could retain nothing removes none, so it enters none.
+  ClassData(wrapper.Get()) = retained;
+  // Without a lock: the cache knows the wrapper as long as it lives, and the wrapper's destructor removes the
+  // entry. A wrapper whose class data stayed nil would never remove it, so none is made for it.
   if (retained != nullptr) [[likely]]
-    EnterInCache(native, wrapper);
-  holdings.Forget(held);
-  return wrapper;
+    EnterInCache(native, wrapper.Get());
+  return wrapper.Detach();
 }
 
 }  // namespace qvx

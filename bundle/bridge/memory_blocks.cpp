@@ -6,7 +6,6 @@
 #include <new>
 
 #include "bundle/bridge/exceptions.h"
-#include "bundle/bridge/references.h"
 #include "bundle/bridge/strings.h"
 #include "bundle/host/services.h"
 #include "bundle/platform/messages.h"
@@ -19,8 +18,8 @@ namespace {
 constexpr std::int32_t kLargestBlock = 0x7FFFFFFE;
 
 // A new block filled with `length` bytes, or null.
-REALmemoryBlock MakeBlock(const void* bytes, std::int32_t length) {
-  HostReference<REALmemoryBlock> block(REALNewMemoryBlockOriginal(length));
+REALmemoryBlock MakeBlock(const void* bytes, std::int32_t length, Holdings& holdings) {
+  Held block(holdings, REALNewMemoryBlockOriginal(length));
   if (!block) return nullptr;
   void* const target = REALMemoryBlockGetPtr(block.Get());
   if (target == nullptr) {
@@ -51,23 +50,25 @@ id NewNSData(REALmemoryBlock block, Holdings& holdings) {
   return data;
 }
 
-REALmemoryBlock NSDataRB(id data) {
+REALmemoryBlock NSDataRB(id data, Holdings& holdings) {
   if (data == nullptr) return nullptr;
   const void* const bytes = msg::bytes(data);
   const auto length = static_cast<std::int32_t>(msg::length(data));
   if (bytes == nullptr || length <= 0) return nullptr;
 
-  // A block that can't be made is told below, and so is a host that runs out of memory over it.
+  // Below, the program is told of a block that can't be made, for want of memory too.
   if (length <= kLargestBlock) {
+    const unsigned heldBefore = holdings.Count();
     try {
-      if (const REALmemoryBlock block = MakeBlock(bytes, length)) return block;
-    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch)
+      if (const REALmemoryBlock block = MakeBlock(bytes, length, holdings)) return block;
+    } catch (const std::bad_alloc&) {
+      holdings.GiveBackDownTo(heldBefore);
     }
   }
   char message[200] = {};
   std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.",
                 static_cast<long long>(length));
-  RaiseException("OutOfMemoryException", message);
+  RaiseException("OutOfMemoryException", message, holdings);
   return nullptr;
 }
 

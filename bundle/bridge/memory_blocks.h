@@ -13,6 +13,6 @@ id NewNSData(REALmemoryBlock block, Holdings& holdings);
 
 // A new memory block with a copy of the data's bytes; the caller owns its one reference. Null for nil and for
 // empty data. Raises "OutOfMemoryException" and answers null when the host can't make the block.
-REALmemoryBlock NSDataRB(id data);
+REALmemoryBlock NSDataRB(id data, Holdings& holdings);
 
 }  // namespace qvx

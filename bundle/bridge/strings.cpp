@@ -5,11 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <new>
 
 #include "bundle/bridge/exceptions.h"
-#include "bundle/bridge/references.h"
 #include "bundle/host/services.h"
 #include "bundle/platform/messages.h"
 
@@ -22,19 +20,6 @@ constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max()
 // From this version on strings are read and built by the host's newer services.
 bool HostHasNewStrings() {
   return rbversion >= 2012.0;
-}
-
-struct Free {
-  void operator()(void* memory) const { std::free(memory); }
-};
-using Buffer = std::unique_ptr<char, Free>;
-
-void DisposeStringData(REALstringData& record) {
-  if (REALDisposeStringData.Find() != nullptr) {
-    REALDisposeStringData(&record);
-  } else {
-    std::free(record.data);
-  }
 }
 
 // Copies `length` bytes and four zero bytes into a new buffer of `capacity` + 4 bytes. False without bytes or
@@ -60,7 +45,7 @@ bool HasFallbackServices() {
 }
 
 // REALGetStringData on a host without "PluginGetStringData" and with the services of the fallback.
-bool GetStringDataByFallback(REALstring s, std::uint32_t encoding, REALstringData* out) {
+bool GetStringDataByFallback(REALstring s, std::uint32_t encoding, REALstringData* out, Holdings& holdings) {
   if (encoding == kEncodingUnknown) {
     // Deliberate: the buffer is sized by what the caller put into `out`, not by what is copied. A host that
     // answers a longer length now than it did to the caller gets no more bytes copied than fit.
@@ -72,147 +57,160 @@ bool GetStringDataByFallback(REALstring s, std::uint32_t encoding, REALstringDat
     const std::int32_t length = LenB(s);
     return FillStringData(StringGetCString(s), length, length, encoding, out);
   }
-  HostReference<REALstring> converted(REALConvertString(s, encoding));
+  Held converted(holdings, REALConvertString(s, encoding));
   if (!converted) return false;
   const std::int32_t length = LenB(converted.Get());
   REALstringData copy = {};
   const bool filled = FillStringData(StringGetCString(converted.Get()), length, length, encoding, &copy);
-  Buffer owner(copy.data);
+  Held buffer(holdings, copy.data);
   converted.Release();
-  owner.release();  // NOLINT(bugprone-unused-return-value): `out` owns it now
+  buffer.Detach();
   if (filled) *out = copy;
   return filled;
 }
 
 // A temporary host string, re-encoded: gives up `temporary` and answers a new reference. Asks for the
 // conversion even of null.
-REALstring ConvertedToUTF8(HostReference<REALstring>& temporary) {
-  HostReference<REALstring> converted(REALConvertString(temporary.Get(), kEncodingUTF8));
+REALstring ConvertedToUTF8(Held<REALstring>& temporary, Holdings& holdings) {
+  Held converted(holdings, REALConvertString(temporary.Get(), kEncodingUTF8));
   temporary.Release();
   return converted.Detach();
 }
 
-REALstring BuildWithEncodingAsUTF8(const void* data, std::int32_t length, std::uint32_t encoding) {
-  HostReference<REALstring> temporary(REALBuildStringWithEncoding(data, length, encoding));
-  return ConvertedToUTF8(temporary);
+REALstring BuildWithEncodingAsUTF8(const void* data, std::int32_t length, std::uint32_t encoding,
+                                   Holdings& holdings) {
+  Held temporary(holdings, REALBuildStringWithEncoding(data, length, encoding));
+  return ConvertedToUTF8(temporary, holdings);
 }
 
-REALstring BuildUTF16OnOldHost(const void* data, std::int32_t length) {
-  HostReference<REALstring> temporary(originalREALBuildString(data, length));
+REALstring BuildUTF16OnOldHost(const void* data, std::int32_t length, Holdings& holdings) {
+  Held temporary(holdings, originalREALBuildString(data, length));
   if (!temporary) return nullptr;
   REALSetStringEncoding(temporary.Get(), kEncodingUTF16);
-  return ConvertedToUTF8(temporary);
+  return ConvertedToUTF8(temporary, holdings);
 }
 
 // Old hosts don't know UTF-32: each unit becomes the UTF-16 unit of its low 16 bits. Deliberately no
 // surrogate pairs: a code point above U+FFFF loses its high bits.
-REALstring BuildUTF32OnOldHost(const char* data, std::int32_t length) {
+REALstring BuildUTF32OnOldHost(const char* data, std::int32_t length, Holdings& holdings) {
   constexpr std::int32_t kLongestOnStack = 799;
   const std::int32_t count = length / 4;
   UniChar onStack[200];
-  Buffer onHeap;
+  Held<char*> onHeap;
   UniChar* units = onStack;
   if (length > kLongestOnStack) {
-    onHeap.reset(static_cast<char*>(std::calloc(1, static_cast<std::size_t>(count) * 2 + 4)));
-    if (onHeap == nullptr) return nullptr;
-    units = reinterpret_cast<UniChar*>(onHeap.get());
+    onHeap = Held(holdings, static_cast<char*>(std::calloc(1, static_cast<std::size_t>(count) * 2 + 4)));
+    if (!onHeap) return nullptr;
+    units = reinterpret_cast<UniChar*>(onHeap.Get());
   }
   for (std::int32_t i = 0; i < count; ++i) {
     std::uint32_t unit;
     std::memcpy(&unit, data + static_cast<std::ptrdiff_t>(i) * 4, sizeof unit);
     units[i] = static_cast<UniChar>(unit);
   }
-  HostReference<REALstring> temporary(originalREALBuildString(units, count * 2));
+  Held temporary(holdings, originalREALBuildString(units, count * 2));
   if (temporary) REALSetStringEncoding(temporary.Get(), kEncodingUTF16);
-  return ConvertedToUTF8(temporary);
+  const REALstring converted = ConvertedToUTF8(temporary, holdings);
+  onHeap.Release();
+  return converted;
 }
 
-REALstring BuildString(const char* data, std::int32_t length, std::uint32_t encoding) {
-  HostReference<REALstring> string(originalREALBuildString(data, length));
+REALstring BuildString(const char* data, std::int32_t length, std::uint32_t encoding, Holdings& holdings) {
+  Held string(holdings, originalREALBuildString(data, length));
   if (!string) return nullptr;
   REALSetStringEncoding(string.Get(), encoding);
   return string.Detach();
 }
 
-REALstring BuildInEncoding(const char* data, std::int32_t length, std::uint32_t encoding) {
+REALstring BuildInEncoding(const char* data, std::int32_t length, std::uint32_t encoding,
+                           Holdings& holdings) {
+  if (encoding == kEncodingUTF8) [[likely]]
+    return BuildString(data, length, encoding, holdings);
   switch (encoding) {
     case kEncodingUTF16:
-      return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding)
-                                 : BuildUTF16OnOldHost(data, length);
+      return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding, holdings)
+                                 : BuildUTF16OnOldHost(data, length, holdings);
     case kEncodingUTF32:
-      return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding)
-                                 : BuildUTF32OnOldHost(data, length);
+      return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding, holdings)
+                                 : BuildUTF32OnOldHost(data, length, holdings);
     case kEncodingMacRoman:
     case kEncodingWindowsLatin1:
     case kEncodingUnknown: {
       const bool plain =
           std::all_of(data, data + length, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-      return BuildString(data, length, plain ? kEncodingASCII : encoding);
+      return BuildString(data, length, plain ? kEncodingASCII : encoding, holdings);
     }
     default:
-      return BuildString(data, length, encoding);
+      return BuildString(data, length, encoding, holdings);
   }
 }
 
 // "OutOfMemoryException", whose own message is a string that may fail the same way: then it is raised
 // without.
-void RaiseOutOfMemoryForString() {
-  static constinit bool raising = false;
-  if (raising) return;
-  struct Raising {
-    Raising() { raising = true; }
-    ~Raising() { raising = false; }
-  } const once;
-  RaiseException("OutOfMemoryException", "Failed to allocate memory for a string.");
+constinit bool raisingOutOfMemory = false;
+
+// The mark is held like anything else that an exception on the way must not leave behind.
+struct OutOfMemoryMark {};
+void GiveBack(OutOfMemoryMark /*mark*/) {
+  raisingOutOfMemory = false;
+}
+
+void RaiseOutOfMemoryForString(Holdings& holdings) {
+  if (raisingOutOfMemory) return;
+  Held mark(holdings, OutOfMemoryMark{});
+  raisingOutOfMemory = true;
+  RaiseException("OutOfMemoryException", "Failed to allocate memory for a string.", holdings);
+  mark.Release();
 }
 
 }  // namespace
 
+template <>
+void GiveBack(REALstringData record) {
+  if (REALDisposeStringData.Find() != nullptr) {
+    REALDisposeStringData(&record);
+  } else {
+    std::free(record.data);
+  }
+}
+
 id Autoreleased(CFTypeRef object, Holdings& holdings) {
-  Holdings::Item* const held = holdings.HoldReference(object);
+  Held held(holdings, object);
   msg::autorelease(AsPlatformObject(object));
-  holdings.Forget(held);
+  held.Detach();
   return AsPlatformObject(object);
 }
 
 void HostDataScope::LockString(REALstring string) {
-  if (REALLockString.Find() == nullptr) return;
+  string_ = Held(holdings_, string);
   REALLockString(string);
-  string_ = holdings_.Hold(
-      string, [](Holdings::Item& item) { REALUnlockString(static_cast<REALstring>(item.handle)); });
 }
 
 void HostDataScope::LockObject(REALobject object) {
-  if (REALLockObject.Find() == nullptr) return;
+  object_ = Held(holdings_, object);
   REALLockObject(object);
-  object_ = holdings_.HoldObject(object);
 }
 
 void HostDataScope::ReadStringData(REALstring string) {
-  Holdings::Item* const item = holdings_.Reserve();
-  if (item == nullptr) return;
+  REALstringData record = {};
   bool filled = false;
   if (PluginGetStringData.Find() != nullptr) {
-    filled = REALGetStringData(string, kEncodingUnknown, &item->data);
+    filled = REALGetStringData(string, kEncodingUnknown, &record, holdings_);
   } else if (HasFallbackServices()) {
     // The fallback sizes its buffer by this length; a host that has the service is not asked for more.
-    item->data.length = LenB(string);
-    filled = GetStringDataByFallback(string, kEncodingUnknown, &item->data);
+    record.length = LenB(string);
+    filled = GetStringDataByFallback(string, kEncodingUnknown, &record, holdings_);
   }
-  if (!filled) {
-    holdings_.Forget(item);
-    return;
-  }
-  item->giveBack = [](Holdings::Item& held) { DisposeStringData(held.data); };
-  data_ = item;
-  bytes = item->data.data;
-  length = item->data.length;
+  if (!filled) return;
+  data_ = Held(holdings_, record);
+  bytes = record.data;
+  length = record.length;
 }
 
 void HostDataScope::Release() {
-  holdings_.Release(string_);
-  holdings_.Release(object_);
-  holdings_.Release(data_);
+  string_.Release();
+  object_.Release();
+  data_.Release();
 }
 
 id NewNSString(REALstring s, Holdings& holdings) {
@@ -244,9 +242,9 @@ id NewNSString(REALstring s, Holdings& holdings) {
           ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
                                          std::max(scope.length, 0) / 2)
           : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
-  Holdings::Item* const held = holdings.HoldReference(string);
+  Held<CFTypeRef> held(holdings, string);
   scope.Release();
-  holdings.Forget(held);
+  held.Detach();
   return Autoreleased(string, holdings);
 }
 
@@ -261,36 +259,41 @@ REALstring NSStringRB(id s, Holdings& holdings) {
   if (length <= kLongestOnStack) {
     char buffer[601] = {};
     if (CFStringGetCString(string, buffer, sizeof buffer - 1, kEncodingUTF8) == 0) return nullptr;
-    return REALBuildUnicodeString(buffer, static_cast<std::int64_t>(std::strlen(buffer)), kEncodingUTF8);
+    return REALBuildUnicodeString(buffer, static_cast<std::int64_t>(std::strlen(buffer)), kEncodingUTF8,
+                                  holdings);
   }
 
   const std::int64_t size = length * kBytesPerUnit;
   if (size > kLargestBuffer) return nullptr;
-  char* const buffer = static_cast<char*>(std::calloc(1, static_cast<std::size_t>(size)));
-  if (buffer == nullptr) return nullptr;
-  Holdings::Item* const held = holdings.HoldMemory(buffer);
+  Held buffer(holdings, static_cast<char*>(std::calloc(1, static_cast<std::size_t>(size))));
+  if (!buffer) return nullptr;
   REALstring result = nullptr;
-  if (CFStringGetCString(string, buffer, static_cast<CFIndex>(size), kEncodingUTF8) != 0) {
-    result = REALBuildUnicodeString(buffer, static_cast<std::int64_t>(std::strlen(buffer)), kEncodingUTF8);
+  if (CFStringGetCString(string, buffer.Get(), static_cast<CFIndex>(size), kEncodingUTF8) != 0) {
+    result = REALBuildUnicodeString(buffer.Get(), static_cast<std::int64_t>(std::strlen(buffer.Get())),
+                                    kEncodingUTF8, holdings);
   }
-  holdings.Release(held);
+  buffer.Release();
   return result;
 }
 
-REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std::uint32_t encoding) {
+REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std::uint32_t encoding,
+                                  Holdings& holdings) {
   if (data == nullptr || byteLength <= 0 || byteLength > kLargestBuffer) return nullptr;
+  const unsigned heldBefore = holdings.Count();
   try {
-    return BuildInEncoding(static_cast<const char*>(data), static_cast<std::int32_t>(byteLength), encoding);
+    return BuildInEncoding(static_cast<const char*>(data), static_cast<std::int32_t>(byteLength), encoding,
+                           holdings);
   } catch (const std::bad_alloc&) {
-    RaiseOutOfMemoryForString();
+    holdings.GiveBackDownTo(heldBefore);
+    RaiseOutOfMemoryForString(holdings);
     return nullptr;
   }
 }
 
-bool REALGetStringData(REALstring s, std::uint32_t encoding, REALstringData* out) {
+bool REALGetStringData(REALstring s, std::uint32_t encoding, REALstringData* out, Holdings& holdings) {
   if (PluginGetStringData.Find() != nullptr) return PluginGetStringData(s, encoding, out) != 0;
   if (!HasFallbackServices() || s == nullptr) return false;
-  return GetStringDataByFallback(s, encoding, out);
+  return GetStringDataByFallback(s, encoding, out, holdings);
 }
 
 }  // namespace qvx

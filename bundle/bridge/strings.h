@@ -8,6 +8,10 @@
 
 namespace qvx {
 
+// String data goes back to the host or, where the host takes none, is freed.
+template <>
+void GiveBack(REALstringData record);
+
 // Platform strings and URLs are platform objects.
 inline id AsPlatformObject(CFTypeRef object) {
   return reinterpret_cast<id>(const_cast<void*>(object));
@@ -17,13 +21,14 @@ inline id AsPlatformObject(CFTypeRef object) {
 id Autoreleased(CFTypeRef object, Holdings& holdings);
 
 // What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.
-// Release gives back the string's lock, then the object's, then the string data; the Holdings do so on every
-// other way out.
+// Release gives back the string's lock, then the object's, then the string data; the holdings give back what
+// is left on every other way out.
 class HostDataScope {
  public:
   explicit HostDataScope(Holdings& holdings) : holdings_(holdings) {}
 
-  // Locks the string or object while its bytes are read. A host that can't lock it is not asked to unlock it.
+  // Locks the string or object while its bytes are read. It is unlocked on every way out, also where the host
+  // has no service to lock it or that service throws.
   void LockString(REALstring string);
   void LockObject(REALobject object);
   // Reads the string's bytes as they are stored, through REALGetStringData.
@@ -35,9 +40,9 @@ class HostDataScope {
 
  private:
   Holdings& holdings_;
-  Holdings::Item* string_ = nullptr;
-  Holdings::Item* object_ = nullptr;
-  Holdings::Item* data_ = nullptr;
+  Held<REALstring> string_;
+  Held<REALobject> object_;
+  Held<REALstringData> data_;
 };
 
 // The platform string for a host string, autoreleased; nil for null and for text the platform refuses.
@@ -50,12 +55,13 @@ REALstring NSStringRB(id s, Holdings& holdings);
 // A new host string of `byteLength` bytes in `encoding`; the caller owns its one reference. UTF-16 and UTF-32
 // come back as UTF-8, 8-bit text that is plain ASCII is tagged so. Null for no bytes, for a length of 2^31 or
 // more, and when memory runs out ("OutOfMemoryException" is raised then).
-REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std::uint32_t encoding);
+REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std::uint32_t encoding,
+                                  Holdings& holdings);
 
 // Fills `out` with the string's bytes in `encoding`, or as stored for 0xFFFF; true on success, and the caller
 // then owes REALDisposeStringData (or free where the host lacks it). On a host without "PluginGetStringData"
 // and for 0xFFFF, `out->length` must hold the string's byte length on entry: the buffer is sized by it, and
 // no more than that is copied.
-bool REALGetStringData(REALstring s, std::uint32_t encoding, REALstringData* out);
+bool REALGetStringData(REALstring s, std::uint32_t encoding, REALstringData* out, Holdings& holdings);
 
 }  // namespace qvx

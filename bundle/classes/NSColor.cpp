@@ -19,8 +19,9 @@ namespace qvx {
 
 // Outside of the unnamed namespace, so that its guard keeps the platform's calling convention and the result
 // stays in the register that the host expects it in.
-double SendComponent(REALobject self, Selector* selector) {
-  return self != nullptr ? double{Send<CGFloat>(ClassData(self), *selector)} : 0.0;
+inline double ComponentOf(REALobject self, Selector& selector) {
+  return Guarded<OnNSException::kDrop>(
+      [self, &selector] { return self != nullptr ? double{Send<CGFloat>(ClassData(self), selector)} : 0.0; });
 }
 
 namespace {
@@ -56,7 +57,11 @@ void SendGetRed(id color, RGBA& rgba) {
 // converted. An NSException of the conversion is the caller's.
 RGBA RGBAOf(id color) {
   RGBA rgba;
-  if (CatchNSException([color, &rgba] { SendGetRed(color, rgba); }) != nullptr) {
+  const bool answered = Guarded<OnNSException::kDrop>([color, &rgba] {
+    SendGetRed(color, rgba);
+    return true;
+  });
+  if (!answered) {
     rgba = {};  // whatever the first try wrote must not pass for a colour that can't be converted
     SendGetRed(msg::colorUsingColorSpaceName(color, NSCalibratedRGBColorSpace), rgba);
   }
@@ -74,11 +79,11 @@ REALcolor ColorField(CGFloat component) {
 // 0x00RRGGBB. Components outside of 0..1 spill into the neighbouring fields; alpha is left out. Both
 // deliberate.
 REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
-  return GuardedResult<REALcolor>([self](REALcolor& result) {
+  return Guarded([self]() -> REALcolor {
     const id color = NativeOf(self);
-    if (color == nullptr) return;
+    if (color == nullptr) return 0;
     const RGBA rgba = RGBAOf(color);
-    result = (ColorField(rgba.red) << 16) | (ColorField(rgba.green) << 8) | ColorField(rgba.blue);
+    return (ColorField(rgba.red) << 16) | (ColorField(rgba.green) << 8) | ColorField(rgba.blue);
   });
 }
 
@@ -86,19 +91,18 @@ REALcolor colorValue(REALobject self, std::int32_t /*parameter*/) {
 // gives 0.0 and raises nothing: its NSException is dropped.
 template <FixedString Name>
 double Component(REALobject self, std::int32_t /*parameter*/) {
-  return ResultUnlessNSException<SendComponent>(self, &kSelector<Name>);
+  return ComponentOf(self, kSelector<Name>);
 }
 
 // One descriptive string. An NSException is dropped here too, and gives the null string.
 template <FixedString Name>
 REALstring Text(REALobject self, std::int32_t /*parameter*/) {
-  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>, OnNSException::kDrop);
+  return TextOf<OnNSException::kDrop>(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>);
 }
 
 std::int32_t numberOfComponents(REALobject self, std::int32_t /*parameter*/) {
-  return GuardedResult<std::int32_t>([self](std::int32_t& result) {
-    if (self != nullptr) result = msg::numberOfComponents(ClassData(self));
-  });
+  return Guarded(
+      [self] { return self != nullptr ? std::int32_t{msg::numberOfComponents(ClassData(self))} : 0; });
 }
 
 template <FixedString... Names>
@@ -123,14 +127,16 @@ REALobject DummyException(REALobject /*self*/) {
 void DummyConstructor(REALobject /*self*/) {}
 
 std::int32_t getCGColor(REALobject self) {
-  return GuardedResult<std::int32_t>([self](std::int32_t& result) {
-    if (const id color = NativeOf(self)) result = msg::CGColor(color);
+  return Guarded([self] {
+    const id color = NativeOf(self);
+    return color != nullptr ? std::int32_t{msg::CGColor(color)} : 0;
   });
 }
 
 // The array is there before anything can fail, and is what the caller gets, as far as it is filled.
-REALarray getComponents(REALobject self) {
-  return GuardedResult(REALCreateArray(REALArrayType::kDouble, -1), [self](REALarray& result) {
+[[gnu::force_align_arg_pointer]] REALarray getComponents(REALobject self) {
+  const REALarray array = REALCreateArray(REALArrayType::kDouble, -1);
+  return GuardedFill(array, [self](REALarray& result, Holdings& /*none*/) {
     constexpr NSInteger kMostComponents = 32;
     // The platform writes as many components as it counts: room for more than any space has.
     constexpr std::size_t kRoom = 256;
@@ -146,8 +152,8 @@ REALarray getComponents(REALobject self) {
   });
 }
 
-// The frame of every method that reads components by reference: the outputs are 0.0 before anything else, and
-// are written once `read` has filled as many values.
+// Guards every method that reads components by reference: the outputs are 0.0 before anything else, and are
+// written once `read` has filled as many values.
 void ReadComponents(REALobject self, std::initializer_list<double*> outputs,
                     void (*read)(id color, CGFloat* values)) {
   constexpr std::size_t kMostOutputs = 5;
@@ -205,17 +211,18 @@ void getRedA(REALobject self, double* red, double* green, double* blue, double* 
   });
 }
 
-// Deliberate: this "getHSV" answers red, green, blue and alpha. Host programs rely on it.
+// Deliberate: this "getHSV" answers red, green, blue and alpha.
 void getHueA(REALobject self, double* hue, double* saturation, double* brightness, double* alpha) {
   getRedA(self, hue, saturation, brightness, alpha);
 }
 
-// The frame of every method that derives a colour from this one: what `derive` answers, as a host object.
+// Guards every method that derives a colour from this one: the colour that `derive` answers, as a host
+// object.
 template <typename Derive>
 REALobject DerivedColor(REALobject self, Derive derive) {
-  return GuardedResult<REALobject>([self, derive](REALobject& result, Holdings& holdings) {
+  return Guarded([self, derive](Holdings& holdings) {
     const id color = NativeOf(self);
-    if (color != nullptr) result = NewNSColorQVX(derive(color, holdings), holdings);
+    return color != nullptr ? NewNSColorQVX(derive(color, holdings), holdings) : nullptr;
   });
 }
 
@@ -252,16 +259,16 @@ REALobject highlightWithLevel(REALobject self, double level) {
 }
 
 REALobject colorSpace(REALobject self) {
-  return GuardedAnswer(OnNSException::kRaise, [self](Holdings& holdings) {
+  return Guarded([self](Holdings& holdings) {
     const id color = NativeOf(self);
     return color != nullptr ? NewNSColorSpaceQVX(msg::colorSpace(color), holdings) : nullptr;
   });
 }
 
 REALobject patternImage(REALobject self) {
-  return GuardedResult<REALobject>([self](REALobject& result, Holdings& holdings) {
+  return Guarded([self](Holdings& holdings) {
     const id color = NativeOf(self);
-    if (color != nullptr) result = NewNSImageQVX(msg::patternImage(color), holdings);
+    return color != nullptr ? NewNSImageQVX(msg::patternImage(color), holdings) : nullptr;
   });
 }
 
@@ -275,16 +282,15 @@ void writeToPasteboard(REALobject self) {
 
 // ---- Shared factories ----
 
-// The frame of every factory: what `make` answers, as a host object.
+// Guards every factory: the colour that `make` answers, as a host object; nil gives null.
 template <typename Make>
 REALobject Factory(Make make) {
   CocoaInit();
-  return GuardedAnswer(OnNSException::kRaise,
-                       [make](Holdings& holdings) { return NewNSColorQVX(make(), holdings); });
+  return Guarded([make](Holdings& holdings) { return NewNSColorQVX(make(holdings), holdings); });
 }
 
-// The element of a host array of doubles, or 0.0 where it can't be read. The reading service exists up to
-// host version 2015.011; a newer host is not asked, and a service it may have belongs here.
+// The element of a host array of doubles, or 0.0 where it can't be read. The service that reads it exists up
+// to host version 2015.011; newer hosts have none and are not asked. If one gains another, call it here.
 double ElementOrZero(REALarray array, std::int32_t index) {
   constexpr double kNewestHostWithElements = 2015.011;
   double element = 0.0;
@@ -297,16 +303,16 @@ double ElementOrZero(REALarray array, std::int32_t index) {
 REALobject colorWithColorSpace(REALobject space, REALarray components) {
   constexpr std::int32_t kSmallestUpperBound = 1;
   constexpr std::int32_t kLargestUpperBound = 19;
-  return Factory([space, components]() -> id {
+  return Factory([space, components](Holdings& holdings) -> id {
     const id nativeSpace = NativeOf(space);
     if (nativeSpace == nullptr) {
-      RaiseException("NilObjectException", "Colorspace is nil!");
+      RaiseException("NilObjectException", "Colorspace is nil!", holdings);
       return nullptr;
     }
     const std::int32_t upperBound = REALGetArrayUBound(components);
     if (upperBound < kSmallestUpperBound || upperBound > kLargestUpperBound) {
       RaiseOutOfBoundsException(upperBound, kSmallestUpperBound, kLargestUpperBound, "values ubound",
-                                "colorWithColorSpace");
+                                "colorWithColorSpace", holdings);
       return nullptr;
     }
     CGFloat values[kLargestUpperBound + 1];
@@ -316,11 +322,12 @@ REALobject colorWithColorSpace(REALobject space, REALarray components) {
 }
 
 REALobject colorWithCGColor(std::int32_t handle) {
-  return Factory([handle] { return msg::colorWithCGColor(NSColorClass(), reinterpret_cast<void*>(handle)); });
+  return Factory(
+      [handle](Holdings&) { return msg::colorWithCGColor(NSColorClass(), reinterpret_cast<void*>(handle)); });
 }
 
 REALobject colorWithDeviceCyan(double cyan, double magenta, double yellow, double black, double alpha) {
-  return Factory([=] {
+  return Factory([=](Holdings&) {
     return msg::colorWithDeviceCyan(NSColorClass(), ToCGFloat(cyan), ToCGFloat(magenta), ToCGFloat(yellow),
                                     ToCGFloat(black), ToCGFloat(alpha));
   });
@@ -329,7 +336,8 @@ REALobject colorWithDeviceCyan(double cyan, double magenta, double yellow, doubl
 // The family of three components and alpha; the message names the space and the kind of components.
 [[gnu::noinline]] REALobject FromThreeComponents(Selector& selector, CGFloat first, CGFloat second,
                                                  CGFloat third, CGFloat alpha) {
-  return Factory([=, &selector] { return Send<id>(NSColorClass(), selector, first, second, third, alpha); });
+  return Factory(
+      [=, &selector](Holdings&) { return Send<id>(NSColorClass(), selector, first, second, third, alpha); });
 }
 
 template <FixedString Name>
@@ -346,8 +354,9 @@ constexpr auto& colorWithCalibratedHue =
 
 // The family of white and alpha.
 [[gnu::noinline]] REALobject FromWhite(Selector& selector, double white, double alpha) {
-  return Factory(
-      [=, &selector] { return Send<id>(NSColorClass(), selector, ToCGFloat(white), ToCGFloat(alpha)); });
+  return Factory([=, &selector](Holdings&) {
+    return Send<id>(NSColorClass(), selector, ToCGFloat(white), ToCGFloat(alpha));
+  });
 }
 
 template <FixedString Name>
@@ -359,7 +368,7 @@ constexpr auto& colorWithDeviceWhite = White<"colorWithDeviceWhite:alpha:">;
 constexpr auto& colorWithCalibratedWhite = White<"colorWithCalibratedWhite:alpha:">;
 
 REALobject colorFromPasteboard() {
-  return Factory([] {
+  return Factory([](Holdings&) {
     const id pasteboard = msg::generalPasteboard(PlatformClass<"NSPasteboard">());
     return msg::colorFromPasteboard(NSColorClass(), pasteboard);
   });
@@ -367,7 +376,7 @@ REALobject colorFromPasteboard() {
 
 // Takes any wrapper instance: its native object is taken to be an image, untested.
 REALobject colorWithPatternImage(REALobject image) {
-  return Factory([image]() -> id {
+  return Factory([image](Holdings&) -> id {
     const id nativeImage = NativeOf(image);
     if (nativeImage == nullptr) return nullptr;
     return msg::colorWithPatternImage(NSColorClass(), nativeImage);
@@ -376,7 +385,7 @@ REALobject colorWithPatternImage(REALobject image) {
 
 // The getters of the predefined colours, one per name (getblackColor and so on).
 [[gnu::noinline]] REALobject PredefinedColorOf(Selector& selector) {
-  return Factory([&selector] { return Send<id>(NSColorClass(), selector); });
+  return Factory([&selector](Holdings&) { return Send<id>(NSColorClass(), selector); });
 }
 
 template <FixedString Name>

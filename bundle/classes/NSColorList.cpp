@@ -58,10 +58,10 @@ void setColor(REALobject self, REALobject color, REALstring key) {
 }
 
 REALobject colorWithKey(REALobject self, REALstring key) {
-  return GuardedResult<REALobject>([=](REALobject& result, Holdings& holdings) {
+  return Guarded([=](Holdings& holdings) -> REALobject {
     const id list = ListOf(self);
-    if (list == nullptr) return;
-    result = NewNSColorQVX(msg::colorWithKey(list, NewNSString(key, holdings)), holdings);
+    if (list == nullptr) return nullptr;
+    return NewNSColorQVX(msg::colorWithKey(list, NewNSString(key, holdings)), holdings);
   });
 }
 
@@ -74,10 +74,10 @@ void removeColorWithKey(REALobject self, REALstring key) {
 }
 
 REALboolean writeToFile(REALobject self, REALstring path) {
-  return GuardedResult<REALboolean>([=](REALboolean& result, Holdings& holdings) {
+  return Guarded([=](Holdings& holdings) -> REALboolean {
     const id list = ListOf(self);
-    if (list == nullptr) return;
-    result = static_cast<REALboolean>(msg::writeToFile(list, NewNSString(path, holdings)));
+    if (list == nullptr) return 0;
+    return static_cast<REALboolean>(msg::writeToFile(list, NewNSString(path, holdings)));
   });
 }
 
@@ -88,13 +88,13 @@ void removeFile(REALobject self) {
 }
 
 REALboolean isEditable(REALobject self) {
-  return GuardedResult<REALboolean>([self](REALboolean& result) {
-    if (self != nullptr) result = static_cast<REALboolean>(msg::isEditable(ListData(self)));
+  return Guarded([self] {
+    return self != nullptr ? static_cast<REALboolean>(msg::isEditable(ListData(self))) : REALboolean{0};
   });
 }
 
 REALstring name(REALobject self) {
-  return TextOf(self != nullptr ? &ListData(self) : nullptr, kSelector<"name">, OnNSException::kRaise);
+  return TextOf(self != nullptr ? &ListData(self) : nullptr, kSelector<"name">);
 }
 
 // ---- Filling the instance ----
@@ -107,10 +107,11 @@ void GiveUpList(REALobject self) {
   list = nullptr;
 }
 
-// The frame of both Create methods: `make` answers a new list, whose one reference becomes the instance's.
+// Guards both Create methods: `make` answers a new list, whose one reference becomes the instance's. A list
+// that is there but can't be entered in the cache has been created all the same.
 template <typename Make>
 REALboolean Create(REALobject self, Make make) {
-  return GuardedResult<REALboolean>([self, make](REALboolean& result, Holdings& holdings) {
+  return GuardedFill(REALboolean{0}, [self, make](REALboolean& result, Holdings& holdings) {
     if (self == nullptr) return;
     if (const id old = ListData(self)) {
       RemoveFromCache(old);
@@ -142,13 +143,13 @@ REALboolean Create2(REALobject self, REALstring listName, REALstring path) {
 // Deliberately without the cache: a loaded list is the platform's shared one and is not entered, and the
 // entry of the list that it replaces stays.
 REALboolean Load(REALobject self, REALstring listName) {
-  return GuardedResult<REALboolean>([self, listName](REALboolean& result, Holdings& holdings) {
-    if (self == nullptr) return;
+  return Guarded([self, listName](Holdings& holdings) -> REALboolean {
+    if (self == nullptr) return 0;
     if (ListData(self) != nullptr) GiveUpList(self);
     const id list = msg::colorListNamed(NSColorListClass(), NewNSString(listName, holdings));
-    if (list == nullptr) return;
+    if (list == nullptr) return 0;
     ListData(self) = msg::retain(list);
-    result = ListData(self) != nullptr;
+    return ListData(self) != nullptr;
   });
 }
 

@@ -2,6 +2,7 @@
 // of one NSColorSpace.
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "bundle/bridge/exceptions.h"
 #include "bundle/bridge/guard.h"
@@ -39,14 +40,20 @@ void* FromHandle(std::int32_t handle) {
 
 enum class Cache { kEnter, kLeaveAlone };
 
-// The frame of the three initialisers: `make` answers a new space or nil, whose one reference becomes the
-// instance's.
+// Outside of the guard: a platform exception of the host's loses the message and the exception object.
+[[gnu::noinline, gnu::cold, gnu::force_align_arg_pointer]] void RefuseToFillAgain() {
+  UnguardedHoldings holdings;
+  RaiseException("UnsupportedOperationException",
+                 "Constructor called too often. Object is already initialized.", holdings);
+}
+
+// Guards the three initialisers: the one reference of the new space that `make` answers becomes the
+// instance's; nil leaves the instance empty.
 template <typename Make>
 void Fill(REALobject self, Cache cache, Make make) {
   if (self == nullptr) return;
   if (ClassData(self) != nullptr) {
-    RaiseException("UnsupportedOperationException",
-                   "Constructor called too often. Object is already initialized.");
+    RefuseToFillAgain();
     return;
   }
   CocoaInit();
@@ -57,7 +64,7 @@ void Fill(REALobject self, Cache cache, Make make) {
   });
 }
 
-// Data of nil is handed on as it is.
+// Deliberate: nil for the data goes to the platform like any other.
 void initWithICCProfileData(REALobject self, REALmemoryBlock profile) {
   Fill(self, Cache::kEnter, [profile](Holdings& holdings) {
     const id data = NewNSData(profile, holdings);
@@ -81,14 +88,14 @@ void initWithCGColorSpace(REALobject self, std::int32_t handle) {
 // ---- Queries; an empty instance is a message to nil ----
 
 REALmemoryBlock ICCProfileData(REALobject self) {
-  return GuardedResult<REALmemoryBlock>([self](REALmemoryBlock& result) {
-    if (self != nullptr) result = NSDataRB(msg::ICCProfileData(ClassData(self)));
+  return Guarded([self](Holdings& holdings) {
+    return self != nullptr ? NSDataRB(msg::ICCProfileData(ClassData(self)), holdings) : nullptr;
   });
 }
 
 template <FixedString Name>
 REALstring Text(REALobject self) {
-  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>, OnNSException::kRaise);
+  return TextOf(self != nullptr ? &ClassData(self) : nullptr, kSelector<Name>);
 }
 constexpr auto& localizedName = Text<"localizedName">;
 constexpr auto& colorSpaceName = Text<"colorSpaceName">;
@@ -97,9 +104,8 @@ constexpr auto& description = Text<"description">;
 // A number, or a handle: the value of a pointer that stays the space's own.
 template <FixedString Name>
 std::int32_t Number(REALobject self) {
-  return GuardedResult<std::int32_t>([self](std::int32_t& result) {
-    if (self != nullptr) result = Message<Name, NSInteger()>()(ClassData(self));
-  });
+  return Guarded(
+      [self] { return self != nullptr ? std::int32_t{Message<Name, NSInteger()>()(ClassData(self))} : 0; });
 }
 
 constexpr auto& colorSpaceModel = Number<"colorSpaceModel">;
@@ -109,20 +115,21 @@ constexpr auto& CGColorSpace = Number<"CGColorSpace">;
 
 // ---- Shared factories ----
 
-// The frame of the guarded factories: `make` sets the result.
+// Guards every factory: the space that `make` answers, as a host object; nil gives null. A space that `make`
+// allocates it leaves in the holdings, which give up that reference once the host object has its own. The
+// result stays if that raises.
 template <typename Make>
 REALobject Factory(Make make) {
   CocoaInit();
-  return GuardedResult<REALobject>(make);
+  return GuardedFill(REALobject{}, [make](REALobject& result, Holdings& holdings) {
+    result = NewNSColorSpaceQVX(make(holdings), holdings);
+    holdings.GiveBackAll();
+  });
 }
 
-// The host object for a space that the caller has just allocated, whose reference is given up; nil gives
-// null.
-void TakeAllocated(id space, REALobject& result, Holdings& holdings) {
-  Holdings::Item* const held =
-      holdings.Hold(space, [](Holdings::Item& item) { msg::release(static_cast<id>(item.handle)); });
-  result = NewNSColorSpaceQVX(space, holdings);
-  holdings.Release(held);
+// A space that has just been allocated, in the holdings. Borrowed; nil is nil.
+id Allocated(id space, Holdings& holdings) {
+  return Held(holdings, space).Get();
 }
 
 // The URL of an existing item; null if the host or the platform can't tell.
@@ -140,29 +147,29 @@ CFURLRef URLThroughParent(REALfolderItem item, Holdings& holdings) {
   if (REALFSRefFromFolderItem(item, &reference, &leafName) == 0) return nullptr;
   const CFURLRef parent = CFURLCreateFromFSRef(nullptr, &reference);
   if (parent == nullptr) return nullptr;
-  Holdings::Item* const heldParent = holdings.HoldReference(parent);
+  Held<CFTypeRef> heldParent(holdings, parent);
 
   const auto length =
       static_cast<CFIndex>(std::min<std::size_t>(leafName.length, std::size(leafName.unicode)));
   CFStringRef name = nullptr;
   if (length != 0) name = CFStringCreateWithCharacters(nullptr, leafName.unicode, length);
   if (name == nullptr) {
-    holdings.Release(heldParent);
+    heldParent.Release();
     return nullptr;
   }
-  Holdings::Item* heldName = holdings.HoldReference(name);
+  Held<CFTypeRef> heldName(holdings, name);
   if (const CFMutableStringRef decomposed = CFStringCreateMutableCopy(nullptr, 0, name)) {
-    Holdings::Item* const heldDecomposed = holdings.HoldReference(decomposed);
+    Held<CFTypeRef> heldDecomposed(holdings, decomposed);
     CFStringNormalize(decomposed, kCFStringNormalizationFormD);
-    holdings.Release(heldName);
-    heldName = heldDecomposed;
+    heldName.Release();
+    heldName = std::move(heldDecomposed);
     name = decomposed;
   }
   const CFURLRef url = CFURLCreateCopyAppendingPathComponent(nullptr, parent, name, 0);
-  Holdings::Item* const heldURL = holdings.HoldReference(url);
-  holdings.Release(heldParent);
-  holdings.Release(heldName);
-  holdings.Forget(heldURL);
+  Held<CFTypeRef> heldURL(holdings, url);
+  heldParent.Release();
+  heldName.Release();
+  heldURL.Detach();
   return url;
 }
 
@@ -177,63 +184,65 @@ id PathOfItem(REALfolderItem item, Holdings& holdings) {
   return path != nullptr ? Autoreleased(path, holdings) : nullptr;
 }
 
-// Nothing that is not found raises: no item, no path, no file, no profile in it give null.
+// Answers null, and raises nothing, if the item, its path, the file or a profile in it can't be found.
 REALobject ColorSpaceWithICCProfileFile(REALfolderItem file) {
-  return Factory([file](REALobject& result, Holdings& holdings) {
-    if (file == nullptr) return;
+  return Factory([file](Holdings& holdings) -> id {
+    if (file == nullptr) return nullptr;
     const id path = PathOfItem(file, holdings);
-    if (path == nullptr) return;
+    if (path == nullptr) return nullptr;
     const id data = msg::dataWithContentsOfFile(PlatformClass<"NSData">(), path);
-    if (data == nullptr) return;
-    TakeAllocated(msg::initWithICCProfileData(msg::alloc(NSColorSpaceClass()), data), result, holdings);
+    if (data == nullptr) return nullptr;
+    return Allocated(msg::initWithICCProfileData(msg::alloc(NSColorSpaceClass()), data), holdings);
   });
 }
 
 REALobject ColorSpaceWithICCProfileData(REALmemoryBlock profile) {
-  return Factory([profile](REALobject& result, Holdings& holdings) {
+  return Factory([profile](Holdings& holdings) -> id {
     const id data = NewNSData(profile, holdings);
-    if (data == nullptr) return;
-    TakeAllocated(msg::initWithICCProfileData(msg::alloc(NSColorSpaceClass()), data), result, holdings);
+    if (data == nullptr) return nullptr;
+    return Allocated(msg::initWithICCProfileData(msg::alloc(NSColorSpaceClass()), data), holdings);
   });
 }
 
 // The two factories from a handle; the message names its kind.
 template <const auto& initialize>
 REALobject FromNativeHandle(std::int32_t handle) {
-  return Factory([handle](REALobject& result, Holdings& holdings) {
-    if (handle == 0) return;
-    TakeAllocated(initialize(msg::alloc(NSColorSpaceClass()), FromHandle(handle)), result, holdings);
+  return Factory([handle](Holdings& holdings) -> id {
+    if (handle == 0) return nullptr;
+    return Allocated(initialize(msg::alloc(NSColorSpaceClass()), FromHandle(handle)), holdings);
   });
 }
 constexpr auto& ColorSpaceWithColorSyncProfile = FromNativeHandle<msg::initWithColorSyncProfile>;
 constexpr auto& ColorSpaceWithCGColorSpace = FromNativeHandle<msg::initWithCGColorSpace>;
 
-// The array is there before anything can fail, and is what the caller gets, as far as it is filled.
-REALarray availableColorSpacesWithModel(std::int32_t model) {
-  HostReference<REALarray> array(REALCreateArray(REALArrayType::kObject, -1));
+// The array is there before anything can fail, and is what the caller gets, as far as it is filled. A
+// platform exception in the preparation, before the guard, loses it.
+[[gnu::force_align_arg_pointer]] REALarray availableColorSpacesWithModel(std::int32_t model) {
+  UnguardedHoldings beforeGuard;
+  Held array(beforeGuard, REALCreateArray(REALArrayType::kObject, -1));
   CocoaInit();
-  return GuardedResult(array.Detach(), [model](REALarray& result, Holdings& holdings) {
+  return GuardedFill(array.Detach(), [model](REALarray& result, Holdings& holdings) {
     const id spaces = msg::availableColorSpacesWithModel(NSColorSpaceClass(), model);
     if (spaces == nullptr) return;
     const id enumerator = msg::objectEnumerator(spaces);
     std::int32_t index = 0;
     while (const id space = msg::nextObject(enumerator)) {
-      const REALobject object = NewNSColorSpaceQVX(space, holdings);
-      Holdings::Item* const held = holdings.HoldObject(object);
-      if (result != nullptr) REALInsertArrayValueObject(result, index, object);
-      holdings.Release(held);
+      Held object(holdings, NewNSColorSpaceQVX(space, holdings));
+      if (result != nullptr) REALInsertArrayValueObject(result, index, object.Get());
+      object.Release();
       ++index;
     }
   });
 }
 
 // The getters of the platform's shared spaces, one per name (getsRGBColorSpace and so on). Deliberately
-// without the guard, and the class is looked up on every call.
-[[gnu::noinline]] REALobject PredefinedSpaceOf(Selector& selector) {
+// without the guard, so that a platform exception loses the new wrapper; and the class is looked up on every
+// call.
+[[gnu::noinline, gnu::force_align_arg_pointer]] REALobject PredefinedSpaceOf(Selector& selector) {
   CocoaInit();
   const auto spaceClass = reinterpret_cast<id>(objc_getClass("NSColorSpace"));
   if (spaceClass == nullptr) return nullptr;
-  Holdings holdings;
+  UnguardedHoldings holdings;
   return NewNSColorSpaceQVX(Send<id>(spaceClass, selector), holdings);
 }
 
@@ -248,9 +257,8 @@ constexpr auto PredefinedSpaces() {
 }
 
 REALobject colorSpaceForColorSpaceName(REALstring name) {
-  return Factory([name](REALobject& result, Holdings& holdings) {
-    const id space = msg::colorSpaceForColorSpaceName(NSColorSpaceClass(), NewNSString(name, holdings));
-    result = NewNSColorSpaceQVX(space, holdings);
+  return Factory([name](Holdings& holdings) {
+    return msg::colorSpaceForColorSpaceName(NSColorSpaceClass(), NewNSString(name, holdings));
   });
 }
 

@@ -5,10 +5,13 @@
 
 namespace qvx {
 
-REALstring TextOf(const id* data, Selector& selector, OnNSException then) {
-  return GuardedAnswer(then, [data, &selector](Holdings& holdings) {
+template <OnNSException then>
+REALstring TextOf(const id* data, Selector& selector) {
+  return Guarded<then>([data, &selector](Holdings& holdings) {
     return data != nullptr ? NSStringRB(Send<id>(*data, selector), holdings) : nullptr;
   });
 }
+template REALstring TextOf<OnNSException::kRaise>(const id* data, Selector& selector);
+template REALstring TextOf<OnNSException::kDrop>(const id* data, Selector& selector);
 
 }  // namespace qvx

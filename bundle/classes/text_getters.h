@@ -9,7 +9,9 @@ namespace qvx {
 
 // Sends `selector` to the native object of an instance and answers the text as a new host string, whose one
 // reference is the caller's. `data` is the instance's class data, null for a null instance, which gives the
-// null string; an empty instance is a message to nil. An NSException gives the null string too.
-REALstring TextOf(const id* data, Selector& selector, OnNSException then);
+// null string; an empty instance is a message to nil. An NSException gives the null string too, and is raised
+// or dropped.
+template <OnNSException then = OnNSException::kRaise>
+REALstring TextOf(const id* data, Selector& selector);
 
 }  // namespace qvx

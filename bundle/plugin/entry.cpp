@@ -16,7 +16,12 @@ std::int32_t LayoutVersionFor(double hostVersion) {
   return 9;
 }
 
+// Whether REALPluginMain has run. The definitions are changed in place, so they can be registered only once.
+constinit bool entered = false;
+
 void Enter(REALresolver resolver) {
+  if (entered) return;
+  entered = true;
   gResolver = resolver;
   if (const auto getVersion = REALGetRBVersion.Find()) rbversion = static_cast<double>(getVersion());
   CurrentREALControlVersion = LayoutVersionFor(rbversion);
@@ -30,8 +35,9 @@ void Enter(REALresolver resolver) {
 
 }  // namespace qvx
 
-// Called once by the host, on its main thread, before anything else in the bundle. `resolver` answers a host
-// service's function by name, or null, for as long as the process lives.
-extern "C" [[gnu::visibility("default")]] void REALPluginMain(qvx::REALresolver resolver) {
+// Called once by the host, on its main thread, before anything else in the bundle; a later call does nothing.
+// `resolver` answers a host service's function by name, or null, for as long as the process lives.
+extern "C" [[gnu::visibility("default"), gnu::force_align_arg_pointer]] void REALPluginMain(
+    qvx::REALresolver resolver) {
   qvx::Enter(resolver);
 }

@@ -28,18 +28,16 @@ struct Way {
 
 constexpr double kMark = 7.25;  // in by-reference arguments before the call
 
-class Pool {
+// A pool that lets the run loop have its turn before it goes.
+class TurnedPool {
  public:
-  Pool() : pool_(ThePlatform().pushPool == nullptr ? nullptr : ThePlatform().pushPool()) {}
-  Pool(const Pool&) = delete;
-  Pool& operator=(const Pool&) = delete;
-  ~Pool() {
-    if (ThePlatform().turnRunLoop != nullptr) ThePlatform().turnRunLoop();
-    if (ThePlatform().popPool != nullptr) ThePlatform().popPool(pool_);
-  }
+  TurnedPool() = default;
+  TurnedPool(const TurnedPool&) = delete;
+  TurnedPool& operator=(const TurnedPool&) = delete;
+  ~TurnedPool() { TurnRunLoop(); }
 
  private:
-  void* pool_;
+  PoolScope pool_;
 };
 
 // An argument of that type. A whole number may be a handle of the platform: only 0 is safe.
@@ -91,7 +89,7 @@ std::string ShownResult(const Value& value) {
 
 // Calls the function once. `parameterWord` is the word of a property's record; 0 for methods.
 Problem CallOnce(const Method& method, const Way& way, std::uint32_t parameterWord) {
-  const Pool pool;
+  const TurnedPool pool;
   const Value self = way.self == Self::Empty ? Value::Adopt(NewObject(*method.owner)) : Value::Nil();
   const std::vector<Parameter>& parameters = method.signature.parameters;
   std::vector<Value> places(parameters.size());
@@ -188,7 +186,7 @@ Problem CheckCall(const Method& method, std::uint32_t parameterWord) {
 Problem CheckLife(Class& cls) {
   const Alive before = CountAlive();
   {
-    const Pool pool;
+    const TurnedPool pool;
     const ObjectRef instance = ObjectRef::Adopt(NewObject(cls));
     ThrowPendingException();
     if (NativePointerOf(instance.get()) != nullptr)

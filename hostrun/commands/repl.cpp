@@ -96,11 +96,9 @@ class Loop {
 
  private:
   bool Run(bool more) {
-    const Platform& platform = ThePlatform();
-    void* const pool = platform.pushPool == nullptr ? nullptr : platform.pushPool();
+    const PoolScope pool;
     const Session::State state = session_.Run(open_, more);
-    if (platform.turnRunLoop != nullptr) platform.turnRunLoop();
-    if (platform.popPool != nullptr) platform.popPool(pool);
+    TurnRunLoop();
     std::fflush(stdout);
     if (state != Session::State::WantsMore) open_.clear();
     return state != Session::State::Ended;

@@ -47,11 +47,12 @@ int Run(const RunOptions& options) {
     const Problem problem = StartHost(options.host);
     if (problem) return Refuse(*problem);
     SetProgramArguments(options.arguments);
-    const Platform& platform = ThePlatform();
-    void* const pool = platform.pushPool == nullptr ? nullptr : platform.pushPool();
-    int status = RunSource(source);
-    if (platform.turnRunLoop != nullptr) platform.turnRunLoop();
-    if (platform.popPool != nullptr) platform.popPool(pool);
+    int status = kExitFine;
+    {
+      const PoolScope pool;
+      status = RunSource(source);
+      TurnRunLoop();
+    }
     const LiveCounts live = CountLive();
     if (live.Any()) {
       std::fprintf(stderr, "still alive at the end:\n%s", DescribeLive(live).c_str());

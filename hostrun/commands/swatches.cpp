@@ -14,7 +14,7 @@
 #include "hostrun/host/registry.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/program.h"
-#include "hostrun/language/steps.h"
+#include "hostrun/language/statements/print.h"
 
 namespace hostrun {
 namespace {
@@ -24,20 +24,6 @@ struct SwatchesOptions {
   std::string out = "swatches.png";
   std::string source;  // empty: the predefined colours
   int columns = 5;
-};
-
-// Whatever is autoreleased outside the calls into the bundle is released with this.
-class Pool {
- public:
-  Pool() : pool_(ThePlatform().pushPool == nullptr ? nullptr : ThePlatform().pushPool()) {}
-  Pool(const Pool&) = delete;
-  Pool& operator=(const Pool&) = delete;
-  ~Pool() {
-    if (ThePlatform().popPool != nullptr) ThePlatform().popPool(pool_);
-  }
-
- private:
-  void* pool_;
 };
 
 bool IsColour(const Value& value) {
@@ -118,7 +104,7 @@ int Swatches(const SwatchesOptions& options) {
   try {
     const Problem problem = StartHost(options.host);
     if (problem) return Refuse(*problem);
-    const Pool pool;
+    const PoolScope pool;  // for what is autoreleased outside of calls into the bundle
     return Draw(options);
   } catch (const HostException& exception) {
     return Refuse("hostrun swatches: " + DescribeException(exception.object()));

@@ -26,6 +26,7 @@
 #include "hostrun/host/functions.h"
 #include "hostrun/host/position.h"
 #include "hostrun/host/service_list.h"
+#include "hostrun/host/words.h"
 #include "hostrun/language/program.h"
 #include "hostrun/language/source.h"
 
@@ -58,35 +59,11 @@ std::string ValueText(const Value& value) {
 // The argument at `words` as text; moves `words` past it. `after` the call, what stands in a by-reference
 // argument.
 std::string WordsText(const Parameter& parameter, const std::uint32_t*& words, bool after) {
-  const auto take = [&words]<class T>(T value) {
-    std::memcpy(&value, words, sizeof value);
-    words += (sizeof value + 3) / 4;
-    return value;
-  };
-  if (parameter.byref) {
-    const auto* place = reinterpret_cast<const std::uint32_t*>(take(std::uint32_t{}));
-    Parameter itself = parameter;
-    itself.byref = false;
-    return (after ? "" : "byref ") + WordsText(itself, place, after);
-  }
-  switch (parameter.type->kind) {
-    case Kind::Double:
-      return ExactText(Value::Double(take(0.0)));
-    case Kind::Single:
-      return ExactText(Value::Double(take(0.0F)));
-    case Kind::Int64:
-      return std::to_string(take(std::int64_t{}));
-    case Kind::Boolean:
-      return (take(std::uint32_t{}) & 0xFFU) != 0 ? "True" : "False";
-    case Kind::Color:
-      return ExactText(Value::Color(take(std::uint32_t{})));
-    case Kind::Integer:
-      return std::to_string(take(std::int32_t{}));
-    case Kind::String:
-      return LiteralText(Value::Share(reinterpret_cast<HostString*>(take(std::uint32_t{}))));
-    default:
-      return ObjectText(reinterpret_cast<Object*>(take(std::uint32_t{})));
-  }
+  const std::uint32_t* at = words;
+  words += parameter.byref ? 1 : WordCount(*parameter.type);
+  if (parameter.byref) at = reinterpret_cast<const std::uint32_t*>(*at);
+  const std::string text = ValueText(ShareWords(*parameter.type, at));
+  return parameter.byref && !after ? "byref " + text : text;
 }
 
 // A service's argument; empty for one that can't be shown: a pointer, an encoding.

@@ -33,7 +33,7 @@ Object* NewArray(const Type& element, std::int32_t upperBound) {
   ObjectRef array = ObjectRef::Adopt(NewObject(ArrayClass()));
   ArrayDataOf(array.get()).element = &element;
   ResizeArray(array.get(), upperBound);
-  return array.release();
+  return array.Detach();
 }
 
 std::int32_t UpperBound(Object* array) {

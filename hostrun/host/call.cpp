@@ -1,7 +1,11 @@
 // hostrun/host/call.cpp - calls the functions behind definition records: cdecl, arguments in declared order.
 #include "hostrun/host/call.h"
 
+#include <array>
+#include <bit>
+
 #include "hostrun/host/exceptions.h"
+#include "hostrun/host/platform_library.h"
 
 extern "C" {
 std::uint64_t runner_call_words(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);
@@ -11,7 +15,6 @@ double runner_call_words_for_real(qvx::REALproc function, const std::uint32_t* w
 namespace hostrun {
 namespace {
 
-constinit Surroundings surroundings;
 using Replaced = void (*)(Object* self, void* before);
 constinit Replaced nativeReplaced = nullptr;
 constinit bool resultsUnlocked = false;
@@ -27,23 +30,11 @@ bool IsNewerThan(const Object* object, const Object* newestBefore) {
 }
 
 // A call into a bundle: a pool around it, and nothing but host exceptions comes out.
-class Crossing {
- public:
-  Crossing() : pool_(surroundings.pushPool == nullptr ? nullptr : surroundings.pushPool()) { ++bundleCalls; }
-  Crossing(const Crossing&) = delete;
-  Crossing& operator=(const Crossing&) = delete;
-  ~Crossing() {
-    if (surroundings.popPool != nullptr) surroundings.popPool(pool_);
-  }
-
- private:
-  void* pool_;
-};
-
 template <class F>
 auto Cross(const std::string& name, F call) {
+  ++bundleCalls;
   try {
-    const Crossing crossing;
+    const PoolScope pool;
     return call();
   } catch (const HostException&) {
     throw;
@@ -54,54 +45,15 @@ auto Cross(const std::string& name, F call) {
   }
 }
 
-Value Convert(std::uint64_t raw, const Type& type) {
-  const auto eax = static_cast<std::uint32_t>(raw);
-  switch (type.kind) {
-    case Kind::Boolean:
-      return Value::Boolean((eax & 0xFFU) != 0);
-    case Kind::Integer:
-      return Value::Integer(static_cast<std::int32_t>(eax));
-    case Kind::Int64:
-      return Value::Int64(static_cast<std::int64_t>(raw));
-    case Kind::Color:
-      return Value::Color(eax);
-    case Kind::String:
-      return Value::Adopt(reinterpret_cast<HostString*>(eax));
-    case Kind::Object:
-    case Kind::Array:
-      return Value::Adopt(reinterpret_cast<Object*>(eax));
-    case Kind::Variant: {
-      Value object = Value::Adopt(reinterpret_cast<Object*>(eax));
-      return Unboxed(object);
-    }
-    default:
-      return {};
-  }
-}
-
 Value CallRaw(const Method& method, const ArgumentWords& words) {
   const Type& result = *method.signature.result;
   if (result.IsReal()) {
     return Value::Double(runner_call_words_for_real(method.function, words.data(), words.count()));
   }
-  return Convert(runner_call_words(method.function, words.data(), words.count()), result);
-}
-
-void PushByType(ArgumentWords& words, const Type& type, const Value& value) {
-  switch (type.kind) {
-    case Kind::Int64:
-      return words.PushInt64(value.AsInt64());
-    case Kind::Double:
-      return words.PushDouble(value.AsReal());
-    case Kind::Single:
-      return words.PushSingle(static_cast<float>(value.AsReal()));
-    case Kind::Boolean:
-    case Kind::Integer:
-    case Kind::Color:
-      return words.PushWord(static_cast<std::uint32_t>(value.AsInt64()));
-    default:
-      return words.PushHandle(value);
-  }
+  const auto raw = std::bit_cast<std::array<std::uint32_t, 2>>(
+      runner_call_words(method.function, words.data(), words.count()));
+  Value value = AdoptWords(result, raw.data());
+  return result.kind == Kind::Variant ? Unboxed(value) : value;
 }
 
 // The call itself and what the host owes after it: a reference where the bundle could take none, a pair that
@@ -155,10 +107,6 @@ void SetCallObserver(CallObserver* newObserver) {
   observer = newObserver;
 }
 
-void SetSurroundings(const Surroundings& s) {
-  surroundings = s;
-}
-
 void SetNativeReplaced(void (*replaced)(Object* self, void* before)) {
   nativeReplaced = replaced;
 }
@@ -171,54 +119,6 @@ std::uint64_t BundleCalls() {
   return bundleCalls;
 }
 
-ReferencePlace::ReferencePlace(const Type& type, const Value& value) : kind_(type.kind) {
-  const auto store = [this](auto v) { std::memcpy(&bits_, &v, sizeof v); };
-  switch (kind_) {
-    case Kind::Double:
-      store(value.AsReal());
-      break;
-    case Kind::Single:
-      store(static_cast<float>(value.AsReal()));
-      break;
-    case Kind::String:
-      LockString(value.string());
-      store(reinterpret_cast<std::uintptr_t>(value.string()));
-      break;
-    case Kind::Object:
-    case Kind::Array:
-    case Kind::Variant:
-      LockObject(value.object());
-      store(reinterpret_cast<std::uintptr_t>(value.object()));
-      break;
-    default:
-      store(value.AsInt64());
-      break;
-  }
-}
-
-Value ReferencePlace::Take() const {
-  const auto load = [this]<class T>(T) {
-    T v;
-    std::memcpy(&v, &bits_, sizeof v);
-    return v;
-  };
-  switch (kind_) {
-    case Kind::Double:
-      return Value::Double(load(0.0));
-    case Kind::Single:
-      return Value::Double(load(0.0F));
-    default:
-      return Convert(bits_, *TypeOf(kind_));
-  }
-}
-
-Value BoxedVariant(const Value& value) {
-  if (value.IsNil() || value.kind() == Kind::Object) return value;
-  Object* const box = NewObject(VariantBoxClass());
-  PayloadOf<Value>(box) = value;
-  return Value::Adopt(box);
-}
-
 Value CallFunction(const Method& method, const ArgumentWords& words) {
   if (method.origin == Origin::Host) return CallRaw(method, words);
   if (observer != nullptr && method.origin == Origin::Bundle) return CallObserved(method, words);
@@ -226,35 +126,20 @@ Value CallFunction(const Method& method, const ArgumentWords& words) {
 }
 
 Value Invoke(const Method& method, Object* self, const std::vector<Value>& arguments) {
-  ArgumentWords words;
-  std::vector<Value> boxes;
-  std::vector<std::pair<ReferencePlace, Value*>> places;
-  boxes.reserve(arguments.size());
-  places.reserve(arguments.size());
-  if (!method.shared && method.owner != nullptr) words.PushPointer(self);
+  CallArguments passed;
+  std::vector<Value*> places;
+  if (!method.shared && method.owner != nullptr) passed.PushSelf(self);
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const Parameter& parameter = method.signature.parameters[i];
     if (parameter.byref) {
-      places.emplace_back(ReferencePlace(*parameter.type, *arguments[i].place()), arguments[i].place());
-      words.PushPointer(places.back().first.address());
-    } else if (parameter.type->kind == Kind::Variant) {
-      boxes.push_back(BoxedVariant(arguments[i]));
-      words.PushHandle(boxes.back());
+      places.push_back(arguments[i].place());
+      passed.PushReference(*parameter.type, *places.back());
     } else {
-      PushByType(words, *parameter.type, arguments[i]);
+      passed.Push(*parameter.type, arguments[i]);
     }
   }
-  const auto takeBack = [&places] {
-    for (auto& [place, target] : places) *target = place.Take();
-  };
-  try {
-    Value result = CallFunction(method, words);
-    takeBack();
-    return result;
-  } catch (const HostException&) {
-    takeBack();
-    throw;
-  }
+  return CallFunction(method, passed,
+                      [&places](std::size_t i, Value value) { *places[i] = std::move(value); });
 }
 
 Value GetProperty(const Property& property, Object* self) {
@@ -265,12 +150,11 @@ Value GetProperty(const Property& property, Object* self) {
 }
 
 void SetProperty(const Property& property, Object* self, const Value& value) {
-  ArgumentWords words;
-  if (!property.shared) words.PushPointer(self);
-  words.PushWord(property.parameter);
-  const Value held = property.type->kind == Kind::Variant ? BoxedVariant(value) : value;
-  PushByType(words, *property.type, held);
-  CallFunction(property.setter, words);
+  CallArguments arguments;
+  if (!property.shared) arguments.PushSelf(self);
+  arguments.Push(*TypeOf(Kind::Integer), Value::Integer(static_cast<std::int32_t>(property.parameter)));
+  arguments.Push(*property.type, value);
+  CallFunction(property.setter, arguments.words());
 }
 
 // A destructor may run where nothing can be thrown: what it raised surfaces at the next call.

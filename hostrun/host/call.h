@@ -1,26 +1,20 @@
 // hostrun/host/call.h - calls the functions behind definition records: cdecl, arguments in declared order.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
+#include "hostrun/host/exceptions.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/value.h"
+#include "hostrun/host/words.h"
 
 namespace hostrun {
-
-// What surrounds each call into a bundle. Null: nothing does.
-struct Surroundings {
-  void* (*pushPool)() = nullptr;
-  void (*popPool)(void*) = nullptr;
-};
-void SetSurroundings(const Surroundings& surroundings);
 
 // A host without "REALLockObject" gets known objects back without a reference; the runner then takes one
 // itself.
 void SetResultsUnlocked(bool unlocked);
+
 // Sees the calls into a bundle: each Enter is followed by its Leave, whatever happens in between.
 class CallObserver {
  public:
@@ -28,9 +22,9 @@ class CallObserver {
   CallObserver(const CallObserver&) = delete;
   CallObserver& operator=(const CallObserver&) = delete;
   virtual ~CallObserver() = default;
-  virtual void Enter(const Method& method, const class ArgumentWords& words) = 0;
+  virtual void Enter(const Method& method, const ArgumentWords& words) = 0;
   // Either a result or an exception.
-  virtual void Leave(const Method& method, const class ArgumentWords& words, const Value* result,
+  virtual void Leave(const Method& method, const ArgumentWords& words, const Value* result,
                      Object* exception) = 0;
   // The constructor or destructor of a definition.
   virtual void EnterLife(const Class& cls, bool constructor) = 0;
@@ -45,61 +39,27 @@ void SetNativeReplaced(void (*replaced)(Object* self, void* before));
 // Calls into the bundle so far.
 std::uint64_t BundleCalls();
 
-inline constexpr std::size_t kMostParameters = 30;
-
-// The argument words of one call.
-class ArgumentWords {
- public:
-  void PushWord(std::uint32_t word) { words_[count_++] = word; }
-  void PushPointer(const void* pointer) {
-    PushWord(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(pointer)));
-  }
-  void PushInt64(std::int64_t i) {
-    std::memcpy(&words_[count_], &i, sizeof i);
-    count_ += 2;
-  }
-  void PushDouble(double d) {
-    std::memcpy(&words_[count_], &d, sizeof d);
-    count_ += 2;
-  }
-  void PushSingle(float f) {
-    std::memcpy(&words_[count_], &f, sizeof f);
-    count_ += 1;
-  }
-
-  // A value of a counted type: pushes its handle. The value must outlive the call.
-  void PushHandle(const Value& value) {
-    PushPointer(value.kind() == Kind::String ? static_cast<const void*>(value.string())
-                                             : static_cast<const void*>(value.object()));
-  }
-
-  const std::uint32_t* data() const { return words_.data(); }
-  std::uint32_t count() const { return count_; }
-
- private:
-  std::array<std::uint32_t, 2 + 2 * kMostParameters> words_;  // only the first count_ are written
-  std::uint32_t count_ = 0;
-};
-
-// The memory behind a by-reference argument: holds a copy of the value during the call.
-class ReferencePlace {
- public:
-  ReferencePlace(const Type& type, const Value& value);
-  void* address() { return &bits_; }
-  // The value after the call. To be called exactly once.
-  Value Take() const;
-
- private:
-  Kind kind_;
-  std::uint64_t bits_ = 0;
-};
-
-// Hands a variant over as an object: an object as it is, anything else in a box.
-Value BoxedVariant(const Value& value);
-
 // Calls `method` with words laid out for it, self first where it has one. Throws HostException when the call
 // raised one. The result is converted by the declaration; its reference is the caller's.
 Value CallFunction(const Method& method, const ArgumentWords& words);
+
+// The same; afterwards `store(index, value)` gets what each by-reference argument holds, also when the call
+// raised.
+template <class Store>
+Value CallFunction(const Method& method, CallArguments& arguments, Store store) {
+  if (arguments.references() == 0) return CallFunction(method, arguments.words());
+  const auto storeAll = [&] {
+    for (std::size_t i = 0; i < arguments.references(); ++i) store(i, arguments.TakeReference(i));
+  };
+  try {
+    Value result = CallFunction(method, arguments.words());
+    storeAll();
+    return result;
+  } catch (const HostException&) {
+    storeAll();
+    throw;
+  }
+}
 
 // Calls with values that already have the parameters' types, defaults filled in and parameter arrays packed.
 // A by-reference argument is a Value of Kind::Reference whose place is read and written.

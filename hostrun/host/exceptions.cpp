@@ -25,7 +25,7 @@ ExceptionData& Data(Object* exception) {
 }
 
 HostString* Message(Object* self, std::int32_t) {
-  return StringRef(Data(self).message).release();
+  return StringRef(Data(self).message).Detach();
 }
 void SetMessage(Object* self, std::int32_t, HostString* message) {
   Data(self).message = StringRef::Share(message);
@@ -89,7 +89,7 @@ ObjectRef NewException(std::string_view className, std::string_view message) {
   Class* cls = TheRegistry().FindClass(className);
   if (cls == nullptr) cls = TheRegistry().FindClass("RuntimeException");
   ObjectRef exception = ObjectRef::Adopt(NewObject(*cls));
-  Data(exception.get()).message = StringRef(message);
+  Data(exception.get()).message = StringRef::Adopt(NewString(message));
   return exception;
 }
 

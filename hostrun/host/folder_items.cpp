@@ -167,7 +167,7 @@ void RegisterFolderItemClass() {
 Object* NewFolderItem(const std::string& path) {
   ObjectRef item = ObjectRef::Adopt(NewObject(TheRegistry().ClassNamed("FolderItem")));
   SetPath(item.get(), path);
-  return item.release();
+  return item.Detach();
 }
 
 std::string FolderItemPath(Object* item) {

@@ -140,7 +140,7 @@ Object* Arguments() {
   for (const std::string& argument : ProgramArguments()) {
     ArrayDataOf(array.get()).items.push_back(Value::Text(argument));
   }
-  return array.release();
+  return array.Detach();
 }
 
 }  // namespace

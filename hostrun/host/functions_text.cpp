@@ -104,7 +104,7 @@ HostString* Replaced(HostString* source, HostString* find, HostString* with, boo
   std::u32string text = CodePointsOf(source);
   const std::u32string wanted = Folded(CodePointsOf(find));
   const std::u32string replacement = CodePointsOf(with);
-  if (wanted.empty()) return StringRef::Share(source).release();
+  if (wanted.empty()) return StringRef::Share(source).Detach();
   std::u32string folded = Folded(text);
   for (std::size_t at = 0; (at = folded.find(wanted, at)) != std::u32string::npos; at += replacement.size()) {
     text.replace(at, wanted.size(), replacement);
@@ -125,17 +125,17 @@ Object* Split(HostString* source, HostString* delimiter) {
   std::vector<Value>& items = ArrayDataOf(array.get()).items;
   const std::string text = Utf8Of(source);
   const std::string mark = Utf8Of(delimiter);
-  if (text.empty()) return array.release();
+  if (text.empty()) return array.Detach();
   if (mark.empty()) {
     for (const char32_t c : CodePointsOf(source)) items.push_back(Value::Adopt(FromCodePoints({&c, 1})));
-    return array.release();
+    return array.Detach();
   }
   std::size_t start = 0;
   for (std::size_t at = 0; (at = text.find(mark, start)) != std::string::npos; start = at + mark.size()) {
     items.push_back(Value::Text(text.substr(start, at - start)));
   }
   items.push_back(Value::Text(text.substr(start)));
-  return array.release();
+  return array.Detach();
 }
 
 HostString* Join(Object* array, HostString* delimiter) {

@@ -98,7 +98,7 @@ Object* Load(const std::string& path) {
   in.seekg(0);
   in.read(BytesIn(block.get()).data(), static_cast<std::streamsize>(size));
   if (!in) FileTrouble("read", path);
-  return block.release();
+  return block.Detach();
 }
 
 void Save(Object* self, const std::string& path) {
@@ -175,7 +175,7 @@ void RegisterMemoryBlockClass() {
 Object* NewMemoryBlock(std::int32_t size) {
   ObjectRef block = ObjectRef::Adopt(NewObject(MemoryBlockClass()));
   SetSize(block.get(), 0, size < 0 ? 0 : size);
-  return block.release();
+  return block.Detach();
 }
 
 void* MemoryBlockBytes(Object* block) {

@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
-#include <utility>
+
+#include "hostrun/host/reference.h"
 
 namespace hostrun {
 
@@ -55,33 +56,6 @@ bool IsKindOf(const Object* object, const Class& cls);
 // For the count of what is still alive.
 const Object* FirstLiveObject();
 
-// An owned reference.
-class ObjectRef {
- public:
-  ObjectRef() = default;
-  static ObjectRef Adopt(Object* object) {
-    ObjectRef ref;
-    ref.object_ = object;
-    return ref;
-  }
-  static ObjectRef Share(Object* object) {
-    LockObject(object);
-    return Adopt(object);
-  }
-  ObjectRef(const ObjectRef& other) : object_(other.object_) { LockObject(object_); }
-  ObjectRef(ObjectRef&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  ObjectRef& operator=(ObjectRef other) noexcept {
-    std::swap(object_, other.object_);
-    return *this;
-  }
-  ~ObjectRef() { UnlockObject(object_); }
-
-  Object* get() const { return object_; }
-  Object* release() { return std::exchange(object_, nullptr); }
-  explicit operator bool() const { return object_ != nullptr; }
-
- private:
-  Object* object_ = nullptr;
-};
+using ObjectRef = Reference<Object, &LockObject, &UnlockObject>;
 
 }  // namespace hostrun

@@ -5,8 +5,6 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include "hostrun/host/call.h"
-
 namespace hostrun {
 namespace {
 
@@ -25,7 +23,7 @@ void* NewPointerDictionary() {
   return createDictionary(nullptr, 0, nullptr, nullptr);
 }
 
-void TurnRunLoop() {
+void RunOnce() {
   runLoop(defaultMode, 0, 0);
 }
 
@@ -64,10 +62,9 @@ Problem LoadPlatform(const std::string& file) {
     return file + ": wanted a platform library, found a library without " + missing;
   }
   defaultMode = *mode;
-  platform.turnRunLoop = &TurnRunLoop;
+  platform.turnRunLoop = &RunOnce;
   platform.makeFileReference = &MakeFileReference;
   platform.newPointerDictionary = &NewPointerDictionary;
-  SetSurroundings({platform.pushPool, platform.popPool});
   return {};
 }
 

@@ -29,6 +29,27 @@ struct Platform {
 Problem LoadPlatform(const std::string& file);
 const Platform& ThePlatform();
 
+// An autorelease pool of the platform's for as long as this lives: what the platform autoreleases meanwhile
+// goes with it. Scopes end in the reverse order of their beginnings. Without a platform library it does
+// nothing.
+class PoolScope {
+ public:
+  PoolScope() : pool_(ThePlatform().pushPool == nullptr ? nullptr : ThePlatform().pushPool()) {}
+  PoolScope(const PoolScope&) = delete;
+  PoolScope& operator=(const PoolScope&) = delete;
+  ~PoolScope() {
+    if (ThePlatform().popPool != nullptr) ThePlatform().popPool(pool_);
+  }
+
+ private:
+  void* pool_;
+};
+
+// Lets the platform's run loop do what is due, and returns. Without a platform library it does nothing.
+inline void TurnRunLoop() {
+  if (ThePlatform().turnRunLoop != nullptr) ThePlatform().turnRunLoop();
+}
+
 // The address of a global symbol, or null.
 void* GlobalSymbol(const char* name);
 

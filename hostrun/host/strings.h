@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "bundle/host/types.h"
+#include "hostrun/host/reference.h"
 
 namespace hostrun {
 
@@ -59,33 +59,6 @@ const HostString* FirstLiveString();
 // The strings that are alive now are the host's own.
 void GiveStringsToHost();
 
-// An owned reference.
-class StringRef {
- public:
-  StringRef() = default;
-  explicit StringRef(std::string_view utf8) : string_(NewString(utf8)) {}
-  static StringRef Adopt(HostString* string) {
-    StringRef ref;
-    ref.string_ = string;
-    return ref;
-  }
-  static StringRef Share(HostString* string) {
-    LockString(string);
-    return Adopt(string);
-  }
-  StringRef(const StringRef& other) : string_(other.string_) { LockString(string_); }
-  StringRef(StringRef&& other) noexcept : string_(std::exchange(other.string_, nullptr)) {}
-  StringRef& operator=(StringRef other) noexcept {
-    std::swap(string_, other.string_);
-    return *this;
-  }
-  ~StringRef() { UnlockString(string_); }
-
-  HostString* get() const { return string_; }
-  HostString* release() { return std::exchange(string_, nullptr); }
-
- private:
-  HostString* string_ = nullptr;
-};
+using StringRef = Reference<HostString, &LockString, &UnlockString>;
 
 }  // namespace hostrun

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,9 +10,13 @@
 
 namespace hostrun {
 
+class Binder;
+class StepBlock;
+
 struct Expression;
 using ExpressionPtr = std::unique_ptr<Expression>;
 
+// One node of an expression's tree. Nodes own their children.
 struct Expression {
   enum class Kind : std::uint8_t {
     Literal,
@@ -33,80 +36,32 @@ struct Expression {
   std::int32_t depth = 1;  // of the tree below
 };
 
+// A type as the program names it; whether there is one is settled later.
 struct TypeName {
   Position at;
   std::string name;  // empty: not given
   bool array = false;
 };
 
-struct Statement;
+// A statement knows how it is settled; its kinds stand in statements/.
+struct Statement {
+  explicit Statement(Position position) : at(position) {}
+  virtual ~Statement() = default;
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  // Settles names and types and adds the steps that run to `into`. Throws ProgramError.
+  virtual void Bind(Binder& binder, StepBlock& into) const = 0;
+  // What it declares in the block where it stands.
+  virtual std::vector<std::string> DeclaredNames() const { return {}; }
+  // Of a call that stands alone, else null.
+  virtual const Expression* AsExpression() const { return nullptr; }
+
+  Position at;
+};
+
 using StatementPtr = std::unique_ptr<Statement>;
 using Block = std::vector<StatementPtr>;
-
-struct Declarator {
-  Position at;
-  std::string name;
-  TypeName type;
-  ExpressionPtr bound;    // Dim a(bound)
-  ExpressionPtr initial;  // null: the type's default
-};
-
-struct CaseTest {
-  enum class Kind : std::uint8_t { Equal, Range, Compare };
-  Kind kind;
-  Position at;
-  std::string op;  // Compare
-  ExpressionPtr low;
-  ExpressionPtr high;
-};
-
-// If and ElseIf: a condition. Case: tests. Catch: a variable and a class. Else: nothing.
-struct Branch {
-  Position at;
-  ExpressionPtr condition;
-  std::vector<CaseTest> tests;
-  std::string variable;
-  TypeName type;
-  Block body;
-};
-
-struct Statement {
-  enum class Kind : std::uint8_t {
-    Declare,   // declarators
-    Const,     // declarators
-    Assign,    // first = second
-    Compound,  // first name second, name = "+", "-", "*", "/" or "\"
-    Call,      // first
-    Print,     // arguments
-    If,        // branches, last without condition: Else
-    Select,    // first, branches
-    For,       // name, type, first To second Step third
-    ForEach,   // name, type, first
-    While,     // first
-    Do,        // first: at the top; second: at the bottom; until says which of them ends on true
-    Exit,      // name = "for", "while", "do", "loop" (the innermost), "routine"
-    Continue,  // name likewise
-    Return,    // first or nothing
-    Try,       // body, branches = Catch, last
-    Raise,     // first
-    ReDim,     // first is the array, second the bound
-    Quit,      // first or nothing
-  };
-  Kind kind;
-  Position at;
-  std::string name;
-  TypeName type;
-  bool until = false;
-  bool down = false;
-  ExpressionPtr first;
-  ExpressionPtr second;
-  ExpressionPtr third;
-  std::vector<ExpressionPtr> arguments;
-  std::vector<Declarator> declarators;
-  Block body;
-  std::vector<Branch> branches;
-  Block last;
-};
 
 struct RoutineParameter {
   Position at;
@@ -117,6 +72,7 @@ struct RoutineParameter {
   ExpressionPtr initial;
 };
 
+// A Sub or a Function.
 struct RoutineDeclaration {
   Position at;
   std::string name;
@@ -127,6 +83,7 @@ struct RoutineDeclaration {
   Position end;
 };
 
+// The whole program: the statements of its own level, and its routines in the order of the text.
 struct ProgramText {
   Block body;
   std::vector<RoutineDeclaration> routines;

@@ -1,10 +1,14 @@
 // hostrun/language/bind_calls.cpp - settles calls: which method or routine, and how each argument is passed.
 #include <algorithm>
 
-#include "hostrun/host/call.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/binder.h"
+#include "hostrun/language/code_arrays.h"
+#include "hostrun/language/code_calls.h"
+#include "hostrun/language/code_conversions.h"
+#include "hostrun/language/code_operators.h"
+#include "hostrun/language/code_values.h"
 
 namespace hostrun {
 
@@ -17,8 +21,10 @@ struct Binder::Callee {
 
 namespace {
 
+// Bound, not converted yet.
 using Arguments = std::vector<CodePtr>;
 
+// "no", "2", "1 to 3", "1 or more": how many arguments it takes.
 std::string CountText(const Signature& signature) {
   const std::size_t least = signature.RequiredCount();
   const std::size_t most = signature.parameters.size();
@@ -36,12 +42,13 @@ bool FitsCount(const Signature& signature, std::size_t count) {
   return signature.TakesAnyCount() || count <= signature.parameters.size();
 }
 
+// What passing it costs; -1: it can't be. By reference only a place of exactly that type can.
 int ArgumentCost(const Code& argument, const Parameter& parameter) {
   if (!parameter.byref) return ConversionCost(argument, *parameter.type);
   return argument.type == parameter.type && dynamic_cast<const Place*>(&argument) != nullptr ? 0 : -1;
 }
 
-// The sum over all arguments, or -1.
+// The sum over all arguments, or -1 when one does not fit. A parameter array costs one more than none.
 int CallCost(const Signature& signature, const Arguments& arguments) {
   if (!FitsCount(signature, arguments.size())) return -1;
   int sum = 0;
@@ -55,6 +62,7 @@ int CallCost(const Signature& signature, const Arguments& arguments) {
   return signature.TakesAnyCount() ? sum + 1 : sum;
 }
 
+// "(Integer, String)", for errors.
 std::string TypesOf(const Arguments& arguments) {
   std::string text = "(";
   for (const CodePtr& argument : arguments) {
@@ -73,18 +81,23 @@ std::vector<Argument> Settle(Position at, const Signature& signature, Arguments 
       Arguments rest(std::make_move_iterator(arguments.begin() +
                                              static_cast<std::ptrdiff_t>(std::min(i, arguments.size()))),
                      std::make_move_iterator(arguments.end()));
-      settled.push_back({MakeArrayOf(at, parameter.type->element, std::move(rest)), parameter.type, false});
+      auto packed = std::make_unique<ArrayLiteral>(at, std::move(rest));
+      packed->Become(parameter.type->element);
+      settled.push_back({parameter.type, std::move(packed), nullptr});
     } else if (i >= arguments.size()) {
-      settled.push_back({MakeConstant(at, parameter.type, *parameter.defaultValue), parameter.type, false});
+      settled.push_back({parameter.type,
+                         std::make_unique<ConstantCode>(at, parameter.type, *parameter.defaultValue),
+                         nullptr});
     } else if (parameter.byref) {
-      settled.push_back({std::move(arguments[i]), parameter.type, true});
+      settled.push_back({parameter.type, nullptr, ToPlace(std::move(arguments[i]))});
     } else {
-      settled.push_back({MakeConversion(std::move(arguments[i]), parameter.type), parameter.type, false});
+      settled.push_back({parameter.type, MakeConversion(std::move(arguments[i]), parameter.type), nullptr});
     }
   }
   return settled;
 }
 
+// Which argument does not fit, and why; `at` becomes its position. Empty when all do.
 std::string WhyNot(const Signature& signature, const Arguments& arguments, Position& at) {
   if (!FitsCount(signature, arguments.size())) {
     return signature.name + " wants " + Plural(CountText(signature)) + ", found " +
@@ -107,6 +120,7 @@ std::string WhyNot(const Signature& signature, const Arguments& arguments, Posit
   return {};
 }
 
+// What stands in the brackets of a call or a New.
 std::vector<const Expression*> ArgumentsOf(const Expression& call) {
   std::vector<const Expression*> arguments;
   for (std::size_t i = call.kind == Expression::Kind::Call ? 1 : 0; i < call.children.size(); ++i) {
@@ -164,15 +178,17 @@ CodePtr Binder::CallOneOf(const Expression& name, const std::vector<Callee>& can
   if (held.kind == Kind::Object && !held.cls->defined) {
     Fail(name.at, name.name + " gives " + result.name + ", a class that this host does not have");
   }
-  if (best->routine != nullptr) return MakeUserCall(name.at, *best->routine, std::move(settled));
-  return MakeNativeCall(name.at, *best->method, std::move(selfCode), std::move(settled));
+  if (best->routine != nullptr)
+    return std::make_unique<UserCall>(name.at, *best->routine, std::move(settled));
+  return std::make_unique<NativeCall>(name.at, *best->method, std::move(selfCode), std::move(settled));
 }
 
 CodePtr Binder::IndexInto(Position at, CodePtr array, const std::vector<const Expression*>& arguments) {
   if (arguments.size() != 1) {
     Fail(at, "wanted one index, found " + std::to_string(arguments.size()) + ": arrays have one dimension");
   }
-  return MakeElement(at, std::move(array), BindConverted(*arguments[0], TypeOf(Kind::Integer), "an index"));
+  return std::make_unique<Element>(at, std::move(array),
+                                   BindConverted(*arguments[0], TypeOf(Kind::Integer), "an index"));
 }
 
 // Without a form that takes the arguments, but with one that takes none and gives an array, they are its
@@ -226,12 +242,13 @@ CodePtr Binder::BindCall(const Expression& call) {
     return IndexInto(callee.at, MakeVariable(callee.at, *variable), arguments);
   }
   if (routinesByName_.contains(lower)) return BindNamedCall(callee, arguments);
-  if (lower == "array") return MakeArrayLiteral(callee.at, BindArguments(arguments));
+  if (lower == "array") return std::make_unique<ArrayLiteral>(callee.at, BindArguments(arguments));
   if (lower == "ubound" && arguments.size() == 1) {
     CodePtr array = BindValue(*arguments[0]);
     if (array->type->kind != Kind::Array)
       Fail(array->at, "UBound wants an array, found " + array->type->name);
-    return MakeArrayCall(callee.at, *FindArrayMember("ubound"), std::move(array), {});
+    return std::make_unique<ArrayCall>(callee.at, *FindArrayMember("ubound"), std::move(array),
+                                       std::vector<CodePtr>());
   }
   if (!TheRegistry().FunctionsNamed(lower).empty()) return BindNamedCall(callee, arguments);
 
@@ -279,7 +296,7 @@ CodePtr Binder::BindInstanceMember(const Expression& member, CodePtr object,
                                    const std::vector<const Expression*>* arguments) {
   const Class& cls = *object->type->cls;
   if (const Property* const property = cls.PropertyNamed(member.name, false)) {
-    CodePtr read = MakeProperty(member.at, *property, std::move(object));
+    CodePtr read = std::make_unique<PropertyAccess>(member.at, *property, std::move(object));
     if (arguments == nullptr || arguments->empty()) return read;
     if (read->type->kind != Kind::Array)
       Fail(member.at, member.name + " of " + cls.name + " is a property and takes no arguments");
@@ -303,10 +320,10 @@ CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
                                  const std::vector<const Expression*>* arguments) {
   if (const Constant* const constant = cls.ConstantNamed(member.name)) {
     if (arguments != nullptr) Fail(member.at, member.name + " is a constant and takes no arguments");
-    return MakeConstant(member.at, constant->type, constant->value);
+    return std::make_unique<ConstantCode>(member.at, constant->type, constant->value);
   }
   if (const Property* const property = cls.PropertyNamed(member.name, true)) {
-    return MakeProperty(member.at, *property, nullptr);
+    return std::make_unique<PropertyAccess>(member.at, *property, nullptr);
   }
   std::vector<Callee> candidates;
   for (const Method* method : cls.MethodsNamed(member.name, true))
@@ -330,8 +347,8 @@ CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array,
   }
   const Type& type = *array->type;
   const std::size_t given = arguments == nullptr ? 0 : arguments->size();
-  if (given != ArgumentCount(*found)) {
-    Fail(member.at, member.name + " of an array wants " + Plural(std::to_string(ArgumentCount(*found))) +
+  if (given != found->arguments.size()) {
+    Fail(member.at, member.name + " of an array wants " + Plural(std::to_string(found->arguments.size())) +
                         ", found " + std::to_string(given));
   }
   if (SameName(member.name, "sort") && !type.element->IsNumber() && type.element->kind != Kind::String) {
@@ -339,10 +356,10 @@ CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array,
   }
   std::vector<CodePtr> bound;
   for (std::size_t i = 0; i < given; ++i) {
-    bound.push_back(BindConverted(*(*arguments)[i], ArgumentType(*found, type, i),
+    bound.push_back(BindConverted(*(*arguments)[i], found->ArgumentType(type, i),
                                   "argument " + std::to_string(i + 1) + " of " + member.name));
   }
-  return MakeArrayCall(member.at, *found, std::move(array), std::move(bound));
+  return std::make_unique<ArrayCall>(member.at, *found, std::move(array), std::move(bound));
 }
 
 CodePtr Binder::BindNew(const Expression& made) {
@@ -352,7 +369,8 @@ CodePtr Binder::BindNew(const Expression& made) {
   for (const Method* method : cls.Constructors()) candidates.push_back({&method->signature, method, nullptr});
   const bool plain = std::none_of(candidates.begin(), candidates.end(),
                                   [](const Callee& candidate) { return FitsCount(*candidate.signature, 0); });
-  if (arguments.empty() && plain) return MakeNew(made.at, cls, nullptr, {});
+  if (arguments.empty() && plain)
+    return std::make_unique<NewInstance>(made.at, cls, nullptr, std::vector<Argument>());
   if (candidates.empty())
     Fail(made.at, "New " + cls.name + " wants no arguments, found " + std::to_string(arguments.size()));
   const Callee* best = nullptr;
@@ -367,10 +385,11 @@ CodePtr Binder::BindNew(const Expression& made) {
       forms += (forms.empty() ? "" : "; ") + candidate.signature->Text();
     Fail(made.at, "no constructor of " + cls.name + " takes " + TypesOf(arguments) + "; there are: " + forms);
   }
-  return MakeNew(made.at, cls, best->method, Settle(made.at, *best->signature, std::move(arguments)));
+  return std::make_unique<NewInstance>(made.at, cls, best->method,
+                                       Settle(made.at, *best->signature, std::move(arguments)));
 }
 
-CodePtr Binder::BindAssignsCall(const Expression& call) {
+PlacePtr Binder::BindAssignsCall(const Expression& call) {
   const Expression& member = *call.children[0];
   if (member.kind != Expression::Kind::Member || ClassOf(*member.children[0]) != nullptr) return nullptr;
   CodePtr object = BindValue(*member.children[0]);
@@ -385,7 +404,7 @@ CodePtr Binder::BindAssignsCall(const Expression& call) {
       leading.push_back(BindConverted(*arguments[i], parameter.type,
                                       "argument " + std::to_string(i + 1) + " of " + member.name));
     }
-    return MakeIndexedSetter(member.at, *method, std::move(object), std::move(leading));
+    return std::make_unique<PropertyAccess>(member.at, *method, std::move(object), std::move(leading));
   }
   return nullptr;
 }

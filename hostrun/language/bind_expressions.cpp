@@ -2,9 +2,13 @@
 #include "hostrun/host/registry.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/binder.h"
+#include "hostrun/language/code_conversions.h"
+#include "hostrun/language/code_operators.h"
+#include "hostrun/language/code_values.h"
 
 namespace hostrun {
 
+// Inner scopes hide outer ones.
 const Binder::Variable* Binder::FindVariable(const std::string& name) const {
   const std::string lower = LowerName(name);
   // NOLINTNEXTLINE(modernize-loop-convert): clang 14 knows no reversed view of this library
@@ -31,18 +35,28 @@ Binder::Variable& Binder::DeclareVariable(Position at, const std::string& name, 
   return variable;
 }
 
+void Binder::DeclareConstant(Position at, const std::string& name, const Code& value) {
+  Variable& constant = Declare(at, name, value.type, Variable::Where::Constant);
+  constant.value = ConstantValue(value);
+}
+
 CodePtr Binder::MakeVariable(Position at, const Variable& variable) {
+  if (variable.where != Variable::Where::Constant) return MakePlace(at, variable);
+  return std::make_unique<ConstantCode>(at, variable.type, variable.value);
+}
+
+PlacePtr Binder::MakePlace(Position at, const Variable& variable) {
   switch (variable.where) {
     case Variable::Where::Local:
-      return MakeLocal(at, variable.type, variable.slot);
+      return std::make_unique<LocalVariable>(at, variable.type, variable.slot);
     case Variable::Where::Global:
-      return MakeGlobal(at, variable.type, variable.slot);
+      return std::make_unique<GlobalVariable>(at, variable.type, variable.slot);
     case Variable::Where::Reference:
-      return MakeReference(at, variable.type, variable.slot);
+      return std::make_unique<ReferenceParameter>(at, variable.type, variable.slot);
     case Variable::Where::Constant:
       break;
   }
-  return MakeConstant(at, variable.type, variable.value);
+  return nullptr;
 }
 
 Class& Binder::WantClass(Position at, const std::string& name) {
@@ -64,7 +78,8 @@ const Type* Binder::TypeFor(const TypeName& name) {
 CodePtr Binder::BindExpression(const Expression& expression) {
   switch (expression.kind) {
     case Expression::Kind::Literal:
-      return MakeConstant(expression.at, TypeOf(expression.literal.kind()), expression.literal);
+      return std::make_unique<ConstantCode>(expression.at, TypeOf(expression.literal.kind()),
+                                            expression.literal);
     case Expression::Kind::Name:
       return BindName(expression);
     case Expression::Kind::Member:
@@ -85,7 +100,8 @@ CodePtr Binder::BindExpression(const Expression& expression) {
       if (!object->type->IsCounted() || object->type->kind == Kind::String) {
         Fail(expression.at, "wanted an object before IsA, found " + object->type->name);
       }
-      return MakeIsA(expression.at, std::move(object), WantClass(expression.at, expression.name));
+      return std::make_unique<InstanceTest>(expression.at, std::move(object),
+                                            WantClass(expression.at, expression.name));
     }
     case Expression::Kind::New:
       return BindNew(expression);
@@ -99,6 +115,7 @@ CodePtr Binder::BindValue(const Expression& expression) {
   return code;
 }
 
+// A name alone: a variable, or a call without arguments.
 CodePtr Binder::BindName(const Expression& name) {
   if (const Variable* const variable = FindVariable(name.name)) return MakeVariable(name.at, *variable);
   const std::string lower = LowerName(name.name);
@@ -151,6 +168,38 @@ CodePtr Binder::BindConstant(const Expression& expression, const std::string& wh
   if (!code->IsConstant())
     Fail(expression.at, what + " wants a constant, found a value that only running gives");
   return code;
+}
+
+PlacePtr Binder::BindPlace(const Expression& expression) {
+  if (expression.kind == Expression::Kind::Call) {
+    PlacePtr setter = BindAssignsCall(expression);
+    if (setter) return setter;
+  }
+  if (expression.kind == Expression::Kind::Name) {
+    const Variable* const variable = FindVariable(expression.name);
+    if (variable == nullptr) {
+      Fail(expression.at,
+           "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
+    }
+    if (variable->where == Variable::Where::Constant) {
+      Fail(expression.at, "wanted a variable before '=', found the constant " + expression.name);
+    }
+  }
+  if (expression.kind == Expression::Kind::Member && ClassOf(*expression.children[0]) == nullptr) {
+    const CodePtr object = BindValue(*expression.children[0]);
+    const Property* const property = object->type->kind == Kind::Object
+                                         ? object->type->cls->PropertyNamed(expression.name, false)
+                                         : nullptr;
+    if (property != nullptr && property->setter.function == nullptr) {
+      Fail(expression.at,
+           "wanted something to assign to, found " + expression.name + ", which can only be read");
+    }
+  }
+  PlacePtr place = ToPlace(BindExpression(expression));
+  if (!place) {
+    Fail(expression.at, "wanted a variable, an element or a property before '=', found a value");
+  }
+  return place;
 }
 
 }  // namespace hostrun

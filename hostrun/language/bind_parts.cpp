@@ -38,14 +38,14 @@ StepBlock Binder::BindPart(const ProgramText& text) {
   for (const RoutineDeclaration& routine : text.routines) DeclareRoutine(routine);
   StepBlock body;
   for (const StatementPtr& statement : text.body) {
-    for (const Declarator& declarator : statement->declarators) {
-      const auto declared = scopes_.front().find(LowerName(declarator.name));
+    for (const std::string& name : statement->DeclaredNames()) {
+      const auto declared = scopes_.front().find(LowerName(name));
       // Within one part each name stands for one thing.
       const bool earlier = declared != scopes_.front().end() && before.scope.contains(declared->first) &&
                            before.scope.at(declared->first).slot == declared->second.slot;
       if (earlier) scopes_.front().erase(declared);
     }
-    BindStatement(body, *statement);
+    statement->Bind(*this, body);
   }
   for (std::size_t i = 0; i < text.routines.size(); ++i) {
     BindRoutine(text.routines[i], *program_.routines[before.routines + i]);

@@ -8,21 +8,22 @@
 
 #include "hostrun/language/ast.h"
 #include "hostrun/language/code.h"
-#include "hostrun/language/make.h"
-#include "hostrun/language/steps.h"
 
 namespace hostrun {
 
-// A program that can run.
+// A program that can run. It refers to classes and functions of TheRegistry().
 struct BoundProgram {
   std::vector<std::unique_ptr<Routine>> routines;
   std::vector<const Type*> globals;
   StepBlock body;
 };
 
-// Every failure is a ProgramError. Classes and functions come from TheRegistry().
+// Settles one program: which variable, method or type each name means, which form of a method each call
+// takes, how each value is converted. Every failure is a ProgramError. Classes and functions come from
+// TheRegistry().
 class Binder {
  public:
+  // The whole program, once. What it gives refers to nothing of `text`.
   BoundProgram Bind(const ProgramText& text);
 
   // A program that comes in parts: a later part knows the names of those before, and may declare one of them
@@ -35,42 +36,100 @@ class Binder {
   const Type* TypeOfName(const std::string& name) const;  // null: no such variable
   std::vector<std::string> Names() const;
 
- private:
+  // What statements are settled with (statements/).
+
+  // What a name of the program stands for.
   struct Variable {
     enum class Where : std::uint8_t { Local, Global, Reference, Constant };
     Where where;
     const Type* type;
-    std::size_t slot;
-    Value value;  // Constant
+    std::size_t slot;  // among the locals or the globals; a constant has none
+    Value value;       // Constant
   };
+  // Opens a scope; at its end its counted variables are noted as ending with `block`. Null: they end
+  // otherwise.
+  class ScopeGuard {
+   public:
+    ScopeGuard(Binder& binder, StepBlock* block) : binder_(binder), block_(block) {
+      binder_.scopes_.emplace_back();
+    }
+    ScopeGuard(const ScopeGuard&) = delete;
+    ScopeGuard& operator=(const ScopeGuard&) = delete;
+    ~ScopeGuard();
+
+   private:
+    Binder& binder_;
+    StepBlock* block_;
+  };
+  // The body of a loop, which Exit and Continue may mean by `word`: for, while, do.
+  class LoopGuard {
+   public:
+    LoopGuard(Binder& binder, std::string_view word) : binder_(binder) {
+      binder_.loops_.push_back({++binder_.loopCount_, word});
+    }
+    LoopGuard(const LoopGuard&) = delete;
+    LoopGuard& operator=(const LoopGuard&) = delete;
+    ~LoopGuard() { binder_.loops_.pop_back(); }
+    int number() const { return binder_.loops_.back().number; }
+
+   private:
+    Binder& binder_;
+  };
+
+  [[noreturn]] static void Fail(Position at, const std::string& message) { throw ProgramError(at, message); }
+
+  // Null: no variable, constant or parameter of that name. Valid until the next declaration.
+  const Variable* FindVariable(const std::string& name) const;
+  // A new name in the innermost scope, with a slot of its own; refused where the scope has that name.
+  Variable& DeclareVariable(Position at, const std::string& name, const Type* type);
+  // `value` is constant code.
+  void DeclareConstant(Position at, const std::string& name, const Code& value);
+  // Code that reads it.
+  static CodePtr MakeVariable(Position at, const Variable& variable);
+  // The same as a place. Precondition: no constant.
+  static PlacePtr MakePlace(Position at, const Variable& variable);
+  // The type or class that is named; refused where this host has none of that name.
+  static const Type* TypeFor(const TypeName& name);
+  static Class& WantClass(Position at, const std::string& name);
+  // The number of the innermost loop of that word, or of any with "loop"; 0: there is none.
+  int FindLoop(std::string_view word) const;
+  // Null: the program's own level.
+  const Routine* routine() const { return routine_; }
+
+  // Any expression, also one that gives nothing.
+  CodePtr BindExpression(const Expression& expression);
+  // One that gives something.
+  CodePtr BindValue(const Expression& expression);
+  // `what` names it where a conversion is refused.
+  CodePtr BindConverted(const Expression& expression, const Type* type, const std::string& what);
+  static CodePtr Convert(CodePtr code, const Type* type, const std::string& what);
+  // A Boolean.
+  CodePtr BindCondition(const Expression& expression);
+  // A value that is known without running.
+  CodePtr BindConstant(const Expression& expression, const std::string& what);
+  // What stands before "=".
+  PlacePtr BindPlace(const Expression& expression);
+
+  // With a scope of its own; BindInto without one.
+  StepBlock BindBlock(const Block& block);
+  void BindInto(StepBlock& into, const Block& block);
+
+ private:
   using Scope = std::map<std::string, Variable>;
   struct Loop {
     int number;
-    std::string_view word;  // for, while, do
+    std::string_view word;
   };
   struct Callee;    // what a call names
   struct Snapshot;  // of what a part changes
 
-  // Names.
-  [[noreturn]] static void Fail(Position at, const std::string& message) { throw ProgramError(at, message); }
-  const Variable* FindVariable(const std::string& name) const;
   Variable& Declare(Position at, const std::string& name, const Type* type, Variable::Where where);
-  Variable& DeclareVariable(Position at, const std::string& name, const Type* type);
-  static CodePtr MakeVariable(Position at, const Variable& variable);
-  static const Type* TypeFor(const TypeName& name);
-  static Class& WantClass(Position at, const std::string& name);
 
   // Expressions (bind_expressions.cpp).
-  CodePtr BindExpression(const Expression& expression);
-  CodePtr BindValue(const Expression& expression);  // also refuses what gives nothing
   CodePtr BindName(const Expression& name);
   CodePtr BindBinary(const Expression& binary);
-  CodePtr BindCondition(const Expression& expression);
-  CodePtr BindConverted(const Expression& expression, const Type* type, const std::string& what);
-  CodePtr Convert(CodePtr code, const Type* type, const std::string& what);
-  CodePtr BindConstant(const Expression& expression, const std::string& what);
 
-  // Calls (bind_calls.cpp).
+  // Calls (bind_calls.cpp). `arguments` is null where none are written, not even brackets.
   CodePtr BindCall(const Expression& call);
   CodePtr BindMember(const Expression& member, const std::vector<const Expression*>* arguments);
   CodePtr BindInstanceMember(const Expression& member, CodePtr object,
@@ -81,40 +140,21 @@ class Binder {
                           const std::vector<const Expression*>* arguments);
   CodePtr BindNamedCall(const Expression& name, const std::vector<const Expression*>& arguments);
   CodePtr BindNew(const Expression& made);
+  // array(index): one argument.
   CodePtr IndexInto(Position at, CodePtr array, const std::vector<const Expression*>& arguments);
+  // The candidate whose arguments need the least conversion; refused where none takes them.
   CodePtr CallOneOf(const Expression& name, const std::vector<Callee>& candidates, CodePtr selfCode,
                     std::vector<CodePtr> arguments);
   CodePtr CallOrIndex(const Expression& name, const std::vector<Callee>& candidates, CodePtr selfCode,
                       const std::vector<const Expression*>* arguments);
   std::vector<CodePtr> BindArguments(const std::vector<const Expression*>& arguments);
   Class* ClassOf(const Expression& expression) const;  // a name that means a class, else null
-  CodePtr BindAssignsCall(
-      const Expression& call);  // object.Member(arguments) on the left of "="; null: no such
+  // object.Member(arguments) on the left of "="; null: no such.
+  PlacePtr BindAssignsCall(const Expression& call);
 
-  // Statements (bind_statements.cpp).
-  StepBlock BindBlock(const Block& block);
-  void BindInto(StepBlock& into, const Block& block);
-  void BindStatement(StepBlock& into, const Statement& statement);
-  void BindDeclare(StepBlock& into, const Statement& statement);
-  void BindConst(const Statement& statement);
-  StepPtr BindAssign(const Statement& statement);
-  StepPtr BindCallStatement(const Statement& statement);
-  StepPtr BindIf(const Statement& statement);
-  StepPtr BindSelect(const Statement& statement);
-  void BindSelectInto(StepBlock& whole, const Statement& statement);
-  StepPtr BindFor(const Statement& statement);
-  StepPtr BindForEach(const Statement& statement);
-  StepPtr BindLoop(const Statement& statement);
-  StepPtr BindJump(const Statement& statement);
-  StepPtr BindReturn(const Statement& statement);
-  StepPtr BindTry(const Statement& statement);
-  CodePtr BindPlace(const Expression& expression);
-  CodePtr LoopVariable(const Statement& statement, const Type* fallback);
+  // Routines (bind_statements.cpp).
   void DeclareRoutine(const RoutineDeclaration& declaration);
   void BindRoutine(const RoutineDeclaration& declaration, Routine& routine);
-
-  // Opens a scope; at its end its counted variables are noted as ending with `block`.
-  class ScopeGuard;
 
   std::vector<Scope> scopes_{1};
   std::multimap<std::string, Routine*> routinesByName_;

@@ -1,35 +1,48 @@
-// hostrun/language/code_arrays.cpp - the members of arrays.
+// hostrun/language/code_arrays.cpp - arrays: making them, their elements, their members.
+#include "hostrun/language/code_arrays.h"
+
 #include <algorithm>
 #include <array>
 
 #include "hostrun/host/arrays.h"
 #include "hostrun/host/text.h"
-#include "hostrun/language/make.h"
+#include "hostrun/language/code_conversions.h"
 
 namespace hostrun {
-
-enum class ArrayOperation : std::uint8_t {
-  UpperBound,
-  Count,
-  Append,
-  Insert,
-  Remove,
-  RemoveAll,
-  IndexOf,
-  Pop,
-  Sort
-};
-
-struct ArrayMember {
-  std::string_view name;
-  ArrayOperation operation;
-  std::string_view arguments;  // i: an index, e: an element
-  Kind result;                 // Variant: an element
-};
-
 namespace {
 
-using Op = ArrayOperation;
+// The array, or NilObjectException.
+Object* WantArray(const Value& value, Position at) {
+  Note(at);
+  if (value.object() == nullptr) RaiseHostException("NilObjectException", "The array is nil.");
+  return value.object();
+}
+
+// The type that fits all items.
+const Type* CommonType(const std::vector<CodePtr>& items) {
+  const Type* common = nullptr;
+  for (const CodePtr& item : items) {
+    const Type* const type = item->type;
+    if (common == nullptr || common->kind == Kind::Nil) {
+      common = type;
+    } else if (type != common && type->kind != Kind::Nil) {
+      if (type->IsNumber() && common->IsNumber()) {
+        const bool whole = type->IsInteger() && common->IsInteger();
+        common = TypeOf(whole ? Kind::Int64 : Kind::Double);
+      } else if (type->kind == Kind::Object && common->kind == Kind::Object) {
+        if (common->cls->IsA(*type->cls))
+          common = type;
+        else if (!type->cls->IsA(*common->cls))
+          common = TypeOf(Kind::Variant);
+      } else {
+        common = TypeOf(Kind::Variant);
+      }
+    }
+  }
+  return common == nullptr || common->kind == Kind::Nil ? TypeOf(Kind::Variant) : common;
+}
+
+using Op = ArrayMember::Operation;
 constexpr std::array<ArrayMember, 14> kMembers = {{
     {"ubound", Op::UpperBound, "", Kind::Integer},
     {"lastindex", Op::UpperBound, "", Kind::Integer},
@@ -47,10 +60,12 @@ constexpr std::array<ArrayMember, 14> kMembers = {{
     {"sort", Op::Sort, "", Kind::Nothing},
 }};
 
+// What the member gives for an array of that type.
 const Type* ResultType(const ArrayMember& member, const Type& array) {
   return member.result == Kind::Variant ? array.element : TypeOf(member.result);
 }
 
+// As IndexOf finds: numbers by value, strings without regard to case, objects by identity.
 bool SameElement(const Value& a, const Value& b) {
   if (a.kind() == Kind::Double || b.kind() == Kind::Double) return a.AsReal() == b.AsReal();
   if (a.kind() == Kind::String && b.kind() == Kind::String)
@@ -59,78 +74,72 @@ bool SameElement(const Value& a, const Value& b) {
   return a.int64() == b.int64();
 }
 
+// The order of Sort.
 bool Before(const Value& a, const Value& b) {
   if (a.kind() == Kind::String && b.kind() == Kind::String) return CompareStrings(a.string(), b.string()) < 0;
   return a.AsReal() < b.AsReal();
 }
 
-class ArrayCall final : public Code {
- public:
-  ArrayCall(Position position, const ArrayMember& member, CodePtr array, std::vector<CodePtr> arguments)
-      : Code(position, ResultType(member, *array->type)),
-        operation_(member.operation),
-        array_(std::move(array)),
-        arguments_(std::move(arguments)) {}
-
-  Value Eval(Frame& frame) const override {
-    const Value held = array_->Eval(frame);
-    Object* const array = held.object();
-    if (array == nullptr) RaiseAt(at, "NilObjectException", "The array is nil.");
-    switch (operation_) {
-      case Op::UpperBound:
-        return Value::Integer(UpperBound(array));
-      case Op::Count:
-        return Value::Integer(UpperBound(array) + 1);
-      case Op::Append: {
-        Value item = arguments_[0]->Eval(frame);
-        ArrayDataOf(array).items.push_back(std::move(item));
-        return {};
-      }
-      case Op::Insert: {
-        const std::int64_t index = arguments_[0]->Whole(frame);
-        Value item = arguments_[1]->Eval(frame);
-        Note(at);
-        InsertElement(array, index, std::move(item));
-        return {};
-      }
-      case Op::Remove: {
-        const std::int64_t index = arguments_[0]->Whole(frame);
-        Note(at);
-        RemoveElement(array, index);
-        return {};
-      }
-      case Op::RemoveAll: {
-        const std::vector<Value> gone = std::move(ArrayDataOf(array).items);
-        ArrayDataOf(array).items.clear();
-        return {};
-      }
-      case Op::IndexOf: {
-        const Value wanted = arguments_[0]->Eval(frame);
-        const std::vector<Value>& items = ArrayDataOf(array).items;
-        const auto found =
-            std::find_if(items.begin(), items.end(), [&](const Value& v) { return SameElement(v, wanted); });
-        return Value::Integer(found == items.end() ? -1 : static_cast<std::int32_t>(found - items.begin()));
-      }
-      case Op::Pop: {
-        Note(at);
-        Value last = ElementAt(array, UpperBound(array));
-        RemoveElement(array, UpperBound(array));
-        return last;
-      }
-      case Op::Sort:
-        std::stable_sort(ArrayDataOf(array).items.begin(), ArrayDataOf(array).items.end(), Before);
-        return {};
-    }
-    return {};
-  }
-
- private:
-  ArrayOperation operation_;
-  CodePtr array_;
-  std::vector<CodePtr> arguments_;
-};
-
 }  // namespace
+
+Value Element::Eval(Activation& activation) const {
+  const Value array = array_->Eval(activation);
+  const std::int64_t index = index_->Whole(activation);
+  return ElementAt(WantArray(array, at), index);
+}
+
+double Element::Real(Activation& activation) const {
+  const Value array = array_->Eval(activation);
+  const std::int64_t index = index_->Whole(activation);
+  return ElementAt(WantArray(array, at), index).AsReal();
+}
+
+void Element::Store(Activation& activation, Value value) const {
+  const Value array = array_->Eval(activation);
+  const std::int64_t index = index_->Whole(activation);
+  ElementAt(WantArray(array, at), index) = std::move(value);
+}
+
+Value NewArrayCode::Eval(Activation& activation) const {
+  const std::int64_t bound = upperBound_->Whole(activation);
+  Note(at);
+  Value array = Value::Adopt(NewArray(*type->element, -1));
+  ResizeArray(array.object(), bound);
+  return array;
+}
+
+ArrayLiteral::ArrayLiteral(Position position, std::vector<CodePtr> items)
+    : Code(position, ArrayOf(CommonType(items))), items_(std::move(items)) {
+  Become(type->element);
+}
+
+int ArrayLiteral::CostAs(const Type& element) const {
+  int dearest = 0;
+  for (const CodePtr& item : items_) {
+    const int cost = ConversionCost(*item, element);
+    if (cost < 0) return -1;
+    dearest = std::max(dearest, cost);
+  }
+  return dearest;
+}
+
+void ArrayLiteral::Become(const Type* element) {
+  for (CodePtr& item : items_) item = MakeConversion(std::move(item), element);
+  type = ArrayOf(element);
+}
+
+Value ArrayLiteral::Eval(Activation& activation) const {
+  Note(at);
+  Value array = Value::Adopt(NewArray(*type->element, -1));
+  std::vector<Value>& into = ArrayDataOf(array.object()).items;
+  into.reserve(items_.size());
+  for (const CodePtr& item : items_) into.push_back(item->Eval(activation));
+  return array;
+}
+
+const Type* ArrayMember::ArgumentType(const Type& array, std::size_t index) const {
+  return arguments[index] == 'i' ? TypeOf(Kind::Integer) : array.element;
+}
 
 const ArrayMember* FindArrayMember(std::string_view name) {
   const auto* const found = std::find_if(kMembers.begin(), kMembers.end(),
@@ -138,16 +147,64 @@ const ArrayMember* FindArrayMember(std::string_view name) {
   return found == kMembers.end() ? nullptr : found;
 }
 
-std::size_t ArgumentCount(const ArrayMember& member) {
-  return member.arguments.size();
-}
+ArrayCall::ArrayCall(Position position, const ArrayMember& member, CodePtr array,
+                     std::vector<CodePtr> arguments)
+    : Code(position, ResultType(member, *array->type)),
+      operation_(member.operation),
+      array_(std::move(array)),
+      arguments_(std::move(arguments)) {}
 
-const Type* ArgumentType(const ArrayMember& member, const Type& array, std::size_t index) {
-  return member.arguments[index] == 'i' ? TypeOf(Kind::Integer) : array.element;
-}
-
-CodePtr MakeArrayCall(Position at, const ArrayMember& member, CodePtr array, std::vector<CodePtr> arguments) {
-  return std::make_unique<ArrayCall>(at, member, std::move(array), std::move(arguments));
+Value ArrayCall::Eval(Activation& activation) const {
+  const Value held = array_->Eval(activation);
+  Object* const array = held.object();
+  if (array == nullptr) RaiseAt(at, "NilObjectException", "The array is nil.");
+  switch (operation_) {
+    case Op::UpperBound:
+      return Value::Integer(UpperBound(array));
+    case Op::Count:
+      return Value::Integer(UpperBound(array) + 1);
+    case Op::Append: {
+      Value item = arguments_[0]->Eval(activation);
+      ArrayDataOf(array).items.push_back(std::move(item));
+      return {};
+    }
+    case Op::Insert: {
+      const std::int64_t index = arguments_[0]->Whole(activation);
+      Value item = arguments_[1]->Eval(activation);
+      Note(at);
+      InsertElement(array, index, std::move(item));
+      return {};
+    }
+    case Op::Remove: {
+      const std::int64_t index = arguments_[0]->Whole(activation);
+      Note(at);
+      RemoveElement(array, index);
+      return {};
+    }
+    case Op::RemoveAll: {
+      // Freed when the array is empty already: a destructor may look at it.
+      const std::vector<Value> gone = std::move(ArrayDataOf(array).items);
+      ArrayDataOf(array).items.clear();
+      return {};
+    }
+    case Op::IndexOf: {
+      const Value wanted = arguments_[0]->Eval(activation);
+      const std::vector<Value>& items = ArrayDataOf(array).items;
+      const auto found =
+          std::find_if(items.begin(), items.end(), [&](const Value& v) { return SameElement(v, wanted); });
+      return Value::Integer(found == items.end() ? -1 : static_cast<std::int32_t>(found - items.begin()));
+    }
+    case Op::Pop: {
+      Note(at);
+      Value last = ElementAt(array, UpperBound(array));
+      RemoveElement(array, UpperBound(array));
+      return last;
+    }
+    case Op::Sort:
+      std::stable_sort(ArrayDataOf(array).items.begin(), ArrayDataOf(array).items.end(), Before);
+      return {};
+  }
+  return {};
 }
 
 }  // namespace hostrun

@@ -1,13 +1,16 @@
 // hostrun/language/code_conversions.cpp - from one type to another.
+#include "hostrun/language/code_conversions.h"
+
 #include <algorithm>
 
 #include "hostrun/host/arrays.h"
-#include "hostrun/language/array_literal.h"
-#include "hostrun/language/make.h"
+#include "hostrun/language/code_arrays.h"
+#include "hostrun/language/code_operators.h"
 
 namespace hostrun {
 namespace {
 
+// Its position is that of what it converts.
 class Conversion : public Code {
  public:
   Conversion(CodePtr from, const Type* to) : Code(from->at, to), from_(std::move(from)) {}
@@ -17,12 +20,13 @@ class Conversion : public Code {
   CodePtr from_;
 };
 
+// To Double, or to Single: rounded to what a Single can hold.
 class ToReal final : public Conversion {
  public:
   using Conversion::Conversion;
-  Value Eval(Frame& frame) const override { return Value::Double(Real(frame)); }
-  double Real(Frame& frame) const override {
-    const double number = from_->Real(frame);
+  Value Eval(Activation& activation) const override { return Value::Double(Real(activation)); }
+  double Real(Activation& activation) const override {
+    const double number = from_->Real(activation);
     return type->kind == Kind::Single ? static_cast<double>(static_cast<float>(number)) : number;
   }
 };
@@ -31,33 +35,34 @@ class ToReal final : public Conversion {
 class ToWhole final : public Conversion {
  public:
   using Conversion::Conversion;
-  Value Eval(Frame& frame) const override {
-    const std::int64_t n = Whole(frame);
+  Value Eval(Activation& activation) const override {
+    const std::int64_t n = Whole(activation);
     return type->kind == Kind::Int64 ? Value::Int64(n) : Value::Integer(static_cast<std::int32_t>(n));
   }
-  std::int64_t Whole(Frame& frame) const override {
+  std::int64_t Whole(Activation& activation) const override {
     if (from_->type->IsInteger()) {
-      const std::int64_t n = from_->Whole(frame);
+      const std::int64_t n = from_->Whole(activation);
       return type->kind == Kind::Int64 ? n : static_cast<std::int32_t>(n);
     }
-    const std::int64_t n = Value::Truncate(from_->Real(frame));
+    const std::int64_t n = Value::Truncate(from_->Real(activation));
     return type->kind == Kind::Int64 ? n : std::clamp<std::int64_t>(n, INT32_MIN, INT32_MAX);
   }
-  double Real(Frame& frame) const override { return static_cast<double>(Whole(frame)); }
+  double Real(Activation& activation) const override { return static_cast<double>(Whole(activation)); }
 };
 
 // Nothing happens to the value, only its type is seen differently.
 class Seen final : public Conversion {
  public:
   using Conversion::Conversion;
-  Value Eval(Frame& frame) const override { return from_->Eval(frame); }
+  Value Eval(Activation& activation) const override { return from_->Eval(activation); }
 };
 
+// Settled when it runs: the value as that type, or TypeMismatchException.
 class FromVariant final : public Conversion {
  public:
   using Conversion::Conversion;
-  Value Eval(Frame& frame) const override {
-    Value value = from_->Eval(frame);
+  Value Eval(Activation& activation) const override {
+    Value value = from_->Eval(activation);
     switch (type->kind) {
       case Kind::Double:
         if (IsNumber(value)) return Value::Double(value.AsReal());
@@ -98,11 +103,12 @@ class FromVariant final : public Conversion {
   }
 };
 
+// Nil, or an instance of the class; else IllegalCastException.
 class Cast final : public Conversion {
  public:
   using Conversion::Conversion;
-  Value Eval(Frame& frame) const override {
-    Value value = from_->Eval(frame);
+  Value Eval(Activation& activation) const override {
+    Value value = from_->Eval(activation);
     if (value.IsNil() || IsKindOf(value.object(), *type->cls)) return value;
     const std::string found =
         value.object() == nullptr ? TypeOf(value.kind())->name : value.object()->cls->name;
@@ -110,19 +116,7 @@ class Cast final : public Conversion {
   }
 };
 
-class IsACode final : public Code {
- public:
-  IsACode(Position position, CodePtr from, const Class& cls)
-      : Code(position, TypeOf(Kind::Boolean)), from_(std::move(from)), class_(cls) {}
-  Value Eval(Frame& frame) const override {
-    return Value::Boolean(IsKindOf(from_->Eval(frame).object(), class_));
-  }
-
- private:
-  CodePtr from_;
-  const Class& class_;
-};
-
+// How many steps of descent lie between them; -1: `from` does not descend from `to`.
 int Distance(const Class& from, const Class& to) {
   int steps = 0;
   for (const Class* cls = &from; cls != nullptr; cls = cls->super, ++steps) {
@@ -131,6 +125,7 @@ int Distance(const Class& from, const Class& to) {
   return -1;
 }
 
+// What conversions cost: those that lose nothing least, those that may fail when they run most.
 constexpr int kWidening = 1;
 constexpr int kWideningToReal = 2;
 constexpr int kNarrowing = 4;
@@ -164,8 +159,9 @@ int ConversionCost(const Code& from, const Type& to) {
 CodePtr MakeConversion(CodePtr from, const Type* to) {
   const Type* const type = from->type;
   if (type == to) return from;
-  if (to->kind == Kind::Array && dynamic_cast<ArrayLiteral*>(from.get()) != nullptr) {
-    static_cast<ArrayLiteral&>(*from).Become(to->element);
+  if (auto* const literal = dynamic_cast<ArrayLiteral*>(from.get());
+      literal != nullptr && to->kind == Kind::Array) {
+    literal->Become(to->element);
     return from;
   }
   const bool constant = from->IsConstant();
@@ -180,8 +176,7 @@ CodePtr MakeConversion(CodePtr from, const Type* to) {
     made = std::make_unique<Seen>(std::move(from), to);
   }
   if (!constant || type->kind == Kind::Variant) return made;
-  Frame none{nullptr, nullptr};
-  return MakeConstant(made->at, to, made->Eval(none));
+  return std::make_unique<ConstantCode>(made->at, to, ConstantValue(*made));
 }
 
 CodePtr MakeCast(Position at, CodePtr from, const Type* to) {
@@ -196,10 +191,6 @@ CodePtr MakeCast(Position at, CodePtr from, const Type* to) {
   CodePtr cast = std::make_unique<Cast>(std::move(from), to);
   cast->at = at;
   return cast;
-}
-
-CodePtr MakeIsA(Position at, CodePtr from, const Class& cls) {
-  return std::make_unique<IsACode>(at, std::move(from), cls);
 }
 
 }  // namespace hostrun

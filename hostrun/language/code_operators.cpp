@@ -1,25 +1,14 @@
 // hostrun/language/code_operators.cpp - constants and operators.
+#include "hostrun/language/code_operators.h"
+
 #include <array>
 #include <cmath>
 #include <optional>
 
-#include "hostrun/language/make.h"
-
 namespace hostrun {
 namespace {
 
-class ConstantCode final : public Code {
- public:
-  ConstantCode(Position position, const Type* t, Value value) : Code(position, t), value_(std::move(value)) {}
-  Value Eval(Frame&) const override { return value_; }
-  double Real(Frame&) const override { return value_.AsReal(); }
-  std::int64_t Whole(Frame&) const override { return value_.AsInt64(); }
-  bool IsConstant() const override { return true; }
-
- private:
-  Value value_;
-};
-
+// A whole number as a value of a type that Whole() serves.
 Value WholeValue(const Type& type, std::int64_t n) {
   switch (type.kind) {
     case Kind::Boolean:
@@ -44,29 +33,30 @@ class Binary : public Code {
   CodePtr right;
 };
 
-// Results that are whole numbers or truth values. Op: whole(frame, left, right).
+// Results that are whole numbers or truth values. Op::Apply evaluates both sides, or only the left.
 template <class Op>
 class WholeBinary final : public Binary {
  public:
   using Binary::Binary;
-  Value Eval(Frame& frame) const override { return WholeValue(*type, Whole(frame)); }
-  double Real(Frame& frame) const override { return static_cast<double>(Whole(frame)); }
-  std::int64_t Whole(Frame& frame) const override {
-    const std::int64_t n = Op::Apply(frame, *left, *right, at);
+  Value Eval(Activation& activation) const override { return WholeValue(*type, Whole(activation)); }
+  double Real(Activation& activation) const override { return static_cast<double>(Whole(activation)); }
+  std::int64_t Whole(Activation& activation) const override {
+    const std::int64_t n = Op::Apply(activation, *left, *right, at);
     return type->kind == Kind::Integer ? static_cast<std::int32_t>(n) : n;
   }
 };
 
+// Results that are Doubles. Op::Apply gets both sides evaluated.
 template <class Op>
 class RealBinary final : public Binary {
  public:
   using Binary::Binary;
-  Value Eval(Frame& frame) const override { return Value::Double(Real(frame)); }
-  double Real(Frame& frame) const override {
-    const double l = left->Real(frame);
-    return Op::Apply(l, right->Real(frame));
+  Value Eval(Activation& activation) const override { return Value::Double(Real(activation)); }
+  double Real(Activation& activation) const override {
+    const double l = left->Real(activation);
+    return Op::Apply(l, right->Real(activation));
   }
-  std::int64_t Whole(Frame& frame) const override { return Value::Truncate(Real(frame)); }
+  std::int64_t Whole(Activation& activation) const override { return Value::Truncate(Real(activation)); }
 };
 
 std::int64_t Wrap(std::uint64_t n) {
@@ -79,9 +69,9 @@ std::uint64_t Bits(std::int64_t n) {
 // Whole numbers wrap around.
 template <class F>
 struct OnWholes {
-  static std::int64_t Apply(Frame& frame, const Code& left, const Code& right, Position at) {
-    const std::int64_t l = left.Whole(frame);
-    return F::Apply(l, right.Whole(frame), at);
+  static std::int64_t Apply(Activation& activation, const Code& left, const Code& right, Position at) {
+    const std::int64_t l = left.Whole(activation);
+    return F::Apply(l, right.Whole(activation), at);
   }
 };
 struct AddWhole {
@@ -116,13 +106,13 @@ struct XorBits {
 };
 // The right side of And and Or is evaluated only when the left does not decide.
 struct AndTruth {
-  static std::int64_t Apply(Frame& frame, const Code& left, const Code& right, Position) {
-    return left.Whole(frame) != 0 && right.Whole(frame) != 0 ? 1 : 0;
+  static std::int64_t Apply(Activation& activation, const Code& left, const Code& right, Position) {
+    return left.Whole(activation) != 0 && right.Whole(activation) != 0 ? 1 : 0;
   }
 };
 struct OrTruth {
-  static std::int64_t Apply(Frame& frame, const Code& left, const Code& right, Position) {
-    return left.Whole(frame) != 0 || right.Whole(frame) != 0 ? 1 : 0;
+  static std::int64_t Apply(Activation& activation, const Code& left, const Code& right, Position) {
+    return left.Whole(activation) != 0 || right.Whole(activation) != 0 ? 1 : 0;
   }
 };
 
@@ -171,6 +161,7 @@ bool Holds(Relation relation, const T& l, const T& r) {
   return false;
 }
 
+// What two sides are compared as.
 enum class Comparand : std::uint8_t { Wholes, Reals, Strings, Objects };
 
 template <Comparand C>
@@ -178,17 +169,17 @@ class Comparison final : public Binary {
  public:
   Comparison(Position position, Relation relation, CodePtr l, CodePtr r)
       : Binary(position, TypeOf(Kind::Boolean), std::move(l), std::move(r)), relation_(relation) {}
-  Value Eval(Frame& frame) const override { return Value::Boolean(Whole(frame) != 0); }
-  std::int64_t Whole(Frame& frame) const override {
+  Value Eval(Activation& activation) const override { return Value::Boolean(Whole(activation) != 0); }
+  std::int64_t Whole(Activation& activation) const override {
     if constexpr (C == Comparand::Wholes) {
-      const std::int64_t l = left->Whole(frame);
-      return Holds(relation_, l, right->Whole(frame)) ? 1 : 0;
+      const std::int64_t l = left->Whole(activation);
+      return Holds(relation_, l, right->Whole(activation)) ? 1 : 0;
     } else if constexpr (C == Comparand::Reals) {
-      const double l = left->Real(frame);
-      return Holds(relation_, l, right->Real(frame)) ? 1 : 0;
+      const double l = left->Real(activation);
+      return Holds(relation_, l, right->Real(activation)) ? 1 : 0;
     } else {
-      const Value l = left->Eval(frame);
-      const Value r = right->Eval(frame);
+      const Value l = left->Eval(activation);
+      const Value r = right->Eval(activation);
       if constexpr (C == Comparand::Strings)
         return Holds(relation_, CompareStrings(l.string(), r.string()), 0) ? 1 : 0;
       return Holds(relation_, l.object(), r.object()) ? 1 : 0;
@@ -199,23 +190,27 @@ class Comparison final : public Binary {
   Relation relation_;
 };
 
+// "+" of two Strings.
 class Concatenation final : public Binary {
  public:
   using Binary::Binary;
-  Value Eval(Frame& frame) const override {
-    const Value l = left->Eval(frame);
-    const Value r = right->Eval(frame);
+  Value Eval(Activation& activation) const override {
+    const Value l = left->Eval(activation);
+    const Value r = right->Eval(activation);
     return Value::Adopt(JoinStrings(l.string(), r.string()));
   }
 };
+
+// The operator on values whose types are known only when it runs.
+Value ApplyDynamically(Position at, const std::string& op, const Value& left, const Value& right);
 
 class Dynamic final : public Binary {
  public:
   Dynamic(Position position, const Type* t, std::string op, CodePtr l, CodePtr r)
       : Binary(position, t, std::move(l), std::move(r)), op_(std::move(op)) {}
-  Value Eval(Frame& frame) const override {
-    const Value l = left->Eval(frame);
-    return ApplyDynamically(at, op_, l, right->Eval(frame));
+  Value Eval(Activation& activation) const override {
+    const Value l = left->Eval(activation);
+    return ApplyDynamically(at, op_, l, right->Eval(activation));
   }
 
  private:
@@ -234,27 +229,28 @@ class Unary : public Code {
 class NegateWhole final : public Unary {
  public:
   using Unary::Unary;
-  Value Eval(Frame& frame) const override { return WholeValue(*type, Whole(frame)); }
-  std::int64_t Whole(Frame& frame) const override {
-    const std::int64_t n = Wrap(0 - Bits(operand->Whole(frame)));
+  Value Eval(Activation& activation) const override { return WholeValue(*type, Whole(activation)); }
+  std::int64_t Whole(Activation& activation) const override {
+    const std::int64_t n = Wrap(0 - Bits(operand->Whole(activation)));
     return type->kind == Kind::Integer ? static_cast<std::int32_t>(n) : n;
   }
-  double Real(Frame& frame) const override { return static_cast<double>(Whole(frame)); }
+  double Real(Activation& activation) const override { return static_cast<double>(Whole(activation)); }
 };
 
 class NegateReal final : public Unary {
  public:
   using Unary::Unary;
-  Value Eval(Frame& frame) const override { return Value::Double(Real(frame)); }
-  double Real(Frame& frame) const override { return -operand->Real(frame); }
+  Value Eval(Activation& activation) const override { return Value::Double(Real(activation)); }
+  double Real(Activation& activation) const override { return -operand->Real(activation); }
 };
 
+// Of a Boolean its opposite, of a whole number its bits turned.
 class NotCode final : public Unary {
  public:
   using Unary::Unary;
-  Value Eval(Frame& frame) const override { return WholeValue(*type, Whole(frame)); }
-  std::int64_t Whole(Frame& frame) const override {
-    const std::int64_t n = operand->Whole(frame);
+  Value Eval(Activation& activation) const override { return WholeValue(*type, Whole(activation)); }
+  std::int64_t Whole(Activation& activation) const override {
+    const std::int64_t n = operand->Whole(activation);
     return type->kind == Kind::Boolean ? (n == 0 ? 1 : 0) : ~n;
   }
 };
@@ -269,6 +265,7 @@ CodePtr Reals(Position at, CodePtr l, CodePtr r) {
   return std::make_unique<RealBinary<F>>(at, TypeOf(Kind::Double), std::move(l), std::move(r));
 }
 
+// Null when values of these types can't be compared.
 CodePtr MakeComparison(Position at, Relation relation, CodePtr l, CodePtr r) {
   const Type& a = *l->type;
   const Type& b = *r->type;
@@ -290,6 +287,7 @@ CodePtr MakeComparison(Position at, Relation relation, CodePtr l, CodePtr r) {
   return nullptr;
 }
 
+// Of two numbers; null for an operator that numbers, or these numbers, do not take.
 CodePtr MakeArithmetic(Position at, const std::string& op, CodePtr l, CodePtr r) {
   const bool wide = l->type->kind == Kind::Int64 || r->type->kind == Kind::Int64;
   const Type* const whole = TypeOf(wide ? Kind::Int64 : Kind::Integer);
@@ -318,13 +316,13 @@ CodePtr MakeArithmetic(Position at, const std::string& op, CodePtr l, CodePtr r)
 CodePtr Folded(CodePtr code) {
   if (!code || !code->IsConstant()) return code;
   try {
-    Frame none{nullptr, nullptr};
-    return MakeConstant(code->at, code->type, code->Eval(none));
+    return std::make_unique<ConstantCode>(code->at, code->type, ConstantValue(*code));
   } catch (const HostException&) {
     return code;
   }
 }
 
+// The operator on operands of these types, not evaluated yet; null when it does not take them.
 CodePtr Unfolded(Position at, const std::string& op, CodePtr l, CodePtr r) {
   const Type& a = *l->type;
   const Type& b = *r->type;
@@ -352,10 +350,25 @@ CodePtr Unfolded(Position at, const std::string& op, CodePtr l, CodePtr r) {
   return nullptr;
 }
 
+Value ApplyDynamically(Position at, const std::string& op, const Value& left, const Value& right) {
+  const auto typeOf = [](const Value& v) {
+    return v.kind() == Kind::Object ? ObjectType(v.object()->cls) : TypeOf(v.IsNil() ? Kind::Nil : v.kind());
+  };
+  CodePtr code = Unfolded(at, op, std::make_unique<ConstantCode>(at, typeOf(left), left),
+                          std::make_unique<ConstantCode>(at, typeOf(right), right));
+  if (!code && (op == "=" || op == "<>")) return Value::Boolean(op == "<>");  // of different kinds: unequal
+  if (!code) {
+    RaiseAt(at, "TypeMismatchException",
+            "'" + op + "' does not work on " + typeOf(left)->name + " and " + typeOf(right)->name + ".");
+  }
+  return ConstantValue(*code);
+}
+
 }  // namespace
 
-CodePtr MakeConstant(Position at, const Type* type, Value value) {
-  return std::make_unique<ConstantCode>(at, type, std::move(value));
+Value ConstantValue(const Code& code) {
+  Activation none{nullptr, nullptr};
+  return code.Eval(none);
 }
 
 CodePtr MakeUnary(Position at, const std::string& op, CodePtr operand) {
@@ -376,26 +389,6 @@ CodePtr MakeUnary(Position at, const std::string& op, CodePtr operand) {
 
 CodePtr MakeBinary(Position at, const std::string& op, CodePtr left, CodePtr right) {
   return Folded(Unfolded(at, op, std::move(left), std::move(right)));
-}
-
-Value ApplyDynamically(Position at, const std::string& op, const Value& left, const Value& right) {
-  const auto typeOf = [](const Value& v) {
-    return v.kind() == Kind::Object ? ObjectType(v.object()->cls) : TypeOf(v.IsNil() ? Kind::Nil : v.kind());
-  };
-  CodePtr code =
-      Unfolded(at, op, MakeConstant(at, typeOf(left), left), MakeConstant(at, typeOf(right), right));
-  if (!code && (op == "=" || op == "<>")) return Value::Boolean(op == "<>");  // of different kinds: unequal
-  if (!code) {
-    RaiseAt(at, "TypeMismatchException",
-            "'" + op + "' does not work on " + typeOf(left)->name + " and " + typeOf(right)->name + ".");
-  }
-  Frame none{nullptr, nullptr};
-  return code->Eval(none);
-}
-
-void RaiseAt(Position at, std::string_view className, std::string_view message) {
-  Note(at);
-  RaiseHostException(className, message);
 }
 
 }  // namespace hostrun

@@ -21,6 +21,7 @@ bool IsNameCharacter(char c) {
   return IsNameStart(c) || IsDigit(c);
 }
 
+// One pass over the text. at_ is the next byte to look at.
 class Lexer {
  public:
   explicit Lexer(const Source& source) : text_(source.text()) {}

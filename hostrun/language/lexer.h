@@ -11,6 +11,7 @@ namespace hostrun {
 
 enum class TokenKind : std::uint8_t { Name, Literal, Operator, EndOfLine, EndOfFile };
 
+// One word, operator, literal or end of line. Ends of lines have no text.
 struct Token {
   TokenKind kind;
   Position at;
@@ -19,7 +20,8 @@ struct Token {
   Value literal;
 };
 
-// Throws ProgramError. The last token is EndOfFile, with an EndOfLine before it.
+// All words of the text, in order; comments and continued lines are gone. Throws ProgramError. The last token
+// is EndOfFile, with an EndOfLine before it.
 std::vector<Token> Tokenize(const Source& source);
 
 }  // namespace hostrun

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,66 +12,75 @@
 
 namespace hostrun {
 
-// Recursive descent over the words of one program. Every failure is a ProgramError: what was wanted, what was
-// found.
+// Recursive descent over the words of one program, to be used for one Parse only. Every failure is a
+// ProgramError: what was wanted, what was found. Nesting is limited, so that no text can take the whole
+// stack.
 class Parser {
  public:
   explicit Parser(const Source& source) : tokens_(Tokenize(source)) {}
 
+  // The whole text is a program.
   ProgramText ParseProgram();
   // The whole text is one expression.
   ExpressionPtr ParseLoneExpression();
 
- private:
-  // Words.
+  // What statements are read with (statements/).
+
+  // A statement of that kind, which begins at the next word; takes the word.
+  template <class S>
+  std::unique_ptr<S> Begin() {
+    auto statement = std::make_unique<S>(Peek().at);
+    Take();
+    return statement;
+  }
+
   const Token& Peek(std::size_t ahead = 0) const;
   const Token& Take();
+  // Words are asked for in lower case; a word of the text is taken only when it is that one.
   bool AtWord(std::string_view word, std::size_t ahead = 0) const;
   bool AtOperator(std::string_view op) const;
+  bool AtEndOfStatement() const;
   bool TakeWord(std::string_view word);
   bool TakeOperator(std::string_view op);
+  // Take it, or fail: `where` says behind what it was wanted.
   void WantWord(std::string_view word, const std::string& where);
   void WantOperator(std::string_view op, const std::string& where);
-  static std::string Shown(std::string_view word);  // a word as programs usually write it
-  std::string WantName(const std::string& what);
   void WantEndOfStatement(const std::string& after);
-  bool AtEndOfStatement() const;
+  // "End" and the word; `opened` is where the block begins.
+  void WantEnd(std::string_view word, Position opened);
+  // A name that is no word of the language.
+  std::string WantName(const std::string& what);
+  // Throws ProgramError: `wanted`, and what stands here instead.
   [[noreturn]] void Fail(const std::string& wanted) const;
+  static std::string LineOf(Position at);  // "line 12"
 
-  // Expressions, loosest first.
   ExpressionPtr ParseExpression();
-  ExpressionPtr ParseBinary(int level);
-  ExpressionPtr ParseUnary();
-  ExpressionPtr ParsePower();
-  ExpressionPtr ParsePostfix();
-  ExpressionPtr ParsePrimary();
+  ExpressionPtr ParsePostfix();  // no operators but ".", "(" and ")"
   ExpressionPtr ParseNew();
-  std::vector<ExpressionPtr> ParseArguments();
+  // A node without children, and one more child for a node; the tree's depth is limited.
   static ExpressionPtr Make(Expression::Kind kind, Position at, std::string name = {});
   void Adopt(Expression& parent, ExpressionPtr child) const;
 
-  // Statements.
-  Block ParseBlock(std::initializer_list<std::string_view> ends);
-  void ParseStatements(Block& into);
-  StatementPtr ParseStatement();
-  StatementPtr ParseSimple();
-  StatementPtr ParseDeclare(Statement::Kind kind);
-  StatementPtr ParseIf();
-  StatementPtr ParseSelect();
-  CaseTest ParseCaseTest();
-  StatementPtr ParseFor();
-  StatementPtr ParseWhile();
-  StatementPtr ParseDo();
-  StatementPtr ParseTry();
-  StatementPtr ParseExit(Statement::Kind kind);
-  StatementPtr ParseReDim();
-  StatementPtr ParseCallOrAssign();
-  StatementPtr New(Statement::Kind kind) const;
-  void WantEnd(std::string_view word, Position opened);
-  bool AtEndOf(std::initializer_list<std::string_view> ends) const;
   TypeName ParseType();
-  TypeName ParseOptionalType();
+  TypeName ParseOptionalType();  // with its "As"; no name when there is none
+  StatementPtr ParseStatement();
+  // One that is part of a statement on the same line.
+  StatementPtr ParseNestedStatement();
+  // Statements up to one of `ends`, which stays: words, or "end" and a word.
+  Block ParseBlock(std::initializer_list<std::string_view> ends);
 
+ private:
+  static std::string Shown(std::string_view word);  // a word as programs usually write it
+  bool AtEndOf(std::initializer_list<std::string_view> ends) const;
+
+  // Expressions, loosest first.
+  ExpressionPtr ParseBinary(int level);
+  ExpressionPtr ParseUnary();
+  ExpressionPtr ParsePower();
+  ExpressionPtr ParsePrimary();
+  std::vector<ExpressionPtr> ParseArguments();
+
+  void ParseStatements(Block& into);
   RoutineDeclaration ParseRoutine();
   RoutineParameter ParseParameter();
 

@@ -16,10 +16,12 @@ constexpr std::array<std::string_view, 30> kReserved = {
     "else", "elseif", "end", "next",  "wend",   "loop",  "case", "catch", "finally", "until",
     "as",   "dim",    "var", "const", "select", "while", "for",  "do",    "try",     "return"};
 
+// Words that no variable may have as its name.
 bool IsReserved(const std::string& lower) {
   return std::find(kReserved.begin(), kReserved.end(), lower) != kReserved.end();
 }
 
+// As errors show what they found.
 std::string Describe(const Token& token) {
   switch (token.kind) {
     case TokenKind::EndOfLine:

@@ -13,12 +13,13 @@
 namespace hostrun {
 namespace {
 
-// What a call of a routine may need below the limit: its own frame, the platform, a destructor.
+// What a call of a routine may need below the limit: its own variables, the platform, a destructor.
 constexpr std::size_t kStackReserve = 512U << 10U;
 constexpr std::size_t kLargestStack = 64U << 20U;
 constexpr std::size_t kSmallestStack = 2U << 20U;
 constexpr std::size_t kShownTrace = 20;
 
+// The lowest address that may still be entered, from where the stack stands now.
 const char* StackLimit() {
   rlimit limit{};
   std::size_t size = kLargestStack;
@@ -28,6 +29,7 @@ const char* StackLimit() {
   return static_cast<const char*>(__builtin_frame_address(0)) - (size - kStackReserve);
 }
 
+// The lines that the program stands on, innermost first.
 void FillTrace(std::vector<TraceLine>& trace) {
   Position at = currentPosition;
   // NOLINTNEXTLINE(modernize-loop-convert): clang 14 knows no reversed view of this library
@@ -38,10 +40,11 @@ void FillTrace(std::vector<TraceLine>& trace) {
   trace.push_back({"", at.line, at.column});
 }
 
-int RunBody(const BoundProgram& program, Frame& frame, const Source& source) {
+// The exit status. Whatever the program throws ends here.
+int RunBody(const BoundProgram& program, Activation& activation, const Source& source) {
   try {
     try {
-      program.body.Run(frame);
+      program.body.Run(activation);
       return kExitFine;
     } catch (const std::bad_alloc&) {
       RaiseHostException("OutOfMemoryException", "Not enough memory.");
@@ -97,8 +100,8 @@ int RunProgram(const BoundProgram& program, const Source& source) {
   std::vector<Value> globals;
   globals.reserve(program.globals.size());
   for (const Type* const type : program.globals) globals.push_back(Value::DefaultOf(*type));
-  Frame frame{nullptr, globals.data()};
-  const int status = RunBody(program, frame, source);
+  Activation activation{nullptr, globals.data()};
+  const int status = RunBody(program, activation, source);
   currentPosition = {};
   while (!globals.empty()) globals.pop_back();
   EndRunning();

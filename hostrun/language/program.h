@@ -15,13 +15,15 @@ inline constexpr int kExitUse = 2;        // an error of use, syntax or binding
 // Parses and binds; throws ProgramError.
 BoundProgram Compile(const Source& source);
 
-// Runs it to its end, reports an uncaught exception on stderr, releases all of its variables. Gives the exit
-// status.
+// Runs it to its end, reports an uncaught exception on stderr and empties all of its variables. Gives the
+// exit status: one of the above, or that of Quit.
 int RunProgram(const BoundProgram& program, const Source& source);
 
-// What RunProgram does around a program, for who runs one in parts.
+// What RunProgram does around a program, for a session that runs one in parts. Between the two, exceptions
+// get traces and calls are counted against the stack.
 void BeginRunning();
 void EndRunning();
+// Writes the exception, its line of `source` and the calls that led there to stderr.
 void ReportUncaught(const Source& source, Object* exception);
 
 }  // namespace hostrun

@@ -42,21 +42,22 @@ Session::State Session::Run(const std::string& text, bool more) {
   };
   try {
     std::optional<ProgramText> program;
-    std::optional<ExpressionPtr> expression;
+    ExpressionPtr alone;
     try {
       program = Parser(part).ParseProgram();
       keep();
     } catch (const ProgramError& error) {
       if (more && error.at().line > last) return State::WantsMore;
       keep();
-      expression = ParseAlone(part, error);
+      alone = ParseAlone(part, error);
     }
-    if (program && program->routines.empty() && program->body.size() == 1 &&
-        program->body.front()->kind == Statement::Kind::Call) {
-      expression = std::move(program->body.front()->first);
+    const Expression* expression = alone.get();
+    if (program && program->routines.empty() && program->body.size() == 1) {
+      expression = program->body.front()->AsExpression();
     }
     BeginRunning();
-    const State state = Guarded([&] { return expression ? RunExpression(**expression) : RunText(*program); });
+    const State state =
+        Guarded([&] { return expression != nullptr ? RunExpression(*expression) : RunText(*program); });
     EndRunning();
     return state;
   } catch (const ProgramError& error) {
@@ -86,16 +87,16 @@ Session::State Session::Guarded(const std::function<State()>& run) {
 Session::State Session::RunText(const ProgramText& text) {
   const StepBlock body = binder_.BindPart(text);
   globals_.resize(binder_.globals().size());
-  Frame frame{nullptr, globals_.data()};
-  body.Run(frame);
+  Activation activation{nullptr, globals_.data()};
+  body.Run(activation);
   return State::Done;
 }
 
 Session::State Session::RunExpression(const Expression& expression) {
   const CodePtr code = binder_.BindPart(expression);
   globals_.resize(binder_.globals().size());
-  Frame frame{nullptr, globals_.data()};
-  const Value value = code->Eval(frame);
+  Activation activation{nullptr, globals_.data()};
+  const Value value = code->Eval(activation);
   if (code->type->kind != Kind::Nothing) show_(value);
   return State::Done;
 }

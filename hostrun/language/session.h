@@ -17,6 +17,7 @@ class Session {
  public:
   enum class State : std::uint8_t { Done, Failed, WantsMore, Ended };
 
+  // `name` is what errors call the text; `show` gets the values that stand alone.
   Session(std::string name, std::function<void(const Value&)> show)
       : name_(std::move(name)), show_(std::move(show)) {}
   Session(const Session&) = delete;
@@ -38,9 +39,9 @@ class Session {
   std::string name_;
   std::function<void(const Value&)> show_;
   Binder binder_;
-  std::vector<Value> globals_;
-  std::string whole_;  // all parts so far
-  int lines_ = 0;
+  std::vector<Value> globals_;  // of all parts, in the binder's slots
+  std::string whole_;           // all parts so far
+  int lines_ = 0;               // in whole_
   int status_ = 0;
 };
 

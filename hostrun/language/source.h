@@ -20,14 +20,17 @@ class ProgramError : public std::runtime_error {
   Position at_;
 };
 
+// A program's text with its name. Line ends of any kind become "\n", a byte order mark goes.
 class Source {
  public:
+  // `name` is what errors call it: its path, or what stands for one.
   Source(std::string name, std::string text);
   // Throws std::runtime_error with one clear line when the file can't be read.
   static Source FromFile(const std::string& path);
 
   const std::string& name() const { return name_; }
   const std::string& text() const { return text_; }
+  // Line `number`, from 1, without its end; empty when there is none. Valid as long as this.
   std::string_view Line(std::int32_t number) const;
 
   // "file:line:column: message", the line, and a caret below the column.

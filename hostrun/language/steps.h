@@ -1,57 +1,35 @@
-// hostrun/language/steps.h - makes the statements of a running program out of settled parts.
+// hostrun/language/steps.h - the steps that several statements are made of. What only one of them needs
+// stands with it in statements/.
 #pragma once
 
-#include <functional>
-#include <vector>
-
-#include "hostrun/host/value.h"
 #include "hostrun/language/code.h"
 
 namespace hostrun {
 
-// A place and a value of its type.
-StepPtr MakeAssign(Position at, CodePtr place, CodePtr value);
-StepPtr MakeEvaluate(Position at, CodePtr code);
-StepPtr MakePrint(Position at, std::vector<CodePtr> items);
-// Called with the values of each line that a program prints, before it is printed; empty: no one looks.
-void SetPrintObserver(std::function<void(const std::vector<Value>&)> observer);
+// Stores a value of the place's own type.
+StepPtr MakeAssign(Position at, PlacePtr place, CodePtr value);
 
-struct StepBranch {
-  CodePtr condition;  // null: always
-  StepBlock body;
+// Steps in order, as one, with variables of their own.
+class Sequence final : public Step {
+ public:
+  Sequence(Position position, StepBlock block) : Step(position), block_(std::move(block)) {}
+  Flow Run(Activation& activation) const override { return block_.Run(activation); }
+
+ private:
+  StepBlock block_;
 };
-// The body of the first branch whose condition is true.
-StepPtr MakeBranches(Position at, std::vector<StepBranch> branches);
 
-// Steps in order, as one.
-StepPtr MakeSequence(Position at, StepBlock block);
+// Leaves the routine, or the program's own level. `value` is null in a Sub.
+class Return final : public Step {
+ public:
+  Return(Position position, CodePtr value) : Step(position), value_(std::move(value)) {}
+  Flow Run(Activation& activation) const override {
+    machine.result = value_ ? value_->Eval(activation) : Value();
+    return Flow::Return;
+  }
 
-struct ForLoop {
-  int number;
-  CodePtr variable;  // a Place
-  CodePtr first;
-  CodePtr last;
-  CodePtr step;
-  bool down;
-  StepBlock body;
+ private:
+  CodePtr value_;
 };
-StepPtr MakeFor(Position at, ForLoop loop);
-// The variable has the type of the array's elements.
-StepPtr MakeForEach(Position at, int number, CodePtr variable, CodePtr array, StepBlock body);
-// Null conditions hold.
-StepPtr MakeWhile(Position at, int number, CodePtr whileTrue, StepBlock body, CodePtr againWhileTrue);
-
-StepPtr MakeJump(Position at, Flow flow, int loop);
-StepPtr MakeReturn(Position at, CodePtr value);  // null: of a Sub
-StepPtr MakeRaise(Position at, CodePtr exception);
-StepPtr MakeQuit(Position at, CodePtr status);  // null: 0
-StepPtr MakeReDim(Position at, CodePtr array, CodePtr upperBound);
-
-struct CatchBranch {
-  const Class* cls;
-  CodePtr variable;  // a Place; null: none
-  StepBlock body;
-};
-StepPtr MakeTry(Position at, StepBlock body, std::vector<CatchBranch> catches, StepBlock last);
 
 }  // namespace hostrun

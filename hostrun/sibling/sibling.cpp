@@ -18,7 +18,7 @@ void* GetInstancesDictionary(PlatformId, Selector) {
   return cache;
 }
 void PrepareException(PlatformId, Selector) {}
-Object* NewException(PlatformId, Selector, PlatformId exception) {
+Object* NewWrapper(PlatformId, Selector, PlatformId exception) {
   return NewExceptionWrapper(exception);
 }
 
@@ -56,7 +56,7 @@ Problem InstallSibling() {
   const PlatformId metaclass = ClassOf(exceptionClass);
   Problem problem = AddMethod(metaclass, "GetInstancesDictionaryQVX", &GetInstancesDictionary, "^v8@0:4");
   if (!problem) problem = AddMethod(metaclass, "PrepareNSExceptionQVX", &PrepareException, "v8@0:4");
-  if (!problem) problem = AddMethod(metaclass, "NewNSExceptionQVX:", &NewException, "^v12@0:4@8");
+  if (!problem) problem = AddMethod(metaclass, "NewNSExceptionQVX:", &NewWrapper, "^v12@0:4@8");
   return problem;
 }
 

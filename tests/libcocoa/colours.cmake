@@ -58,3 +58,9 @@ add_executable(bundle_pasteboard_test colours/bundle_pasteboard_test.cpp)
 target_link_libraries(bundle_pasteboard_test PRIVATE real_host gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
 add_test(NAME libcocoa.bundle_pasteboard COMMAND bundle_pasteboard_test)
 set_tests_properties(libcocoa.bundle_pasteboard PROPERTIES TIMEOUT 120)
+
+# Every function of the bundle on every stack that a host may come with.
+add_executable(bundle_stack_test colours/bundle_stack_test.cpp)
+target_link_libraries(bundle_stack_test PRIVATE real_host stack_call gtest warnings ${QVX_SYSROOT_LIB}/libgtest_main.a)
+add_test(NAME libcocoa.bundle_stack COMMAND bundle_stack_test)
+set_tests_properties(libcocoa.bundle_stack PROPERTIES TIMEOUT 120)

@@ -10,6 +10,8 @@ constexpr std::string_view kNobodyTakes = "nothing can be given back to a host t
 constexpr std::string_view kNoLock =
     "a host without the service to lock gets the cached object without the lock, and counts one reference "
     "too few";
+constexpr std::string_view kUnlockedAnyway =
+    "what is read is unlocked even where it could not be locked, so the host counts one reference too few";
 constexpr std::string_view kNoClass = "without the class NSException no exception can be told to be one";
 constexpr std::string_view kNotSent = "a message whose selector the platform can't register is not sent";
 constexpr std::string_view kThePools =
@@ -39,6 +41,15 @@ const std::vector<Allowance>& Allowances() {
       {"", "resolve REALLockObject", Fault::kMissing, "are accounted for", kNoLock},
       {"", "resolve REALLockObject", Fault::kMissing, "was used after it was freed", kNoLock},
       {"", "resolve REALLockObject", Fault::kMissing, "was unlocked once too often", kNoLock},
+      {"", "resolve REALLockString", Fault::kMissing, "are accounted for", kUnlockedAnyway},
+      {"", "resolve REALLockString", Fault::kMissing, "was used after it was freed", kUnlockedAnyway},
+      {"", "resolve REALLockString", Fault::kMissing, "was unlocked once too often", kUnlockedAnyway},
+      {"", "REALLockString(", Fault::kBadAlloc, "are accounted for", kUnlockedAnyway},
+      {"", "REALLockString(", Fault::kBadAlloc, "was used after it was freed", kUnlockedAnyway},
+      {"", "REALLockString(", Fault::kBadAlloc, "was unlocked once too often", kUnlockedAnyway},
+      {"", "REALLockObject(block", Fault::kBadAlloc, "are accounted for", kUnlockedAnyway},
+      {"", "REALLockObject(block", Fault::kBadAlloc, "was used after it was freed", kUnlockedAnyway},
+      {"", "REALLockObject(block", Fault::kBadAlloc, "was unlocked once too often", kUnlockedAnyway},
       {"", "objc_getClass(\"NSException\")", Fault::kNull, "it passed on NSException#", kNoClass},
       {"", "sel_registerName(\"release\")", Fault::kNull, "held", kNotSent},
       {"", "sel_registerName(\"autorelease\")", Fault::kNull, "held", kNotSent},

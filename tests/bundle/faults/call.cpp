@@ -12,6 +12,7 @@
 #include "tests/bundle/scripted/bundle.h"
 #include "tests/bundle/scripted/exception_frames.h"
 #include "tests/bundle/scripted/platform.h"
+#include "tests/bundle/scripted/stack_call.h"
 
 namespace faults {
 namespace {
@@ -174,20 +175,22 @@ struct Outcome {
 };
 
 // Calls the function with its words on the stack. What leaves it, leaves nothing of this function behind.
-Outcome Enter(const Target& target, const Arguments& arguments) {
-  using Words = decltype(Arguments::stack);
+Outcome Enter(const Target& target, const Arguments& arguments, std::uint32_t stackOffset = 0) {
+  const std::uint32_t* const words = arguments.stack.words;
+  const auto resolver =
+      static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&scripted::Host::Resolve));
   Outcome outcome;
   std::uint32_t word = 0;
   double number = 0;
   outcome.passedOn = scripted::PassedOn([&] {
     try {
       if (target.role == Role::kEntry) {
-        scripted::Call(reinterpret_cast<void (*)(void* (*)(const char*))>(target.function),
-                       &scripted::Host::Resolve);
+        scripted::Call(&scripted_call_at_offset, target.function, &resolver, 1U, stackOffset);
       } else if (target.result == Result::kDouble) {
-        number = scripted::Call(reinterpret_cast<double (*)(Words)>(target.function), arguments.stack);
+        number = scripted::Call(&scripted_call_for_double_at_offset, target.function, words, kMostWords,
+                                stackOffset);
       } else {
-        word = scripted::Call(reinterpret_cast<std::uint32_t (*)(Words)>(target.function), arguments.stack);
+        word = scripted::Call(&scripted_call_at_offset, target.function, words, kMostWords, stackOffset);
       }
     } catch (const std::bad_alloc&) {
       outcome.ending = Ending::kThrewBadAlloc;
@@ -300,7 +303,11 @@ std::vector<Target> PrepareCalls(const std::string& bundle) {
   return targets;
 }
 
-Observation Make(const Case& each, const Plan& plan, bool onceMore) {
+std::uint32_t StackOffsetFor(const Plan& plan) {
+  return plan.empty() ? 0 : scripted::kStackOffsets[plan.back().event % std::size(scripted::kStackOffsets)];
+}
+
+Observation Make(const Case& each, const Plan& plan, bool onceMore, std::uint32_t stackOffset) {
   const Target& target = *each.target;
   const bool isEntry = target.role == Role::kEntry;
   ForgetTheWorld(isEntry ? loaded : started[each.version]);
@@ -329,7 +336,7 @@ Observation Make(const Case& each, const Plan& plan, bool onceMore) {
   const int deliveredBefore = scripted::Frames().delivered;
   Log().Clear();
   Log().SetHook([&](const scripted::Event& event) { return Decide(event, plan, observation); });
-  Outcome outcome = Enter(target, arguments);
+  Outcome outcome = Enter(target, arguments, stackOffset);
   Log().SetHook(nullptr);
   for (Step& step : observation.steps) step.delivered -= deliveredBefore;
 

@@ -80,8 +80,10 @@ struct Observation {
 // Loads and starts the bundle once for every version. Answers its functions.
 std::vector<Target> PrepareCalls(const std::string& bundle);
 
-// Makes the call. With `onceMore`, it is made a second time without faults, from where the first one left
-// everything.
-Observation Make(const Case& each, const Plan& plan, bool onceMore);
+// Makes the call, on a stack that is `stackOffset` bytes past a multiple of 16. With `onceMore`, it is made a
+// second time without faults, from where the first one left everything.
+Observation Make(const Case& each, const Plan& plan, bool onceMore, std::uint32_t stackOffset = 0);
+// The stack offset that a plan is carried out at: the plans of a case take turns.
+std::uint32_t StackOffsetFor(const Plan& plan);
 
 }  // namespace faults

@@ -1,4 +1,5 @@
-// tests/bundle/faults/main.cpp - the fault matrix: every function, every input, every event, every fault.
+// tests/bundle/faults/main.cpp - the fault matrix: every function, every input, every event, every fault, and
+// every stack that a host may call from.
 //
 //   fault_matrix BUNDLE                       everything
 //   fault_matrix BUNDLE --only TEXT           functions whose declaration contains TEXT
@@ -22,6 +23,7 @@
 #include <thread>
 
 #include "tests/bundle/faults/promises.h"
+#include "tests/bundle/scripted/stack_call.h"
 
 namespace faults {
 namespace {
@@ -31,7 +33,7 @@ constexpr unsigned kSecondsPerFunction = 300;
 
 // What the processes share: figures, and what each is doing.
 struct Shared {
-  unsigned long long cases, events, faults, pairs, violations;
+  unsigned long long cases, events, offsets, faults, pairs, violations;
   unsigned long long used[64];  // by allowance
   char doing[1024];
 };
@@ -46,8 +48,9 @@ std::string PlanText(const Plan& plan) {
   return text.empty() ? "none" : text;
 }
 
-void Note(const Case& each, const Plan& plan) {
-  const std::string text = "--reproduce '" + Describe(each) + "' " + PlanText(plan);
+void Note(const Case& each, const Plan& plan, std::uint32_t offset = 0) {
+  const std::string text =
+      "--reproduce '" + Describe(each) + "' " + PlanText(plan) + "@" + std::to_string(offset);
   std::strncpy(shared->doing, text.c_str(), sizeof shared->doing - 1);
 }
 
@@ -86,13 +89,21 @@ class FunctionRun {
     ++shared->cases;
     shared->events += baseline.steps.size();
     Judge(each, {}, baseline, baseline);
+    for (const std::uint32_t offset : scripted::kStackOffsets) {
+      if (offset == 0) continue;
+      Note(each, {}, offset);
+      const Observation observed = Make(each, {}, true, offset);
+      ++shared->offsets;
+      Judge(each, {}, baseline, observed);
+      if (TraceOf(each, observed) != trace) Find(target_.declaration + ": another stack gives other events");
+    }
     const auto faultable = static_cast<std::size_t>(
         std::ranges::count_if(baseline.steps, [](const Step& step) { return !FaultsAt(step).empty(); }));
     for (std::size_t i = 0; i < baseline.steps.size(); ++i) {
       for (const Fault fault : FaultsAt(baseline.steps[i])) {
         const Plan plan{{i, fault}};
-        Note(each, plan);
-        const Observation observed = Make(each, plan, true);
+        Note(each, plan, StackOffsetFor(plan));
+        const Observation observed = Make(each, plan, true, StackOffsetFor(plan));
         ++shared->faults;
         Judge(each, plan, baseline, observed);
         if (pairs_ && newForPairs && faultable <= kMostEventsForPairs) {
@@ -108,8 +119,8 @@ class FunctionRun {
     for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
       for (const Fault fault : FaultsAt(withFirst.steps[i])) {
         const Plan plan{first, {i, fault}};
-        Note(each, plan);
-        const Observation observed = Make(each, plan, false);
+        Note(each, plan, StackOffsetFor(plan));
+        const Observation observed = Make(each, plan, false, StackOffsetFor(plan));
         ++shared->pairs;
         Judge(each, plan, baseline, observed);
       }
@@ -126,16 +137,20 @@ class FunctionRun {
         ++shared->used[allowance - Allowances().data()];
         continue;
       }
-      ++shared->violations;
       std::string key = target_.declaration + ": " + sentence;
       for (const Step& step : faulted) key += "; " + std::string(NameOf(step.fault)) + " at " + step.name;
-      if (const auto found = known_.find(key); found != known_.end()) {
-        ++findings_[found->second].second;
-        continue;
-      }
-      known_[key] = findings_.size();
-      findings_.emplace_back(key + "\n    " + shared->doing, 1);
+      Find(key);
     }
+  }
+
+  void Find(const std::string& key) {
+    ++shared->violations;
+    if (const auto found = known_.find(key); found != known_.end()) {
+      ++findings_[found->second].second;
+      return;
+    }
+    known_[key] = findings_.size();
+    findings_.emplace_back(key + "\n    " + shared->doing, 1);
   }
 
   const Target& target_;
@@ -176,9 +191,9 @@ Plan PlanOf(const std::string& text) {
   return plan;
 }
 
-void Show(const Case& each, const Plan& plan) {
+void Show(const Case& each, const Plan& plan, std::uint32_t offset) {
   const Observation baseline = Make(each, {}, true);
-  const Observation observed = Make(each, plan, plan.size() < 2);
+  const Observation observed = Make(each, plan, plan.size() < 2, offset);
   for (std::size_t i = 0; i < observed.steps.size(); ++i) {
     const Step& step = observed.steps[i];
     std::printf("%3zu %d %s%s%s\n", i, step.openFrames, step.text.c_str(),
@@ -202,7 +217,9 @@ int Reproduce(const std::vector<Target>& targets, const std::string& wanted, con
         for (const Setting& setting : kSettings) {
           const Case each{&target, choice, &setting, version};
           if (Describe(each) != wanted) continue;
-          Show(each, PlanOf(plan));
+          const std::size_t at = plan.find('@');
+          const auto offset = at == std::string::npos ? 0 : std::atoi(plan.c_str() + at + 1);
+          Show(each, PlanOf(plan.substr(0, at)), static_cast<std::uint32_t>(offset));
           return 0;
         }
       }
@@ -268,6 +285,7 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
   for (std::size_t i = 0; i < targets.size(); ++i) {
     sum.cases += area[i].cases;
     sum.events += area[i].events;
+    sum.offsets += area[i].offsets;
     sum.faults += area[i].faults;
     sum.pairs += area[i].pairs;
     sum.violations += area[i].violations;
@@ -275,9 +293,11 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   std::printf(
-      "%zu functions, %llu cases, %llu events, %llu faults, %llu pairs of faults: %llu violations, "
+      "%zu functions, %llu cases, %llu events, %llu on other stacks, %llu faults, %llu pairs of faults: "
+      "%llu violations, "
       "%zu crashes; %.1f s\n",
-      targets.size(), sum.cases, sum.events, sum.faults, sum.pairs, sum.violations, crashes, took.count());
+      targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.violations, crashes,
+      took.count());
   return sum.violations == 0 && crashes == 0 && (partly || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 

@@ -11,6 +11,7 @@
 
 #include "bundle/platform/cocoa.h"
 #include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/stack.h"
 
 namespace scripted {
 namespace {
@@ -98,6 +99,7 @@ using namespace scripted;  // NOLINT(google-build-using-namespace): the C functi
                            // purpose
 
 extern "C" void objc_exception_try_enter(void* frame) {
+  CheckStack("objc_exception_try_enter", __builtin_dwarf_cfa());
   const bool inside = InsideBundle();
   const Outside outside;
   Record("enter", "enter");
@@ -107,6 +109,7 @@ extern "C" void objc_exception_try_enter(void* frame) {
 }
 
 extern "C" void objc_exception_try_exit(void* frame) {
+  CheckStack("objc_exception_try_exit", __builtin_dwarf_cfa());
   const Outside outside;
   Record("leave", "leave");
   State& state = TheState();
@@ -124,6 +127,7 @@ extern "C" void objc_exception_try_exit(void* frame) {
 }
 
 extern "C" id objc_exception_extract(void* frame) {
+  CheckStack("objc_exception_extract", __builtin_dwarf_cfa());
   const Outside outside;
   Record("extract", "extract");
   const auto found = TheState().delivered.find(frame);
@@ -135,6 +139,7 @@ extern "C" id objc_exception_extract(void* frame) {
 }
 
 extern "C" int objc_exception_match(Class exceptionClass, id exception) {
+  CheckStack("objc_exception_match", __builtin_dwarf_cfa());
   const Outside outside;
   const NativeObject* const wanted = Native(exceptionClass);
   const NativeObject* const found = Native(exception);
@@ -143,6 +148,7 @@ extern "C" int objc_exception_match(Class exceptionClass, id exception) {
 }
 
 extern "C" void objc_exception_throw(id exception) {
+  CheckStack("objc_exception_throw", __builtin_dwarf_cfa());
   {
     const Outside outside;
     Record("throw", "throw " + Describe(exception));

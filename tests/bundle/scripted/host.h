@@ -100,6 +100,8 @@ class Host {
   std::set<std::string, std::less<>> missingClasses;  // classes that "PluginNewInstance" does not know
   std::map<std::string, std::function<void()>, std::less<>>
       before;  // runs when a service is called; may throw
+  // What a service raises, once, instead of doing its work, as a host that uses the platform itself may.
+  std::map<std::string, NativeObject*, std::less<>> raising;
 
   std::int32_t upperBoundOfNull = -1;               // what "RuntimeUBound" answers for no array
   std::optional<std::int32_t> lengthOfEveryString;  // what "LenB" answers instead of the truth

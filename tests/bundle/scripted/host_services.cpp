@@ -5,12 +5,45 @@
 #include <new>
 
 #include "tests/bundle/scripted/event_log.h"
+#include "tests/bundle/scripted/exception_frames.h"
 #include "tests/bundle/scripted/host.h"
 #include "tests/bundle/scripted/native_object.h"
+#include "tests/bundle/scripted/stack.h"
 #include "tests/bundle/scripted/text.h"
 
 namespace scripted {
 namespace {
+
+// The exception that a service raises this time, or null.
+NativeObject* Raised(const char* name) {
+  const Outside outside;
+  const auto found = TheHost().raising.find(name);
+  if (found == TheHost().raising.end()) return nullptr;
+  NativeObject* const raised = found->second;
+  TheHost().raising.erase(found);
+  return raised;
+}
+
+// A service as the bundle calls it: with a 16-byte aligned stack, and with nothing alive that the raising of
+// a platform exception would jump over.
+template <auto service>
+struct Door;
+template <typename Result, typename... Arguments, Result (*service)(Arguments...)>
+struct Door<service> {
+  static inline const char* name = nullptr;
+
+  [[gnu::noinline, gnu::force_align_arg_pointer]] static Result Enter(Arguments... arguments) {
+    CheckStack(name, __builtin_dwarf_cfa());
+    if (NativeObject* const raised = Raised(name)) Deliver(raised);
+    return service(arguments...);
+  }
+};
+
+template <auto service>
+void* DoorOf(const char* name) {
+  Door<service>::name = name;
+  return reinterpret_cast<void*>(&Door<service>::Enter);
+}
 
 // Notes a call; throws for a bad-alloc fault, answers whether the service shall answer null or false.
 bool Note(const char* name, std::initializer_list<std::string> arguments) {
@@ -181,7 +214,7 @@ void* LoadGlobalMethod(const char* declaration) {
   if (std::strcmp(declaration, "LenB( s as string ) as integer") != 0 || TheHost().missing.contains("LenB")) {
     return nullptr;
   }
-  return reinterpret_cast<void*>(&LenB);
+  return DoorOf<&LenB>("LenB");
 }
 
 // One function behind both wrappers: a caller that passes no flag leaves the second argument undefined.
@@ -299,14 +332,14 @@ void ReadNumber(void* array, std::int32_t index, double* out) {
 void* GetInsertProc(void* array) {
   const Outside outside;
   if (Note("RuntimeArrayDirectGetInsertProc", {NameOf(array)}) || array == nullptr) return nullptr;
-  return TheHost().Object(array).elementType == 2 ? reinterpret_cast<void*>(&InsertNumber)
-                                                  : reinterpret_cast<void*>(&InsertObject);
+  return TheHost().Object(array).elementType == 2 ? DoorOf<&InsertNumber>("insert")
+                                                  : DoorOf<&InsertObject>("insert");
 }
 
 void* GetGetProc(void* array) {
   const Outside outside;
   if (Note("RuntimeArrayDirectGetGetProc", {NameOf(array)}) || array == nullptr) return nullptr;
-  return reinterpret_cast<void*>(&ReadNumber);
+  return DoorOf<&ReadNumber>("read");
 }
 
 std::uint32_t FSRefFromFolderItem(void* item, FSRef* ref, HFSUniStr255* leafName) {
@@ -333,45 +366,46 @@ struct ServiceEntry {
   void* function;
 };
 
-template <typename Function>
-constexpr ServiceEntry Entry(const char* name, Function* function) {
-  return {name, reinterpret_cast<void*>(function)};
+template <auto service>
+ServiceEntry Entry(const char* name) {
+  return {name, DoorOf<service>(name)};
 }
 
 }  // namespace
 
 void* Host::Resolve(const char* name) {
+  CheckStack("the resolver", __builtin_dwarf_cfa());
   const Outside outside;
   static const std::vector<ServiceEntry> services = {
-      Entry("REALGetRBVersion", &GetRBVersion),
-      Entry("RegisterPluginVersion", &RegisterPluginVersion),
-      Entry("PluginRegisterClass", &RegisterClass),
-      Entry("PluginNewInstance", &scripted::NewInstance),
-      Entry("REALLockObject", &LockObject),
-      Entry("REALUnlockObject", &UnlockObject),
-      Entry("REALLockString", &LockString),
-      Entry("REALUnlockString", &scripted::UnlockString),
-      Entry("RuntimeRaiseException", &RaiseException),
-      Entry("REALSetPropValueInt", &SetPropValueInt),
-      Entry("REALSetPropValueString", &SetPropValueString),
-      Entry("PluginGetStringData", &GetStringData),
-      Entry("PluginDisposeStringData", &DisposeStringData),
-      Entry("StringGetCString", &StringGetCString),
-      Entry("REALLoadGlobalMethod", &LoadGlobalMethod),
-      Entry("REALGetStringCFString", &GetStringCFString),
-      Entry("REALBuildString", &BuildString),
-      Entry("REALBuildStringWithEncoding", &BuildStringWithEncoding),
-      Entry("REALGetStringEncoding", &GetStringEncoding),
-      Entry("REALSetStringEncoding", &SetStringEncoding),
-      Entry("REALConvertString", &ConvertString),
-      Entry("newMemoryBlock", &NewMemoryBlock),
-      Entry("memoryBlockGetPtr", &MemoryBlockGetPtr),
-      Entry("memoryBlockGetSize", &MemoryBlockGetSize),
-      Entry("RuntimeArrayCreateSingleDimBoundedArray", &CreateArray),
-      Entry("RuntimeUBound", &UBound),
-      Entry("RuntimeArrayDirectGetInsertProc", &GetInsertProc),
-      Entry("RuntimeArrayDirectGetGetProc", &GetGetProc),
-      Entry("REALFSRefFromFolderItem", &FSRefFromFolderItem),
+      Entry<&GetRBVersion>("REALGetRBVersion"),
+      Entry<&RegisterPluginVersion>("RegisterPluginVersion"),
+      Entry<&RegisterClass>("PluginRegisterClass"),
+      Entry<&scripted::NewInstance>("PluginNewInstance"),
+      Entry<&LockObject>("REALLockObject"),
+      Entry<&UnlockObject>("REALUnlockObject"),
+      Entry<&LockString>("REALLockString"),
+      Entry<&scripted::UnlockString>("REALUnlockString"),
+      Entry<&RaiseException>("RuntimeRaiseException"),
+      Entry<&SetPropValueInt>("REALSetPropValueInt"),
+      Entry<&SetPropValueString>("REALSetPropValueString"),
+      Entry<&GetStringData>("PluginGetStringData"),
+      Entry<&DisposeStringData>("PluginDisposeStringData"),
+      Entry<&StringGetCString>("StringGetCString"),
+      Entry<&LoadGlobalMethod>("REALLoadGlobalMethod"),
+      Entry<&GetStringCFString>("REALGetStringCFString"),
+      Entry<&BuildString>("REALBuildString"),
+      Entry<&BuildStringWithEncoding>("REALBuildStringWithEncoding"),
+      Entry<&GetStringEncoding>("REALGetStringEncoding"),
+      Entry<&SetStringEncoding>("REALSetStringEncoding"),
+      Entry<&ConvertString>("REALConvertString"),
+      Entry<&NewMemoryBlock>("newMemoryBlock"),
+      Entry<&MemoryBlockGetPtr>("memoryBlockGetPtr"),
+      Entry<&MemoryBlockGetSize>("memoryBlockGetSize"),
+      Entry<&CreateArray>("RuntimeArrayCreateSingleDimBoundedArray"),
+      Entry<&UBound>("RuntimeUBound"),
+      Entry<&GetInsertProc>("RuntimeArrayDirectGetInsertProc"),
+      Entry<&GetGetProc>("RuntimeArrayDirectGetGetProc"),
+      Entry<&FSRefFromFolderItem>("REALFSRefFromFolderItem"),
   };
   const Fault fault = Log().Record(EventKind::kResolve, name, "resolve " + std::string(name));
   const auto found = std::ranges::find_if(

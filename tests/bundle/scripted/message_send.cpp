@@ -1,6 +1,7 @@
 // tests/bundle/scripted/message_send.cpp - objc_msgSend and objc_msgSend_fpret for calls of any signature.
 #include "tests/bundle/scripted/exception_frames.h"
 #include "tests/bundle/scripted/platform.h"
+#include "tests/bundle/scripted/stack.h"
 
 namespace scripted {
 namespace {
@@ -16,6 +17,7 @@ static_assert(sizeof(Registers) == 12);
 // The exception that the message raised, or null. Nothing of this function is alive when the exception is
 // delivered.
 NativeObject* Carry(const std::uint32_t* stack, Registers* registers, bool viaFpret) {
+  CheckStack(viaFpret ? "objc_msgSend_fpret" : "objc_msgSend", stack);
   const Outside outside;
   auto* const receiver = reinterpret_cast<void*>(static_cast<std::uintptr_t>(stack[0]));
   const auto selector = reinterpret_cast<SEL>(static_cast<std::uintptr_t>(stack[1]));

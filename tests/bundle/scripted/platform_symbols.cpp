@@ -8,6 +8,7 @@
 #include "tests/bundle/scripted/exception_frames.h"
 #include "tests/bundle/scripted/host.h"
 #include "tests/bundle/scripted/platform.h"
+#include "tests/bundle/scripted/stack.h"
 #include "tests/bundle/scripted/text.h"
 
 using namespace scripted;  // NOLINT(google-build-using-namespace): the C functions below are this file's
@@ -62,6 +63,7 @@ extern "C" {
 id const NSCalibratedRGBColorSpace = AsId(MakeText("NSCalibratedRGBColorSpace"));
 
 Class objc_getClass(const char* name) {
+  CheckStack("objc_getClass", __builtin_dwarf_cfa());
   const Outside outside;
   const Fault fault =
       Log().Record(EventKind::kLookup, "objc_getClass", "objc_getClass(" + Quoted(name) + ")");
@@ -70,6 +72,7 @@ Class objc_getClass(const char* name) {
 }
 
 SEL sel_registerName(const char* name) {
+  CheckStack("sel_registerName", __builtin_dwarf_cfa());
   const Outside outside;
   const Fault fault =
       Log().Record(EventKind::kLookup, "sel_registerName", "sel_registerName(" + Quoted(name) + ")");
@@ -78,6 +81,7 @@ SEL sel_registerName(const char* name) {
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef /*allocator*/, const UniChar* characters,
                                          CFIndex count) {
+  CheckStack("CFStringCreateWithCharacters", __builtin_dwarf_cfa());
   NativeObject* result = nullptr;
   NativeObject* raised = nullptr;
   {
@@ -98,6 +102,7 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef /*allocator*/, const Uni
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef /*allocator*/, const char* bytes,
                                       std::uint32_t encoding) {
+  CheckStack("CFStringCreateWithCString", __builtin_dwarf_cfa());
   NativeObject* result = nullptr;
   NativeObject* raised = nullptr;
   {
@@ -117,6 +122,7 @@ std::uint32_t StringGetCString(CFStringRef string, char* buffer, CFIndex size,
                                std::uint32_t encoding) __asm__("CFStringGetCString");
 
 std::uint32_t StringGetCString(CFStringRef string, char* buffer, CFIndex size, std::uint32_t encoding) {
+  CheckStack("StringGetCString", __builtin_dwarf_cfa());
   bool fits = false;
   NativeObject* raised = nullptr;
   {
@@ -142,6 +148,7 @@ std::uint32_t StringGetCString(CFStringRef string, char* buffer, CFIndex size, s
 }
 
 CFIndex CFStringGetLength(CFStringRef string) {
+  CheckStack("CFStringGetLength", __builtin_dwarf_cfa());
   CFIndex length = 0;
   NativeObject* raised = nullptr;
   {
@@ -161,6 +168,7 @@ CFIndex CFStringGetLength(CFStringRef string) {
 
 CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef /*allocator*/, CFIndex maxLength,
                                              CFStringRef string) {
+  CheckStack("CFStringCreateMutableCopy", __builtin_dwarf_cfa());
   NativeObject* result = nullptr;
   NativeObject* raised = nullptr;
   {
@@ -179,6 +187,7 @@ CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef /*allocator*/, CFInd
 
 // Form D of the one character that the tests use: LATIN SMALL LETTER E WITH ACUTE.
 void CFStringNormalize(CFMutableStringRef string, CFIndex form) {
+  CheckStack("CFStringNormalize", __builtin_dwarf_cfa());
   NativeObject* raised = nullptr;
   {
     const Outside outside;
@@ -196,6 +205,7 @@ void CFStringNormalize(CFMutableStringRef string, CFIndex form) {
 }
 
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef /*allocator*/, const FSRef* ref) {
+  CheckStack("CFURLCreateFromFSRef", __builtin_dwarf_cfa());
   NativeObject* result = nullptr;
   NativeObject* raised = nullptr;
   {
@@ -214,6 +224,7 @@ CFURLRef CFURLCreateFromFSRef(CFAllocatorRef /*allocator*/, const FSRef* ref) {
 
 CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef /*allocator*/, CFURLRef url,
                                                CFStringRef component, Boolean isDirectory) {
+  CheckStack("CFURLCreateCopyAppendingPathComponent", __builtin_dwarf_cfa());
   NativeObject* result = nullptr;
   NativeObject* raised = nullptr;
   {
@@ -236,6 +247,7 @@ CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef /*allocator*/, CFU
 }
 
 CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFIndex style) {
+  CheckStack("CFURLCopyFileSystemPath", __builtin_dwarf_cfa());
   NativeObject* result = nullptr;
   NativeObject* raised = nullptr;
   {
@@ -253,6 +265,7 @@ CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFIndex style) {
 }
 
 void CFRelease(CFTypeRef object) {
+  CheckStack("CFRelease", __builtin_dwarf_cfa());
   const Outside outside;
   NativeObject* const native = Native(object);
   Note("CFRelease", {Describe(native)});
@@ -264,6 +277,7 @@ void CFRelease(CFTypeRef object) {
 }
 
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
+  CheckStack("CFDictionaryGetValue", __builtin_dwarf_cfa());
   const void* result = nullptr;
   NativeObject* raised = nullptr;
   {
@@ -282,6 +296,7 @@ const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, const void* value) {
+  CheckStack("CFDictionarySetValue", __builtin_dwarf_cfa());
   NativeObject* raised = nullptr;
   {
     const Outside outside;
@@ -294,6 +309,7 @@ void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, co
 }
 
 void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void* key) {
+  CheckStack("CFDictionaryRemoveValue", __builtin_dwarf_cfa());
   NativeObject* raised = nullptr;
   {
     const Outside outside;
@@ -306,6 +322,7 @@ void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const void* key)
 }
 
 void NSLog(id format, ...) {
+  CheckStack("NSLog", __builtin_dwarf_cfa());
   va_list arguments;
   va_start(arguments, format);
   NativeObject* raised = nullptr;

@@ -4,6 +4,7 @@
 // own.
 #pragma once
 
+#include "bundle/bridge/exceptions.h"
 #include "bundle/bridge/holdings.h"
 #include "bundle/bridge/instances.h"
 #include "bundle/bridge/memory_blocks.h"
@@ -12,13 +13,13 @@
 
 namespace unit {
 
-template <auto convert, typename Argument>
-auto Convert(Argument argument) {
-  const auto call = +[](Argument value) {
-    qvx::Holdings holdings;
-    return convert(value, holdings);
+template <auto convert, typename... Arguments>
+auto Convert(Arguments... arguments) {
+  const auto call = +[](Arguments... values) {
+    qvx::UnguardedHoldings holdings;
+    return convert(values..., holdings);
   };
-  return Call(call, argument);
+  return Call(call, arguments...);
 }
 
 inline void* NewColor(NativeObject* native) {

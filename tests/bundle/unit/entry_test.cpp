@@ -77,20 +77,48 @@ TEST_F(Entry, RegistersOnAHostThatNegotiatesNoLayout) {
   EXPECT_THAT(RegisteredNames(), ElementsAre("NSColorQVX", "NSColorListQVX", "NSColorSpaceQVX"));
 }
 
-TEST_F(Entry, LeavesAVersionThatItAlreadyKnowsWhenTheServiceIsGone) {
-  Enter(2013.0L);
-  host.missing = {"REALGetRBVersion"};
-  Enter(2015.0L);
-  EXPECT_EQ(qvx::rbversion, 2013.0);
-  EXPECT_EQ(qvx::CurrentREALControlVersion, 11);
-}
+class EntryAgain : public Entry, public testing::WithParamInterface<long double> {};
 
-TEST_F(Entry, KeepsNeitherOfItsOwnTwoLookups) {
-  Enter(2015.0L);
-  Enter(2015.0L);
-  EXPECT_EQ(Asked("REALGetRBVersion"), 2);
-  EXPECT_EQ(Asked("RegisterPluginVersion"), 2);
-  EXPECT_EQ(Asked("PluginRegisterClass"), 1);
+INSTANTIATE_TEST_SUITE_P(Hosts, EntryAgain, testing::Values(2011.0L, 2015.0L),
+                         [](const auto& each) { return each.param < 2012.0L ? "old" : "new"; });
+
+TEST_P(EntryAgain, ASecondCallChangesAndRegistersNothing) {
+  struct Definition {
+    std::vector<std::uint32_t> words;
+    std::vector<std::vector<std::uint32_t>> records;
+  };
+  const auto definitions = [] {
+    std::vector<Definition> all;
+    for (const RegisteredClass& each : host.registered) {
+      const RegisteredClass now = ReadDefinition(each.live);
+      Definition definition{now.words, {}};
+      for (const auto* table : {&now.properties, &now.methods, &now.sharedMethods, &now.constants}) {
+        for (const auto& entry : *table) definition.records.push_back(entry.words);
+      }
+      all.push_back(std::move(definition));
+    }
+    return all;
+  };
+  Enter(GetParam());
+  const auto before = definitions();
+  const std::int32_t layout = qvx::CurrentREALControlVersion;
+  Log().Clear();
+  ForgetBundleBlocks();
+  host.version = 2015.0L;
+  Call(
+      &REALPluginMain, +[](const char*) -> void* { return nullptr; });
+  EXPECT_THAT(Log().Lines(), IsEmpty());
+  EXPECT_EQ(LiveBundleBlocks(), 0);
+  EXPECT_EQ(qvx::gResolver, &Host::Resolve);
+  EXPECT_EQ(qvx::rbversion, static_cast<double>(GetParam()));
+  EXPECT_EQ(qvx::CurrentREALControlVersion, layout);
+  EXPECT_THAT(host.registered, SizeIs(3));
+  const auto after = definitions();
+  ASSERT_EQ(after.size(), before.size());
+  for (std::size_t i = 0; i < after.size(); ++i) {
+    EXPECT_EQ(after[i].words, before[i].words);
+    EXPECT_EQ(after[i].records, before[i].records);
+  }
 }
 
 TEST_F(Entry, GoesOnSilentlyOnAHostThatRegistersNoClasses) {

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "bundle/host/types.h"
-#include "tests/bundle/unit/fixture.h"
+#include "tests/bundle/unit/bridge.h"
 
 namespace unit {
 namespace {
@@ -12,7 +12,15 @@ namespace {
 class Raising : public NewHost {
  protected:
   static void Raise(const char* className, const char* message) {
-    Call(&qvx::RaiseException, className, message, qvx::kEncodingASCII, 0);
+    Raise(className, message, qvx::kEncodingASCII, 0);
+  }
+  static void Raise(const char* className, const char* message, std::uint32_t encoding, std::int32_t number) {
+    const auto raise =
+        +[](const char* name, const char* text, std::uint32_t textEncoding, std::int32_t error) {
+          qvx::UnguardedHoldings holdings;
+          qvx::RaiseException(name, text, holdings, textEncoding, error);
+        };
+    Call(raise, className, message, encoding, number);
   }
 };
 
@@ -43,7 +51,7 @@ TEST_F(Raising, RaisesClassMessageAndErrorNumberZero) {
 }
 
 TEST_F(Raising, PassesOnEncodingAndErrorNumber) {
-  Call(&qvx::RaiseException, "RuntimeException", "gr\xC3\xBC", qvx::kEncodingUTF8, 42);
+  Raise("RuntimeException", "gr\xC3\xBC", qvx::kEncodingUTF8, 42);
   EXPECT_EQ(host.raised[0].errorNumber, "42");
   EXPECT_THAT(Log().Services(), Contains("REALSetStringEncoding(\"gr\\xC3\\xBC\", 0x8000100)"));
 }
@@ -128,7 +136,7 @@ class OutOfBounds : public NewHost {
  protected:
   static void Raise(std::int64_t value, std::int64_t minimum = 1, std::int64_t maximum = 19,
                     const char* parameter = "values ubound", const char* method = "colorWithColorSpace") {
-    Call(&qvx::RaiseOutOfBoundsException, value, minimum, maximum, parameter, method);
+    Convert<&qvx::RaiseOutOfBoundsException>(value, minimum, maximum, parameter, method);
   }
   static std::string Message() { return host.raised.at(0).message; }
 };

@@ -4,13 +4,13 @@
 
 #include <new>
 
-#include "bundle/bridge/references.h"
 #include "tests/bundle/unit/bridge.h"
 
 namespace unit {
 namespace {
 
-constexpr int kCapacity = 6;
+constexpr unsigned kCapacity = qvx::Holdings::kCapacity;
+using Object = qvx::Held<qvx::REALobject>;
 
 class HoldingsTest : public NewHost {
  protected:
@@ -20,62 +20,81 @@ class HoldingsTest : public NewHost {
     ++object.references;
     return static_cast<qvx::REALobject>(object.Handle());
   }
-  static Lines UnlocksOf(std::initializer_list<int> numbers) {
+  static Lines UnlocksOf(std::initializer_list<unsigned> numbers) {
     Lines lines;
-    for (const int number : numbers)
+    for (const unsigned number : numbers)
       lines.push_back("REALUnlockObject(Thing#" + std::to_string(number) + ")");
     return lines;
   }
 };
 
 TEST_F(HoldingsTest, GivesBackTheLastTakenFirst) {
-  qvx::Holdings holdings;
-  for (int i = 0; i < 3; ++i) holdings.HoldObject(Borrowed());
-  holdings.GiveBack();
+  qvx::UnguardedHoldings holdings;
+  for (int i = 0; i < 3; ++i) holdings.Hold(Borrowed());
+  holdings.GiveBackAll();
   EXPECT_EQ(Log().Services(), UnlocksOf({3, 2, 1}));
-  EXPECT_TRUE(holdings.IsEmpty());
+  EXPECT_EQ(holdings.Count(), 0U);
 }
 
 TEST_F(HoldingsTest, GivesBackOnceWhatIsReleasedTwice) {
-  qvx::Holdings holdings;
-  qvx::Holdings::Item* const first = holdings.HoldObject(Borrowed());
-  holdings.HoldObject(Borrowed());
-  holdings.Release(first);
-  holdings.Release(first);
+  qvx::UnguardedHoldings holdings;
+  Object first(holdings, Borrowed());
+  Object second(holdings, Borrowed());
+  first.Release();
+  first.Release();
   EXPECT_EQ(Log().Services(), UnlocksOf({1}));
-  holdings.GiveBack();
+  holdings.GiveBackAll();
   EXPECT_EQ(Log().Services(), UnlocksOf({1, 2}));
 }
 
+TEST_F(HoldingsTest, WhatIsDetachedIsNotGivenBack) {
+  qvx::UnguardedHoldings holdings;
+  HostObject& thing = host.NewObject("Thing");
+  Object held(holdings, static_cast<qvx::REALobject>(thing.Handle()));
+  EXPECT_EQ(held.Detach(), thing.Handle());
+  held.Release();
+  holdings.GiveBackAll();
+  EXPECT_EQ(Calls("REALUnlockObject"), 0);
+}
+
 TEST_F(HoldingsTest, HoldsNullAsNothing) {
-  qvx::Holdings holdings;
-  EXPECT_EQ(holdings.HoldObject(nullptr), nullptr);
-  EXPECT_TRUE(holdings.IsEmpty());
-  holdings.Release(nullptr);
-  holdings.Forget(nullptr);
+  qvx::UnguardedHoldings holdings;
+  Object none(holdings, nullptr);
+  EXPECT_FALSE(none);
+  EXPECT_EQ(holdings.Count(), 0U);
+  none.Release();
+  EXPECT_EQ(none.Detach(), nullptr);
 }
 
-TEST_F(HoldingsTest, WhatDoesNotFitIsNotGivenBack) {
-  qvx::Holdings holdings;
-  for (int i = 0; i < kCapacity; ++i) EXPECT_NE(holdings.HoldObject(Borrowed()), nullptr);
-  HostObject& one = host.NewObject("Thing");
-  EXPECT_EQ(holdings.HoldObject(static_cast<qvx::REALobject>(one.Handle())), nullptr);
-  EXPECT_EQ(holdings.Reserve(), nullptr);
-  holdings.GiveBack();
-  EXPECT_EQ(Calls("REALUnlockObject"), kCapacity);
-  EXPECT_EQ(one.unlocks, 0);
+TEST_F(HoldingsTest, GivesBackOnlyWhatCameLater) {
+  qvx::UnguardedHoldings holdings;
+  holdings.Hold(Borrowed());
+  const unsigned before = holdings.Count();
+  holdings.Hold(Borrowed());
+  holdings.GiveBackDownTo(before);
+  EXPECT_EQ(Log().Services(), UnlocksOf({2}));
+  holdings.GiveBackAll();
 }
 
-TEST_F(HoldingsTest, StringDataThatDoesNotFitIsNotAskedFor) {
-  const auto string = host.NewString("text");
-  qvx::Holdings holdings;
-  for (int i = 0; i < kCapacity; ++i) holdings.HoldObject(Borrowed());
-  qvx::HostDataScope scope(holdings);
-  scope.ReadStringData(string);
-  EXPECT_EQ(scope.bytes, nullptr);
-  EXPECT_EQ(scope.length, 0);
-  EXPECT_EQ(Asked("PluginGetStringData"), 0);
-  holdings.GiveBack();
+TEST_F(HoldingsTest, WhatDoesNotFitIsGivenBackAtOnceAndRefused) {
+  qvx::UnguardedHoldings holdings;
+  for (unsigned i = 0; i < kCapacity; ++i) holdings.Hold(Borrowed());
+  EXPECT_THROW(holdings.Hold(Borrowed()), std::bad_alloc);
+  EXPECT_EQ(Log().Services(), UnlocksOf({kCapacity + 1}));
+  EXPECT_EQ(holdings.Count(), kCapacity);
+  holdings.GiveBackAll();
+}
+
+TEST_F(HoldingsTest, APlaceThatIsFreeIsTakenAgain) {
+  qvx::UnguardedHoldings holdings;
+  for (unsigned i = 0; i < 3 * kCapacity; ++i) {
+    Object lower(holdings, Borrowed());
+    Object upper(holdings, Borrowed());
+    lower.Release();
+    upper.Release();
+  }
+  EXPECT_EQ(Calls("REALUnlockObject"), static_cast<int>(6 * kCapacity));
+  EXPECT_EQ(holdings.Count(), 0U);
 }
 
 TEST_F(HoldingsTest, WhileAnExceptionUnwindsASecondOneIsDroppedAndTheRestGivenBack) {
@@ -85,26 +104,14 @@ TEST_F(HoldingsTest, WhileAnExceptionUnwindsASecondOneIsDroppedAndTheRestGivenBa
   };
   EXPECT_THROW(
       {
-        qvx::Holdings holdings;
-        for (int i = 0; i < 3; ++i) holdings.HoldObject(Borrowed());
+        qvx::UnguardedHoldings holdings;
+        for (int i = 0; i < 3; ++i) holdings.Hold(Borrowed());
         throw 1;
       },
       int);
   EXPECT_EQ(Log().Services(), UnlocksOf({3, 2, 1}));
   // The unlock that threw was never carried out.
   host.Objects()[1]->references = 1;
-}
-
-TEST_F(HoldingsTest, AReferenceWhoseReleaseThrowsWhileAnExceptionUnwindsLetsTheFirstGoOn) {
-  host.before["REALUnlockObject"] = [] { throw std::bad_alloc(); };
-  EXPECT_THROW(
-      {
-        const qvx::HostReference<qvx::REALobject> reference(Borrowed());
-        throw 1;
-      },
-      int);
-  EXPECT_EQ(Calls("REALUnlockObject"), 1);
-  host.Objects()[0]->references = 1;
 }
 
 }  // namespace

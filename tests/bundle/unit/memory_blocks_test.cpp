@@ -83,9 +83,20 @@ TEST_F(NewNSData, GivesNilOnAHostThatTellsNoPointers) {
   EXPECT_THAT(host.raised, IsEmpty());
 }
 
-TEST_F(NewNSData, StaysInBalanceOnAHostThatCannotLock) {
+TEST_F(NewNSData, UnlocksOnAHostThatCannotLock) {
   host.missing = {"REALLockObject"};
-  EXPECT_THAT(ToPlatform(host.NewBlock({5}).Handle())->bytes, ElementsAre(5));
+  HostObject& block = host.NewBlock({5});
+  ++block.references;  // the one that is given back unlocked
+  EXPECT_THAT(ToPlatform(block.Handle())->bytes, ElementsAre(5));
+  EXPECT_EQ(block.unlocks, 1);
+}
+
+TEST_F(NewNSData, UnlocksWhenTheLockItselfThrows) {
+  host.before["REALLockObject"] = [] { throw std::bad_alloc(); };
+  HostObject& block = host.NewBlock({5});
+  ++block.references;
+  EXPECT_THROW(ToPlatform(block.Handle()), std::bad_alloc);
+  EXPECT_EQ(block.unlocks, 1);
 }
 
 TEST_F(NewNSData, UnlocksWhenTheHostThrows) {
@@ -109,7 +120,7 @@ TEST_F(NewNSData, UnlocksWhenThePlatformRaises) {
 class NSDataRB : public NewHost {
  protected:
   static HostObject* ToHost(NativeObject* data) {
-    auto* const block = Call(&qvx::NSDataRB, AsId(data));
+    auto* const block = Convert<&qvx::NSDataRB>(AsId(data));
     return block == nullptr ? nullptr : &host.Object(block);
   }
   static NativeObject* Profile(std::size_t size) { return MakeData(std::vector<std::uint8_t>(size, 0x5A)); }

@@ -94,17 +94,14 @@ TEST_P(NewNSStringAnywhere, TextThatThePlatformRefusesIsNil) {
   EXPECT_THAT(ToPlatform(host.NewString("\xFF\xFE", kEncodingUTF8)), IsNull());
 }
 
-TEST_P(NewNSStringAnywhere, GivesBackWhatItBorrowedWhenTheHostThrows) {
-  host.missing = {"REALGetStringCFString"};
-  const char* const last = GetParam() < 2012.0L ? "REALLockString" : "PluginGetStringData";
-  host.before[last] = [] { throw std::bad_alloc(); };
-  const auto string = host.NewString("abc");
-  EXPECT_THROW(ToPlatform(string), std::bad_alloc);
-  EXPECT_GE(host.String(string).references, 1);
-  host.String(string).references = 1;
-}
-
 using NewNSStringOnNewHost = NewHost;
+
+TEST_F(NewNSStringOnNewHost, GivesNothingBackWhenTheHostThrowsInsteadOfFillingTheData) {
+  host.missing = {"REALGetStringCFString"};
+  host.before["PluginGetStringData"] = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(ToPlatform(host.NewString("abc")), std::bad_alloc);
+  EXPECT_EQ(Asked("PluginDisposeStringData"), 0);
+}
 
 TEST_F(NewNSStringOnNewHost, AsksForThePlatformStringTwiceBeforeItReadsBytes) {
   AnswerNull("REALGetStringCFString");
@@ -208,9 +205,21 @@ TEST_F(NewNSStringOnOldHost, LocksReadsTheRecordPastItsFirstByteAndUnlocks) {
                           "CFStringCreateWithCString(\"abc\", 0x8000100)", "REALUnlockString(\"abc\")"));
 }
 
-TEST_F(NewNSStringOnOldHost, StaysInBalanceOnAHostThatCannotLock) {
+TEST_F(NewNSStringOnOldHost, UnlocksOnAHostThatCannotLock) {
   host.missing = {"REALGetStringCFString", "REALLockString"};
-  EXPECT_EQ(TextOf(ToPlatform(host.NewString("abc"))), u"abc");
+  const auto string = host.NewString("abc");
+  ++host.String(string).references;  // the one that is given back unlocked
+  EXPECT_EQ(TextOf(ToPlatform(string)), u"abc");
+  EXPECT_EQ(host.String(string).unlocks, 1);
+}
+
+TEST_F(NewNSStringOnOldHost, UnlocksWhenTheLockItselfThrows) {
+  host.missing = {"REALGetStringCFString"};
+  host.before["REALLockString"] = [] { throw std::bad_alloc(); };
+  const auto string = host.NewString("abc");
+  ++host.String(string).references;
+  EXPECT_THROW(ToPlatform(string), std::bad_alloc);
+  EXPECT_EQ(host.String(string).unlocks, 1);
 }
 
 TEST_F(NewNSStringOnOldHost, ARecordWithoutABufferIsReadAsNoText) {
@@ -225,7 +234,7 @@ TEST_F(NewNSStringOnOldHost, ARecordWithoutABufferIsReadAsNoText) {
 class StringData : public NewHost {
  protected:
   static bool Get(qvx::REALstring string, std::uint32_t encoding, REALstringData* out) {
-    return Call(&qvx::REALGetStringData, string, encoding, out);
+    return Convert<&qvx::REALGetStringData>(string, encoding, out);
   }
   static std::string Bytes(const REALstringData& data) {
     return {data.data, static_cast<std::size_t>(data.length)};
@@ -391,7 +400,7 @@ TEST_F(DataScope, GivesBackTheStringThenTheObjectThenTheData) {
   const auto string = host.NewString("text");
   HostObject& block = host.NewBlock({1});
   {
-    qvx::Holdings holdings;
+    qvx::UnguardedHoldings holdings;
     qvx::HostDataScope scope(holdings);
     scope.LockString(string);
     scope.LockObject(static_cast<qvx::REALobject>(block.Handle()));

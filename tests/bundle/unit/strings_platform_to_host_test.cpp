@@ -19,8 +19,8 @@ void* ToHost(NativeObject* string) {
 }
 
 void* Build(std::string_view bytes, std::uint32_t encoding) {
-  return Call(&qvx::REALBuildUnicodeString, static_cast<const void*>(bytes.data()),
-              static_cast<std::int64_t>(bytes.size()), encoding);
+  return Convert<&qvx::REALBuildUnicodeString>(static_cast<const void*>(bytes.data()),
+                                               static_cast<std::int64_t>(bytes.size()), encoding);
 }
 
 std::string Units16(std::u16string_view text) {
@@ -148,11 +148,11 @@ INSTANTIATE_TEST_SUITE_P(Hosts, BuildOnAnyHost, testing::Values(2011.0L, 2012.0L
 TEST_P(BuildOnAnyHost, NoBytesGiveTheNullStringAndNoServiceIsCalled) {
   for (const std::uint32_t encoding : {kEncodingUTF8, kEncodingUTF16, kEncodingUTF32, kEncodingMacRoman}) {
     EXPECT_THAT(
-        Call(&qvx::REALBuildUnicodeString, static_cast<const void*>(nullptr), std::int64_t{3}, encoding),
+        Convert<&qvx::REALBuildUnicodeString>(static_cast<const void*>(nullptr), std::int64_t{3}, encoding),
         IsNull());
     for (const std::int64_t length : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{0x80000000LL},
                                       std::int64_t{0x100000001LL}, INT64_MIN}) {
-      EXPECT_THAT(Call(&qvx::REALBuildUnicodeString, static_cast<const void*>("abc"), length, encoding),
+      EXPECT_THAT(Convert<&qvx::REALBuildUnicodeString>(static_cast<const void*>("abc"), length, encoding),
                   IsNull());
     }
   }

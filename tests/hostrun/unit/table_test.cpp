@@ -284,9 +284,11 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "%s\n", problem->c_str());
     return 2;
   }
-  void* const pool = hostrun::ThePlatform().pushPool();
-  const int status = RUN_ALL_TESTS();
-  hostrun::ThePlatform().popPool(pool);
+  int status = 0;
+  {
+    const hostrun::PoolScope pool;
+    status = RUN_ALL_TESTS();
+  }
   const std::string alive = hostrun::DescribeLive(hostrun::CountLive());
   if (!alive.empty()) std::fprintf(stderr, "still alive at the end:\n%s", alive.c_str());
   std::fflush(nullptr);

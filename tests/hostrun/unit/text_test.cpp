@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::uint32_t kAll[] = {qvx::kEncodingUTF8, qvx::kEncodingUTF16, qvx::kEncodingUTF32};
 
+StringRef Text(std::string_view utf8) {
+  return StringRef::Adopt(NewString(utf8));
+}
+
 TEST(Encodings, UnicodeFormsKeepEveryCharacter) {
   const std::u32string text = U"a\u00E9\u20AC\U0001F600";
   for (const std::uint32_t encoding : kAll) EXPECT_EQ(DecodeStrictly(Encode(text, encoding), encoding), text);
@@ -57,7 +61,7 @@ TEST(Strings, AreCounted) {
 
 TEST(Strings, OldRecordsShowTextOneByteIntoTheBuffer) {
   UseOldStringRecords(true);
-  const StringRef s("old");
+  const StringRef s = Text("old");
   UseOldStringRecords(false);
   ASSERT_NE(s.get()->old.buffer, nullptr);
   EXPECT_STREQ(s.get()->old.buffer + 1, "old");
@@ -65,23 +69,23 @@ TEST(Strings, OldRecordsShowTextOneByteIntoTheBuffer) {
 }
 
 TEST(Strings, NewRecordsShowNothingOfThat) {
-  const StringRef s("new");
+  const StringRef s = Text("new");
   EXPECT_EQ(s.get()->old.buffer, nullptr);
   EXPECT_EQ(s.get()->old.length, 0);
 }
 
 TEST(Strings, CompareWithoutRegardToCaseAndEncoding) {
-  const StringRef a("\u00C4pfel");
-  const StringRef b = StringRef::Adopt(ConvertString(StringRef("\u00E4PFEL").get(), qvx::kEncodingUTF16));
+  const StringRef a = Text("\u00C4pfel");
+  const StringRef b = StringRef::Adopt(ConvertString(Text("\u00E4PFEL").get(), qvx::kEncodingUTF16));
   EXPECT_EQ(CompareStrings(a.get(), b.get()), 0);
   EXPECT_NE(CompareStringsExactly(a.get(), b.get()), 0);
-  EXPECT_LT(CompareStrings(StringRef("a").get(), StringRef("B").get()), 0);
-  EXPECT_GT(CompareStrings(StringRef("ab").get(), StringRef("a").get()), 0);
+  EXPECT_LT(CompareStrings(Text("a").get(), Text("B").get()), 0);
+  EXPECT_GT(CompareStrings(Text("ab").get(), Text("a").get()), 0);
 }
 
 TEST(Strings, JoinInUtf8WhenEncodingsDiffer) {
-  const StringRef a = StringRef::Adopt(ConvertString(StringRef("x").get(), qvx::kEncodingUTF16));
-  const StringRef joined = StringRef::Adopt(JoinStrings(a.get(), StringRef("y").get()));
+  const StringRef a = StringRef::Adopt(ConvertString(Text("x").get(), qvx::kEncodingUTF16));
+  const StringRef joined = StringRef::Adopt(JoinStrings(a.get(), Text("y").get()));
   EXPECT_EQ(BytesOf(joined.get()), "xy");
   EXPECT_EQ(EncodingOf(joined.get()), qvx::kEncodingUTF8);
 }

@@ -74,7 +74,7 @@ void Drop(qvx::REALstring string) {
 
 // Text that the host can read comes back as the same text in UTF-8.
 void ThereAndBack(qvx::REALstring string, const std::string& bytes, const Settings& settings) {
-  qvx::Holdings holdings;
+  qvx::UnguardedHoldings holdings;
   const id platform = InBundle([&] { return qvx::NewNSString(string, holdings); });
   const qvx::REALstring back = InBundle([&] { return qvx::NSStringRB(platform, holdings); });
   const auto text = Decode(bytes, settings.encoding);
@@ -90,8 +90,9 @@ void ThereAndBack(qvx::REALstring string, const std::string& bytes, const Settin
 
 void Build(const std::string& bytes, const Settings& settings) {
   const qvx::REALstring built = InBundle([&] {
+    qvx::UnguardedHoldings holdings;
     return qvx::REALBuildUnicodeString(bytes.data(), static_cast<std::int64_t>(bytes.size()),
-                                       settings.encoding);
+                                       settings.encoding, holdings);
   });
   if (built != nullptr && bytes.empty()) fuzz::Fail("no bytes became a string");
   Drop(built);
@@ -99,7 +100,10 @@ void Build(const std::string& bytes, const Settings& settings) {
 
 void ReadData(qvx::REALstring string, const std::string& bytes, const Settings& settings) {
   qvx::REALstringData data{nullptr, static_cast<std::int32_t>(bytes.size()), 0};
-  const bool filled = InBundle([&] { return qvx::REALGetStringData(string, settings.wanted, &data); });
+  const bool filled = InBundle([&] {
+    qvx::UnguardedHoldings holdings;
+    return qvx::REALGetStringData(string, settings.wanted, &data, holdings);
+  });
   if (!filled) return;
   if (std::memcmp(data.data + data.length, "\0\0\0\0", 4) != 0)
     fuzz::Fail("string data without four zero bytes");

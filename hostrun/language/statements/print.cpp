@@ -1,0 +1,72 @@
+// hostrun/language/statements/print.cpp - Print.
+#include "hostrun/language/statements/print.h"
+
+#include <cstdio>
+
+#include "hostrun/host/functions.h"
+#include "hostrun/language/binder.h"
+#include "hostrun/language/parser.h"
+#include "hostrun/language/statements/statements.h"
+
+namespace hostrun {
+namespace {
+
+std::function<void(const std::vector<Value>&)> printObserver;
+
+class PrintStep final : public Step {
+ public:
+  PrintStep(Position position, std::vector<CodePtr> items) : Step(position), items_(std::move(items)) {}
+  Flow Run(Activation& activation) const override {
+    std::string line;
+    std::vector<Value> observed;
+    for (const CodePtr& item : items_) {
+      if (&item != &items_.front()) line += ' ';
+      const Value value = item->Eval(activation);
+      line += DisplayText(value);
+      if (printObserver) observed.push_back(value);
+    }
+    line += '\n';
+    if (printObserver) printObserver(observed);
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    return Flow::Next;
+  }
+
+ private:
+  std::vector<CodePtr> items_;
+};
+
+struct Print final : Statement {
+  using Statement::Statement;
+  std::vector<ExpressionPtr> items;
+
+  void Bind(Binder& binder, StepBlock& into) const override {
+    std::vector<CodePtr> bound;
+    for (const ExpressionPtr& item : items) bound.push_back(binder.BindValue(*item));
+    into.Add<PrintStep>(at, std::move(bound));
+  }
+};
+
+StatementPtr ParsePrint(Parser& parser) {
+  auto print = parser.Begin<Print>();
+  if (parser.AtEndOfStatement() || parser.AtWord("else")) return print;
+  do {
+    print->items.push_back(parser.ParseExpression());
+  } while (parser.TakeOperator(","));
+  return print;
+}
+
+constexpr StatementForm kForms[] = {
+    {"print", &ParsePrint, true},
+};
+
+}  // namespace
+
+void SetPrintObserver(std::function<void(const std::vector<Value>&)> observer) {
+  printObserver = std::move(observer);
+}
+
+std::span<const StatementForm> PrintStatements() {
+  return kForms;
+}
+
+}  // namespace hostrun
