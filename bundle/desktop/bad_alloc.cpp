@@ -1,0 +1,7 @@
+// bundle/desktop/bad_alloc.cpp - the constructor of std::bad_alloc, which the desktop's libstdc++ does not
+// export.
+//
+// libc++'s headers leave it to their library; libstdc++'s have it in the class.
+#include <new>
+
+std::bad_alloc::bad_alloc() noexcept = default;
