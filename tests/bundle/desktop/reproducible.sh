@@ -23,13 +23,11 @@ mkdir -p "$folder/source" "$folder/build"
 cp -r "$source/bundle" "$folder/source/"
 rooms=$(find "$build/houses/bundle/desktop" -type d -printf "$folder/build/houses/bundle/desktop/%P\n")
 mkdir -p $rooms "$folder/build/desktop/QVXColor.bundle/Contents/MacOS"
-# The build's folder may lie in the sources', the headers that were unpacked do, and the link stays the one that was built.
-sed -e "s|$ours|@LINK@|g; s|$source/build/libcxx|@HEADERS@|g; s|$build|$folder/build|g; s|$source|$folder/source|g" \
-  -e "s|@LINK@|$ours|g; s|@HEADERS@|$source/build/libcxx|g" <<<"$commands" >"$folder/commands"
-if grep -E -- "(-c|-I) ?$source" "$folder/commands"; then
-  echo "wanted no path of the first build left, found the above"
-  exit 1
-fi
+# Names that may lie in each other are taken out first, the longest first; the unpacked headers and the link that was
+# built stay. What the build does with the compiler's lists of headers is left out.
+sed -e "s|$ours|@LINK@|g; s|$source/build/libcxx|@HEADERS@|g; s|$build|@BUILD@|g; s|$source|@SOURCE@|g" \
+  -e "s|@LINK@|$ours|g; s|@HEADERS@|$source/build/libcxx|g; s|@BUILD@|$folder/build|g; s|@SOURCE@|$folder/source|g" \
+  -e 's| && [^ ]*cmake -E cmake_transform_depfile .*||' <<<"$commands" >"$folder/commands"
 while read -r command; do bash -euc "$command"; done <"$folder/commands"
 
 cmp "$build/desktop/QVXColor.bundle/Contents/MacOS/QVXColor" "$folder/build/desktop/QVXColor.bundle/Contents/MacOS/QVXColor"
