@@ -3,7 +3,10 @@
  * Plain C that anyone may copy; docs/embedding.md walks through it. Bundles are 32-bit, and so is their host:
  *
  *   gcc -m32 -o host examples/host.c -ldl
- *   ./host BUNDLE PLATFORM-LIBRARY [HOST-VERSION]
+ *   ./host BUNDLE PLATFORM-LIBRARY [HOST-VERSION [DESKTOP-LOADER]]
+ *
+ * On Linux a desktop bundle needs DESKTOP-LOADER, libdesktoploader.so, which does for it what dlopen does for
+ * others.
  */
 #include <dlfcn.h>
 #include <stdint.h>
@@ -156,6 +159,20 @@ static void* symbol(void* library, const char* file, const char* name) {
   exit(2);
 }
 
+/* The entry of a desktop bundle, by the functions that hostrun/loader/loader.h describes. */
+static void* desktop_entry(const char* loader, const char* bundle) {
+  void* library = loaded(loader, RTLD_NOW);
+  void* (*open)(const char*, char*, unsigned long);
+  open = (void* (*)(const char*, char*, unsigned long))symbol(library, loader, "QVXOpenDesktopBundle");
+  void* (*find)(void*, const char*) =
+      (void* (*)(void*, const char*))symbol(library, loader, "QVXDesktopSymbol");
+  char error[256];
+  void* opened = open(bundle, error, sizeof error);
+  if (opened != NULL) return find(opened, "REALPluginMain");
+  fprintf(stderr, "host: %s\n", error);
+  exit(2);
+}
+
 int main(int count, char** arguments) {
   if (count < 3) {
     fprintf(stderr, "host: wanted BUNDLE PLATFORM-LIBRARY [HOST-VERSION], found %d arguments\n", count - 1);
@@ -168,10 +185,10 @@ int main(int count, char** arguments) {
   void* (*push_pool)(void) = (void* (*)(void))symbol(platform, arguments[2], "objc_autoreleasePoolPush");
   void (*pop_pool)(void*) = (void (*)(void*))symbol(platform, arguments[2], "objc_autoreleasePoolPop");
 
-  void* bundle = loaded(arguments[1], RTLD_NOW | RTLD_LOCAL);
-  void (*enter)(void* (*)(const char*));
-  enter = (void (*)(void* (*)(const char*)))symbol(bundle, arguments[1], "REALPluginMain");
-  enter(resolve);
+  void* entry = count > 4
+                    ? desktop_entry(arguments[4], arguments[1])
+                    : symbol(loaded(arguments[1], RTLD_NOW | RTLD_LOCAL), arguments[1], "REALPluginMain");
+  ((void (*)(void* (*)(const char*)))entry)(resolve);
   const struct class_record* colors = find_class("NSColorQVX");
   if (colors == NULL) {
     fprintf(stderr, "host: wanted the class NSColorQVX, found none of it among %d\n", class_count);
