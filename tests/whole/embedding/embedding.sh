@@ -32,7 +32,7 @@ refuses() {
   found=$("$host" "$@" 2>&1)
   status=$?
   [ $status = 2 ] || fail "wanted status 2 for \"$*\", found $status"
-  [[ $found = "host: wanted "*"$text"* ]] || fail "wanted an error with \"$text\" for \"$*\", found $found"
+  [[ $found = "host: "*"wanted "*"$text"* ]] || fail "wanted an error with \"$text\" for \"$*\", found $found"
   [ "$(wc -l <<<"$found")" = 1 ] || fail "wanted one line for \"$*\", found $found"
 }
 
