@@ -418,6 +418,18 @@ class Code(unittest.TestCase):
                     read.add(pointers.get(here + int(distance)))
         self.assertLessEqual(data, read)
 
+    def test_tables_of_exceptions_find_the_pointers_of_what_they_name(self):
+        pointer_to = {bind.symbol: bind.address for bind in file.binds}
+        frames = output_of("llvm-dwarfdump-14", "--eh-frame", file.path)
+        personalities = {int(each, 16) for each in re.findall(r"Personality Address: ([0-9a-f]+)", frames)}
+        self.assertEqual(personalities, {pointer_to["___gxx_personality_v0"]})
+        tables = file.section("__gcc_except_tab")
+        types = [
+            place for place in range(tables.address, tables.address + tables.size, 4)
+            if (place + file.word(place)) & 0xFFFFFFFF == pointer_to["__ZTISt9bad_alloc"]
+        ]
+        self.assertGreater(len(types), 1)
+
     def test_call_frame_information_covers_every_instruction_but_padding(self):
         code = file.section("__text")
         self.assertEqual(overlapping([(frame.start, frame.end - frame.start) for frame in file.frames]), [])

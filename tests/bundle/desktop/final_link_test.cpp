@@ -1,5 +1,4 @@
-// tests/bundle/desktop/final_link_test.cpp - the final link carries an object over faithfully, or says why it
-// can't.
+// tests/bundle/desktop/final_link_test.cpp - the final link is faithful to an object, or says why not.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,5 +1,4 @@
-// tests/bundle/desktop/small_object.cpp - an object of a few sections, written by hand, to change and to
-// break.
+// tests/bundle/desktop/small_object.cpp - an object written by hand, to change and to break.
 #include "tests/bundle/desktop/small_object.h"
 
 #include <algorithm>

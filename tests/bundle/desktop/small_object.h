@@ -1,4 +1,4 @@
-// tests/bundle/desktop/small_object.h - an object of a few sections, written by hand, to change and to break.
+// tests/bundle/desktop/small_object.h - an object written by hand, to change and to break.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// tests/whole/fuzz/desktop_objects.cpp - objects of any bytes, as a broken compiler may leave them to the final link.
+// tests/whole/fuzz/desktop_objects.cpp - objects of any bytes, as a broken compiler may leave them.
 #include <string>
 
 #include "bundle/desktop/final_link/link.h"
