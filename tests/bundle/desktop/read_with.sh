@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# tests/bundle/desktop/file_test.sh BUNDLE VERSION BUILT - file_test.py, or 77 where the bundle can't be built or read.
+# tests/bundle/desktop/read_with.sh BUILT TEST [ARGUMENT...] - runs a test that reads the desktop bundle with other tools,
+# or ends with 77 where the bundle can't be built or read.
 set -euo pipefail
-if [ "$3" != ON ]; then
+if [ "$1" != ON ]; then
   echo "skipped: wanted LLVM 14 and libc++'s headers to build the desktop bundle, found none; tools/desktop installs them"
   exit 77
 fi
@@ -17,4 +18,4 @@ if ! $python -c 'import macholib' 2>/dev/null; then
   echo "skipped: wanted macholib for $python, found none; tools/bootstrap --desktop installs it"
   exit 77
 fi
-exec $python "$(dirname "$0")/file_test.py" "$1" "$2"
+exec $python -B "$(dirname "$0")/$2" "${@:3}"
