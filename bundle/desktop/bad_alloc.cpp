@@ -1,5 +1,4 @@
-// bundle/desktop/bad_alloc.cpp - the constructor of std::bad_alloc, which the desktop's libstdc++ does not
-// export.
+// bundle/desktop/bad_alloc.cpp - std::bad_alloc's constructor, which the desktop's libstdc++ does not export.
 //
 // libc++'s headers leave it to their library; libstdc++'s have it in the class.
 #include <new>

@@ -1,5 +1,4 @@
-// bundle/desktop/library_pins.cpp - holds our declarations of the desktop's C library to that platform's
-// widths.
+// bundle/desktop/library_pins.cpp - the desktop's C library as declared here has its widths.
 #include <setjmp.h>
 #include <stddef.h>
 #include <stdint.h>

@@ -1,5 +1,4 @@
-// bundle/desktop/final_link/format.h - the desktop's file format for 32-bit x86, as far as an object or a
-// bundle needs it.
+// bundle/desktop/final_link/format.h - the desktop's file format for 32-bit x86, as far as needed here.
 //
 // Every record stands in the file as it is declared here, little-endian, its fields 4-aligned.
 #pragma once

@@ -1,5 +1,4 @@
-// bundle/desktop/final_link/imports.cpp - what the bundle takes from libraries: its symbols, libraries and
-// pointers.
+// bundle/desktop/final_link/imports.cpp - what the bundle takes from libraries.
 #include "bundle/desktop/final_link/imports.h"
 
 #include <algorithm>

@@ -1,5 +1,4 @@
-// bundle/desktop/final_link/imports.h - what the bundle takes from libraries: its symbols, libraries and
-// pointers.
+// bundle/desktop/final_link/imports.h - what the bundle takes from libraries.
 #pragma once
 
 #include <cstdint>

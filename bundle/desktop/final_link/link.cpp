@@ -13,13 +13,16 @@ namespace {
 // Room that a signing tool needs to add its load command.
 constexpr std::uint32_t kRoomForCommands = 32;
 
+// As many as a symbol can name.
+constexpr std::uint32_t kMostSections = 255;
+
 const InputSymbol& FindExported(const Object& object, const std::string& name) {
   const InputSymbol* found = nullptr;
   for (const InputSymbol& symbol : object.symbols) {
     if (!symbol.exported) continue;
     if (symbol.name != name || found != nullptr) {
       RefuseFor("one exported symbol, ", Quoted(name), ", found ", Quoted(symbol.name),
-                found != nullptr ? " again" : "");
+                symbol.name == name ? " again" : "");
     }
     found = &symbol;
   }
@@ -41,7 +44,11 @@ Bytes Link(std::span<const std::uint8_t> file, const std::string& exported) {
   const Object object = ReadObject(file);
   const InputSymbol& symbol = FindExported(object, exported);
   const Imports imports = CollectImports(object);
-  const std::uint32_t commandsSize = LoadCommandsSize(CountSections(object), imports);
+  const SectionCounts counts = CountSections(object);
+  if (counts.text + counts.data > kMostSections) {
+    RefuseFor("at most ", kMostSections, " sections, found ", counts.text + counts.data);
+  }
+  const std::uint32_t commandsSize = LoadCommandsSize(counts, imports);
   const Layout layout = LayOut(object, imports, commandsSize + kRoomForCommands);
   const Image image = MakeImage(object, imports, layout);
   const ExportedSymbol placed = PlaceExported(symbol, layout);

@@ -1,5 +1,4 @@
-// bundle/desktop/final_link/load_commands.cpp - the head of the bundle's file: what the loader maps, reads
-// and loads.
+// bundle/desktop/final_link/load_commands.cpp - the head of the bundle's file.
 #include "bundle/desktop/final_link/load_commands.h"
 
 #include <bit>

@@ -1,5 +1,6 @@
-// bundle/desktop/final_link/main.cpp - final_link OBJECT BUNDLE SYMBOL: links an object into a bundle that
-// exports SYMBOL.
+// bundle/desktop/final_link/main.cpp - the command that links an object into a bundle.
+//
+//   final_link OBJECT BUNDLE SYMBOL    the bundle exports SYMBOL and nothing else
 #include <cstdio>
 #include <exception>
 #include <fstream>

@@ -1,5 +1,4 @@
-// bundle/desktop/final_link/opcodes.cpp - the programs that tell the loader which pointers to move and to
-// fill.
+// bundle/desktop/final_link/opcodes.cpp - the programs by which the loader moves and fills pointers.
 #include "bundle/desktop/final_link/opcodes.h"
 
 #include "bundle/desktop/final_link/refusal.h"

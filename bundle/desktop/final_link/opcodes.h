@@ -1,4 +1,4 @@
-// bundle/desktop/final_link/opcodes.h - the programs that tell the loader which pointers to move and to fill.
+// bundle/desktop/final_link/opcodes.h - the programs by which the loader moves and fills pointers.
 #pragma once
 
 #include <cstdint>

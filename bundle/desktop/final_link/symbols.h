@@ -1,5 +1,4 @@
-// bundle/desktop/final_link/symbols.h - the bundle's symbol table: the exported symbol and what it takes from
-// libraries.
+// bundle/desktop/final_link/symbols.h - the bundle's symbol table.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,4 @@
-// bundle/desktop/include/math.h - the desktop's <math.h>: what inline functions of libc++ name; the bundle
-// calls none.
+// bundle/desktop/include/math.h - the desktop's <math.h>: what libc++ names; the bundle calls none.
 #pragma once
 
 extern "C" {

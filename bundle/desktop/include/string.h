@@ -1,5 +1,4 @@
-// bundle/desktop/include/string.h - the desktop's <string.h>: what the bundle calls and what libc++'s
-// <cstring> wraps.
+// bundle/desktop/include/string.h - the desktop's <string.h>: what the bundle calls or libc++ names.
 #pragma once
 
 #include <stddef.h>

@@ -1,5 +1,4 @@
-// bundle/desktop/include/sys/_types/_mbstate_t.h - the desktop's mbstate_t, which libc++ looks for under this
-// name.
+// bundle/desktop/include/sys/_types/_mbstate_t.h - mbstate_t, which libc++ looks for here.
 #pragma once
 
 union mbstate_t {
