@@ -169,6 +169,13 @@ class LinkInformation(unittest.TestCase):
     def test_symbols_and_indirect_symbols_are_aligned(self):
         self.assertEqual([part[0] % 4 for part in self.parts()[3:5]], [0, 0])
 
+    def test_the_loaders_programs_fill_their_parts(self):
+        parts = self.parts()
+        done = 0
+        for (offset, size), (following, _) in zip(parts[:2], parts[1:]):
+            self.assertEqual(file.bytes[offset + size - 1], done)
+            self.assertLess(following - (offset + size), 4)
+
     def test_binds_nothing_weakly_and_nothing_lazily(self):
         info = file.command("dyld_info_command")
         self.assertEqual((info.weak_bind_off, info.weak_bind_size), (0, 0))
