@@ -71,14 +71,14 @@ void damageList(const Bytes& whole, unsigned rounds, unsigned seed) {
 
 TEST(DamagedLists, RaiseNothing) {
   const ListFile file;
-  ASSERT_EQ(writeListFile(file.path().c_str(), 0), 1);
+  ASSERT_EQ(writeListFile(file.path().c_str(), kStockColours), 1);
   ASSERT_EQ(colorsInListFile(file.path().c_str()), 4);
   damageList(readFile(file.path()), 3000, 1);
 }
 
 TEST(DamagedLists, WithExactColoursRaiseNothing) {
   const ListFile file;
-  ASSERT_EQ(writeListFile(file.path().c_str(), 1), 1);
+  ASSERT_EQ(writeListFile(file.path().c_str(), kExactColours), 1);
   ASSERT_EQ(colorsInListFile(file.path().c_str()), 6);
   damageList(readFile(file.path()), 2000, 2);
 }
