@@ -2,45 +2,46 @@
 #include "libcocoa/profiles/little_cms.h"
 
 #include <lcms2_plugin.h>
+#include <malloc.h>
 #include <pthread.h>
-#include <stdbool.h>
 #include <stdlib.h>
 
 static cmsContext context;
 
 static void IgnoreError(cmsContext raiser, cmsUInt32Number code, const char* text) {}
 
-static _Thread_local uint64_t requested;
-static _Thread_local uint64_t limit = UINT64_MAX;
-
-static bool Grants(size_t size) {
-  if (size > limit - requested) return false;
-  requested += size;
-  return true;
-}
+static _Thread_local int64_t memory;
+static _Thread_local int64_t limit = INT64_MAX;
 
 static void* Allocate(cmsContext asker, cmsUInt32Number size) {
-  return Grants(size) ? malloc(size) : NULL;
+  void* block = memory + (int64_t)size <= limit ? malloc(size) : NULL;
+  memory += (int64_t)malloc_usable_size(block);
+  return block;
 }
 
 static void* Reallocate(cmsContext asker, void* block, cmsUInt32Number size) {
-  return Grants(size) ? realloc(block, size) : NULL;
+  size_t before = malloc_usable_size(block);
+  if (memory + (int64_t)size - (int64_t)before > limit) return NULL;
+  void* moved = realloc(block, size);
+  if (moved) memory += (int64_t)malloc_usable_size(moved) - (int64_t)before;
+  return moved;
 }
 
 static void Free(cmsContext asker, void* block) {
+  memory -= (int64_t)malloc_usable_size(block);
   free(block);
 }
 
+int64_t QVXLittleCMSMemory(void) {
+  return memory;
+}
+
 void QVXLimitLittleCMS(size_t bytes) {
-  limit = requested + bytes;
+  limit = memory + (int64_t)bytes;
 }
 
 void QVXUnlimitLittleCMS(void) {
-  limit = UINT64_MAX;
-}
-
-uint64_t QVXLittleCMSRequests(void) {
-  return requested;
+  limit = INT64_MAX;
 }
 
 static void MakeContext(void) {

@@ -10,10 +10,11 @@
 // exhausted.
 cmsContext QVXLittleCMS(void);
 
-// How much memory Little CMS may still ask for on this thread, all its requests added up; beyond that it gets
-// none. Limits what a profile can claim that is not there.
+// The memory, in bytes, that Little CMS holds because of what this thread had it do, less what this thread
+// had it give back: for differences.
+int64_t QVXLittleCMSMemory(void);
+
+// How much more than now that may be; beyond it Little CMS gets none. Limits what a profile can claim that is
+// not there.
 void QVXLimitLittleCMS(size_t bytes);
 void QVXUnlimitLittleCMS(void);
-
-// What Little CMS has asked for on this thread so far, all its requests added up.
-uint64_t QVXLittleCMSRequests(void);
