@@ -65,7 +65,7 @@ static void FindInstalledCMYK(void) {
       ReadProfile(named ? [[NSFileManager defaultManager] stringWithFileSystemRepresentation:named
                                                                                       length:strlen(named)]
                         : @QVX_CMYK_PROFILE);
-  if (profile && QVXProfileModel(profile) != QVXCMYKModel) {
+  if (profile && (QVXProfileModel(profile) != QVXCMYKModel || !QVXProfileLeadsBothWays(profile))) {
     QVXProfileRelease(profile);
     profile = NULL;
   }

@@ -171,8 +171,8 @@ SCENARIO("a named colour's Core Graphics handle has components", "raises NSInval
 
 SCENARIO("a named colour's Core Graphics handle lasts as long as its list holds the colour",
          "raises NSInvalidArgumentException", "1.000 0.000 0.000 1.000 CalibratedRGB, nil") {
-  NSColorList* list = ListInTable(@"Signals");
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColorList* list = ListInTable(@"Signals");
   CGColorRef handle = [[NSColor colorWithCatalogName:@"Signals" colorName:@"signal"] CGColor];
   [pool release];
   pool = [NSAutoreleasePool new];

@@ -42,14 +42,14 @@ SCENARIO("a conversion that keeps the numbers keeps what is none", "0.500 nan 0.
 }
 
 SCENARIO("a conversion that reckons takes a component that is no number for 0",
-         "yes, raises NSInvalidArgumentException", "yes, yes") {
+         "raises NSInvalidArgumentException", "yes") {
   NSColorSpace* adobe = [NSColorSpace adobeRGB1998ColorSpace];
   NSColor* color = [NSColor colorWithSRGBRed:0.5 green:NAN blue:0.25 alpha:1];
   NSColor* twin = [NSColor colorWithSRGBRed:0.5 green:0 blue:0.25 alpha:1];
   return YesNo([[color colorUsingColorSpace:adobe] isEqual:[twin colorUsingColorSpace:adobe]]);
 }
 
-SCENARIO("a colour without a number becomes a gray that is one", "nan nan", "0.388 0.383") {
+SCENARIO("a colour without a number becomes a gray that is one", "nan nan", "0.268 0.274") {
   NSColor* calibrated = [NSColor colorWithCalibratedRed:0.5 green:NAN blue:0.5 alpha:1];
   NSColor* device = [NSColor colorWithDeviceRed:0.5 green:NAN blue:0.5 alpha:1];
   return [NSString

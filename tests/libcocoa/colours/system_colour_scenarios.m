@@ -143,7 +143,7 @@ SCENARIO("a program's own list of that name can be edited", "yes", "yes") {
   return YesNo([own isEditable] && [[own allKeys] count] == 1);
 }
 
-SCENARIO("the system's list keeps its keys", "39", "39") {
+SCENARIO("the system's list keeps its keys, and has the colour under pages too", "39", "40") {
   [NSColor redColor];
   return
       [NSString stringWithFormat:@"%u", (unsigned)[[[NSColorList colorListNamed:@"System"] allKeys] count]];
