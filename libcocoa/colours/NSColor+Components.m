@@ -1,4 +1,4 @@
-// libcocoa/colours/NSColor+Components.m - refusing a component that a colour does not have.
+// libcocoa/colours/NSColor+Components.m - components as text, and refusing one that a colour does not have.
 //
 // The exception is GNUstep's; the reason names the method and the colour. Every kind of colour inherits these
 // methods for the components that it lacks.

@@ -2,7 +2,7 @@
 #import "libcocoa/colours/NSColor+Named.h"
 
 #import "libcocoa/colours/NSColor+System.h"
-#import "libcocoa/colours/colour_conversion.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 #import "libcocoa/colours/gnustep_colours.h"
 #import "libcocoa/runtime/stock_methods.h"
 

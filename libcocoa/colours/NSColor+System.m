@@ -8,10 +8,10 @@
 
 NSString* const QVXSystemCatalogue = @"System";
 
+// In calibrated RGB. Each component is a little above the byte that is meant, for those who cut the rest off.
 typedef struct {
   NSString* name;
-  CGFloat red, green,
-      blue;  // calibrated; each a little above the byte that is meant, for who cuts decimals off
+  CGFloat red, green, blue;
 } LightColor;
 
 // clang-format off
@@ -21,7 +21,7 @@ static const LightColor lightColors[] = {
     {@"windowFrameColor",                  0.668F, 0.668F, 0.668F},  // AAAAAA
     {@"windowFrameTextColor",              0,      0,      0},
     {@"underPageBackgroundColor",          0.59F,  0.59F,  0.59F},   // 969696
-    // controls: a face with light from above, and what is written on it
+    // controls: the face, what is written on it, and its edges from light to dark
     {@"controlColor",                      0.93F,  0.93F,  0.93F},   // EDEDED
     {@"controlBackgroundColor",            1,      1,      1},
     {@"controlTextColor",                  0,      0,      0},

@@ -49,6 +49,11 @@ NSColorSpace* QVXSpaceOfKind(int kind) {
   return space;
 }
 
+NSString* QVXAskedName(NSString* name, NSDictionary* device) {
+  if (!name) name = [device objectForKey:NSDeviceColorSpaceName];
+  return name ? name : NSCalibratedRGBColorSpace;
+}
+
 static QVXProfile* ReadProfile(NSString* path) {
   NSDictionary* attributes = [[NSFileManager defaultManager] fileAttributesAtPath:path traverseLink:YES];
   if (![NSFileTypeRegular isEqual:[attributes fileType]] || [attributes fileSize] > QVXLargestProfile)

@@ -11,10 +11,6 @@
 // knows.
 NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* space);
 
-// The name of the space that a conversion by name is to lead to: the name; for nil that of the device's
-// space; calibrated RGB where neither says.
-NSString* QVXAskedName(NSString* name, NSDictionary* device);
-
 // The colour of these components, which end with the alpha: one of GNUstep's own colours where it has a class
 // for the space. nil if the space has no components.
 NSColor* QVXColorWithComponents(NSColorSpace* space, const CGFloat* components);

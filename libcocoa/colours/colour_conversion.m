@@ -14,11 +14,6 @@ static NSString* FormulaName(NSColorSpace* space) {
                                                                                    : nil;
 }
 
-NSString* QVXAskedName(NSString* name, NSDictionary* device) {
-  if (!name) name = [device objectForKey:NSDeviceColorSpaceName];
-  return name ? name : NSCalibratedRGBColorSpace;
-}
-
 NSColor* QVXColorWithComponents(NSColorSpace* space, const CGFloat* c) {
   switch (QVXKindOfSpace(space)) {
     case QVXDeviceRGBSpace:

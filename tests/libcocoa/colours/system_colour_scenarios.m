@@ -119,6 +119,18 @@ SCENARIO("a list of that name in a colour folder comes before the light values",
   return Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
 }
 
+SCENARIO("the colour under pages is there when such a list lacks it", "raises NSInvalidArgumentException",
+         "0.590 0.590 0.590 1.000 CalibratedRGB") {
+  InChild(WriteSystem);
+  return Shown([[NSColor underPageBackgroundColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
+SCENARIO("a user default comes before the light values when a program starts",
+         "0.100 0.200 0.300 1.000 CalibratedRGB", "0.100 0.200 0.300 1.000 CalibratedRGB") {
+  [[NSUserDefaults standardUserDefaults] setObject:@"0.1 0.2 0.3" forKey:@"gridColor"];
+  return Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
 SCENARIO("a user default changes a system colour at once", "0.100 0.200 0.300 1.000 CalibratedRGB",
          "0.100 0.200 0.300 1.000 CalibratedRGB") {
   [NSColor controlColor];
