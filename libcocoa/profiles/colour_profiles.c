@@ -276,6 +276,7 @@ bool QVXProfileLeadsBothWays(const QVXProfile* profile) {
   return profile->leadsBothWays;
 }
 
+// A profile that leads one way is not tried again each time.
 bool QVXConvert(const QVXProfile* from, const double* in, const QVXProfile* to, double* out) {
   return to->leadsBothWays && QVXTransform(&from->end, in, &to->end, out);
 }
