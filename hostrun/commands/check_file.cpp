@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kEntryPoint = "REALPluginMain";
 
-// Part of every process that runs C or C++.
+// The language's run-time: in every process that runs C or C++.
 constexpr std::array<std::string_view, 5> kRunTimeLibraries = {"libc.so.6", "libm.so.6", "libstdc++.so.6",
                                                                "libgcc_s.so.1", "ld-linux.so.2"};
 
@@ -33,13 +33,13 @@ std::string Listed(const std::vector<std::string>& names) {
   return names.size() > kMost ? text + " and " + std::to_string(names.size() - kMost) + " more" : text;
 }
 
-std::string CheckEntryPoint(const ElfFile& file) {
+Problem CheckEntryPoint(const ElfFile& file) {
   if (Contains(file.exported, kEntryPoint)) return {};
   return "wanted an exported function " + std::string(kEntryPoint) + ", found " + Listed(file.exported) +
          "; declare it extern \"C\" with default visibility";
 }
 
-std::string CheckExports(const ElfFile& file) {
+Problem CheckExports(const ElfFile& file) {
   std::vector<std::string> others;
   for (const std::string& name : file.exported) {
     if (name != kEntryPoint) others.push_back(name);
@@ -49,7 +49,7 @@ std::string CheckExports(const ElfFile& file) {
          "; compile with -fvisibility=hidden";
 }
 
-std::string CheckUndefined(const ElfFile& file) {
+Problem CheckUndefined(const ElfFile& file) {
   std::vector<std::string> unknown;
   for (const ElfFile::Undefined& symbol : file.undefined) {
     const bool runTime = Contains(kRunTimeLibraries, symbol.library);
@@ -61,7 +61,7 @@ std::string CheckUndefined(const ElfFile& file) {
          Listed(unknown);
 }
 
-std::string CheckNeeded(const ElfFile& file) {
+Problem CheckNeeded(const ElfFile& file) {
   std::vector<std::string> others;
   for (const std::string& name : file.needed) {
     if (!Contains(kRunTimeLibraries, name)) others.push_back(name);
@@ -71,43 +71,49 @@ std::string CheckNeeded(const ElfFile& file) {
          "; the host has loaded the platform before";
 }
 
-std::string CheckText(const ElfFile& file) {
-  return file.textRelocations ? "wanted position-independent code, found text relocations; compile with -fPIC"
-                              : "";
+Problem CheckText(const ElfFile& file) {
+  if (!file.textRelocations) return {};
+  return "wanted position-independent code, found text relocations; compile with -fPIC";
 }
 
-std::string CheckRelro(const ElfFile& file) {
-  return file.hasRelro
-             ? ""
-             : "wanted tables that are read-only after loading, found no such segment; link with -z relro";
+Problem CheckRelro(const ElfFile& file) {
+  if (file.hasRelro) return {};
+  return "wanted tables that are read-only after loading, found no such segment; link with -z relro";
 }
 
-std::string CheckStack(const ElfFile& file) {
+Problem CheckStack(const ElfFile& file) {
   if (!file.hasStackHeader)
     return "wanted a stack that can't be executed, found no word about it; link with -z noexecstack";
-  return file.executableStack
-             ? "wanted a stack that can't be executed, found one that can; link with -z noexecstack"
-             : "";
+  if (!file.executableStack) return {};
+  return "wanted a stack that can't be executed, found one that can; link with -z noexecstack";
 }
+
+struct FileCheck {
+  const CheckKind& kind;
+  Problem (*check)(const ElfFile& file);
+};
+
+constexpr FileCheck kFileChecks[] = {
+    {KindNamed("file/entry-point"), &CheckEntryPoint},
+    {KindNamed("file/exports"), &CheckExports},
+    {KindNamed("file/undefined-symbols"), &CheckUndefined},
+    {KindNamed("file/needed-libraries"), &CheckNeeded},
+    {KindNamed("file/text-relocations"), &CheckText},
+    {KindNamed("file/relro"), &CheckRelro},
+    {KindNamed("file/stack"), &CheckStack},
+};
 
 }  // namespace
 
 std::vector<BundleCheck> FileChecks(const std::string& bundle) {
   std::vector<BundleCheck> checks;
-  checks.push_back({"file/format", [bundle] { return CheckBundleFile(bundle); }});
-  const auto add = [&](const char* name, std::string (*check)(const ElfFile&)) {
-    checks.push_back({name, [bundle, check] {
-                        const std::string problem = CheckBundleFile(bundle);
-                        return problem.empty() ? check(ReadElfFile(bundle)) : problem;
+  checks.push_back({KindNamed("file/format"), {}, [bundle] { return CheckBundleFile(bundle); }});
+  for (const FileCheck& each : kFileChecks) {
+    checks.push_back({each.kind, {}, [bundle, check = each.check] {
+                        const Problem problem = CheckBundleFile(bundle);
+                        return problem ? problem : check(ReadElfFile(bundle));
                       }});
-  };
-  add("file/entry-point", &CheckEntryPoint);
-  add("file/exports", &CheckExports);
-  add("file/undefined-symbols", &CheckUndefined);
-  add("file/needed-libraries", &CheckNeeded);
-  add("file/text-relocations", &CheckText);
-  add("file/relro", &CheckRelro);
-  add("file/stack", &CheckStack);
+  }
   return checks;
 }
 

@@ -246,8 +246,8 @@ ordered_json LayoutOnHost(const HostOptions& options) {
   const pid_t child = fork();
   if (child == 0) {
     close(ends[0]);
-    const std::string problem = StartHost(options);
-    const ordered_json answer = problem.empty() ? LayoutOfClasses() : ordered_json(problem);
+    const Problem problem = StartHost(options);
+    const ordered_json answer = problem ? ordered_json(*problem) : LayoutOfClasses();
     WriteAll(ends[1], answer.dump());
     _exit(0);
   }

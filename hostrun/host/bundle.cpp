@@ -38,7 +38,7 @@ bool IsCutShort(std::ifstream& in, const Elf32_Ehdr& header) {
 
 }  // namespace
 
-std::string CheckBundleFile(const std::string& file) {
+Problem CheckBundleFile(const std::string& file) {
   static constexpr const char* kWanted = "a bundle (32-bit ELF shared object for i386)";
   std::ifstream in(file, std::ios::binary);
   if (!in) return Refusal(file, kWanted, std::strerror(errno));
@@ -58,9 +58,9 @@ std::string CheckBundleFile(const std::string& file) {
   return {};
 }
 
-std::string LoadBundle(const std::string& file) {
-  std::string problem = CheckBundleFile(file);
-  if (!problem.empty()) return problem;
+Problem LoadBundle(const std::string& file) {
+  Problem problem = CheckBundleFile(file);
+  if (problem) return problem;
   // A path with a slash, so that it is never searched for elsewhere.
   const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
   void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -3,12 +3,14 @@
 
 #include <string>
 
+#include "hostrun/host/problem.h"
+
 namespace hostrun {
 
-// The file checks alone: a 32-bit shared object for the Intel 80386. One line on failure, empty on success.
-std::string CheckBundleFile(const std::string& file);
+// The file checks alone: a 32-bit shared object for the Intel 80386.
+Problem CheckBundleFile(const std::string& file);
 
-// Checks, loads and enters the bundle. One line on failure, empty on success.
-std::string LoadBundle(const std::string& file);
+// Checks, loads and enters the bundle.
+Problem LoadBundle(const std::string& file);
 
 }  // namespace hostrun
