@@ -2,13 +2,12 @@
 #include "bench/bundle.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <link.h>
 #include <unistd.h>
 
-#include <array>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <vector>
 
@@ -51,27 +50,17 @@ void* FindForDesktop(const Platform& platform, const std::string& symbol) {
   return found != nullptr ? found : dlsym(platform.library, name);
 }
 
-// Without the heap: what a stream gives back to it would change what later calls of the allocator cost.
-bool IsDesktop(const std::string& file) {
-  std::array<std::uint8_t, sizeof(std::uint32_t)> magic{};
-  const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
-  const bool whole = read(descriptor, magic.data(), magic.size()) == static_cast<ssize_t>(magic.size());
-  close(descriptor);
-  return whole && hostrun::macho::IsMachO(magic);
-}
-
-// Loads and starts a desktop bundle; it stays loaded. Answers its memory. What was read stays too: a large
-// block given back to the heap would make every later call of the allocator dearer.
+// Loads and starts a desktop bundle. Answers its memory; null for a file of another format.
 std::span<std::uint8_t> StartDesktop(const Platform& platform, const std::string& file) {
-  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::filesystem::file_size(file)));
-  std::ifstream(file, std::ios::binary)
-      .read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  const auto* const read = new hostrun::macho::File(hostrun::macho::ReadFile(std::move(bytes)));
-  const auto* const image = new hostrun::macho::Image(
-      *read, [&platform](const std::string& symbol) { return FindForDesktop(platform, symbol); });
+  std::ifstream in(file, std::ios::binary);
+  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), {}};
+  if (!hostrun::macho::IsMachO(bytes)) return {};
+  auto image = std::make_unique<hostrun::macho::Image>(
+      hostrun::macho::ReadFile(std::move(bytes)),
+      [&platform](const std::string& symbol) { return FindForDesktop(platform, symbol); });
   using Main = void (*)(void* (*)(const char*));
   reinterpret_cast<Main>(image->Exported("_REALPluginMain"))(&Resolve);
-  return image->memory();
+  return image.release()->memory();  // it stays loaded
 }
 
 }  // namespace
@@ -103,8 +92,7 @@ Bundle::Bundle(const Platform& platform, const std::string& file)
     : host_{&platform, kNewHost, {}},
       instances_(platform.CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr)) {
   bench::Activate(host_);
-  if (IsDesktop(file)) {
-    const std::span<std::uint8_t> memory = StartDesktop(platform, file);
+  if (const std::span<std::uint8_t> memory = StartDesktop(platform, file); !memory.empty()) {
     begin_ = memory.data();
     end_ = memory.data() + memory.size();
   } else {
