@@ -8,79 +8,52 @@
 #include <string>
 #include <string_view>
 
-#include "hostrun/commands/check.h"
-#include "hostrun/commands/classes.h"
-#include "hostrun/commands/docs.h"
-#include "hostrun/commands/repl.h"
-#include "hostrun/commands/run.h"
-#include "hostrun/commands/swatches.h"
-#include "hostrun/commands/trace.h"
+#include "hostrun/commands/commands.h"
+#include "hostrun/commands/terminal.h"
 #include "hostrun/language/program.h"
 
 namespace {
 
-// Reads one command's options and runs it.
-template <class Options>
-int Start(CLI::App& app, const std::string& name, void (*add)(CLI::App&, Options&),
-          int (*run)(const Options&), int argc, char** argv) {
-  Options options;
-  add(app, options);
+struct Command {
+  const char* name;
+  const char* purpose;
+  hostrun::Action (*prepare)(CLI::App& app);
+};
+
+constexpr Command kCommands[] = {
+    {"classes", "Shows the registered classes and their members.", &hostrun::ClassesCommand},
+    {"check", "Checks a bundle: its file, its records, every function.", &hostrun::CheckCommand},
+    {"trace", "Runs a program and shows each call as it crosses.", &hostrun::TraceCommand},
+    {"repl", "Runs statements as they are typed and shows values.", &hostrun::ReplCommand},
+    {"docs", "Writes the reference of the registered classes as one HTML page.", &hostrun::DocsCommand},
+    {"swatches", "Draws colours in a picture.", &hostrun::SwatchesCommand},
+};
+constexpr Command kRun = {"", "Runs programs of the host language through a bundle.", &hostrun::RunCommand};
+
+// Reads the command line, from the command's name on, and runs the command. Gives the exit status.
+int Start(const Command& command, CLI::App& app, const std::string& name, int argc, char** argv) {
+  app.description(command.purpose);
   app.name(name);
+  const hostrun::Action action = command.prepare(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wish) {
     return app.exit(wish);
   } catch (const CLI::ParseError& error) {
-    std::fprintf(stderr, "%s: %s; %s --help says more\n", name.c_str(), error.what(), name.c_str());
-    return hostrun::kExitUse;
+    return hostrun::Refuse(name, std::string(error.what()) + "; " + name + " --help says more");
   }
-  return run(options);
+  return action();
 }
 
-struct Command {
-  const char* name;
-  const char* purpose;
-  int (*start)(CLI::App& app, const std::string& name, int argc, char** argv);
-};
-
-constexpr Command kCommands[] = {
-    {"classes", "Shows the registered classes and their members.",
-     [](CLI::App& app, const std::string& name, int argc, char** argv) {
-       return Start(app, name, &hostrun::AddClassesOptions, &hostrun::Classes, argc, argv);
-     }},
-    {"check", "Checks a bundle: its file, its records, every function.",
-     [](CLI::App& app, const std::string& name, int argc, char** argv) {
-       return Start(app, name, &hostrun::AddCheckOptions, &hostrun::Check, argc, argv);
-     }},
-    {"trace", "Runs a program and shows each call as it crosses.",
-     [](CLI::App& app, const std::string& name, int argc, char** argv) {
-       return Start(app, name, &hostrun::AddTraceOptions, &hostrun::Trace, argc, argv);
-     }},
-    {"repl", "Runs statements as they are typed and shows values.",
-     [](CLI::App& app, const std::string& name, int argc, char** argv) {
-       return Start(app, name, &hostrun::AddReplOptions, &hostrun::Repl, argc, argv);
-     }},
-    {"docs", "Writes the reference of the registered classes as one HTML page.",
-     [](CLI::App& app, const std::string& name, int argc, char** argv) {
-       return Start(app, name, &hostrun::AddDocsOptions, &hostrun::Docs, argc, argv);
-     }},
-    {"swatches", "Draws colours in a picture.",
-     [](CLI::App& app, const std::string& name, int argc, char** argv) {
-       return Start(app, name, &hostrun::AddSwatchesOptions, &hostrun::Swatches, argc, argv);
-     }},
-};
-
 int Dispatch(int argc, char** argv) {
+  CLI::App app;
   for (const Command& command : kCommands) {
-    if (argc < 2 || std::string_view(argv[1]) != command.name) continue;
-    CLI::App app(command.purpose);
-    return command.start(app, "hostrun " + std::string(command.name), argc - 1, argv + 1);
+    if (argc >= 2 && std::string_view(argv[1]) == command.name)
+      return Start(command, app, "hostrun " + std::string(command.name), argc - 1, argv + 1);
   }
-  CLI::App app("Runs programs of the host language through a bundle.");
   std::string footer = "Commands (hostrun COMMAND --help says more):\n";
   for (const Command& command : kCommands) {
-    footer += "  " + std::string(command.name) +
-              std::string(10 - std::string_view(command.name).size(), ' ') + command.purpose + "\n";
+    footer += "  " + hostrun::Padded(command.name, 10) + command.purpose + "\n";
   }
   app.footer(
       footer +
@@ -88,7 +61,7 @@ int Dispatch(int argc, char** argv) {
       "Exit status: 0 fine, 1 an uncaught host exception (or with --leaks something still alive), 2 an "
       "error of use\nor in the program; otherwise what Quit gives.");
   app.set_version_flag("--version", "hostrun " QVX_VERSION);
-  return Start(app, "hostrun", &hostrun::AddRunOptions, &hostrun::Run, argc, argv);
+  return Start(kRun, app, "hostrun", argc, argv);
 }
 
 }  // namespace

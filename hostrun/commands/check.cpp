@@ -1,15 +1,17 @@
 // hostrun/commands/check.cpp - "hostrun check": a validator for bundles of the binary interface.
 //
-// Each check runs in a process of its own: a bundle that crashes or hangs fails that check and no other. One
-// process per host version loads the platform and the bundle; its copies make the checks.
-#include "hostrun/commands/check.h"
-
+// Each check runs in a process of its own: a bundle that crashes or hangs fails that check and no other. For
+// each host version one process loads the platform and the bundle; the checks run in copies of it.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <numeric>
 
 #include "hostrun/commands/check_parts.h"
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/isolated.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
@@ -17,6 +19,16 @@
 
 namespace hostrun {
 namespace {
+
+struct CheckOptions {
+  HostOptions host;
+  const CLI::Option* version = nullptr;  // counts whether one host version was asked for
+  std::string bundle;                    // empty: the one of `host`
+  std::string filter;
+  double timeLimit = 10;  // seconds for one check
+  bool json = false;
+  bool onlyFailed = false;
+};
 
 using nlohmann::ordered_json;
 using std::chrono::milliseconds;
@@ -28,41 +40,46 @@ constexpr int kExitFailed = 1;
 constexpr std::array<const char*, 6> kVersions = {"2011.0",  "2012.0",  "2013.0",
                                                   "2013.03", "2013.04", "2015.0"};
 
+// In the order of Status.
+constexpr std::array kStatusNames = {"passed", "failed", "crashed", "timed out", "skipped"};
+
+constexpr std::size_t IndexOf(Status status) {
+  return static_cast<std::size_t>(status);
+}
+
+// What came of one check.
 struct Result {
   std::string name;
-  std::string status;  // passed, failed, crashed, timed out, skipped
-  std::string reason;
+  Status status;
+  std::string reason;  // empty when it passed
   std::int64_t ms = 0;
 };
 
-const char* NameOf(Outcome::Status status) {
-  switch (status) {
-    case Outcome::Status::Passed:
-      return "passed";
-    case Outcome::Status::Failed:
-      return "failed";
-    case Outcome::Status::Crashed:
-      return "crashed";
-    case Outcome::Status::TimedOut:
-      return "timed out";
-  }
-  return "";
+// A bundle names its classes as it likes: bytes that are no UTF-8 are replaced.
+std::string JsonText(const ordered_json& json, int indent) {
+  return json.dump(indent, ' ', false, ordered_json::error_handler_t::replace);
 }
 
 ordered_json ToJson(const Result& result) {
-  return {{"check", result.name}, {"status", result.status}, {"reason", result.reason}, {"ms", result.ms}};
+  return {{"check", result.name},
+          {"status", kStatusNames[IndexOf(result.status)]},
+          {"reason", result.reason},
+          {"ms", result.ms}};
 }
 
 Result FromJson(const std::string& line) {
   const ordered_json json = ordered_json::parse(line);
-  return {json["check"], json["status"], json["reason"], json["ms"]};
+  const auto* const status = std::find(kStatusNames.begin(), kStatusNames.end(), json["status"]);
+  return {json["check"], static_cast<Status>(status - kStatusNames.begin()), json["reason"], json["ms"]};
 }
 
-Result RunOne(const BundleCheck& check, milliseconds limit) {
-  const Clock::time_point start = Clock::now();
-  const Outcome outcome = RunIsolated(limit, [&check](const SendLine&) { return check.body(); });
-  const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - start).count();
-  return {check.name, NameOf(outcome.status), outcome.reason, took};
+// "VERSION/records/CLASS" of a host and a subject: "2015.0/records/NSColorQVX".
+std::string CheckName(const CheckKind& kind, const std::string& version, const std::string& subject = {}) {
+  constexpr std::string_view kVersion = "VERSION";
+  std::string name(kind.name);
+  if (!subject.empty()) name.replace(name.rfind('/') + 1, std::string::npos, subject);
+  if (name.starts_with(kVersion)) name.replace(0, kVersion.size(), version);
+  return name;
 }
 
 // Collects results and shows them as they come.
@@ -72,9 +89,8 @@ class Reporter {
       : options_(options), paint_(TakesColour(stdout)), progress_(TakesSequences(stderr)) {}
 
   void Take(const Result& result) {
-    ++counts_[IndexOf(result.status)];
-    const bool failed = result.status != "passed";
-    if (failed || !options_.onlyFailed) {
+    ++counts_.at(IndexOf(result.status));
+    if (result.status != Status::Passed || !options_.onlyFailed) {
       if (options_.json) {
         list_.push_back(ToJson(result));
       } else {
@@ -88,50 +104,42 @@ class Reporter {
   // The tally is the last line. Gives the exit status.
   int Finish(const std::string& bundle) {
     ClearProgress();
-    const int bad = counts_[1] + counts_[2] + counts_[3] + counts_[4];
+    const bool good = NotPassed() == 0;
     if (options_.json) {
       ordered_json tally;
-      for (std::size_t i = 0; i < kNames.size(); ++i) tally[kNames[i]] = counts_[i];
+      for (std::size_t i = 0; i < counts_.size(); ++i) tally[kStatusNames[i]] = counts_[i];
       const ordered_json answer = {
           {"bundle", bundle}, {"checks", std::move(list_)}, {"tally", std::move(tally)}};
-      std::printf("%s\n", answer.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
+      std::printf("%s\n", JsonText(answer, 2).c_str());
     } else {
-      std::string text = Counted(static_cast<std::size_t>(Total()), "check");
-      for (std::size_t i = 0; i < kNames.size(); ++i) {
-        if (i < 2 || counts_[i] > 0) text += ", " + std::to_string(counts_[i]) + " " + kNames[i];
+      std::string text = Counted(Total(), "check");
+      for (std::size_t i = 0; i < counts_.size(); ++i) {
+        const bool always = i <= IndexOf(Status::Failed);
+        if (always || counts_[i] > 0) text += ", " + std::to_string(counts_[i]) + " " + kStatusNames[i];
       }
-      std::printf("%s\n", paint_(bad == 0 ? Style::Good : Style::Bad, text).c_str());
+      std::printf("%s\n", paint_(good ? Style::Good : Style::Bad, text).c_str());
     }
-    return bad == 0 ? kExitFine : kExitFailed;
+    return good ? kExitFine : kExitFailed;
   }
 
-  int Total() const { return counts_[0] + counts_[1] + counts_[2] + counts_[3] + counts_[4]; }
+  std::size_t Total() const { return std::accumulate(counts_.begin(), counts_.end(), std::size_t{0}); }
 
  private:
-  static constexpr std::array<const char*, 5> kNames = {"passed", "failed", "crashed", "timed out",
-                                                        "skipped"};
-
-  static std::size_t IndexOf(const std::string& status) {
-    for (std::size_t i = 0; i < kNames.size(); ++i) {
-      if (status == kNames[i]) return i;
-    }
-    return 1;
-  }
+  std::size_t NotPassed() const { return Total() - counts_[IndexOf(Status::Passed)]; }
 
   void Print(const Result& result) {
-    const bool good = result.status == "passed";
-    const std::string status = paint_(good ? Style::Good : Style::Bad, Padded(result.status, 10));
-    std::printf("%s%s\n", status.c_str(), result.name.c_str());
+    const Style style = result.status == Status::Passed ? Style::Good : Style::Bad;
+    const std::string status = Padded(kStatusNames[IndexOf(result.status)], 10);
+    std::printf("%s%s\n", paint_(style, status).c_str(), result.name.c_str());
     if (!result.reason.empty()) std::printf("          %s\n", result.reason.c_str());
     std::fflush(stdout);
   }
 
-  // Only where nothing else shows that time passes.
+  // Only where nothing else shows that something is going on.
   bool ShowsProgress() const { return progress_ && (options_.json || options_.onlyFailed); }
   void ShowProgress(const std::string& name) {
     if (!ShowsProgress()) return;
-    std::fprintf(stderr, "\r\033[K%s, %d failed: %.60s",
-                 Counted(static_cast<std::size_t>(Total()), "check").c_str(), Total() - counts_[0],
+    std::fprintf(stderr, "\r\033[K%s, %zu failed: %.60s", Counted(Total(), "check").c_str(), NotPassed(),
                  name.c_str());
     std::fflush(stderr);
   }
@@ -143,9 +151,10 @@ class Reporter {
   Painter paint_;
   bool progress_;
   ordered_json list_ = ordered_json::array();
-  std::array<int, 5> counts_{};
+  std::array<std::size_t, kStatusNames.size()> counts_{};
 };
 
+// Makes the checks that were asked for, on one host after the other.
 class Checker {
  public:
   Checker(const CheckOptions& options, Reporter& reporter)
@@ -158,32 +167,33 @@ class Checker {
 
   const std::string& bundle() const { return host_.bundle; }
 
+  // Loads nothing, and starts no host.
   void CheckTheFile() {
-    for (const BundleCheck& check : FileChecks(host_.bundle)) {
-      if (Wanted(check.name)) reporter_.Take(RunOne(check, limit_));
-    }
+    RunWanted(FileChecks(host_.bundle), {}, [this](const Result& result) { reporter_.Take(result); });
   }
 
+  // On a host of that version, in a process of its own. Where the bundle can't be entered, the rest is
+  // skipped.
   void CheckOn(const std::string& version) {
     host_.identity.version = std::strtod(version.c_str(), nullptr);
-    const std::string load = version + "/load";
+    const std::string load = CheckName(KindNamed("VERSION/load"), version);
     bool loaded = false;
     const Clock::time_point start = Clock::now();
-    const auto body = [&](const SendLine& send) { return RunHost(version, send); };
+    const auto body = [&](const SendLine& send) { return RunHost(version, load, send); };
     const auto onLine = [&](const std::string& line) {
       const Result result = FromJson(line);
       loaded = loaded || result.name == load;
       if (Wanted(result.name)) reporter_.Take(result);
     };
-    // A little longer than a check may take: the host reports that one itself.
+    // A little longer than a check may take: the host itself reports a check that takes too long.
     const Outcome outcome = RunIsolated(limit_ + limit_ / 2, body, onLine);
     const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - start).count();
     if (!loaded) {
-      reporter_.Take({load, NameOf(outcome.status), outcome.reason, took});
-      reporter_.Take(
-          {version + "/everything else", "skipped", "the bundle could not be entered on this host", 0});
-    } else if (outcome.status != Outcome::Status::Passed) {
-      reporter_.Take({version + "/host", NameOf(outcome.status), outcome.reason, took});
+      reporter_.Take({load, outcome.status, outcome.reason, took});
+      reporter_.Take({CheckName(KindNamed("VERSION/everything else"), version), Status::Skipped,
+                      "the bundle could not be entered on this host", 0});
+    } else if (outcome.status != Status::Passed) {
+      reporter_.Take({CheckName(KindNamed("VERSION/host"), version), outcome.status, outcome.reason, took});
     }
   }
 
@@ -192,18 +202,27 @@ class Checker {
     return options_.filter.empty() || name.find(options_.filter) != std::string::npos;
   }
 
-  // In the process of one host.
-  std::string RunHost(const std::string& version, const SendLine& send) const {
-    std::string problem = EnterBundle(host_);
-    if (!problem.empty()) return problem;
-    send(ToJson({version + "/load", "passed", "", 0}).dump());
-    for (const auto& checks : {RegistrationChecks(), CallChecks()}) {
-      for (BundleCheck check : checks) {
-        check.name = version + "/" + check.name;
-        if (!Wanted(check.name)) continue;
-        send(ToJson(RunOne(check, limit_)).dump(-1, ' ', false, ordered_json::error_handler_t::replace));
-      }
+  // Each in a process of its own; `take` gets the results in order.
+  template <class Take>
+  void RunWanted(const std::vector<BundleCheck>& checks, const std::string& version, Take take) const {
+    for (const BundleCheck& check : checks) {
+      const std::string name = CheckName(check.kind, version, check.subject);
+      if (!Wanted(name)) continue;
+      const Clock::time_point start = Clock::now();
+      const Outcome outcome = RunIsolated(limit_, [&check](const SendLine&) { return check.check(); });
+      const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - start).count();
+      take(Result{name, outcome.status, outcome.reason, took});
     }
+  }
+
+  // In the process of one host.
+  Problem RunHost(const std::string& version, const std::string& load, const SendLine& send) const {
+    const auto report = [&send](const Result& result) { send(JsonText(ToJson(result), -1)); };
+    Problem problem = EnterBundle(host_);
+    if (problem) return problem;
+    report({load, Status::Passed, {}, 0});
+    RunWanted(RegistrationChecks(), version, report);
+    RunWanted(CallChecks(), version, report);
     return {};
   }
 
@@ -212,29 +231,6 @@ class Checker {
   milliseconds limit_;
   HostOptions host_;
 };
-
-}  // namespace
-
-void AddCheckOptions(CLI::App& app, CheckOptions& options) {
-  AddHostOptions(app, options.host);
-  options.version = app.get_option("--host-version");
-  app.add_option("file", options.bundle, "The bundle to check; without one that of --bundle")
-      ->option_text("BUNDLE");
-  app.add_option("--filter", options.filter, "Only checks whose name contains this text")
-      ->option_text("TEXT");
-  app.add_option("--time-limit", options.timeLimit, "Seconds that one check may take")
-      ->option_text("SECONDS (10)")
-      ->check(CLI::Range(0.1, 3600.0));
-  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  app.add_flag("--only-failed", options.onlyFailed, "Leave out what passed");
-  app.footer(
-      "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "
-      "2015.0.\n\n"
-      "Examples:\n  hostrun check build/QVXColor.so\n  hostrun check --only-failed --filter /call/ "
-      "build/QVXColor.so\n\n"
-      "Exit status: 0 every check passed, 1 one failed, crashed, took too long or had to be skipped, 2 an "
-      "error of use.");
-}
 
 int Check(const CheckOptions& options) {
   Reporter reporter(options);
@@ -251,6 +247,31 @@ int Check(const CheckOptions& options) {
   if (reporter.Total() == 0)
     return Refuse(kCommand, "--filter: wanted part of a check's name, found no check with " + options.filter);
   return reporter.Finish(checker.bundle());
+}
+
+}  // namespace
+
+Action CheckCommand(CLI::App& app) {
+  const auto options = std::make_shared<CheckOptions>();
+  AddHostOptions(app, options->host);
+  options->version = app.get_option("--host-version");
+  app.add_option("file", options->bundle, "The bundle to check; without one that of --bundle")
+      ->option_text("BUNDLE");
+  app.add_option("--filter", options->filter, "Only checks whose name contains this text")
+      ->option_text("TEXT");
+  app.add_option("--time-limit", options->timeLimit, "Seconds that one check may take")
+      ->option_text("SECONDS (10)")
+      ->check(CLI::Range(0.1, 3600.0));
+  app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
+  app.add_flag("--only-failed", options->onlyFailed, "Leave out what passed");
+  app.footer(
+      "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "
+      "2015.0.\n\n"
+      "Examples:\n  hostrun check build/QVXColor.so\n  hostrun check --only-failed --filter /call/ "
+      "build/QVXColor.so\n\n"
+      "Exit status: 0 every check passed, 1 one failed, crashed, took too long or had to be skipped, 2 an "
+      "error of use.");
+  return [options] { return Check(*options); };
 }
 
 }  // namespace hostrun

@@ -1,5 +1,8 @@
 // hostrun/commands/check_calls.cpp - checks of each function behind the records: called on empty instances it
 // must come back, give its neutral result and leave every reference as it was.
+//
+// Shared functions have no instance to be empty: of them only the type of the result and the references
+// count.
 #include <algorithm>
 
 #include "hostrun/commands/check_parts.h"
@@ -37,7 +40,7 @@ class TurnedPool {
   PoolScope pool_;
 };
 
-// Whole numbers may be handles of the platform: only 0 is safe.
+// An argument of that type. A whole number may be a handle of the platform: only 0 is safe.
 Value ArgumentFor(const Type& type, Objects objects) {
   switch (type.kind) {
     case Kind::Object:
@@ -54,6 +57,7 @@ Value ArgumentFor(const Type& type, Objects objects) {
   }
 }
 
+// What a function gives that has nothing to give: nothing, Nil, 0, False, an empty string or array.
 bool IsNeutral(const Value& value) {
   switch (value.kind()) {
     case Kind::Nothing:
@@ -68,23 +72,23 @@ bool IsNeutral(const Value& value) {
   }
 }
 
-// What is wrong with the result's type; empty if nothing is.
-std::string CheckType(const Method& method, const Value& result) {
+Problem CheckType(const Method& method, const Value& result) {
   const Type& type = *method.signature.result;
   const Object* const object = result.object();
   if (object == nullptr) return {};
   if (object->mark != kLiveMark) return "wanted a live object, found one that is gone";
   const bool fits = type.kind == Kind::Array ? object->cls == &ArrayClass()
                                              : type.kind == Kind::Variant || object->cls->IsA(*type.cls);
-  return fits ? "" : "wanted a result of type " + type.name + ", found a " + object->cls->name;
+  if (fits) return {};
+  return "wanted a result of type " + type.name + ", found a " + object->cls->name;
 }
 
 std::string ShownResult(const Value& value) {
   return value.kind() == Kind::Object ? "a " + value.object()->cls->name : LiteralText(value);
 }
 
-// One call; gives what is wrong with it.
-std::string CallOnce(const Method& method, const Way& way, std::uint32_t parameterWord) {
+// Calls the function once. `parameterWord` is the word of a property's record; 0 for methods.
+Problem CallOnce(const Method& method, const Way& way, std::uint32_t parameterWord) {
   const TurnedPool pool;
   const Value self = way.self == Self::Empty ? Value::Adopt(NewObject(*method.owner)) : Value::Nil();
   const std::vector<Parameter>& parameters = method.signature.parameters;
@@ -114,8 +118,8 @@ std::string CallOnce(const Method& method, const Way& way, std::uint32_t paramet
     if (way.self == Self::None || (way.self == Self::Empty && isNil)) return {};
     return "wanted a call that raises nothing, found " + DescribeException(exception.object());
   }
-  std::string problem = CheckType(method, result);
-  if (!problem.empty()) return problem;
+  Problem problem = CheckType(method, result);
+  if (problem) return problem;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const Object* const object = arguments[i].object();
     if (object != nullptr && object != result.object() && object->references != references[i]) {
@@ -124,7 +128,7 @@ std::string CallOnce(const Method& method, const Way& way, std::uint32_t paramet
     }
   }
   if (way.self == Self::None) return {};
-  // What fills its instance is done with it, and may say so.
+  // A function that fills its instance has done its work, and may answer what it likes.
   if (way.self == Self::Empty && NativePointerOf(self.object()) != nullptr) return {};
   if (!IsNeutral(result)) return "wanted the neutral result, found " + ShownResult(result);
   for (std::size_t i = 0; i < places.size(); ++i) {
@@ -135,6 +139,7 @@ std::string CallOnce(const Method& method, const Way& way, std::uint32_t paramet
   return {};
 }
 
+// What is alive in this process, host side.
 struct Alive {
   int objects = 0;
   int strings = 0;
@@ -150,13 +155,13 @@ Alive CountAlive() {
   return alive;
 }
 
-std::string Changed(const char* what, int before, int after) {
+Problem Changed(const char* what, int before, int after) {
   if (before == after) return {};
   return "wanted as many live " + std::string(what) + " after the call as before, found " +
          std::to_string(after - before) + (after > before ? " more" : " fewer");
 }
 
-std::string CheckCall(const Method& method, std::uint32_t parameterWord) {
+Problem CheckCall(const Method& method, std::uint32_t parameterWord) {
   static constexpr Way kShared[] = {{Self::None, Objects::Nil, "with nothing"},
                                     {Self::None, Objects::Empty, "with empty instances"}};
   static constexpr Way kInstance[] = {{Self::Empty, Objects::Nil, "on an empty instance"},
@@ -165,20 +170,20 @@ std::string CheckCall(const Method& method, std::uint32_t parameterWord) {
   const std::span<const Way> ways =
       method.shared ? std::span<const Way>(kShared) : std::span<const Way>(kInstance);
   for (const Way& way : ways) {
-    // The first call may fill what is kept for later ones; the second must leave all as it was.
-    std::string problem = CallOnce(method, way, parameterWord);
+    // The first call may fill what is kept for later calls; the second must leave everything as it was.
+    Problem problem = CallOnce(method, way, parameterWord);
     const Alive before = CountAlive();
-    if (problem.empty()) problem = CallOnce(method, way, parameterWord);
+    if (!problem) problem = CallOnce(method, way, parameterWord);
     const Alive after = CountAlive();
-    if (problem.empty()) problem = Changed("objects", before.objects, after.objects);
-    if (problem.empty()) problem = Changed("strings", before.strings, after.strings);
-    if (problem.empty()) problem = Changed("native objects", before.natives, after.natives);
-    if (!problem.empty()) return std::string(way.text) + ": " + problem;
+    if (!problem) problem = Changed("objects", before.objects, after.objects);
+    if (!problem) problem = Changed("strings", before.strings, after.strings);
+    if (!problem) problem = Changed("native objects", before.natives, after.natives);
+    if (problem) return std::string(way.text) + ": " + *problem;
   }
   return {};
 }
 
-std::string CheckLife(Class& cls) {
+Problem CheckLife(Class& cls) {
   const Alive before = CountAlive();
   {
     const TurnedPool pool;
@@ -201,15 +206,16 @@ std::vector<BundleCheck> CallChecks() {
             [](const Class* a, const Class* b) { return a->order < b->order; });
   std::vector<BundleCheck> checks;
   for (Class* const cls : registered) {
-    const std::string prefix = "call/" + cls->name;
-    checks.push_back({"life/" + cls->name, [cls] { return CheckLife(*cls); }});
+    const CheckKind& call = KindNamed("VERSION/call/CLASS.MEMBER");
+    const std::string prefix = cls->name + ".";
+    checks.push_back({KindNamed("VERSION/life/CLASS"), cls->name, [cls] { return CheckLife(*cls); }});
     for (const Property& property : cls->properties) {
-      checks.push_back({prefix + "." + property.name,
+      checks.push_back({call, prefix + property.name,
                         [&property] { return CheckCall(property.getter, property.parameter); }});
     }
     for (const auto* methods : {&cls->methods, &cls->sharedMethods}) {
       for (const Method& method : *methods) {
-        checks.push_back({prefix + "." + method.declaration, [&method] { return CheckCall(method, 0); }});
+        checks.push_back({call, prefix + method.declaration, [&method] { return CheckCall(method, 0); }});
       }
     }
   }

@@ -1,7 +1,5 @@
 // hostrun/commands/check_registration.cpp - checks of what a bundle says while it is entered: the version
 // that it announces, the order of its registrations, each word of its records, each declaration.
-#include <dlfcn.h>
-#include <link.h>
 
 #include <cctype>
 #include <cstring>
@@ -10,23 +8,23 @@
 
 #include "hostrun/commands/check_parts.h"
 #include "hostrun/commands/layout.h"
+#include "hostrun/commands/start.h"
 #include "hostrun/host/bundle.h"
-#include "hostrun/host/platform_library.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/service_list.h"
 #include "hostrun/host/services.h"
 #include "hostrun/host/text.h"
-#include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
 namespace {
 
-// What the bundle did through the two services of registration, in order.
+// One use of the two services of registration.
 struct Event {
   std::int32_t version = 0;
   std::vector<std::uint32_t> definition;  // its words before the host wrote into them; empty: a version
 };
 
+// What the bundle did while it was entered, in order. The services have no other place to record it in.
 std::vector<Event> events;
 
 // --- memory that may not be there
@@ -51,6 +49,8 @@ std::vector<Mapping> ReadMappings() {
   return mappings;
 }
 
+// What of this process may be read or run, as it was when the object was made. A bundle's pointers are looked
+// up here before anything follows them.
 class Memory {
  public:
   bool IsReadable(std::uint32_t address, std::uint32_t size) const {
@@ -96,6 +96,7 @@ std::vector<std::uint32_t> CopyWords(const void* at, std::size_t bytes) {
 
 // --- version and order
 
+// The layouts by the host version that they begin with, newest first.
 struct Threshold {
   double host;
   std::int32_t layout;
@@ -106,7 +107,8 @@ bool IsWithheld(const char* service) {
   return TheHostIdentity().withheld.contains(service);
 }
 
-// A bundle that can't ask for the version takes the host for the oldest.
+// The layout that this host negotiates. A bundle that can't ask for the version takes the host for the
+// oldest.
 std::int32_t WantedLayout() {
   if (IsWithheld("REALGetRBVersion")) return std::end(kThresholds)[-1].layout;
   for (const Threshold& threshold : kThresholds) {
@@ -115,7 +117,7 @@ std::int32_t WantedLayout() {
   return 0;
 }
 
-std::string CheckVersion() {
+Problem CheckVersion() {
   if (IsWithheld("RegisterPluginVersion")) return {};
   std::vector<std::int32_t> versions;
   for (const Event& event : events) {
@@ -124,14 +126,15 @@ std::string CheckVersion() {
   const std::string wanted =
       "wanted RegisterPluginVersion to be called once with " + std::to_string(WantedLayout()) + ", found ";
   if (versions.size() != 1) return wanted + std::to_string(versions.size()) + " calls";
-  return versions[0] == WantedLayout() ? "" : wanted + std::to_string(versions[0]);
+  if (versions[0] == WantedLayout()) return {};
+  return wanted + std::to_string(versions[0]);
 }
 
 const char* TextAt(std::uint32_t address) {
   return reinterpret_cast<const char*>(address);
 }
 
-std::string CheckOrder() {
+Problem CheckOrder() {
   const Memory memory;
   std::set<std::string> names;
   bool announced = IsWithheld("RegisterPluginVersion");
@@ -153,38 +156,40 @@ std::string CheckOrder() {
     if (!known)
       return "wanted the class that " + name + " descends from before it, found no " + TextAt(super);
   }
-  return names.empty() && !IsWithheld("PluginRegisterClass") ? "wanted a registered class, found none" : "";
+  if (names.empty() && !IsWithheld("PluginRegisterClass")) return "wanted a registered class, found none";
+  return {};
 }
 
 // --- record words
 
+// Compares records with their layout, and follows no pointer before it has been looked up.
 class RecordReader {
  public:
   // Everything, or only whether the pointers to texts and records lead anywhere.
   enum class What : std::uint8_t { Everything, Pointers };
   explicit RecordReader(bool old, What what = What::Everything) : old_(old), what_(what) {}
 
-  // The first thing that is wrong with the words of one record.
-  std::string Check(RecordKind kind, const std::vector<std::uint32_t>& words,
-                    const std::string& which) const {
+  // The first thing that is wrong with the words of one record, and of the records that it points to. `which`
+  // says in the message what record it is.
+  Problem Check(RecordKind kind, const std::vector<std::uint32_t>& words, const std::string& which) const {
     const std::span<const RecordWord> fields = WordsOf(kind);
     for (std::size_t i = 0; i < words.size(); ++i) {
-      std::string problem = CheckWord(fields[i], words[i], i + 1 < words.size() ? words[i + 1] : 0);
-      if (problem.empty() && what_ == What::Everything && IsRequired(kind, i) && words[i] == 0)
+      Problem problem = CheckWord(fields[i], words[i], i + 1 < words.size() ? words[i + 1] : 0);
+      if (!problem && what_ == What::Everything && IsRequired(kind, i) && words[i] == 0)
         problem = "wanted a pointer, found null";
-      if (!problem.empty()) {
+      if (problem) {
         return std::string(which)
             .append(", word ")
             .append(std::to_string(i))
             .append(" (")
             .append(fields[i].name)
             .append("): ")
-            .append(problem);
+            .append(*problem);
       }
       if (fields[i].holds != RecordWord::Holds::Array || words[i] == 0) continue;
       const std::string array = std::string(which).append(", ").append(fields[i].name);
-      std::string inside = CheckRecords(fields[i].of, words[i], words[i + 1], array);
-      if (!inside.empty()) return inside;
+      Problem inside = CheckRecords(fields[i].of, words[i], words[i + 1], array);
+      if (inside) return inside;
     }
     return {};
   }
@@ -203,7 +208,7 @@ class RecordReader {
     }
   }
 
-  std::string CheckWord(const RecordWord& field, std::uint32_t word, std::uint32_t next) const {
+  Problem CheckWord(const RecordWord& field, std::uint32_t word, std::uint32_t next) const {
     constexpr std::uint32_t kMostRecords = 10000;
     const std::string_view name = field.name;
     const bool pointer = field.holds == RecordWord::Holds::Text || field.holds == RecordWord::Holds::Array;
@@ -239,13 +244,13 @@ class RecordReader {
     return {};
   }
 
-  std::string CheckRecords(RecordKind kind, std::uint32_t at, std::uint32_t count,
-                           const std::string& which) const {
+  Problem CheckRecords(RecordKind kind, std::uint32_t at, std::uint32_t count,
+                       const std::string& which) const {
     const auto size = static_cast<std::uint32_t>(RecordSize(kind, old_));
     for (std::uint32_t i = 0; i < count; ++i) {
       const std::vector<std::uint32_t> words = CopyWords(reinterpret_cast<const void*>(at + i * size), size);
-      std::string problem = Check(kind, words, which + " [" + std::to_string(i) + "]");
-      if (!problem.empty()) return problem;
+      Problem problem = Check(kind, words, which + " [" + std::to_string(i) + "]");
+      if (problem) return problem;
     }
     return {};
   }
@@ -255,13 +260,13 @@ class RecordReader {
   Memory memory_;
 };
 
-std::string CheckRecords(const Event& event) {
+Problem CheckRecords(const Event& event) {
   if (event.definition.size() < 2) return "wanted a class definition, found a pointer to none";
   const bool old = IsOldLayout(static_cast<std::int32_t>(event.definition[0]));
   return RecordReader(old).Check(RecordKind::Definition, event.definition, "definition");
 }
 
-// --- services that record
+// --- services that record what they are called with, and pass it on
 
 std::int32_t RecordVersion(std::int32_t version) {
   events.push_back({version, {}});
@@ -279,9 +284,9 @@ void RecordClass(qvx::REALclassDefinition* definition) {
     return;
   }
   events.push_back({0, CopyWords(definition, size)});
-  // The registry follows every pointer.
+  // The registry follows every pointer: it never sees a record in which one leads nowhere.
   const RecordReader reader(old, RecordReader::What::Pointers);
-  if (!reader.Check(RecordKind::Definition, events.back().definition, {}).empty()) return;
+  if (reader.Check(RecordKind::Definition, events.back().definition, {})) return;
   reinterpret_cast<decltype(&RecordClass)>(ResolveService("PluginRegisterClass"))(definition);
 }
 static_assert(IsService<decltype(RecordClass)>("PluginRegisterClass"));
@@ -296,22 +301,23 @@ void* ResolveRecorded(const char* name) {
 
 // --- declarations
 
-std::string UnknownClass(const Type& type) {
+// The class that a type names and nobody registered; null: the type is known.
+const Class* UnknownClass(const Type& type) {
   if (type.kind == Kind::Array) return UnknownClass(*type.element);
-  return type.kind == Kind::Object && !type.cls->defined ? type.cls->name : "";
+  return type.kind == Kind::Object && !type.cls->defined ? type.cls : nullptr;
 }
 
-std::string CheckTypes(const Method& method) {
-  std::string unknown = UnknownClass(*method.signature.result);
+Problem CheckTypes(const Method& method) {
+  const Class* unknown = UnknownClass(*method.signature.result);
   for (const Parameter& parameter : method.signature.parameters) {
-    if (unknown.empty()) unknown = UnknownClass(*parameter.type);
+    if (unknown == nullptr) unknown = UnknownClass(*parameter.type);
   }
-  if (unknown.empty()) return {};
-  return "\"" + method.declaration + "\": wanted types that are known, found " + unknown +
+  if (unknown == nullptr) return {};
+  return "\"" + method.declaration + "\": wanted types that are known, found " + unknown->name +
          ", which nobody registered";
 }
 
-std::string CheckDeclarations(const std::string& name) {
+Problem CheckDeclarations(const std::string& name) {
   for (const std::string& problem : TheRegistry().problems()) {
     if (problem.starts_with(name + ":")) return problem;
   }
@@ -319,40 +325,31 @@ std::string CheckDeclarations(const std::string& name) {
   if (cls == nullptr) return "wanted a class " + name + ", found that it was not registered";
   for (const auto* methods : {&cls->methods, &cls->sharedMethods}) {
     for (const Method& method : *methods) {
-      std::string problem = CheckTypes(method);
-      if (!problem.empty()) return problem;
+      Problem problem = CheckTypes(method);
+      if (problem) return problem;
     }
   }
   for (const Property& property : cls->properties) {
-    std::string problem = CheckTypes(property.getter);
-    if (!problem.empty()) return problem;
+    Problem problem = CheckTypes(property.getter);
+    if (problem) return problem;
   }
   return {};
 }
 
 }  // namespace
 
-std::string EnterBundle(const HostOptions& options) {
-  SetHostIdentity(options.identity);
-  RegisterHostClasses();
-  const bool platform = options.platform != "none";
-  std::string problem = platform ? LoadPlatform(options.platform) : std::string();
-  if (problem.empty() && platform && options.sibling) problem = InstallSibling();
-  if (problem.empty()) problem = CheckBundleFile(options.bundle);
-  if (!problem.empty()) return problem;
-  const std::string path =
-      options.bundle.find('/') == std::string::npos ? "./" + options.bundle : options.bundle;
-  void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) return std::string("wanted a bundle that loads, found: ") + dlerror();
-  using EntryPoint = void (*)(void* (*)(const char*));
-  const auto enter = reinterpret_cast<EntryPoint>(dlsym(library, "REALPluginMain"));
-  if (enter == nullptr) return "wanted an exported function REALPluginMain, found none";
-  enter(&ResolveRecorded);
+Problem EnterBundle(const HostOptions& options) {
+  Problem problem = StartWithoutBundle(options);
+  if (!problem) problem = MapBundle(options.bundle);
+  if (problem) return problem;
+  TheBundle().enter(&ResolveRecorded);
   return {};
 }
 
 std::vector<BundleCheck> RegistrationChecks() {
-  std::vector<BundleCheck> checks = {{"version", &CheckVersion}, {"order", &CheckOrder}};
+  std::vector<BundleCheck> checks;
+  checks.push_back({KindNamed("VERSION/version"), {}, &CheckVersion});
+  checks.push_back({KindNamed("VERSION/order"), {}, &CheckOrder});
   const Memory memory;
   std::set<std::string> names;
   for (std::size_t i = 0; i < events.size(); ++i) {
@@ -360,9 +357,10 @@ std::vector<BundleCheck> RegistrationChecks() {
     if (words.empty()) continue;
     const bool named = words.size() > 1 && memory.IsText(words[1]);
     const std::string name = named ? TextAt(words[1]) : "class " + std::to_string(i);
-    checks.push_back({"records/" + name, [i] { return CheckRecords(events[i]); }});
+    checks.push_back({KindNamed("VERSION/records/CLASS"), name, [i] { return CheckRecords(events[i]); }});
     if (named && names.insert(name).second)
-      checks.push_back({"declarations/" + name, [name] { return CheckDeclarations(name); }});
+      checks.push_back(
+          {KindNamed("VERSION/declarations/CLASS"), name, [name] { return CheckDeclarations(name); }});
   }
   return checks;
 }

@@ -1,10 +1,10 @@
 // hostrun/commands/classes.cpp - "hostrun classes": the class browser.
-#include "hostrun/commands/classes.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <memory>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
 #include "hostrun/commands/layout.h"
 #include "hostrun/commands/start.h"
@@ -16,19 +16,27 @@
 namespace hostrun {
 namespace {
 
+struct ClassesOptions {
+  HostOptions host;
+  std::string wanted;  // CLASS or CLASS.MEMBER; empty: every class of the bundle
+  bool all = false;    // also the classes that are not the bundle's
+  bool json = false;
+  bool layout = false;
+};
+
 using nlohmann::ordered_json;
 
 constexpr const char* kCommand = "hostrun classes";
 constexpr double kNewestHost = 2015.0;
 constexpr double kOldestHost = 2011.0;
 
-// What was asked for: classes, and the member of the only one.
+// What was asked for: classes, or a member of one.
 struct Selection {
   std::vector<const Class*> classes;
   std::string member;
 };
 
-// The names that begin like the wanted one, or all of them.
+// The names that begin like the wanted one, or else all of them; at most eight, as a list for people.
 std::string Suggest(const std::string& wanted, const std::vector<std::string>& names) {
   constexpr std::size_t kMost = 8;
   std::vector<std::string> near;
@@ -57,7 +65,7 @@ std::vector<std::string> MemberNames(const Class& cls) {
   return names;
 }
 
-// Throws std::runtime_error for what there is not.
+// Throws std::runtime_error for a class or member that does not exist.
 Selection Select(const ClassesOptions& options) {
   Selection selection;
   const std::size_t dot = options.wanted.find('.');
@@ -97,6 +105,7 @@ Selection Select(const ClassesOptions& options) {
 
 // --- the browser
 
+// Prints classes and members for people. `paint` outlives it.
 class Browser {
  public:
   explicit Browser(const Painter& paint) : paint_(paint) {}
@@ -222,7 +231,7 @@ class Browser {
 
 // --- record words
 
-// The same layout, old and new, of one class.
+// The same thing in the current and in the old layout.
 struct Sides {
   ordered_json current;
   ordered_json old;
@@ -273,7 +282,7 @@ std::int32_t LayoutVersion(const ordered_json& cls) {
   return cls["layout"].get<std::int32_t>();
 }
 
-// The negotiated layout and the one of the other kind.
+// Every class of the bundle: in the newer layout, and in the old one.
 struct BothLayouts {  // NOLINT(bugprone-exception-escape): the library's moves throw nothing
   ordered_json current;
   ordered_json old;
@@ -339,8 +348,8 @@ int ShowJson(const Selection& selection) {
 int Show(const ClassesOptions& options) {
   BothLayouts layouts;
   if (options.layout) layouts = AskForLayouts(options.host);
-  const std::string problem = StartHost(options.host);
-  if (!problem.empty()) return Refuse(kCommand, problem);
+  const Problem problem = StartHost(options.host);
+  if (problem) return Refuse(kCommand, *problem);
   const Selection selection = Select(options);
   if (options.layout) return ShowLayout(selection, layouts, options.json);
   if (options.json) return ShowJson(selection);
@@ -357,28 +366,30 @@ int Show(const ClassesOptions& options) {
   return kExitFine;
 }
 
-}  // namespace
-
-void AddClassesOptions(CLI::App& app, ClassesOptions& options) {
-  AddHostOptions(app, options.host);
-  app.add_option("class", options.wanted, "A class, or one member of it with all that is known of it")
-      ->option_text("CLASS[.MEMBER]");
-  app.add_flag("--all", options.all, "Also the classes that the host and the sibling part bring");
-  app.add_flag("--json", options.json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  app.add_flag("--layout", options.layout,
-               "The words of the definition records, in the current and the old layout");
-  app.footer(
-      "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n"
-      "  hostrun classes NSColorSpaceQVX --layout --host-version 2013.0\n\n"
-      "Exit status: 0 fine, 2 an error of use, no such class or member, or a bundle that does not load.");
-}
-
 int Classes(const ClassesOptions& options) {
   try {
     return Show(options);
   } catch (const std::exception& error) {
     return Refuse(kCommand, error.what());
   }
+}
+
+}  // namespace
+
+Action ClassesCommand(CLI::App& app) {
+  const auto options = std::make_shared<ClassesOptions>();
+  AddHostOptions(app, options->host);
+  app.add_option("class", options->wanted, "A class, or one member of it with all that is known of it")
+      ->option_text("CLASS[.MEMBER]");
+  app.add_flag("--all", options->all, "Also the classes that the host and the sibling part bring");
+  app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
+  app.add_flag("--layout", options->layout,
+               "The words of the definition records, in the current and the old layout");
+  app.footer(
+      "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n"
+      "  hostrun classes NSColorSpaceQVX --layout --host-version 2013.0\n\n"
+      "Exit status: 0 fine, 2 an error of use, no such class or member, or a bundle that does not load.");
+  return [options] { return Classes(*options); };
 }
 
 }  // namespace hostrun

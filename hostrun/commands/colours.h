@@ -11,7 +11,7 @@ namespace hostrun {
 
 struct Class;
 
-// One colour as shown to people.
+// One colour as shown to people. Owns everything in it: the colour may be gone.
 struct ColourCard {
   std::string name;
   std::string space;       // "calibrated RGB", "System controlColor"
@@ -28,6 +28,8 @@ struct ColourCard {
 // loaded bundle lacks one.
 Class& ColourClass();
 
+// Of an instance of the class, borrowed for the call, or of a host colour 0xRRGGBB. What the class can't tell
+// of the colour stays empty.
 ColourCard CardOf(const std::string& name, Object* colour);
 ColourCard CardOf(const std::string& name, std::uint32_t hostColour);
 
@@ -37,7 +39,7 @@ std::vector<ColourCard> PredefinedColours();
 // The colours of a colour-list file, in the list's order; throws std::runtime_error in one clear line.
 std::vector<ColourCard> ColoursOfListFile(const std::string& path);
 
-// As shown on cards: at most four decimals, none that say nothing.
+// As shown on cards: at most four decimals, without zeros at the end.
 std::string ComponentText(double component);
 
 }  // namespace hostrun

@@ -9,13 +9,14 @@
 
 namespace hostrun {
 
+// "bundle", "sibling" or "host".
 const char* NameOf(Origin origin);
 std::string KindOf(const Method& method);  // "method", "shared method", "constructor"
 
 // A constant value as a program would write it.
 std::string LiteralText(const Value& value);
 
-// Members keep the order of registration.
+// The keys are those that docs/hostrun.md names. Members keep the order of registration.
 nlohmann::ordered_json ToJson(const Value& value);
 nlohmann::ordered_json ToJson(const Method& method);
 nlohmann::ordered_json ToJson(const Property& property);

@@ -1,14 +1,15 @@
 // hostrun/commands/docs.cpp - "hostrun docs": the reference of the bundle's classes as one HTML file.
-#include "hostrun/commands/docs.h"
-
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/docs_members.h"
 #include "hostrun/commands/docs_page.h"
 #include "hostrun/commands/start.h"
+#include "hostrun/commands/terminal.h"
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/functions.h"
 #include "hostrun/host/registry.h"
@@ -16,6 +17,12 @@
 
 namespace hostrun {
 namespace {
+
+struct DocsOptions {
+  HostOptions host;
+  std::string out = "reference.html";
+  std::string descriptions;
+};
 
 // Beside the build folder of a source tree, or where an installation puts documents.
 std::string FindDescriptions() {
@@ -25,11 +32,6 @@ std::string FindDescriptions() {
   const auto installed = (folder / QVX_DOC_FROM_BIN / "reference.txt").lexically_normal();
   if (!error && std::filesystem::exists(installed, error)) return installed.native();
   return (folder / "../docs/reference.txt").lexically_normal().native();
-}
-
-int Refuse(const std::string& line) {
-  std::fprintf(stderr, "%s\n", line.c_str());
-  return kExitUse;
 }
 
 int Write(const DocsOptions& options) {
@@ -56,28 +58,30 @@ int Write(const DocsOptions& options) {
   return kExitFine;
 }
 
-}  // namespace
-
-void AddDocsOptions(CLI::App& app, DocsOptions& options) {
-  options.descriptions = FindDescriptions();
-  AddHostOptions(app, options.host);
-  app.add_option("--out", options.out, "The page to write")->option_text("FILE.html (reference.html)");
-  app.add_option("--descriptions", options.descriptions, "The text that describes the members")
-      ->option_text("FILE.txt");
-  app.footer(
-      "Example:\n  hostrun docs --out reference.html\n\n"
-      "Exit status: 0 written, 2 an error of use, or members and descriptions that do not match.");
-}
-
 int Docs(const DocsOptions& options) {
   try {
-    const std::string problem = StartHost(options.host);
-    return problem.empty() ? Write(options) : Refuse(problem);
+    const Problem problem = StartHost(options.host);
+    return problem ? Refuse(*problem) : Write(options);
   } catch (const HostException& exception) {
     return Refuse("hostrun docs: " + DescribeException(exception.object()));
   } catch (const std::exception& error) {
     return Refuse(error.what());
   }
+}
+
+}  // namespace
+
+Action DocsCommand(CLI::App& app) {
+  const auto options = std::make_shared<DocsOptions>();
+  options->descriptions = FindDescriptions();
+  AddHostOptions(app, options->host);
+  app.add_option("--out", options->out, "The page to write")->option_text("FILE.html (reference.html)");
+  app.add_option("--descriptions", options->descriptions, "The text that describes the members")
+      ->option_text("FILE.txt");
+  app.footer(
+      "Example:\n  hostrun docs --out reference.html\n\n"
+      "Exit status: 0 written, 2 an error of use, or members and descriptions that do not match.");
+  return [options] { return Docs(*options); };
 }
 
 }  // namespace hostrun

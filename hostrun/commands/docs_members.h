@@ -15,13 +15,13 @@ struct Method;
 struct Property;
 struct Constant;
 
-// One registered member: exactly one of the three is set.
+// One registered member: exactly one of the three is set. They belong to the registry, and live as long.
 struct Member {
   const Method* method = nullptr;
   const Property* property = nullptr;
   const Constant* constant = nullptr;
 
-  // What its description is found by: the declaration of a method, the name of anything else.
+  // The key to its description: the declaration of a method, the name of anything else.
   const std::string& Key() const;
   const std::string& Name() const;
   const char* Kind() const;
@@ -36,7 +36,7 @@ std::vector<const Class*> BundleClasses();
 std::vector<Member> MembersOf(const Class& cls);
 
 // A line for each member without a description, each description without a member, each member described
-// twice, and each member of which it is not said what nil gives or what it raises. Empty: all is well.
+// twice, and each member whose description does not say what nil gives or what it raises.
 std::vector<std::string> Mismatches(const std::vector<ClassText>& texts, const std::string& fileName);
 
 }  // namespace hostrun

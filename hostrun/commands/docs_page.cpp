@@ -1,4 +1,4 @@
-// hostrun/commands/docs_page.cpp - the reference as one HTML page that needs nothing but itself.
+// hostrun/commands/docs_page.cpp - the reference as one HTML page, complete in itself.
 #include "hostrun/commands/docs_page.h"
 
 #include <algorithm>
@@ -69,7 +69,7 @@ std::string Fields(const Said& said, const std::string& defaults = {}) {
   return html;
 }
 
-// The words of a declaration that are no names stand back.
+// The keywords of a declaration are shown faintly, so that its names stand out.
 std::string Signature(const std::string& declaration) {
   static constexpr std::array<std::string_view, 3> kWords = {"as", "byref", "paramarray"};
   std::string html;

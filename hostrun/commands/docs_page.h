@@ -1,4 +1,4 @@
-// hostrun/commands/docs_page.h - the reference as one HTML page that needs nothing but itself.
+// hostrun/commands/docs_page.h - the reference as one HTML page, complete in itself.
 #pragma once
 
 #include <string>
@@ -9,7 +9,8 @@
 
 namespace hostrun {
 
-// Every description has its member: Mismatches found none.
+// Expects that every member has its description and the reverse: Mismatches found none. `subtitle` is plain
+// text below the heading.
 std::string ReferencePage(const std::vector<ClassText>& texts, const std::vector<ColourCard>& predefined,
                           const std::string& subtitle);
 

@@ -7,7 +7,7 @@
 
 namespace hostrun {
 
-// What is said about a class, a group or a member.
+// What the file says about a class, a group or a member. Paragraphs are plain text with `code`.
 struct Said {
   std::vector<std::string> paragraphs;
   std::optional<std::string> nil;     // what an empty instance or nil gives
@@ -23,7 +23,7 @@ struct MemberText {
 
 struct GroupText {
   std::string title;
-  Said said;  // nil and raises hold for the members that say nothing themselves
+  Said said;  // its nil and raises hold for the members that have none of their own
   std::vector<MemberText> members;
 };
 

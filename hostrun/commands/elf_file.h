@@ -7,6 +7,7 @@
 
 namespace hostrun {
 
+// The names are copies: the file is closed.
 struct ElfFile {
   struct Undefined {
     std::string name;
@@ -22,7 +23,8 @@ struct ElfFile {
   bool executableStack = false;
 };
 
-// Throws std::runtime_error for a file that does not hold what its headers promise.
+// `path` has passed CheckBundleFile. Throws std::runtime_error for a file that does not hold what its headers
+// promise.
 ElfFile ReadElfFile(const std::string& path);
 
 }  // namespace hostrun

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <optional>
 
 namespace hostrun {
 namespace {
@@ -21,9 +22,10 @@ using Clock = std::chrono::steady_clock;
 
 // A line is one message: its first byte says which.
 constexpr char kProgress = '+';
-constexpr char kEnd = '=';
+constexpr char kPassed = '=';
+constexpr char kFailed = '!';
 
-// Messages hold no line ends: they are written as a record separator meanwhile.
+// A message is one line, so a line end inside it travels as a record separator.
 constexpr char kLineEndInside = '\x1e';
 
 void WriteMessage(int to, char kind, std::string text) {
@@ -38,17 +40,18 @@ void WriteMessage(int to, char kind, std::string text) {
   }
 }
 
-[[noreturn]] void RunChild(int to, const std::function<std::string(const SendLine&)>& body) {
+// The child's side: its streams lead nowhere, and it ends with its parent.
+[[noreturn]] void RunChild(int to, const std::function<Problem(const SendLine&)>& body) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nowhere, stream);
-  std::string reason;
+  Problem problem;
   try {
-    reason = body([to](const std::string& line) { WriteMessage(to, kProgress, line); });
+    problem = body([to](const std::string& line) { WriteMessage(to, kProgress, line); });
   } catch (const std::exception& error) {
-    reason = error.what();
+    problem = error.what();
   }
-  WriteMessage(to, kEnd, reason);
+  WriteMessage(to, problem ? kFailed : kPassed, problem.value_or(""));
   _exit(0);
 }
 
@@ -74,8 +77,8 @@ class Listener {
     }
   }
 
-  bool ended() const { return ended_; }
-  const std::string& reason() const { return reason_; }
+  // What the child said of itself before it ended; nothing: it ended without a word.
+  const std::optional<Outcome>& outcome() const { return outcome_; }
 
  private:
   bool TakeLines() {
@@ -85,9 +88,8 @@ class Listener {
       for (char& c : line) {
         if (c == kLineEndInside) c = '\n';
       }
-      if (text_[0] == kEnd) {
-        ended_ = true;
-        reason_ = line;
+      if (text_[0] != kProgress) {
+        outcome_ = {text_[0] == kPassed ? Status::Passed : Status::Failed, line};
       } else if (onLine_) {
         onLine_(line);
       }
@@ -100,8 +102,7 @@ class Listener {
   int from_;
   const std::function<void(const std::string&)>& onLine_;
   std::string text_;
-  std::string reason_;
-  bool ended_ = false;
+  std::optional<Outcome> outcome_;
 };
 
 std::string DescribeEnd(int status) {
@@ -114,9 +115,8 @@ std::string DescribeEnd(int status) {
 
 }  // namespace
 
-Outcome RunIsolated(std::chrono::milliseconds limit, const std::function<std::string(const SendLine&)>& body,
+Outcome RunIsolated(std::chrono::milliseconds limit, const std::function<Problem(const SendLine&)>& body,
                     const std::function<void(const std::string&)>& onLine) {
-  using Status = Outcome::Status;
   std::fflush(nullptr);
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0)
@@ -138,9 +138,7 @@ Outcome RunIsolated(std::chrono::milliseconds limit, const std::function<std::st
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
   if (!inTime) return {Status::TimedOut, "did not come back within " + std::to_string(limit.count()) + " ms"};
-  if (!listener.ended()) return {Status::Crashed, DescribeEnd(status)};
-  if (!listener.reason().empty()) return {Status::Failed, listener.reason()};
-  return {Status::Passed, {}};
+  return listener.outcome().value_or(Outcome{Status::Crashed, DescribeEnd(status)});
 }
 
 }  // namespace hostrun

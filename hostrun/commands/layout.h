@@ -19,7 +19,8 @@ struct RecordWord {
   enum class Holds : std::uint8_t { Number, Text, Function, Array };
   const char* name;
   Holds holds = Holds::Number;
-  RecordKind of = RecordKind::Definition;  // Array: of what; the next word is the count
+  RecordKind of =
+      RecordKind::Definition;  // of an Array: the kind of its records; the next word is their count
 };
 
 // The words of the current layout; the old layout has the first OldWordCount of them.
@@ -30,8 +31,8 @@ std::size_t OldWordCount(RecordKind kind);
 bool IsOldLayout(std::int32_t version);
 std::size_t RecordSize(RecordKind kind, bool old);
 
-// The words of every class that the bundle registered on this host, as texts. A function is told by its place
-// in the bundle's file, so that two processes say the same.
+// The words of every class that the bundle registered on this host, as texts. A function is shown as its
+// place in the bundle's file, so that the answer is the same in every process.
 nlohmann::ordered_json LayoutOfClasses();
 
 // LayoutOfClasses of a host with those options, asked in a process of its own. Throws std::runtime_error.

@@ -8,10 +8,10 @@
 
 namespace hostrun {
 
-// Of this process; there is one terminal.
+// There is one terminal, and one of these in a process. Reads the history when it is made.
 class LineEditor {
  public:
-  // All whole words that could stand for a beginning.
+  // Every word that a beginning could be completed to.
   using Complete = std::function<std::vector<std::string>(const std::string& beginning)>;
 
   enum class End : std::uint8_t { Line, Cancelled, EndOfInput };
@@ -25,6 +25,7 @@ class LineEditor {
   LineEditor& operator=(const LineEditor&) = delete;
   ~LineEditor();  // writes the history
 
+  // Waits for a line, without its end. `line` is empty unless `end` is Line.
   Input Read(const char* prompt);
 };
 

@@ -11,7 +11,7 @@
 namespace hostrun {
 namespace {
 
-// The run-time's functions that look without sending.
+// The functions of the Objective-C run-time that look something up without sending a message.
 struct Runtime {
   const char* (*className)(const void* cls) = nullptr;
   unsigned char (*isMetaClass)(const void* cls) = nullptr;
@@ -59,7 +59,7 @@ T Read(const std::uint32_t* words, std::size_t offset) {
   return value;
 }
 
-// One type of a method's encoding, such as "f8": what it is and where it lies.
+// One type in a method's encoding, such as "f8": its code, and its offset on the stack.
 struct EncodedType {
   char kind = 0;
   std::size_t offset = 0;

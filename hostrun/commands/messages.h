@@ -7,10 +7,10 @@
 namespace hostrun {
 
 // "-[NSColor colorWithAlphaComponent: 0.5]" of a message whose receiver, selector and arguments lie at
-// `words`. Nothing is sent for it: objects are told by their class.
+// `words`. No message is sent to find out: an object is shown by its class alone.
 std::string MessageText(const std::uint32_t* words);
 
-// "<NSColor>", the class itself by its name, or nil.
+// "<NSColor>" for an instance, "NSColor" for the class itself, or "nil".
 std::string PlatformObjectText(std::uint32_t object);
 
 }  // namespace hostrun

@@ -1,13 +1,13 @@
 // hostrun/commands/repl.cpp - "hostrun repl": runs statements as they are typed and shows values.
-#include "hostrun/commands/repl.h"
-
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <memory>
 #include <set>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/line_editor.h"
 #include "hostrun/commands/show.h"
 #include "hostrun/commands/start.h"
@@ -43,6 +43,7 @@ void AddMembers(std::set<std::string>& names, const Class& cls, bool shared) {
   }
 }
 
+// Whole words, with what stands before a dot, in alphabetical order.
 std::vector<std::string> Complete(const Binder& binder, const std::string& beginning) {
   std::set<std::string> names;
   const std::size_t dot = beginning.rfind('.');
@@ -69,6 +70,7 @@ std::vector<std::string> Complete(const Binder& binder, const std::string& begin
 
 // --- input
 
+// Takes lines and runs what they complete, and shows the value of what stands alone.
 class Loop {
  public:
   explicit Loop(bool trueColour)
@@ -87,7 +89,7 @@ class Loop {
     return Run(!line.empty() || open_ == "\n");
   }
   void Drop() { open_.clear(); }
-  // What is still open is run as it stands, and its error shown.
+  // At the end of the input: a block that is still open is run as it stands, so that its error is shown.
   void Finish() {
     if (!open_.empty()) Run(false);
   }
@@ -135,10 +137,18 @@ int ReadPipe(Loop& loop) {
   return loop.status();
 }
 
+int Repl(const HostOptions& options) {
+  const Problem problem = StartHost(options);
+  if (problem) return Refuse(kCommand, *problem);
+  Loop loop(TakesTrueColour(stdout));
+  return isatty(STDIN_FILENO) != 0 ? ReadTerminal(loop) : ReadPipe(loop);
+}
+
 }  // namespace
 
-void AddReplOptions(CLI::App& app, ReplOptions& options) {
-  AddHostOptions(app, options.host);
+Action ReplCommand(CLI::App& app) {
+  const auto options = std::make_shared<HostOptions>();
+  AddHostOptions(app, *options);
   app.footer(
       "Type statements or expressions; a value that stands alone is shown. What is declared stays, and may "
       "be declared\n"
@@ -147,13 +157,7 @@ void AddReplOptions(CLI::App& app, ReplOptions& options) {
       "Without a terminal, lines are read from stdin and there is no prompt.\n\n"
       "Example:\n  echo 'NSColorQVX.orangeColor' | hostrun repl\n\n"
       "Exit status: 0, or what Quit gives; 2 an error of use.");
-}
-
-int Repl(const ReplOptions& options) {
-  const std::string problem = StartHost(options.host);
-  if (!problem.empty()) return Refuse(kCommand, problem);
-  Loop loop(TakesTrueColour(stdout));
-  return isatty(STDIN_FILENO) != 0 ? ReadTerminal(loop) : ReadPipe(loop);
+  return [options] { return Repl(*options); };
 }
 
 }  // namespace hostrun

@@ -3,19 +3,17 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/start.h"
+#include "hostrun/commands/terminal.h"
 #include "hostrun/host/functions.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/language/program.h"
 
 namespace hostrun {
 namespace {
-
-int Refuse(const std::string& line) {
-  std::fprintf(stderr, "%s\n", line.c_str());
-  return kExitUse;
-}
 
 int RunSource(const Source& source) {
   try {
@@ -46,8 +44,8 @@ int Run(const RunOptions& options) {
                     ": wanted a program file or a command, found neither; hostrun --help lists the commands");
     }
     const Source source = Source::FromFile(options.program);
-    const std::string problem = StartHost(options.host);
-    if (!problem.empty()) return Refuse(problem);
+    const Problem problem = StartHost(options.host);
+    if (problem) return Refuse(*problem);
     SetProgramArguments(options.arguments);
     int status = kExitFine;
     {
@@ -64,6 +62,12 @@ int Run(const RunOptions& options) {
   } catch (const std::exception& error) {
     return Refuse(error.what());
   }
+}
+
+Action RunCommand(CLI::App& app) {
+  const auto options = std::make_shared<RunOptions>();
+  AddRunOptions(app, *options);
+  return [options] { return Run(*options); };
 }
 
 }  // namespace hostrun

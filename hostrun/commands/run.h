@@ -17,7 +17,10 @@ struct RunOptions {
   std::vector<std::string> arguments;
 };
 
+// The options of a run, for a command that runs a program. `options` outlives the use of `app`.
 void AddRunOptions(CLI::App& app, RunOptions& options);
+
+// Starts the host, runs the program and reports on stderr what it leaves alive. Gives the exit status.
 int Run(const RunOptions& options);
 
 }  // namespace hostrun

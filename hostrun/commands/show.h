@@ -7,8 +7,8 @@
 
 namespace hostrun {
 
-// One line, or a few for a long array. A colour gets a block of itself where the terminal shows 24-bit
-// colours.
+// One line; of a long array its first elements. With `trueColour` a colour is followed by a block painted in
+// it, for terminals with 24-bit colours.
 std::string ReadableText(const Value& value, bool trueColour);
 
 }  // namespace hostrun

@@ -1,4 +1,4 @@
-// hostrun/commands/start.cpp - what every sub-command that needs a host does first.
+// hostrun/commands/start.cpp - starts the host that a command needs.
 #include "hostrun/commands/start.h"
 
 #include <filesystem>
@@ -63,13 +63,18 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
       ->group(group);
 }
 
-std::string StartHost(const HostOptions& options) {
+Problem StartWithoutBundle(const HostOptions& options) {
   SetHostIdentity(options.identity);
   RegisterHostClasses();
-  const bool platform = options.platform != kNoPlatform;
-  std::string problem = platform ? LoadPlatform(options.platform) : std::string();
-  if (problem.empty() && platform && options.sibling) problem = InstallSibling();
-  if (problem.empty()) problem = LoadBundle(options.bundle);
+  if (options.platform == kNoPlatform) return {};
+  Problem problem = LoadPlatform(options.platform);
+  if (!problem && options.sibling) problem = InstallSibling();
+  return problem;
+}
+
+Problem StartHost(const HostOptions& options) {
+  Problem problem = StartWithoutBundle(options);
+  if (!problem) problem = LoadBundle(options.bundle);
   NoteStarted();
   return problem;
 }

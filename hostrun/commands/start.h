@@ -1,4 +1,4 @@
-// hostrun/commands/start.h - what every sub-command that needs a host does first.
+// hostrun/commands/start.h - starts the host that a command needs.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -6,17 +6,23 @@
 #include <string>
 
 #include "hostrun/host/host.h"
+#include "hostrun/host/problem.h"
 
 namespace hostrun {
 
-// The path of a file that belongs to hostrun: in the executable's folder, as a build leaves it, or where an
-// installation keeps it.
+// The path of a file that belongs to hostrun: beside the executable, as a build leaves it, or where an
+// installation keeps it. It need not exist.
 std::string OwnFile(const char* file);
 
-// The options that describe the host, with their defaults: the files beside the executable.
+// The options that choose which host is imitated. Sets the defaults: this build's bundle and platform
+// library. `options` outlives the use of `app`.
 void AddHostOptions(CLI::App& app, HostOptions& options);
 
-// Starts the host. One line on failure, empty on success.
-std::string StartHost(const HostOptions& options);
+// Starts a host that has entered no bundle yet: its own classes, the platform, the sibling part. Once in a
+// process.
+Problem StartWithoutBundle(const HostOptions& options);
+
+// The same, and lets the bundle register.
+Problem StartHost(const HostOptions& options);
 
 }  // namespace hostrun

@@ -1,10 +1,10 @@
 // hostrun/commands/swatches.cpp - "hostrun swatches": a picture of colours.
-#include "hostrun/commands/swatches.h"
-
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/swatches_picture.h"
 #include "hostrun/commands/terminal.h"
@@ -18,6 +18,13 @@
 
 namespace hostrun {
 namespace {
+
+struct SwatchesOptions {
+  HostOptions host;
+  std::string out = "swatches.png";
+  std::string source;  // empty: the predefined colours
+  int columns = 5;
+};
 
 bool IsColour(const Value& value) {
   return value.kind() == Kind::Color ||
@@ -93,33 +100,10 @@ int Draw(const SwatchesOptions& options) {
   return status;
 }
 
-int Refuse(const std::string& line) {
-  std::fprintf(stderr, "%s\n", line.c_str());
-  return kExitUse;
-}
-
-}  // namespace
-
-void AddSwatchesOptions(CLI::App& app, SwatchesOptions& options) {
-  AddHostOptions(app, options.host);
-  app.add_option("--out", options.out, "The picture to write, as .png or .svg")
-      ->option_text("FILE (swatches.png)");
-  app.add_option("--columns", options.columns, "Colours in a row")
-      ->option_text("N (5)")
-      ->check(CLI::Range(1, 50));
-  app.add_option(
-         "source", options.source,
-         "A colour list, or a program whose printed colours are drawn; without it, the predefined colours")
-      ->option_text("[LIST.clr | PROGRAM.bas]");
-  app.footer(
-      "Example:\n  hostrun swatches --out sunset.svg examples/palette.bas\n\n"
-      "Exit status: 0 drawn, 1 drawn but the program ended with an uncaught exception, 2 an error of use.");
-}
-
 int Swatches(const SwatchesOptions& options) {
   try {
-    const std::string problem = StartHost(options.host);
-    if (!problem.empty()) return Refuse(problem);
+    const Problem problem = StartHost(options.host);
+    if (problem) return Refuse(*problem);
     const PoolScope pool;  // for what is autoreleased outside of calls into the bundle
     return Draw(options);
   } catch (const HostException& exception) {
@@ -127,6 +111,26 @@ int Swatches(const SwatchesOptions& options) {
   } catch (const std::exception& error) {
     return Refuse(error.what());
   }
+}
+
+}  // namespace
+
+Action SwatchesCommand(CLI::App& app) {
+  const auto options = std::make_shared<SwatchesOptions>();
+  AddHostOptions(app, options->host);
+  app.add_option("--out", options->out, "The picture to write, as .png or .svg")
+      ->option_text("FILE (swatches.png)");
+  app.add_option("--columns", options->columns, "Colours in a row")
+      ->option_text("N (5)")
+      ->check(CLI::Range(1, 50));
+  app.add_option(
+         "source", options->source,
+         "A colour list, or a program whose printed colours are drawn; without it, the predefined colours")
+      ->option_text("[LIST.clr | PROGRAM.bas]");
+  app.footer(
+      "Example:\n  hostrun swatches --out sunset.svg examples/palette.bas\n\n"
+      "Exit status: 0 drawn, 1 drawn but the program ended with an uncaught exception, 2 an error of use.");
+  return [options] { return Swatches(*options); };
 }
 
 }  // namespace hostrun

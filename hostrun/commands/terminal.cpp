@@ -1,4 +1,4 @@
-// hostrun/commands/terminal.cpp - what all sub-commands say in the same way: colour, refusals.
+// hostrun/commands/terminal.cpp - what all commands say in the same way: colour, refusals.
 #include "hostrun/commands/terminal.h"
 
 #include <unistd.h>
@@ -63,9 +63,12 @@ std::string Counted(std::size_t count, std::string_view thing) {
 }
 
 int Refuse(std::string_view command, std::string_view line) {
+  return Refuse(std::string(command).append(": ").append(line));
+}
+
+int Refuse(std::string_view line) {
   std::fflush(stdout);
-  std::fprintf(stderr, "%.*s: %.*s\n", static_cast<int>(command.size()), command.data(),
-               static_cast<int>(line.size()), line.data());
+  std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
   return kExitUse;
 }
 

@@ -1,4 +1,4 @@
-// hostrun/commands/terminal.h - what all sub-commands say in the same way: colour, refusals.
+// hostrun/commands/terminal.h - what all commands say in the same way: colour, refusals.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,9 @@
 
 namespace hostrun {
 
-// Whether escape sequences may go to that stream: a terminal that knows them.
+// Whether escape sequences may be written to that stream: it is a terminal that knows them.
 bool TakesSequences(std::FILE* stream);
-// Whether it may be coloured too: the user does not object with NO_COLOR.
+// Whether it may be coloured too: NO_COLOR is not set.
 bool TakesColour(std::FILE* stream);
 // Whether it also shows 24-bit colours.
 bool TakesTrueColour(std::FILE* stream);
@@ -30,8 +30,10 @@ class Painter {
 // "1 check", "2 checks".
 std::string Counted(std::size_t count, std::string_view thing);
 
-// Says why on stderr and gives the exit status for an error of use.
+// Says why on stderr, behind the name of the command where there is one, and gives the exit status for an
+// error of use.
 int Refuse(std::string_view command, std::string_view line);
+int Refuse(std::string_view line);
 
 // "text" and as many blanks as it lacks to that width; at least one.
 std::string Padded(std::string_view text, std::size_t width);

@@ -1,9 +1,6 @@
 // hostrun/commands/trace.cpp - "hostrun trace": runs a program and shows each call as it crosses into the
 // bundle.
-#include "hostrun/commands/trace.h"
-
 #include <dlfcn.h>
-#include <link.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,12 +12,15 @@
 #include <string_view>
 #include <type_traits>
 
+#include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
 #include "hostrun/commands/messages.h"
+#include "hostrun/commands/run.h"
 #include "hostrun/commands/shim/shim.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/arrays.h"
+#include "hostrun/host/bundle.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/functions.h"
@@ -32,6 +32,12 @@
 
 namespace hostrun {
 namespace {
+
+struct TraceOptions {
+  RunOptions run;
+  std::string output;  // file; empty: stderr
+  bool all = false;    // also look-ups and exception frames
+};
 
 constexpr const char* kCommand = "hostrun trace";
 constexpr const char* kShim = "libhostrun-trace.so";
@@ -50,7 +56,8 @@ std::string ValueText(const Value& value) {
   return value.kind() == Kind::Object ? ObjectText(value.object()) : LiteralText(value);
 }
 
-// What one argument's words mean; moves past them.
+// The argument at `words` as text; moves `words` past it. `after` the call, what stands in a by-reference
+// argument.
 std::string WordsText(const Parameter& parameter, const std::uint32_t*& words, bool after) {
   const std::uint32_t* at = words;
   words += parameter.byref ? 1 : WordCount(*parameter.type);
@@ -101,47 +108,13 @@ std::string ServiceText(std::string_view name, const std::uint32_t* words) {
   return text;
 }
 
-// Where a loaded file's code lies.
-struct Range {
-  std::uintptr_t begin = 0;
-  std::uintptr_t end = 0;
-  bool Contains(const void* address) const {
-    const auto at = reinterpret_cast<std::uintptr_t>(address);
-    return at >= begin && at < end;
-  }
-};
-
-Range RangeOfFileAround(const void* address) {
-  struct Search {
-    std::uintptr_t address;
-    Range range;
-  } search{reinterpret_cast<std::uintptr_t>(address), {}};
-  dl_iterate_phdr(
-      [](dl_phdr_info* info, std::size_t, void* data) {
-        auto& wanted = *static_cast<Search*>(data);
-        Range range{UINTPTR_MAX, 0};
-        for (int i = 0; i < info->dlpi_phnum; ++i) {
-          const ElfW(Phdr)& segment = info->dlpi_phdr[i];
-          if (segment.p_type != PT_LOAD) continue;
-          range.begin = std::min<std::uintptr_t>(range.begin, info->dlpi_addr + segment.p_vaddr);
-          range.end =
-              std::max<std::uintptr_t>(range.end, info->dlpi_addr + segment.p_vaddr + segment.p_memsz);
-        }
-        if (wanted.address < range.begin || wanted.address >= range.end) return 0;
-        wanted.range = range;
-        return 1;
-      },
-      &search);
-  return search.range;
-}
-
 std::string TimeText(Nanoseconds time) {
   char text[32];
   std::snprintf(text, sizeof text, "%.1f µs", static_cast<double>(time.count()) / 1000);
   return text;
 }
 
-// Writes the trace. Times leave out what the trace itself takes.
+// Writes the trace. The times do not contain what the trace itself takes.
 class Tracer final : public CallObserver {
  public:
   Tracer(std::FILE* out, const Source& source, bool all)
@@ -173,8 +146,6 @@ class Tracer final : public CallObserver {
   void EnterLife(const Class& cls, bool constructor) override {
     {
       const Busy busy(*this);
-      if (bundle_.end == 0)
-        bundle_ = RangeOfFileAround(reinterpret_cast<const void*>(cls.definition->constructor));
       ShowPlace();
       Line("> ", paint_(Style::Strong, cls.name + (constructor ? ": its constructor" : ": its destructor")));
     }
@@ -188,7 +159,7 @@ class Tracer final : public CallObserver {
   }
 
   void Arrived(std::string_view name, const void* from, const std::uint32_t* words) {
-    if (calls_.empty() || !bundle_.Contains(from)) return;
+    if (calls_.empty() || !TheBundle().Contains(from)) return;
     const Busy busy(*this);
     if (name == "objc_msgSend" || name == "objc_msgSend_fpret") {
       Line("sends ", MessageText(words));
@@ -202,7 +173,6 @@ class Tracer final : public CallObserver {
  private:
   void ShowCall(const Method& method, const ArgumentWords& words) {
     const Busy busy(*this);
-    if (bundle_.end == 0) bundle_ = RangeOfFileAround(reinterpret_cast<const void*>(method.function));
     ShowPlace();
     std::string line = paint_(Style::Strong, method.owner->name + ": " + method.declaration);
     Line("> ", line);
@@ -221,7 +191,7 @@ class Tracer final : public CallObserver {
     Nanoseconds busyAtStart;
   };
 
-  // What is written meanwhile counts as no call's time.
+  // The time that passes meanwhile goes into writing the trace, and is no call's.
   class Busy {
    public:
     explicit Busy(Tracer& tracer) : tracer_(tracer), start_(Clock::now()) {}
@@ -242,7 +212,7 @@ class Tracer final : public CallObserver {
     return now - call.start - (busy_ - call.busyAtStart);
   }
 
-  // Look-ups and frames are part of every call.
+  // Look-ups and exception frames are part of every call.
   static bool IsQuiet(std::string_view name) {
     return name == "objc_getClass" || name == "sel_registerName" || name == "objc_exception_try_enter" ||
            name == "objc_exception_try_exit";
@@ -278,20 +248,19 @@ class Tracer final : public CallObserver {
   const Source& source_;
   bool all_;
   Painter paint_;
-  Range bundle_;
   std::vector<Call> calls_;
   Nanoseconds busy_{};
   std::int32_t lastLine_ = 0;
 };
 
-// The thunks and the observer reach the one tracer of this process.
+// A process runs one trace, which the thunks must find without an argument.
 constinit Tracer* tracer = nullptr;
 void Arrived(const char* name, const void* from, const std::uint32_t* words) {
   if (tracer != nullptr) tracer->Arrived(name, from, words);
 }
 
-// Loads the library that stands before the platform. Gives what prevents that, or an empty text.
-std::string StandBefore(const std::string& platform) {
+// Loads the library that stands before the platform.
+Problem StandBefore(const std::string& platform) {
   const std::string file = OwnFile(kShim);
   void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_GLOBAL);
   if (library == nullptr) return file + ": wanted the library that watches the platform, found: " + dlerror();
@@ -303,20 +272,6 @@ std::string StandBefore(const std::string& platform) {
   connect(platform.c_str(), &Arrived);
   SetServiceWrapper(wrap);
   return {};
-}
-
-}  // namespace
-
-void AddTraceOptions(CLI::App& app, TraceOptions& options) {
-  AddRunOptions(app, options.run);
-  app.add_option("--output", options.output, "Write the trace there and not to stderr")->option_text("FILE");
-  app.add_flag("--all", options.all, "Also look-ups of classes and selectors, and exception frames");
-  app.footer(
-      "Each call shows its declaration, its arguments, the messages that it sends, the services that it "
-      "uses, its\n"
-      "result, and its time without what the trace itself takes.\n\n"
-      "Example:\n  hostrun trace --output calls.txt examples/first-colors.bas\n\n"
-      "Exit status: that of hostrun; 2 also when the trace can't be written.");
 }
 
 int Trace(const TraceOptions& options) {
@@ -331,8 +286,8 @@ int Trace(const TraceOptions& options) {
   if (!options.output.empty() && file == nullptr) {
     return Refuse(kCommand, options.output + ": wanted a file to write to, found: " + std::strerror(errno));
   }
-  const std::string problem = StandBefore(options.run.host.platform);
-  if (!problem.empty()) return Refuse(kCommand, problem);
+  const Problem problem = StandBefore(options.run.host.platform);
+  if (problem) return Refuse(kCommand, *problem);
   Tracer watching(file == nullptr ? stderr : file.get(), *source, options.all);
   tracer = &watching;
   SetCallObserver(&watching);
@@ -340,6 +295,22 @@ int Trace(const TraceOptions& options) {
   SetCallObserver(nullptr);
   tracer = nullptr;
   return status;
+}
+
+}  // namespace
+
+Action TraceCommand(CLI::App& app) {
+  const auto options = std::make_shared<TraceOptions>();
+  AddRunOptions(app, options->run);
+  app.add_option("--output", options->output, "Write the trace there and not to stderr")->option_text("FILE");
+  app.add_flag("--all", options->all, "Also look-ups of classes and selectors, and exception frames");
+  app.footer(
+      "Each call shows its declaration, its arguments, the messages that it sends, the services that it "
+      "uses, its\n"
+      "result, and its time without what the trace itself takes.\n\n"
+      "Example:\n  hostrun trace --output calls.txt examples/first-colors.bas\n\n"
+      "Exit status: that of hostrun; 2 also when the trace can't be written.");
+  return [options] { return Trace(*options); };
 }
 
 }  // namespace hostrun

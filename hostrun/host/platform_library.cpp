@@ -39,7 +39,7 @@ void* GlobalSymbol(const char* name) {
   return dlsym(RTLD_DEFAULT, name);
 }
 
-std::string LoadPlatform(const std::string& file) {
+Problem LoadPlatform(const std::string& file) {
   if (access(file.c_str(), R_OK) != 0) {
     return file + ": wanted the platform library, found no such file; build it with tools/build cocoa";
   }

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <string>
 
+#include "hostrun/host/problem.h"
+
 struct FSRef;
 
 namespace hostrun {
@@ -23,8 +25,8 @@ struct Platform {
   void (*release)(const void*) = nullptr;
 };
 
-// Loads the library. On failure the text says in one line what was wanted and found; empty on success.
-std::string LoadPlatform(const std::string& file);
+// Loads the library.
+Problem LoadPlatform(const std::string& file);
 const Platform& ThePlatform();
 
 // An autorelease pool of the platform's for as long as this lives: what the platform autoreleases meanwhile

@@ -29,7 +29,7 @@ void ForgetReplaced(Object* self, void* before) {
 }
 
 template <class F>
-std::string AddMethod(PlatformId metaclass, const char* name, F function, const char* types) {
+Problem AddMethod(PlatformId metaclass, const char* name, F function, const char* types) {
   const ObjectRuntime& runtime = TheObjectRuntime();
   if (runtime.addMethod(metaclass, runtime.selector(name), reinterpret_cast<void*>(function), types))
     return {};
@@ -38,7 +38,7 @@ std::string AddMethod(PlatformId metaclass, const char* name, F function, const 
 
 }  // namespace
 
-std::string InstallSibling() {
+Problem InstallSibling() {
   const std::string missing = FindObjectRuntime();
   if (!missing.empty()) return "the sibling part: wanted the run-time function " + missing + ", found none";
   dictionaryGet = reinterpret_cast<decltype(dictionaryGet)>(GlobalSymbol("CFDictionaryGetValue"));
@@ -54,9 +54,9 @@ std::string InstallSibling() {
   RegisterExceptionWrapper();
   RegisterImageWrapper();
   const PlatformId metaclass = ClassOf(exceptionClass);
-  std::string problem = AddMethod(metaclass, "GetInstancesDictionaryQVX", &GetInstancesDictionary, "^v8@0:4");
-  if (problem.empty()) problem = AddMethod(metaclass, "PrepareNSExceptionQVX", &PrepareException, "v8@0:4");
-  if (problem.empty()) problem = AddMethod(metaclass, "NewNSExceptionQVX:", &NewWrapper, "^v12@0:4@8");
+  Problem problem = AddMethod(metaclass, "GetInstancesDictionaryQVX", &GetInstancesDictionary, "^v8@0:4");
+  if (!problem) problem = AddMethod(metaclass, "PrepareNSExceptionQVX", &PrepareException, "v8@0:4");
+  if (!problem) problem = AddMethod(metaclass, "NewNSExceptionQVX:", &NewWrapper, "^v12@0:4@8");
   return problem;
 }
 

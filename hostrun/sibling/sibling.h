@@ -3,15 +3,14 @@
 // NSException.
 #pragma once
 
-#include <string>
-
 #include "hostrun/host/objects.h"
+#include "hostrun/host/problem.h"
 #include "hostrun/sibling/platform_objects.h"
 
 namespace hostrun {
 
-// Registers the classes and adds the methods. One line on failure, empty on success.
-std::string InstallSibling();
+// Registers the classes and adds the methods.
+Problem InstallSibling();
 
 // The instance cache: native object to host object, neither retained.
 Object* CachedInstance(PlatformId native);

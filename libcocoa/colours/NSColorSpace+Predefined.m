@@ -51,6 +51,11 @@ NSColorSpace* QVXSpaceOfKind(int kind) {
   return space;
 }
 
+NSString* QVXAskedName(NSString* name, NSDictionary* device) {
+  if (!name) name = [device objectForKey:NSDeviceColorSpaceName];
+  return name ? name : NSCalibratedRGBColorSpace;
+}
+
 // No message is sent here: it runs once, and whoever else wants the profile waits for it.
 static QVXProfile* installedCMYK;
 static void FindInstalledCMYK(void) {
@@ -59,7 +64,7 @@ static void FindInstalledCMYK(void) {
   void* bytes = QVXReadRegularFile(path ? path : QVX_CMYK_PROFILE, QVXLargestProfile, &size);
   QVXProfile* profile = QVXProfileOpen(bytes, size);
   free(bytes);
-  if (profile && QVXProfileModel(profile) != QVXCMYKModel) {
+  if (profile && (QVXProfileModel(profile) != QVXCMYKModel || !QVXProfileLeadsBothWays(profile))) {
     QVXProfileRelease(profile);
     profile = NULL;
   }

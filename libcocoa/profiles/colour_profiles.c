@@ -18,6 +18,7 @@ struct QVXProfile {
   uint16_t* description;
   size_t descriptionLength;
   int model;
+  bool leadsBothWays;
   QVXTransformEnd end;
 };
 
@@ -191,12 +192,14 @@ QVXProfile* QVXProfileOpen(const void* data, size_t size) {
   QVXProfile* known = Find(bytes, declared, hash);
   pthread_mutex_unlock(&lock);
   if (known) return known;
+  // The built-in profiles come first: one of the same colours shares theirs, and leaves them their bytes.
+  for (int which = 0; which < QVXBuiltInCount; ++which) QVXProfileBuiltIn((QVXBuiltIn)which);
   const QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
   if (!srgb) return NULL;
   QVXLimitLittleCMS(kMemoryAtLeast + kMemoryPerByte * declared);
   QVXProfile* profile = Build(bytes, declared, hash);
-  bool usable =
-      profile && QVXCanTransform(&profile->end, &srgb->end) && QVXCanTransform(&srgb->end, &profile->end);
+  const bool usable = profile && QVXCanTransform(&profile->end, &srgb->end);
+  if (usable) profile->leadsBothWays = QVXCanTransform(&srgb->end, &profile->end);
   QVXUnlimitLittleCMS();
   if (usable) return Publish(profile);
   if (profile) {
@@ -218,7 +221,10 @@ QVXProfile* QVXProfileBuiltIn(QVXBuiltIn which) {
     unsigned char* bytes = QVXMakeBuiltIn(which, &size);
     if (bytes) profile = Build(bytes, size, HashOf(bytes, size));
     free(bytes);
-    if (profile) profile = Publish(profile);
+    if (profile) {
+      profile->leadsBothWays = true;
+      profile = Publish(profile);
+    }
     __atomic_store_n(&made[which], profile, __ATOMIC_RELEASE);
   }
   pthread_mutex_unlock(&making);
@@ -273,6 +279,11 @@ const uint16_t* QVXProfileDescription(const QVXProfile* profile, size_t* length)
   return profile->description;
 }
 
+bool QVXProfileLeadsBothWays(const QVXProfile* profile) {
+  return profile->leadsBothWays;
+}
+
+// A profile that leads one way is not tried again each time.
 bool QVXConvert(const QVXProfile* from, const double* in, const QVXProfile* to, double* out) {
-  return QVXTransform(&from->end, in, &to->end, out);
+  return to->leadsBothWays && QVXTransform(&from->end, in, &to->end, out);
 }

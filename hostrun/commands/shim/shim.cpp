@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "hostrun/commands/platform_symbols.h"
+#include "hostrun/host/platform_symbols.h"
 
 extern "C" {
 [[gnu::visibility("hidden")]] extern const char hostrun_trace_spare[];
-[[gnu::visibility("hidden")]] void* hostrun_trace_arrived(std::uint32_t number, const std::uint32_t* frame);
+[[gnu::visibility("hidden")]] void* hostrun_trace_arrived(std::uint32_t number, const std::uint32_t* stack);
 }
 
 namespace {
@@ -43,13 +43,13 @@ void* FindInPlatform(const char* name) {
 
 }  // namespace
 
-void* hostrun_trace_arrived(std::uint32_t number, const std::uint32_t* frame) {
+void* hostrun_trace_arrived(std::uint32_t number, const std::uint32_t* stack) {
   Slot& slot = slots[number];
   if (number < kPlatformCount && slot.function == nullptr) {
     slot.name = kPlatformSymbols[number];
     slot.function = FindInPlatform(slot.name);
   }
-  if (tell != nullptr) tell(slot.name, reinterpret_cast<const void*>(frame[0]), frame + 1);
+  if (tell != nullptr) tell(slot.name, reinterpret_cast<const void*>(stack[0]), stack + 1);
   return slot.function;
 }
 

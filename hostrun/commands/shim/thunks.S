@@ -1,7 +1,7 @@
-/* hostrun/commands/shim/thunks.S - stands before functions of the platform and of the host, and lets somebody look.
+/* hostrun/commands/shim/thunks.S - stands before functions of the platform and of the host, and reports each call.
  *
- * Each thunk tells hostrun_trace_arrived its number and where its arguments lie, and then jumps to the real function
- * with the stack as it found it: whoever called sees no difference, and neither do frames and return addresses.
+ * Each thunk gives hostrun_trace_arrived its number and the place of its arguments, then jumps to the real function
+ * with the stack as it found it: the caller, exception frames and return addresses see no difference.
  */
 	.text
 	.type	common, @function

@@ -279,9 +279,9 @@ int main(int argc, char** argv) {
   CLI::App app("Calls every declaration of the bundle.");
   hostrun::AddHostOptions(app, hostrun::options);
   CLI11_PARSE(app, argc, argv);
-  const std::string problem = hostrun::StartHost(hostrun::options);
-  if (!problem.empty()) {
-    std::fprintf(stderr, "%s\n", problem.c_str());
+  const hostrun::Problem problem = hostrun::StartHost(hostrun::options);
+  if (problem) {
+    std::fprintf(stderr, "%s\n", problem->c_str());
     return 2;
   }
   int status = 0;

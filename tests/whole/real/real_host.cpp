@@ -41,8 +41,8 @@ void StartHost(double version) {
   options.bundle = BesideExecutable("QVXColor.so");
   options.platform = BesideExecutable("libcocoa.so");
   options.identity.version = version;
-  const std::string problem = hostrun::StartHost(options);
-  if (!problem.empty()) Fail(problem);
+  const hostrun::Problem problem = hostrun::StartHost(options);
+  if (problem) Fail(*problem);
 }
 
 const hostrun::Method& MethodOf(std::string_view className, std::string_view declaration) {
