@@ -40,17 +40,29 @@ wants 0 '' "$hostrun" --help
 
 # Bundles that are none.
 wants 2 'No such file or directory' "$hostrun" --bundle "$folder/missing.so" "$fine"
-wants 2 'found a file that is not ELF' "$hostrun" --bundle "$fine" "$fine"
+wants 2 'found a file that is neither ELF nor Mach-O' "$hostrun" --bundle "$fine" "$fine"
 : >"$folder/empty.so"
-wants 2 'found a file that is not ELF' "$hostrun" --bundle "$folder/empty.so" "$fine"
+wants 2 'found a file that is neither ELF nor Mach-O' "$hostrun" --bundle "$folder/empty.so" "$fine"
 wants 2 'found a 64-bit ELF file' "$hostrun" --bundle /bin/true "$fine"
-wants 2 'found an ELF file that is no shared object' "$hostrun" --bundle <(head -c 16 "$fixture"; printf '\x02\x00\x03\x00'; tail -c +21 "$fixture") "$fine"
+{ head -c 16 "$fixture"; printf '\x02\x00\x03\x00'; tail -c +21 "$fixture"; } >"$folder/program"
+wants 2 'found an ELF file that is no shared object' "$hostrun" --bundle "$folder/program" "$fine"
 head -c 40 "$fixture" >"$folder/cut.so"
 wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/cut.so" "$fine"
 head -c 4000 "$fixture" >"$folder/half.so"
 wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/half.so" "$fine"
 wants 2 'wanted an exported function REALPluginMain, found none' "$hostrun" --bundle "$(dirname "$hostrun")/libcocoa.so" "$fine"
 wants 2 'wanted a bundle' "$hostrun" --bundle "$folder" "$fine"
+
+# Desktop bundles that are none.
+mach() { printf '\xce\xfa\xed\xfe'; printf "$1"; }
+mach '' >"$folder/cut"
+wants 2 'wanted the header inside of its 4 bytes' "$hostrun" --bundle "$folder/cut" "$fine"
+printf '\xcf\xfa\xed\xfe%028d' 0 >"$folder/wide"
+wants 2 'found a 64-bit Mach-O file' "$hostrun" --bundle "$folder/wide" "$fine"
+mach '\x12\0\0\0\0\0\0\0\x08\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0' >"$folder/power"
+wants 2 'found a Mach-O file for processor 0x12' "$hostrun" --bundle "$folder/power" "$fine"
+mkdir -p "$folder/Empty.bundle/Contents/MacOS"
+wants 2 "$folder/Empty.bundle/Contents/MacOS/Empty: wanted a bundle" "$hostrun" --bundle "$folder/Empty.bundle/" "$fine"
 
 # Platforms that are none.
 wants 2 'wanted the platform library, found no such file' "$hostrun" --platform "$folder/missing.so" "$fine"
