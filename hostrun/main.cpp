@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -45,13 +47,17 @@ int Start(const Command& command, CLI::App& app, const std::string& name, int ar
   return action();
 }
 
+// "help COMMAND" is "COMMAND --help", and "help" is "--help".
+int Help(int argc, char** argv);
+
 int Dispatch(int argc, char** argv) {
+  if (argc >= 2 && std::string_view(argv[1]) == "help") return Help(argc, argv);
   CLI::App app;
   for (const Command& command : kCommands) {
     if (argc >= 2 && std::string_view(argv[1]) == command.name)
       return Start(command, app, "hostrun " + std::string(command.name), argc - 1, argv + 1);
   }
-  std::string footer = "Commands (hostrun COMMAND --help says more):\n";
+  std::string footer = "Commands (hostrun help COMMAND says more):\n";
   for (const Command& command : kCommands) {
     footer += "  " + hostrun::Padded(command.name, 10) + command.purpose + "\n";
   }
@@ -62,6 +68,24 @@ int Dispatch(int argc, char** argv) {
       "error of use\nor in the program; otherwise what Quit gives.");
   app.set_version_flag("--version", "hostrun " QVX_VERSION);
   return Start(kRun, app, "hostrun", argc, argv);
+}
+
+int Help(int argc, char** argv) {
+  std::string wish = "--help";
+  if (argc == 2) {
+    std::array<char*, 3> line = {argv[0], wish.data(), nullptr};
+    return Dispatch(2, line.data());
+  }
+  const std::string_view name = argv[2];
+  const bool known =
+      std::ranges::any_of(kCommands, [&](const Command& command) { return name == command.name; });
+  if (argc > 3 || !known) {
+    return hostrun::Refuse("hostrun help", "wanted one command, found " +
+                                               std::string(argc > 3 ? argv[3] : argv[2]) +
+                                               "; hostrun --help lists the commands");
+  }
+  std::array<char*, 4> line = {argv[0], argv[2], wish.data(), nullptr};
+  return Dispatch(3, line.data());
 }
 
 }  // namespace

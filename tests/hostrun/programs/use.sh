@@ -37,6 +37,13 @@ wants 2 '--host-version' "$hostrun" --host-version new "$fine"
 wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nonsense "$fine"
 wants 2 "found REALnewInstance; the host's name for it is PluginNewInstance" "$hostrun" --without REALnewInstance "$fine"
 wants 0 '' "$hostrun" --help
+wants 0 '' "$hostrun" help
+wants 2 'hostrun help: wanted one command, found clases; hostrun --help lists the commands' "$hostrun" help clases
+wants 2 'hostrun help: wanted one command, found check; hostrun --help lists the commands' "$hostrun" help trace check
+cmp -s <("$hostrun" help trace) <("$hostrun" trace --help) || {
+  echo "wanted of help trace what trace --help says, found another text"
+  failed=1
+}
 
 # Bundles that are none.
 wants 2 'No such file or directory' "$hostrun" --bundle "$folder/missing.so" "$fine"
