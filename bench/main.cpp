@@ -31,6 +31,22 @@ std::vector<Counted>& AllCounted() {
   return counted;
 }
 
+PrescribedCalls CallsFor(const Platform& platform) {
+  PrescribedCalls calls = {};
+  calls.send = reinterpret_cast<decltype(calls.send)>(platform.objc_msgSend);
+  calls.sendForFloat = reinterpret_cast<decltype(calls.sendForFloat)>(platform.objc_msgSend_fpret);
+  calls.enterFrame = platform.objc_exception_try_enter;
+  calls.exitFrame = platform.objc_exception_try_exit;
+  calls.stringLength = reinterpret_cast<decltype(calls.stringLength)>(platform.CFStringGetLength);
+  calls.stringBytes = reinterpret_cast<decltype(calls.stringBytes)>(platform.CFStringGetCString);
+  calls.buildString = reinterpret_cast<decltype(calls.buildString)>(Resolve("REALBuildString"));
+  calls.setStringEncoding =
+      reinterpret_cast<decltype(calls.setStringEncoding)>(Resolve("REALSetStringEncoding"));
+  calls.newBlock = reinterpret_cast<decltype(calls.newBlock)>(Resolve("newMemoryBlock"));
+  calls.blockPointer = reinterpret_cast<decltype(calls.blockPointer)>(Resolve("memoryBlockGetPtr"));
+  return calls;
+}
+
 namespace {
 
 enum class Scale { kNone, kQuick, kFull };
@@ -143,6 +159,8 @@ int MeasureAll(const char* file, bool quick) {
                             {"limit", row.limit},
                             {"target", row.target},
                             {"target_nanoseconds", row.nanoseconds},
+                            {"path", row.path},
+                            {"path_target", row.pathTarget},
                             {"series", row.series},
                             {"size", row.size},
                             {"nanoseconds", measured.nanoseconds},

@@ -6,6 +6,7 @@
 // DESKTOP the same of the desktop bundle. Both may be missing. The exit status is 0 whether or not targets
 // are met: the machine may be busy. The table says which.
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -69,6 +70,18 @@ void Evaluate(json& rows, const std::map<std::string, double>& instructions,
       row["ratio_of_minima"] = row["minimum"].get<double>() / minima.at(limit);
       if (row["target"] > 0.0) row["met"] = row["ratio"] <= row["target"];
     }
+    const std::string path = row.value("path", "");
+    if (!path.empty()) {
+      const std::string name = row["platform"].get<std::string>() + "/" + path;
+      row["ratio_to_path"] = row["minimum"].get<double>() / minima.at(name);
+      bool met = row["ratio_to_path"] <= row["path_target"];
+      const auto counted = instructions.find(name);
+      if (counted != instructions.end() && row.contains("instructions")) {
+        row["instructions_to_path"] = row["instructions"].get<double>() / counted->second;
+        met = met && row["instructions_to_path"] <= row["path_target"];
+      }
+      row["path_met"] = met;
+    }
     if (row["target_nanoseconds"] > 0.0) row["met"] = median <= row["target_nanoseconds"];
   }
 }
@@ -128,6 +141,50 @@ void WriteTable(std::ostream& out, const json& rows) {
   }
 }
 
+// Each row beside its prescribed path.
+void WritePaths(std::ostream& out, const json& rows) {
+  char line[240];
+  std::snprintf(line, sizeof line, "\n%-46s %12s %7s %7s\n", "against the prescribed path", "instructions",
+                "minima", "target");
+  out << line;
+  for (const json& row : rows) {
+    if (!row.contains("ratio_to_path")) continue;
+    const bool counted = row.contains("instructions_to_path");
+    std::snprintf(line, sizeof line, "%-46s %12s %7s %7s %s\n", FullName(row).c_str(),
+                  counted ? Number(row["instructions_to_path"], 2).c_str() : "-",
+                  Number(row["ratio_to_path"], 2).c_str(), Number(row["path_target"], 2).c_str(),
+                  row["path_met"].get<bool>() ? "met" : "NOT met");
+    out << line;
+  }
+}
+
+// What of a row grows with its size: a line for each step of a series, its exponent being 0 for nothing, 1
+// for in proportion.
+void WriteGrowth(std::ostream& out, const json& rows) {
+  std::map<std::string, std::vector<std::pair<double, double>>> series;  // from size to fastest time
+  for (const json& row : rows) {
+    const std::string name = row.value("series", "");
+    if (name.empty()) continue;
+    series[row["platform"].get<std::string>() + "/" + name].emplace_back(row["size"], row["minimum"]);
+  }
+  char line[240];
+  std::snprintf(line, sizeof line, "\n%-46s %10s %11s %9s\n", "growth", "size", "fastest", "exponent");
+  out << line;
+  for (auto& [name, points] : series) {
+    std::sort(points.begin(), points.end());
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      const auto& [size, time] = points[i];
+      std::string exponent;
+      if (i > 0) {
+        exponent = Number(std::log(time / points[i - 1].second) / std::log(size / points[i - 1].first), 2);
+      }
+      std::snprintf(line, sizeof line, "%-46s %10.0f %11s %9s\n", name.c_str(), size, Time(time).c_str(),
+                    exponent.c_str());
+      out << line;
+    }
+  }
+}
+
 }  // namespace
 
 }  // namespace bench
@@ -143,6 +200,8 @@ int main(int count, char** arguments) {
                     bench::ReadInstructions(arguments[3]));
     std::ostringstream table;
     bench::WriteTable(table, results["rows"]);
+    bench::WritePaths(table, results["rows"]);
+    bench::WriteGrowth(table, results["rows"]);
     std::cout << table.str();
     std::ofstream(arguments[4]) << table.str();
     std::ofstream(arguments[5]) << results.dump(1) << "\n";
