@@ -242,6 +242,7 @@ CodePtr Binder::BindCall(const Expression& call) {
     return IndexInto(callee.at, MakeVariable(callee.at, *variable), arguments);
   }
   if (routinesByName_.contains(lower)) return BindNamedCall(callee, arguments);
+  if (lower == "if") return BindChoice(callee, arguments);
   if (lower == "array") return std::make_unique<ArrayLiteral>(callee.at, BindArguments(arguments));
   if (lower == "ubound" && arguments.size() == 1) {
     CodePtr array = BindValue(*arguments[0]);
@@ -284,6 +285,8 @@ CodePtr Binder::BindMember(const Expression& member, const std::vector<const Exp
       }
       Fail(member.at,
            "wanted Red, Green, Blue, Alpha, Hue, Saturation or Value of a Color, found " + member.name);
+    case Kind::String:
+      return BindTextMember(member, std::move(code), arguments);
     case Kind::Variant:
       Fail(member.at,
            "wanted an object of a known class, found a Variant; write Class(value)." + member.name);
@@ -336,14 +339,29 @@ CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
                       ", which it does not have");
 }
 
+CodePtr Binder::BindTextMember(const Expression& member, CodePtr text,
+                               const std::vector<const Expression*>* arguments) {
+  if (!SameName(member.name, "length") && !SameName(member.name, "count")) {
+    Fail(member.at, "wanted Length or Count of a String, found " + member.name +
+                        "; the functions of language.md take a text as their argument");
+  }
+  if (arguments != nullptr && !arguments->empty())
+    Fail(member.at,
+         member.name + " of a String wants no arguments, found " + std::to_string(arguments->size()));
+  const Method& length = *TheRegistry().FunctionsNamed("len").front();
+  Arguments only;
+  only.push_back(std::move(text));
+  return CallOneOf(member, {{&length.signature, &length, nullptr}}, nullptr, std::move(only));
+}
+
 CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array,
                                 const std::vector<const Expression*>* arguments) {
   const ArrayMember* const found = FindArrayMember(member.name);
   if (found == nullptr) {
-    Fail(member.at,
-         "wanted a member of an array, found " + member.name +
-             "; there are UBound, LastIndex, Count, Append, Add, Insert, AddAt, Remove, RemoveAt, RemoveAll, "
-             "IndexOf, Pop and Sort");
+    Fail(member.at, "wanted a member of an array, found " + member.name +
+                        "; there are UBound, LastIndex, Count, Length, Append, Add, Insert, AddAt, Remove, "
+                        "RemoveAt, RemoveAll, "
+                        "IndexOf, Pop and Sort");
   }
   const Type& type = *array->type;
   const std::size_t given = arguments == nullptr ? 0 : arguments->size();
@@ -360,6 +378,24 @@ CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array,
                                   "argument " + std::to_string(i + 1) + " of " + member.name));
   }
   return std::make_unique<ArrayCall>(member.at, *found, std::move(array), std::move(bound));
+}
+
+// Of the two values the one that is not chosen is not evaluated.
+CodePtr Binder::BindChoice(const Expression& at, const std::vector<const Expression*>& arguments) {
+  if (arguments.size() != 3) {
+    Fail(at.at,
+         "If(...) wants a condition and two values, found " + Plural(std::to_string(arguments.size())));
+  }
+  CodePtr condition = BindCondition(*arguments[0]);
+  CodePtr whenTrue = BindValue(*arguments[1]);
+  CodePtr whenFalse = BindValue(*arguments[2]);
+  const Type* type = CommonType(*whenTrue->type, *whenFalse->type);
+  if (ConversionCost(*whenTrue, *type) < 0 || ConversionCost(*whenFalse, *type) < 0) {
+    type = TypeOf(Kind::Variant);
+  }
+  return std::make_unique<Choice>(at.at, type, std::move(condition),
+                                  MakeConversion(std::move(whenTrue), type),
+                                  MakeConversion(std::move(whenFalse), type));
 }
 
 CodePtr Binder::BindNew(const Expression& made) {

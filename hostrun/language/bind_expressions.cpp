@@ -135,7 +135,7 @@ CodePtr Binder::BindBinary(const Expression& binary) {
   CodePtr made = MakeBinary(binary.at, binary.name, std::move(left), std::move(right));
   if (!made) {
     std::string message = "'" + binary.name + "' does not work on " + l + " and " + r;
-    if (binary.name == "+" && (l == "String" || r == "String"))
+    if (binary.name == "&" || (binary.name == "+" && (l == "String" || r == "String")))
       message += "; Str(...) makes text of a number";
     Fail(binary.at, message);
   }

@@ -138,6 +138,9 @@ class Binder {
                            const std::vector<const Expression*>* arguments);
   CodePtr BindArrayMember(const Expression& member, CodePtr array,
                           const std::vector<const Expression*>* arguments);
+  CodePtr BindTextMember(const Expression& member, CodePtr text,
+                         const std::vector<const Expression*>* arguments);
+  CodePtr BindChoice(const Expression& at, const std::vector<const Expression*>& arguments);  // If(...)
   CodePtr BindNamedCall(const Expression& name, const std::vector<const Expression*>& arguments);
   CodePtr BindNew(const Expression& made);
   // array(index): one argument.

@@ -179,6 +179,18 @@ CodePtr MakeConversion(CodePtr from, const Type* to) {
   return std::make_unique<ConstantCode>(made->at, to, ConstantValue(*made));
 }
 
+const Type* CommonType(const Type& a, const Type& b) {
+  if (&a == &b || b.kind == Kind::Nil) return &a;
+  if (a.kind == Kind::Nil) return &b;
+  if (a.IsNumber() && b.IsNumber())
+    return TypeOf(a.IsInteger() && b.IsInteger() ? Kind::Int64 : Kind::Double);
+  if (a.kind == Kind::Object && b.kind == Kind::Object) {
+    if (a.cls->IsA(*b.cls)) return &b;
+    if (b.cls->IsA(*a.cls)) return &a;
+  }
+  return TypeOf(Kind::Variant);
+}
+
 CodePtr MakeCast(Position at, CodePtr from, const Type* to) {
   const Type& type = *from->type;
   if (to->kind != Kind::Object) {

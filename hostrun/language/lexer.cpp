@@ -71,6 +71,12 @@ class Lexer {
     return true;
   }
 
+  // "a"&b: what touches the end of a value on its left is the operator, anything else begins a literal.
+  bool JoinsTexts() const {
+    const char before = at_ == 0 ? ' ' : text_[at_ - 1];
+    return before == '"' || before == ')' || IsNameCharacter(before);
+  }
+
   void Next() {
     const char c = Peek();
     if (c == '\n') {
@@ -84,7 +90,7 @@ class Lexer {
       String();
     } else if (IsDigit(c) || (c == '.' && IsDigit(Peek(1)))) {
       Number();
-    } else if (c == '&' && IsNameStart(Peek(1))) {
+    } else if (c == '&' && IsNameStart(Peek(1)) && !JoinsTexts()) {
       Radix();
     } else if (IsNameStart(c)) {
       if (!TakeContinuation()) Name();
@@ -157,7 +163,8 @@ class Lexer {
     const char kind = static_cast<char>(LowerCase(static_cast<unsigned char>(Peek(1))));
     const int base = kind == 'h' || kind == 'c' ? 16 : kind == 'b' ? 2 : kind == 'o' ? 8 : 0;
     if (base == 0)
-      Fail(start, "wanted &h, &b, &o or &c and digits, found '&" + std::string(1, Peek(1)) + "'");
+      Fail(start, "wanted &h, &b, &o or &c and digits, found '&" + std::string(1, Peek(1)) +
+                      "'; to join texts, write a blank behind &");
     at_ += 2;
     const std::size_t first = at_;
     while (IsNameCharacter(Peek())) ++at_;
@@ -166,7 +173,7 @@ class Lexer {
     const auto [stop, error] = std::from_chars(text_.data() + first, end, bits, base);
     if (first == at_ || stop != end || error != std::errc()) {
       Fail(start, "wanted digits of base " + std::to_string(base) + ", found '" +
-                      text_.substr(start, at_ - start) + "'");
+                      text_.substr(start, at_ - start) + "'; to join texts, write a blank behind &");
     }
     Token& token = Add(TokenKind::Literal, start, at_);
     if (kind == 'c') {
@@ -180,7 +187,8 @@ class Lexer {
   }
 
   void Operator() {
-    static constexpr std::array<std::string_view, 8> kTwo = {"<=", ">=", "<>", "+=", "-=", "*=", "/=", "\\="};
+    static constexpr std::array<std::string_view, 9> kTwo = {
+        "<=", ">=", "<>", "+=", "-=", "*=", "/=", "\\=", "&="};
     const std::size_t start = at_;
     for (const std::string_view two : kTwo) {
       if (text_.compare(at_, 2, two) == 0) {
@@ -189,7 +197,7 @@ class Lexer {
         return;
       }
     }
-    static constexpr std::string_view kOne = "+-*/\\^=<>(),.:";
+    static constexpr std::string_view kOne = "+-*/\\^=<>(),.:&";
     if (kOne.find(Peek()) == std::string_view::npos) {
       const auto byte = static_cast<unsigned char>(Peek());
       Fail(at_, byte < 0x20 ? "wanted a statement, found a control character"

@@ -41,7 +41,7 @@ constexpr std::array<Level, 5> kLevels = {{
     {{"or", "xor"}},
     {{"and"}},
     {{"=", "<>", "<", ">", "<=", ">=", "is", "isa"}},
-    {{"+", "-"}},
+    {{"+", "-", "&"}},
     {{"*", "/", "\\", "mod"}},
 }};
 constexpr int kComparison = 2;
