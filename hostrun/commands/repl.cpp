@@ -9,12 +9,12 @@
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/line_editor.h"
-#include "hostrun/commands/show.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/show.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/program.h"
 #include "hostrun/language/session.h"

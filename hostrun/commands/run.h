@@ -13,7 +13,8 @@ namespace hostrun {
 struct RunOptions {
   HostOptions host;
   bool leaksAreErrors = false;
-  std::string program;
+  std::vector<std::string> statements;  // instead of a program
+  std::string program;                  // with statements: the first argument
   std::vector<std::string> arguments;
 };
 

@@ -348,6 +348,17 @@ std::string ExactText(const Value& value) {
   return {buffer.data(), end};
 }
 
+std::string LiteralText(const Value& value) {
+  if (value.IsNil()) return "Nil";
+  if (value.kind() != Kind::String) return ExactText(value);
+  std::string text = "\"";
+  for (const char c : Utf8Of(value.string())) {
+    if (c == '"') text += '"';
+    text += c;
+  }
+  return text + '"';
+}
+
 void RegisterTextFunctions() {
   Registry& registry = TheRegistry();
   const auto add = [&registry](const char* declaration, auto function) {

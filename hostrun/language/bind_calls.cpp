@@ -272,6 +272,11 @@ CodePtr Binder::BindCall(const Expression& call) {
 CodePtr Binder::BindMember(const Expression& member, const std::vector<const Expression*>* arguments) {
   const Expression& object = *member.children[0];
   if (Class* const cls = ClassOf(object)) return BindSharedMember(member, *cls, arguments);
+  const Variable* const named = object.kind == Expression::Kind::Name ? FindVariable(object.name) : nullptr;
+  if (named != nullptr && named->where == Variable::Where::Enumeration) {
+    if (arguments != nullptr) Fail(member.at, member.name + " is a constant and takes no arguments");
+    return BindEnumerationMember(member);
+  }
   CodePtr code = BindValue(object);
   switch (code->type->kind) {
     case Kind::Object:
@@ -337,6 +342,16 @@ CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
   }
   Fail(member.at, "wanted a shared method or a constant of " + cls.name + ", found " + member.name +
                       ", which it does not have");
+}
+
+CodePtr Binder::BindEnumerationMember(const Expression& member) {
+  const std::string& enumeration = member.children[0]->name;
+  const Variable* const constant = FindVariable(enumeration + "." + member.name);
+  if (constant == nullptr) {
+    Fail(member.at,
+         "wanted a member of " + enumeration + ", found " + member.name + ", which it does not have");
+  }
+  return MakeVariable(member.at, *constant);
 }
 
 CodePtr Binder::BindTextMember(const Expression& member, CodePtr text,

@@ -35,6 +35,17 @@ Binder::Variable& Binder::DeclareVariable(Position at, const std::string& name, 
   return variable;
 }
 
+std::size_t Binder::NewGlobal(const Type* type) {
+  program_.globals.push_back(type);
+  return program_.globals.size() - 1;
+}
+
+Binder::Variable& Binder::DeclareStatic(Position at, const std::string& name, const Type* type) {
+  Variable& variable = Declare(at, name, type, Variable::Where::Static);
+  variable.slot = NewGlobal(type);
+  return variable;
+}
+
 void Binder::DeclareConstant(Position at, const std::string& name, const Code& value) {
   Variable& constant = Declare(at, name, value.type, Variable::Where::Constant);
   constant.value = ConstantValue(value);
@@ -50,10 +61,12 @@ PlacePtr Binder::MakePlace(Position at, const Variable& variable) {
     case Variable::Where::Local:
       return std::make_unique<LocalVariable>(at, variable.type, variable.slot);
     case Variable::Where::Global:
+    case Variable::Where::Static:
       return std::make_unique<GlobalVariable>(at, variable.type, variable.slot);
     case Variable::Where::Reference:
       return std::make_unique<ReferenceParameter>(at, variable.type, variable.slot);
     case Variable::Where::Constant:
+    case Variable::Where::Enumeration:
       break;
   }
   return nullptr;
@@ -65,7 +78,11 @@ Class& Binder::WantClass(Position at, const std::string& name) {
   return *cls;
 }
 
-const Type* Binder::TypeFor(const TypeName& name) {
+const Type* Binder::TypeFor(const TypeName& name) const {
+  const Variable* const variable = FindVariable(name.name);
+  if (variable != nullptr && variable->where == Variable::Where::Enumeration) {
+    return name.array ? ArrayOf(variable->type) : variable->type;
+  }
   const Type* type = TypeNamed(name.name);
   if (type->kind == Kind::Object) {
     if (name.name.starts_with('_') || !type->cls->defined) {
@@ -117,7 +134,10 @@ CodePtr Binder::BindValue(const Expression& expression) {
 
 // A name alone: a variable, or a call without arguments.
 CodePtr Binder::BindName(const Expression& name) {
-  if (const Variable* const variable = FindVariable(name.name)) return MakeVariable(name.at, *variable);
+  if (const Variable* const variable = FindVariable(name.name)) {
+    if (variable->where != Variable::Where::Enumeration) return MakeVariable(name.at, *variable);
+    Fail(name.at, "wanted a value, found the enumeration " + name.name + "; name one of its members");
+  }
   const std::string lower = LowerName(name.name);
   if (routinesByName_.contains(lower) || !TheRegistry().FunctionsNamed(lower).empty())
     return BindNamedCall(name, {});
@@ -181,8 +201,10 @@ PlacePtr Binder::BindPlace(const Expression& expression) {
       Fail(expression.at,
            "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
     }
-    if (variable->where == Variable::Where::Constant) {
-      Fail(expression.at, "wanted a variable before '=', found the constant " + expression.name);
+    if (variable->where == Variable::Where::Constant || variable->where == Variable::Where::Enumeration) {
+      const bool constant = variable->where == Variable::Where::Constant;
+      Fail(expression.at, std::string("wanted a variable before '=', found the ") +
+                              (constant ? "constant " : "enumeration ") + expression.name);
     }
   }
   if (expression.kind == Expression::Kind::Member && ClassOf(*expression.children[0]) == nullptr) {

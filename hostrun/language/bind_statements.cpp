@@ -16,12 +16,28 @@ Binder::ScopeGuard::~ScopeGuard() {
   binder_.scopes_.pop_back();
 }
 
-// Routines are declared first: they may be called before the line that they stand on.
+// Enumerations and routines are declared first: they may be called before the line that they stand on.
 BoundProgram Binder::Bind(const ProgramText& text) {
+  for (const EnumDeclaration& declaration : text.enums) DeclareEnumeration(declaration);
   for (const RoutineDeclaration& declaration : text.routines) DeclareRoutine(declaration);
   BindInto(program_.body, text.body);
   for (std::size_t i = 0; i < text.routines.size(); ++i) BindRoutine(text.routines[i], *program_.routines[i]);
   return std::move(program_);
+}
+
+void Binder::DeclareEnumeration(const EnumDeclaration& declaration) {
+  const Type* const type = TypeOf(Kind::Integer);
+  Declare(declaration.at, declaration.name, type, Variable::Where::Enumeration);
+  std::int64_t next = 0;
+  for (const EnumDeclaration::Member& member : declaration.members) {
+    if (member.value) {
+      const CodePtr value = Convert(BindConstant(*member.value, member.name), type, member.name);
+      next = ConstantValue(*value).integer();
+    }
+    Variable& constant =
+        Declare(member.at, declaration.name + "." + member.name, type, Variable::Where::Constant);
+    constant.value = Value::Integer(static_cast<std::int32_t>(next++));
+  }
 }
 
 void Binder::DeclareRoutine(const RoutineDeclaration& declaration) {

@@ -40,7 +40,9 @@ class Binder {
 
   // What a name of the program stands for.
   struct Variable {
-    enum class Where : std::uint8_t { Local, Global, Reference, Constant };
+    // Static: among the globals, where it outlives its block. Enumeration: no value, its members are
+    // constants named "enumeration.member".
+    enum class Where : std::uint8_t { Local, Global, Static, Reference, Constant, Enumeration };
     Where where;
     const Type* type;
     std::size_t slot;  // among the locals or the globals; a constant has none
@@ -82,6 +84,10 @@ class Binder {
   const Variable* FindVariable(const std::string& name) const;
   // A new name in the innermost scope, with a slot of its own; refused where the scope has that name.
   Variable& DeclareVariable(Position at, const std::string& name, const Type* type);
+  // The same, among the globals also in a routine: it keeps its value from one call to the next.
+  Variable& DeclareStatic(Position at, const std::string& name, const Type* type);
+  // A slot among the globals that no name means.
+  std::size_t NewGlobal(const Type* type);
   // `value` is constant code.
   void DeclareConstant(Position at, const std::string& name, const Code& value);
   // Code that reads it.
@@ -89,7 +95,7 @@ class Binder {
   // The same as a place. Precondition: no constant.
   static PlacePtr MakePlace(Position at, const Variable& variable);
   // The type or class that is named; refused where this host has none of that name.
-  static const Type* TypeFor(const TypeName& name);
+  const Type* TypeFor(const TypeName& name) const;
   static Class& WantClass(Position at, const std::string& name);
   // The number of the innermost loop of that word, or of any with "loop"; 0: there is none.
   int FindLoop(std::string_view word) const;
@@ -141,6 +147,7 @@ class Binder {
   CodePtr BindTextMember(const Expression& member, CodePtr text,
                          const std::vector<const Expression*>* arguments);
   CodePtr BindChoice(const Expression& at, const std::vector<const Expression*>& arguments);  // If(...)
+  CodePtr BindEnumerationMember(const Expression& member);
   CodePtr BindNamedCall(const Expression& name, const std::vector<const Expression*>& arguments);
   CodePtr BindNew(const Expression& made);
   // array(index): one argument.
@@ -155,7 +162,9 @@ class Binder {
   // object.Member(arguments) on the left of "="; null: no such.
   PlacePtr BindAssignsCall(const Expression& call);
 
-  // Routines (bind_statements.cpp).
+  // Routines and enumerations (bind_statements.cpp).
+  void DeclareEnumeration(const EnumDeclaration& declaration);
+  void ForgetEnumeration(const std::string& lower);  // with its members
   void DeclareRoutine(const RoutineDeclaration& declaration);
   void BindRoutine(const RoutineDeclaration& declaration, Routine& routine);
 

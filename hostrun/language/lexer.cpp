@@ -27,6 +27,7 @@ class Lexer {
   explicit Lexer(const Source& source) : text_(source.text()) {}
 
   std::vector<Token> Run() {
+    if (text_.starts_with("#!")) SkipToLineEnd();  // what makes the file a command
     while (at_ < text_.size()) Next();
     Add(TokenKind::EndOfLine, at_, at_);
     Add(TokenKind::EndOfFile, at_, at_);

@@ -82,6 +82,8 @@ class Parser {
 
   void ParseStatements(Block& into);
   RoutineDeclaration ParseRoutine();
+  bool AtEnum() const;
+  EnumDeclaration ParseEnum();
   RoutineParameter ParseParameter();
 
   std::vector<Token> tokens_;

@@ -54,11 +54,40 @@ ProgramText Parser::ParseProgram() {
   while (Peek().kind != TokenKind::EndOfFile) {
     if (AtWord("sub") || AtWord("function")) {
       program.routines.push_back(ParseRoutine());
+    } else if (AtEnum()) {
+      program.enums.push_back(ParseEnum());
     } else {
       ParseStatements(program.body);
     }
   }
   return program;
+}
+
+// A variable may have this name.
+bool Parser::AtEnum() const {
+  return AtWord("enum") && Peek(1).kind == TokenKind::Name;
+}
+
+EnumDeclaration Parser::ParseEnum() {
+  EnumDeclaration declaration;
+  declaration.at = Peek(1).at;
+  Take();
+  declaration.name = WantName("a name after 'Enum'");
+  WantEndOfStatement("the name of an enumeration");
+  while (Peek().kind != TokenKind::EndOfFile && !AtEndOf({"end enum"})) {
+    if (AtEndOfStatement()) {
+      Take();
+      continue;
+    }
+    EnumDeclaration::Member& member = declaration.members.emplace_back();
+    member.at = Peek().at;
+    member.name = WantName("a member of " + declaration.name + " or 'End Enum'");
+    if (TakeOperator("=")) member.value = ParseExpression();
+    WantEndOfStatement("a member of an enumeration");
+  }
+  WantEnd("enum", declaration.at);
+  WantEndOfStatement("'End Enum'");
+  return declaration;
 }
 
 ExpressionPtr Parser::ParseLoneExpression() {
@@ -146,6 +175,7 @@ StatementPtr Parser::ParseNestedStatement() {
 
 StatementPtr Parser::ParseStatement() {
   if (AtWord("sub") || AtWord("function")) Fail("a routine outside of every block");
+  if (AtEnum()) Fail("an enumeration outside of every block");
   return ParseAnyStatement(*this);
 }
 

@@ -34,6 +34,7 @@ class Session {
  private:
   State RunText(const ProgramText& text);
   State RunExpression(const Expression& expression);
+  void AddGlobals();
   State Guarded(const std::function<State()>& run);
 
   std::string name_;

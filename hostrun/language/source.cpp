@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 
 namespace hostrun {
@@ -40,6 +41,20 @@ Source Source::FromFile(const std::string& path) {
   std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   if (in.bad()) throw refuse("a file that can't be read");
   return {path, std::move(text)};
+}
+
+Source Source::FromStandardInput() {
+  constexpr const char* kName = "standard input";
+  std::string text;
+  char part[4096];
+  while (text.size() <= kLargestProgram && std::cin.read(part, sizeof part).gcount() > 0) {
+    text.append(part, static_cast<std::size_t>(std::cin.gcount()));
+  }
+  if (text.size() > kLargestProgram) {
+    throw std::runtime_error(std::string(kName) + ": wanted a program, found more than " +
+                             std::to_string(kLargestProgram) + " bytes");
+  }
+  return {kName, std::move(text)};
 }
 
 std::string_view Source::Line(std::int32_t number) const {

@@ -27,6 +27,8 @@ class Source {
   Source(std::string name, std::string text);
   // Throws std::runtime_error with one clear line when the file can't be read.
   static Source FromFile(const std::string& path);
+  // The same of all that standard input gives.
+  static Source FromStandardInput();
 
   const std::string& name() const { return name_; }
   const std::string& text() const { return text_; }

@@ -35,6 +35,10 @@ TEST(Repl, KeepsWhatWasDeclared) {
   EXPECT_EQ(Typed("Dim x As Integer = 5\nx = x + 1\nx\n").out, "6\n");
 }
 
+TEST(Repl, KeepsNumbersWithAFraction) {
+  EXPECT_EQ(Typed("Dim x As Double = 1.5\nx\nx = x * 2\nx\nDim y As Double\ny\n").out, "1.5\n3\n0\n");
+}
+
 TEST(Repl, KeepsSubsAndFunctions) {
   EXPECT_EQ(Typed("Function Twice(n As Integer) As Integer\n  Return n * 2\nEnd Function\nTwice(4)\n").out,
             "8\n");

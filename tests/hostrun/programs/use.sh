@@ -38,6 +38,33 @@ wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nons
 wants 2 "found REALnewInstance; the host's name for it is PluginNewInstance" "$hostrun" --without REALnewInstance "$fine"
 wants 0 '' "$hostrun" --help
 
+# Programs from elsewhere than a file.
+says() {
+  if [ "$(cat "$folder/out")" != "$1" ]; then
+    printf 'wanted on stdout:\n%s\nfound:\n%s\n' "$1" "$(cat "$folder/out")"
+    failed=1
+  fi
+}
+wants 0 '' "$hostrun" -e 'Dim x As Integer = 6' -e 'Print x * 7, Arguments(0), Arguments.Count' first second
+says '42 first 2'
+wants 2 '-e:1:7: wanted a variable' "$hostrun" -e 'Print missing'
+wants 0 '' bash -c 'printf "Print 6 * 7, Arguments(0)\n" | "$0" - first' "$hostrun"
+says '42 first'
+wants 2 'standard input:2:7: wanted an expression' bash -c 'printf "Print 1\nPrint )\n" | "$0" -' "$hostrun"
+printf '#!%s\nPrint "a command", Arguments(0)\n' "$hostrun" >"$folder/command"
+chmod +x "$folder/command"
+wants 0 '' "$folder/command" given
+says 'a command given'
+wants 2 'command:2:7: wanted a variable' bash -c 'printf "#!hostrun\nPrint missing\n" >"$1"; "$0" "$1"' "$hostrun" "$folder/command"
+
+# Lines from standard input.
+printf 'Print Input("name? ") & "!"\nWhile Not EndOfInput\n  Print Input.Length\nWend\nPrint "[" & Input & "]"\n' >"$folder/ask.bas"
+wants 0 '' bash -c 'printf "Ada\r\n\nabc" | "$0" "$1"' "$hostrun" "$folder/ask.bas"
+says 'name? Ada!
+0
+3
+[]'
+
 # Bundles that are none.
 wants 2 'No such file or directory' "$hostrun" --bundle "$folder/missing.so" "$fine"
 wants 2 'found a file that is not ELF' "$hostrun" --bundle "$fine" "$fine"
