@@ -18,18 +18,12 @@ namespace {
 int RunSource(const Source& source) {
   try {
     return RunProgram(Compile(source), source);
-  } catch (const ProgramError& error) {
-    return Refuse(source.Describe(error.at(), error.what()));
+  } catch (const ProgramErrors& errors) {
+    return Refuse(source.Describe(errors));
   }
 }
 
 constexpr const char* kStandardInput = "-";
-
-// Most likely a command that is spelled wrong.
-bool IsNoFile(const std::string& program) {
-  return program != kStandardInput && !std::filesystem::path(program).has_extension() &&
-         !std::filesystem::exists(program);
-}
 
 Source SourceOf(const RunOptions& options) {
   if (options.statements.empty()) {
@@ -49,6 +43,16 @@ std::vector<std::string> ArgumentsOf(const RunOptions& options) {
 }
 
 }  // namespace
+
+bool NamesNoProgram(const std::string& program) {
+  return program != kStandardInput && !std::filesystem::path(program).has_extension() &&
+         !std::filesystem::exists(program);
+}
+
+int RefuseNoProgram(const std::string& program, const std::string& hint) {
+  return Refuse(program + ": wanted a program file or a command, found neither" + hint +
+                "; hostrun --help lists the commands");
+}
 
 void AddRunOptions(CLI::App& app, RunOptions& options) {
   AddHostOptions(app, options.host);
@@ -73,10 +77,8 @@ int Run(const RunOptions& options) {
           "--help "
           "says more");
     }
-    if (options.statements.empty() && IsNoFile(options.program)) {
-      return Refuse(options.program +
-                    ": wanted a program file or a command, found neither; hostrun --help lists the commands");
-    }
+    if (options.statements.empty() && NamesNoProgram(options.program))
+      return RefuseNoProgram(options.program, "");
     const Source source = SourceOf(options);
     const Problem problem = StartHost(options.host);
     if (problem) return Refuse(*problem);

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "hostrun/host/registry.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/code_arrays.h"
@@ -257,8 +258,9 @@ CodePtr Binder::BindCall(const Expression& call) {
   const Type* const type = TypeNamed(callee.name);
   const bool known = type->kind != Kind::Object || (type->cls->defined && !callee.name.starts_with('_'));
   if (!known)
-    Fail(callee.at, "wanted a function, an array or a class before '(', found " + callee.name +
-                        ", which is not declared");
+    FailUnknown(callee.at, callee.name,
+                "wanted a function, an array or a class before '(', found " + callee.name +
+                    ", which is not declared");
   if (arguments.size() != 1)
     Fail(callee.at,
          "wanted one value to see as " + type->name + ", found " + std::to_string(arguments.size()));
@@ -321,7 +323,7 @@ CodePtr Binder::BindInstanceMember(const Expression& member, CodePtr object,
     Fail(member.at, member.name + " belongs to the class: write " + cls.name + "." + member.name);
   }
   Fail(member.at, "wanted a method or a property of " + cls.name + ", found " + member.name +
-                      ", which it does not have");
+                      ", which it does not have" + DidYouMean(member.name, MemberNamesOf(cls, false)));
 }
 
 CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
@@ -341,15 +343,24 @@ CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
     Fail(member.at, member.name + " belongs to instances of " + cls.name + ": wanted an object before '.'");
   }
   Fail(member.at, "wanted a shared method or a constant of " + cls.name + ", found " + member.name +
-                      ", which it does not have");
+                      ", which it does not have" + DidYouMean(member.name, MemberNamesOf(cls, true)));
+}
+
+std::vector<std::string> Binder::MembersOf(const std::string& enumeration) const {
+  std::vector<std::string> names;
+  const std::string prefix = LowerName(enumeration) + ".";
+  for (const auto& [lower, variable] : scopes_.front()) {
+    if (lower.starts_with(prefix)) names.push_back(variable.name.substr(prefix.size()));
+  }
+  return names;
 }
 
 CodePtr Binder::BindEnumerationMember(const Expression& member) {
   const std::string& enumeration = member.children[0]->name;
   const Variable* const constant = FindVariable(enumeration + "." + member.name);
   if (constant == nullptr) {
-    Fail(member.at,
-         "wanted a member of " + enumeration + ", found " + member.name + ", which it does not have");
+    Fail(member.at, "wanted a member of " + enumeration + ", found " + member.name +
+                        ", which it does not have" + DidYouMean(member.name, MembersOf(enumeration)));
   }
   return MakeVariable(member.at, *constant);
 }

@@ -1,5 +1,6 @@
 // hostrun/language/bind_expressions.cpp - settles expressions.
 #include "hostrun/host/registry.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/code_conversions.h"
@@ -16,12 +17,38 @@ const Binder::Variable* Binder::FindVariable(const std::string& name) const {
     const auto found = scope->find(lower);
     if (found != scope->end()) return &found->second;
   }
+  if (refused_.contains(lower)) throw Consequence();
   return nullptr;
+}
+
+std::vector<std::string> Binder::TypeNames() const {
+  std::vector<std::string> names = ClassNames();
+  for (const Kind kind : {Kind::Boolean, Kind::Integer, Kind::Int64, Kind::Single, Kind::Double, Kind::Color,
+                          Kind::String, Kind::Variant}) {
+    names.push_back(TypeOf(kind)->name);
+  }
+  return names;
+}
+
+std::vector<std::string> Binder::KnownNames() const {
+  std::vector<std::string> names;
+  for (const Scope& scope : scopes_) {
+    for (const auto& [lower, variable] : scope) names.push_back(variable.name);
+  }
+  for (const auto& [lower, routine] : routinesByName_) names.push_back(routine->signature.name);
+  for (const Method& function : TheRegistry().functions()) names.push_back(function.signature.name);
+  for (const std::string& name : ClassNames()) names.push_back(name);
+  return names;
+}
+
+void Binder::FailUnknown(Position at, const std::string& name, const std::string& message) {
+  if (collecting_) refused_.insert(LowerName(name));
+  Fail(at, message + DidYouMean(name, KnownNames()));
 }
 
 Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type,
                                   Variable::Where where) {
-  const auto [place, added] = scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}});
+  const auto [place, added] = scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}, name});
   if (!added) Fail(at, "wanted a new name, found " + name + ", which is declared in this block already");
   return place->second;
 }
@@ -72,9 +99,12 @@ PlacePtr Binder::MakePlace(Position at, const Variable& variable) {
   return nullptr;
 }
 
-Class& Binder::WantClass(Position at, const std::string& name) {
+Class& Binder::WantClass(Position at, const std::string& name) const {
   Class* const cls = name.starts_with('_') ? nullptr : TheRegistry().FindClass(name);
-  if (cls == nullptr) Fail(at, "wanted a class, found " + name + ", which is none that this host knows");
+  if (cls == nullptr) {
+    Fail(at, "wanted a class, found " + name + ", which is none that this host knows" +
+                 DidYouMean(name, ClassNames()));
+  }
   return *cls;
 }
 
@@ -86,7 +116,8 @@ const Type* Binder::TypeFor(const TypeName& name) const {
   const Type* type = TypeNamed(name.name);
   if (type->kind == Kind::Object) {
     if (name.name.starts_with('_') || !type->cls->defined) {
-      Fail(name.at, "wanted a type, found " + name.name + ", which is none that this host knows");
+      Fail(name.at, "wanted a type, found " + name.name + ", which is none that this host knows" +
+                        DidYouMean(name.name, TypeNames()));
     }
   }
   return name.array ? ArrayOf(type) : type;
@@ -144,7 +175,8 @@ CodePtr Binder::BindName(const Expression& name) {
   if (TheRegistry().FindClass(name.name) != nullptr) {
     Fail(name.at, "wanted a value, found the class " + name.name + "; name one of its members");
   }
-  Fail(name.at, "wanted a variable, a function or a class, found " + name.name + ", which is not declared");
+  FailUnknown(name.at, name.name,
+              "wanted a variable, a function or a class, found " + name.name + ", which is not declared");
 }
 
 CodePtr Binder::BindBinary(const Expression& binary) {
@@ -198,8 +230,9 @@ PlacePtr Binder::BindPlace(const Expression& expression) {
   if (expression.kind == Expression::Kind::Name) {
     const Variable* const variable = FindVariable(expression.name);
     if (variable == nullptr) {
-      Fail(expression.at,
-           "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
+      FailUnknown(
+          expression.at, expression.name,
+          "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
     }
     if (variable->where == Variable::Where::Constant || variable->where == Variable::Where::Enumeration) {
       const bool constant = variable->where == Variable::Where::Constant;

@@ -9,7 +9,8 @@ namespace hostrun {
 // How badly a value of what `from` gives fits where `to` is wanted: 0 exactly, larger is worse, -1 not at
 // all.
 int ConversionCost(const Code& from, const Type& to);
-// Precondition: ConversionCost is not -1. A constant stays one.
+// Precondition: ConversionCost is not -1. A constant stays one. Throws ProgramError for a constant number
+// that the type can't hold.
 CodePtr MakeConversion(CodePtr from, const Type* to);
 // The type that fits values of both, Variant where no other does. Nil goes with everything.
 const Type* CommonType(const Type& a, const Type& b);

@@ -26,9 +26,16 @@ class Lexer {
  public:
   explicit Lexer(const Source& source) : text_(source.text()) {}
 
-  std::vector<Token> Run() {
+  std::vector<Token> Run(std::vector<ProgramError>& errors) {
     if (text_.starts_with("#!")) SkipToLineEnd();  // what makes the file a command
-    while (at_ < text_.size()) Next();
+    while (at_ < text_.size()) {
+      try {
+        Next();
+      } catch (const ProgramError& error) {
+        errors.push_back(error);
+        SkipToLineEnd();
+      }
+    }
     Add(TokenKind::EndOfLine, at_, at_);
     Add(TokenKind::EndOfFile, at_, at_);
     return std::move(tokens_);
@@ -152,6 +159,10 @@ class Lexer {
       token.literal = narrow == whole ? Value::Integer(narrow) : Value::Int64(whole);
       return;
     }
+    if (!real) {
+      Fail(start, "wanted a whole number of at most 9223372036854775807, found " + std::string(digits) +
+                      "; with .0 it is a Double");
+    }
     if (std::from_chars(digits.data(), digits.data() + digits.size(), number).ec != std::errc()) {
       Fail(start, "wanted a number that a Double can hold, found " + std::string(digits));
     }
@@ -201,6 +212,7 @@ class Lexer {
     static constexpr std::string_view kOne = "+-*/\\^=<>(),.:&";
     if (kOne.find(Peek()) == std::string_view::npos) {
       const auto byte = static_cast<unsigned char>(Peek());
+      if (byte == '#') Fail(at_, "wanted a statement, found '#': all of a program is compiled; write If");
       Fail(at_, byte < 0x20 ? "wanted a statement, found a control character"
                             : std::string("wanted a statement, found '") + Peek() + "'");
     }
@@ -217,8 +229,8 @@ class Lexer {
 
 }  // namespace
 
-std::vector<Token> Tokenize(const Source& source) {
-  return Lexer(source).Run();
+std::vector<Token> Tokenize(const Source& source, std::vector<ProgramError>& errors) {
+  return Lexer(source).Run(errors);
 }
 
 }  // namespace hostrun

@@ -74,6 +74,10 @@ Session::State Session::Guarded(const std::function<State()>& run) {
     } catch (const std::bad_alloc&) {
       RaiseHostException("OutOfMemoryException", "Not enough memory.");
     }
+  } catch (const InterruptRequest&) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s\n", Source(name_, whole_).Describe(currentPosition, "interrupted").c_str());
+    return State::Failed;
   } catch (const QuitRequest& request) {
     status_ = request.status;
     return State::Ended;

@@ -28,7 +28,8 @@ class Session {
   // error. A value that stands alone is shown.
   State Run(const std::string& text, bool more);
 
-  int status() const { return status_; }  // of Quit
+  int status() const { return status_; }       // of Quit
+  int nextLine() const { return lines_ + 1; }  // the number that errors give the next line
   const Binder& binder() const { return binder_; }
 
  private:
