@@ -11,7 +11,9 @@
 #include <string_view>
 
 #include "hostrun/commands/commands.h"
+#include "hostrun/commands/run.h"
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/language/program.h"
 
 namespace {
@@ -32,6 +34,14 @@ constexpr Command kCommands[] = {
 };
 constexpr Command kRun = {"", "Runs programs of the host language through a bundle.", &hostrun::RunCommand};
 
+std::vector<std::string> OptionsOf(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* const option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
 // Reads the command line, from the command's name on, and runs the command. Gives the exit status.
 int Start(const Command& command, CLI::App& app, const std::string& name, int argc, char** argv) {
   app.description(command.purpose);
@@ -41,6 +51,12 @@ int Start(const Command& command, CLI::App& app, const std::string& name, int ar
     app.parse(argc, argv);
   } catch (const CLI::Success& wish) {
     return app.exit(wish);
+  } catch (const CLI::ExtrasError& error) {
+    const std::vector<std::string> unknown = app.remaining();
+    if (unknown.empty()) throw;
+    return hostrun::Refuse(name, "wanted no more arguments or an option that it has, found " +
+                                     unknown.front() + hostrun::DidYouMean(unknown.front(), OptionsOf(app)) +
+                                     "; " + name + " --help says more");
   } catch (const CLI::ParseError& error) {
     return hostrun::Refuse(name, std::string(error.what()) + "; " + name + " --help says more");
   }
@@ -56,6 +72,11 @@ int Dispatch(int argc, char** argv) {
   for (const Command& command : kCommands) {
     if (argc >= 2 && std::string_view(argv[1]) == command.name)
       return Start(command, app, "hostrun " + std::string(command.name), argc - 1, argv + 1);
+  }
+  if (argc >= 2 && argv[1][0] != '-' && hostrun::NamesNoProgram(argv[1])) {
+    std::vector<std::string> names;
+    for (const Command& command : kCommands) names.emplace_back(command.name);
+    return hostrun::RefuseNoProgram(argv[1], hostrun::DidYouMean(argv[1], names));
   }
   std::string footer = "Commands (hostrun help COMMAND says more):\n";
   for (const Command& command : kCommands) {
