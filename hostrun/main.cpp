@@ -5,11 +5,14 @@
 
 #include <cstdio>
 #include <exception>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
+#include "hostrun/host/platform_log.h"
 #include "hostrun/language/program.h"
 
 namespace {
@@ -38,7 +41,10 @@ int Start(const Command& command, CLI::App& app, const std::string& name, int ar
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wish) {
-    return app.exit(wish);
+    std::ostringstream said;
+    const int status = app.exit(wish, said);
+    hostrun::WriteOutput(said.str());
+    return status;
   } catch (const CLI::ParseError& error) {
     return hostrun::Refuse(name, std::string(error.what()) + "; " + name + " --help says more");
   }
@@ -73,7 +79,9 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     std::fprintf(stderr, "hostrun: %s\n", error.what());
   }
-  std::fflush(nullptr);
+  hostrun::WritePlatformLog();
+  const hostrun::Problem problem = hostrun::OutputProblem();
+  if (problem) status = hostrun::Refuse("hostrun", *problem);
   // The platform's threads and tables need no tidying, and the process is over.
   _exit(status);
 }

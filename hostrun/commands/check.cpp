@@ -15,6 +15,7 @@
 #include "hostrun/commands/isolated.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
 #include "hostrun/language/program.h"
 
 namespace hostrun {
@@ -110,7 +111,7 @@ class Reporter {
       for (std::size_t i = 0; i < counts_.size(); ++i) tally[kStatusNames[i]] = counts_[i];
       const ordered_json answer = {
           {"bundle", bundle}, {"checks", std::move(list_)}, {"tally", std::move(tally)}};
-      std::printf("%s\n", JsonText(answer, 2).c_str());
+      WriteOutput(JsonText(answer, 2) + "\n");
     } else {
       std::string text = Counted(Total(), "check");
       for (std::size_t i = 0; i < counts_.size(); ++i) {
@@ -132,7 +133,7 @@ class Reporter {
     const std::string status = Padded(kStatusNames[IndexOf(result.status)], 10);
     std::printf("%s%s\n", paint_(style, status).c_str(), result.name.c_str());
     if (!result.reason.empty()) std::printf("          %s\n", result.reason.c_str());
-    std::fflush(stdout);
+    FlushOutput();
   }
 
   // Only where nothing else shows that something is going on.

@@ -9,6 +9,7 @@
 #include "hostrun/commands/layout.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/program.h"
@@ -309,7 +310,7 @@ int ShowLayout(const Selection& selection, const BothLayouts& layouts, bool json
       ShowMemberWords(paint, *cls, selection.member, sides, version);
     }
   }
-  if (json) std::printf("%s\n", list.dump(2).c_str());
+  if (json) WriteOutput(list.dump(2) + "\n");
   return kExitFine;
 }
 
@@ -341,7 +342,7 @@ int ShowJson(const Selection& selection) {
   const ordered_json answer = {{"hostVersion", TheHostIdentity().version},
                                {"layout", announced == 0 ? ordered_json() : ordered_json(announced)},
                                {"classes", std::move(list)}};
-  std::printf("%s\n", answer.dump(2).c_str());
+  WriteOutput(answer.dump(2) + "\n");
   return kExitFine;
 }
 

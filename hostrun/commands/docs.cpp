@@ -1,13 +1,12 @@
 // hostrun/commands/docs.cpp - "hostrun docs": the reference of the bundle's classes as one HTML file.
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <stdexcept>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/docs_members.h"
 #include "hostrun/commands/docs_page.h"
+#include "hostrun/commands/output_file.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/exceptions.h"
@@ -48,12 +47,7 @@ int Write(const DocsOptions& options) {
       "Every member of the bundle's classes, from its registered records: " + std::to_string(count) +
       " members. Registered on host version " + NumberText(TheHostIdentity().version, 7) + ", layout " +
       std::to_string(AnnouncedLayout()) + ".";
-  std::ofstream file(options.out, std::ios::binary);
-  file << ReferencePage(texts, PredefinedColours(), subtitle);
-  file.close();
-  if (!file)
-    throw std::runtime_error(options.out +
-                             ": wanted to write the reference, found a file that can't be written");
+  WriteFile(options.out, ReferencePage(texts, PredefinedColours(), subtitle));
   std::fprintf(stderr, "hostrun: %zu members described in %s\n", count, options.out.c_str());
   return kExitFine;
 }
@@ -63,6 +57,7 @@ int Docs(const DocsOptions& options) {
     const Problem problem = StartHost(options.host);
     return problem ? Refuse(*problem) : Write(options);
   } catch (const HostException& exception) {
+    WritePlatformLogOf(exception.object());
     return Refuse("hostrun docs: " + DescribeException(exception.object()));
   } catch (const std::exception& error) {
     return Refuse(error.what());
@@ -75,7 +70,8 @@ Action DocsCommand(CLI::App& app) {
   const auto options = std::make_shared<DocsOptions>();
   options->descriptions = FindDescriptions();
   AddHostOptions(app, options->host);
-  app.add_option("--out", options->out, "The page to write")->option_text("FILE.html (reference.html)");
+  app.add_option("--out,--output", options->out, "The page to write")
+      ->option_text("FILE.html (reference.html)");
   app.add_option("--descriptions", options->descriptions, "The text that describes the members")
       ->option_text("FILE.txt");
   app.footer(

@@ -12,6 +12,7 @@
 #include <stdexcept>
 
 #include "bundle/host/types.h"
+#include "hostrun/commands/output_file.h"
 #include "hostrun/host/text.h"
 
 namespace hostrun {
@@ -254,6 +255,12 @@ void Check(cairo_status_t status, const std::string& file) {
   throw std::runtime_error(file + ": wanted to write a picture, found: " + cairo_status_to_string(status));
 }
 
+// What cairo hands on of a picture, collected.
+cairo_status_t Append(void* bytes, const unsigned char* part, unsigned size) {
+  static_cast<std::string*>(bytes)->append(reinterpret_cast<const char*>(part), size);
+  return CAIRO_STATUS_SUCCESS;
+}
+
 Layout LayoutOf(const SwatchPicture& picture) {
   const Surface scratch(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1));
   const auto columns = static_cast<std::size_t>(picture.columns);
@@ -285,17 +292,19 @@ void WriteSwatchPicture(const SwatchPicture& picture, const std::string& file) {
   }
   const Layout layout = LayoutOf(picture);
   const bool vector = extension == ".svg";
-  const Surface surface(vector
-                            ? cairo_svg_surface_create(file.c_str(), layout.width, layout.height)
-                            : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(layout.width),
-                                                         static_cast<int>(layout.height)));
+  std::string bytes;
+  const Surface surface(
+      vector ? cairo_svg_surface_create_for_stream(&Append, &bytes, layout.width, layout.height)
+             : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(layout.width),
+                                          static_cast<int>(layout.height)));
   Check(cairo_surface_status(surface.get()), file);
   Drawing drawing(surface.get());
   drawing.Draw(picture, layout);
   Check(drawing.Status(), file);
-  if (!vector) Check(cairo_surface_write_to_png(surface.get(), file.c_str()), file);
+  if (!vector) Check(cairo_surface_write_to_png_stream(surface.get(), &Append, &bytes), file);
   cairo_surface_finish(surface.get());
   Check(cairo_surface_status(surface.get()), file);
+  WriteFile(file, bytes);
 }
 
 }  // namespace hostrun

@@ -4,10 +4,8 @@
 #include <link.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -16,14 +14,17 @@
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
 #include "hostrun/commands/messages.h"
+#include "hostrun/commands/output_file.h"
 #include "hostrun/commands/run.h"
 #include "hostrun/commands/shim/shim.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/arrays.h"
 #include "hostrun/host/call.h"
+#include "hostrun/host/crash.h"
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/functions.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/position.h"
 #include "hostrun/host/service_list.h"
 #include "hostrun/host/words.h"
@@ -35,8 +36,8 @@ namespace {
 
 struct TraceOptions {
   RunOptions run;
-  std::string output;  // file; empty: stderr
-  bool all = false;    // also look-ups and exception frames
+  std::string out;   // file; empty: stderr
+  bool all = false;  // also look-ups and exception frames
 };
 
 constexpr const char* kCommand = "hostrun trace";
@@ -151,8 +152,9 @@ std::string TimeText(Nanoseconds time) {
 // Writes the trace. The times do not contain what the trace itself takes.
 class Tracer final : public CallObserver {
  public:
-  Tracer(std::FILE* out, const Source& source, bool all)
-      : out_(out), source_(source), all_(all), paint_(TakesColour(out)) {}
+  // Null as the file: stderr.
+  Tracer(OutputFile* file, const Source& source, bool all)
+      : file_(file), source_(source), all_(all), paint_(file == nullptr && TakesColour(stderr)) {}
 
   void Enter(const Method& method, const ArgumentWords& words) override {
     ShowCall(method, words);
@@ -267,21 +269,22 @@ class Tracer final : public CallObserver {
     const Position at = currentPosition;
     if (at.line == 0 || at.line == lastLine_ || !calls_.empty()) return;
     lastLine_ = at.line;
-    std::fprintf(out_, "%s\n",
-                 paint_(Style::Notable, source_.name() + ":" + std::to_string(at.line) + ": " +
-                                            std::string(source_.Line(at.line)))
-                     .c_str());
+    Put(paint_(Style::Notable,
+               source_.name() + ":" + std::to_string(at.line) + ": " + std::string(source_.Line(at.line))));
   }
 
   void Line(std::string_view sign, std::string_view text) {
-    std::fflush(stdout);
-    const std::string indent(2 + 4 * calls_.size(), ' ');
-    std::fprintf(out_, "%s%.*s%.*s\n", indent.c_str(), static_cast<int>(sign.size()), sign.data(),
-                 static_cast<int>(text.size()), text.data());
-    std::fflush(out_);
+    Put(std::string(2 + 4 * calls_.size(), ' ').append(sign).append(text));
   }
 
-  std::FILE* out_;
+  void Put(std::string line) {
+    line += '\n';
+    if (file_ != nullptr) return file_->Write(line);
+    FlushOutput();
+    std::fputs(line.c_str(), stderr);
+  }
+
+  OutputFile* file_;
   const Source& source_;
   bool all_;
   Painter paint_;
@@ -291,8 +294,9 @@ class Tracer final : public CallObserver {
   std::int32_t lastLine_ = 0;
 };
 
-// A process runs one trace, which the thunks must find without an argument.
+// A process runs one trace, which the thunks and a crash must find without an argument.
 constinit Tracer* tracer = nullptr;
+constinit std::optional<OutputFile> traceFile;
 void Arrived(const char* name, const void* from, const std::uint32_t* words) {
   if (tracer != nullptr) tracer->Arrived(name, from, words);
 }
@@ -319,20 +323,26 @@ int Trace(const TraceOptions& options) {
   } catch (const std::exception& error) {
     return Refuse(kCommand, error.what());
   }
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
-      options.output.empty() ? nullptr : std::fopen(options.output.c_str(), "w"), &std::fclose);
-  if (!options.output.empty() && file == nullptr) {
-    return Refuse(kCommand, options.output + ": wanted a file to write to, found: " + std::strerror(errno));
-  }
   const Problem problem = StandBefore(options.run.host.platform);
   if (problem) return Refuse(kCommand, *problem);
-  Tracer watching(file == nullptr ? stderr : file.get(), *source, options.all);
-  tracer = &watching;
-  SetCallObserver(&watching);
-  const int status = Run(options.run);
-  SetCallObserver(nullptr);
-  tracer = nullptr;
-  return status;
+  try {
+    if (!options.out.empty()) traceFile.emplace(options.out);
+    AtCrash([] {
+      if (traceFile) traceFile->Rescue();
+    });
+    Tracer watching(traceFile ? &*traceFile : nullptr, *source, options.all);
+    tracer = &watching;
+    SetCallObserver(&watching);
+    const int status = Run(options.run);
+    SetCallObserver(nullptr);
+    tracer = nullptr;
+    if (traceFile) traceFile->Finish();
+    traceFile.reset();
+    return status;
+  } catch (const std::exception& error) {
+    traceFile.reset();
+    return Refuse(kCommand, error.what());
+  }
 }
 
 }  // namespace
@@ -340,13 +350,14 @@ int Trace(const TraceOptions& options) {
 Action TraceCommand(CLI::App& app) {
   const auto options = std::make_shared<TraceOptions>();
   AddRunOptions(app, options->run);
-  app.add_option("--output", options->output, "Write the trace there and not to stderr")->option_text("FILE");
+  app.add_option("--out,--output", options->out, "Write the trace there and not to stderr")
+      ->option_text("FILE");
   app.add_flag("--all", options->all, "Also look-ups of classes and selectors, and exception frames");
   app.footer(
       "Each call shows its declaration, its arguments, the messages that it sends, the services that it "
       "uses, its\n"
       "result, and its time without what the trace itself takes.\n\n"
-      "Example:\n  hostrun trace --output calls.txt examples/first-colors.bas\n\n"
+      "Example:\n  hostrun trace --out calls.txt examples/first-colors.bas\n\n"
       "Exit status: that of hostrun; 2 also when the trace can't be written.");
   return [options] { return Trace(*options); };
 }

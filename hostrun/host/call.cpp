@@ -6,6 +6,7 @@
 
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/platform_library.h"
+#include "hostrun/host/platform_log.h"
 
 extern "C" {
 std::uint64_t runner_call_words(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);
@@ -69,6 +70,7 @@ Value CallAcross(const Method& method, const ArgumentWords& words) {
   const bool replaced = native != nullptr && NativePointerOf(self) != native;
   if (replaced && nativeReplaced != nullptr) nativeReplaced(self, native);
   ThrowPendingException();
+  WritePlatformLog();
   return result;
 }
 

@@ -1,9 +1,8 @@
 // hostrun/language/statements/print.cpp - Print.
 #include "hostrun/language/statements/print.h"
 
-#include <cstdio>
-
 #include "hostrun/host/functions.h"
+#include "hostrun/host/output.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/parser.h"
 #include "hostrun/language/statements/statements.h"
@@ -27,7 +26,7 @@ class PrintStep final : public Step {
     }
     line += '\n';
     if (printObserver) printObserver(observed);
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    WriteOutput(line);
     return Flow::Next;
   }
 

@@ -77,7 +77,7 @@ echo junk >junk.clr
 check "a file that is no list is refused" 2 "junk.clr: wanted a colour-list file, found something" swatches junk.clr
 check "another source is refused" 2 "wanted a colour list (.clr) or a program (.bas), found neither" swatches all.png
 check "another format is refused" 2 "wanted a file name that ends in .png or .svg, found .gif" swatches --out all.gif
-check "a folder that is not there is refused" 2 "wanted to write a picture, found" swatches --out absent/all.png
+check "a folder that is not there is refused" 2 "absent/all.png: wanted a file to write to, found: No such file or directory" swatches --out absent/all.png
 check "no columns are refused" 2 "--columns" swatches --columns 0
 check "a bundle that is not there is refused" 2 "absent.so" swatches --bundle absent.so
 
@@ -108,7 +108,7 @@ check "a member needs a group" 2 "early.txt:1: wanted a [group TITLE] before a m
 printf '[class A]\nnil: one\ntwo\n' >run-on.txt
 check "a field's next line must be indented" 2 "run-on.txt:3: wanted a blank line" docs --descriptions run-on.txt --out no.html
 check "missing descriptions are refused" 2 "absent.txt: wanted the descriptions of the members" docs --descriptions absent.txt
-check "a page that can't be written is refused" 2 "wanted to write the reference" docs --descriptions "$reference" --out absent/page.html
+check "a page that can't be written is refused" 2 "absent/page.html: wanted a file to write to, found: No such file or directory" docs --descriptions "$reference" --out absent/page.html
 
 # ---- hostrun itself ----
 "$hostrun" --version >out 2>err
