@@ -1,6 +1,5 @@
 // hostrun/commands/docs.cpp - "hostrun docs": the reference of the bundle's classes as one HTML file.
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 
 #include "hostrun/commands/commands.h"
@@ -23,16 +22,6 @@ struct DocsOptions {
   std::string descriptions;
 };
 
-// Beside the build folder of a source tree, or where an installation puts documents.
-std::string FindDescriptions() {
-  std::error_code error;
-  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  const auto folder = self.parent_path();
-  const auto installed = (folder / QVX_DOC_FROM_BIN / "reference.txt").lexically_normal();
-  if (!error && std::filesystem::exists(installed, error)) return installed.native();
-  return (folder / "../docs/reference.txt").lexically_normal().native();
-}
-
 int Write(const DocsOptions& options) {
   const std::vector<ClassText> texts = ReadDescriptions(options.descriptions);
   const std::vector<std::string> mismatches = Mismatches(texts, options.descriptions);
@@ -42,11 +31,13 @@ int Write(const DocsOptions& options) {
                   std::to_string(mismatches.size()) + " differences above; nothing is written");
   }
   std::size_t count = 0;
-  for (const Class* const cls : BundleClasses()) count += MembersOf(*cls).size();
+  for (const ClassText& text : texts) {
+    if (const Class* const cls = ClassOf(text)) count += MembersOf(*cls).size();
+  }
   const std::string subtitle =
-      "Every member of the bundle's classes, from its registered records: " + std::to_string(count) +
-      " members. Registered on host version " + NumberText(TheHostIdentity().version, 7) + ", layout " +
-      std::to_string(AnnouncedLayout()) + ".";
+      "Every member of the bundle's classes and of the host's that they need, from the registered records: " +
+      std::to_string(count) + " members. Registered on host version " +
+      NumberText(TheHostIdentity().version, 7) + ", layout " + std::to_string(AnnouncedLayout()) + ".";
   WriteFile(options.out, ReferencePage(texts, PredefinedColours(), subtitle));
   std::fprintf(stderr, "hostrun: %zu members described in %s\n", count, options.out.c_str());
   return kExitFine;
