@@ -44,7 +44,8 @@ int Run(const RunOptions& options) {
                     ": wanted a program file or a command, found neither; hostrun --help lists the commands");
     }
     const Source source = Source::FromFile(options.program);
-    const Problem problem = StartHost(options.host);
+    Problem problem = StartHost(options.host);
+    if (!problem && options.started) problem = options.started();
     if (problem) return Refuse(*problem);
     SetProgramArguments(options.arguments);
     int status = kExitFine;

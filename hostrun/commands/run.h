@@ -3,10 +3,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "hostrun/host/host.h"
+#include "hostrun/host/problem.h"
 
 namespace hostrun {
 
@@ -15,6 +17,7 @@ struct RunOptions {
   bool leaksAreErrors = false;
   std::string program;
   std::vector<std::string> arguments;
+  std::function<Problem()> started;  // where set, called once the bundle has registered; may refuse the run
 };
 
 // The options of a run, for a command that runs a program. `options` outlives the use of `app`.

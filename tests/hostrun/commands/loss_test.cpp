@@ -167,7 +167,7 @@ TEST(Loss, ACrashWritesTheLogFirst) {
 TEST(Loss, ACrashLeavesTheTraceUntilThen) {
   const std::string calls = FreshName("crash.txt");
   EXPECT_EQ(RunLogging("Crash", {"trace", "--out", calls}).status, -1);
-  EXPECT_EQ(Lines(ReadFile(calls)).back(), "      with self = Sound, other = Sound");
+  EXPECT_EQ(Lines(ReadFile(calls)).back(), "      with self = Sound#1, other = Sound#1");
   EXPECT_EQ(NamesBeside(calls).size(), 1U);
 }
 
