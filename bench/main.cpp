@@ -3,10 +3,10 @@
 //
 //   bench measure FILE [--quick]   times and allocations of all rows, as JSON
 //   bench count TIMES              makes each counted row's call TIMES times inside CountedCalls, one row
-//   after the
-//                                  other; writes "row <tab> instructions", or "-" where the processor doesn't
-//                                  count
+//                                  after the other; writes "row <tab> instructions", or "-" where the
+//                                  processor doesn't count
 //   bench guarded TIMES            the same for the rows whose instructions have a budget
+//   bench one ROW TIMES            the same for the row of that full name alone
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -53,12 +53,11 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   AddBlockRows(bundle);
   AddExceptionRows(bundle);
   AddColourSpaceRows(bundle);
-  AddListScaleRows(bundle, 1);
+  for (const long colours : {1L, 10L, 100L, 100'000L}) AddListScaleRows(bundle, colours);
   if (scale == Scale::kNone) return;
   AddLargeStringRows(bundle);
   AddLargeBlockRows(bundle);
   AddListScaleRows(bundle, 1'000);
-  AddListScaleRows(bundle, 100'000);
   for (const long live : {1L, 1'000L, 100'000L, 1'000'000L}) {
     if (scale == Scale::kQuick && live > 100'000) continue;
     AddScaleRows(bundles.Load(platform, file), live);
@@ -141,6 +140,8 @@ int MeasureAll(const char* file, bool quick) {
                             {"limit", row.limit},
                             {"target", row.target},
                             {"target_nanoseconds", row.nanoseconds},
+                            {"series", row.series},
+                            {"size", row.size},
                             {"nanoseconds", measured.nanoseconds},
                             {"allocations", measured.allocations},
                             {"bundle_allocations", measured.bundleAllocations}};
@@ -154,7 +155,13 @@ int MeasureAll(const char* file, bool quick) {
 
 // ---- Counting ----
 
-int CountAll(int times, bool guardedOnly) {
+// Which rows are counted: the name of one, or all of those that fit.
+struct Choice {
+  bool guardedOnly = false;
+  std::string name{};
+};
+
+int CountAll(int times, const Choice& choice) {
   Bundles bundles;
   AddAllRows(bundles, Scale::kNone);
   std::map<std::string, bool> guarded;
@@ -168,7 +175,8 @@ int CountAll(int times, bool guardedOnly) {
   guarded["nothing"] = true;
   InstructionCounter counter;
   for (const Counted& each : AllCounted()) {
-    if (guardedOnly && !guarded[each.name]) continue;
+    if (choice.guardedOnly && !guarded[each.name]) continue;
+    if (!choice.name.empty() && each.name != choice.name) continue;
     each.run(times);
     if (!counter.Works()) {
       std::printf("%s\t-\n", each.name.c_str());
@@ -193,10 +201,12 @@ int Run(int count, char** arguments) {
     return MeasureAll(arguments[2], count > 3 && std::strcmp(arguments[3], "--quick") == 0);
   }
   if (count > 2 && (command == "count" || command == "guarded")) {
-    return CountAll(std::atoi(arguments[2]), command == "guarded");
+    return CountAll(std::atoi(arguments[2]), {.guardedOnly = command == "guarded"});
   }
-  std::fprintf(stderr,
-               "bench: wanted measure FILE [--quick], count TIMES or guarded TIMES; use tools/bench\n");
+  if (count > 3 && command == "one") return CountAll(std::atoi(arguments[3]), {.name = arguments[2]});
+  std::fprintf(
+      stderr,
+      "bench: wanted measure FILE [--quick], count TIMES, guarded TIMES or one ROW TIMES; use tools/bench\n");
   return 2;
 }
 

@@ -27,6 +27,9 @@ struct Row {
   double nanoseconds = 0;    // the largest time where that is the target; 0 for none
   bool counted = true;       // whether its instructions are worth counting
   Guard guard = Guard::kNo;  // whether its instructions have a budget
+  // Rows of one series differ in their size only: what of it grows is shown.
+  std::string series{};
+  long size = 0;
 };
 
 // All rows, in the order of the table, by full name "platform/name".

@@ -5,6 +5,21 @@
 
 namespace bench {
 
+namespace {
+
+// Calls the body with that many functions between.
+template <int functions, typename Body>
+[[gnu::noinline]] void Beneath(Body& body) {
+  if constexpr (functions == 0) {
+    body();
+  } else {
+    Beneath<functions - 1>(body);
+    asm volatile("");  // no tail call
+  }
+}
+
+}  // namespace
+
 void AddExceptionRows(Bundle& bundle) {
   using Factory = qvx::REALobject(double, double, double, double);
   const Platform& platform = bundle.GetPlatform();
@@ -16,6 +31,13 @@ void AddExceptionRows(Bundle& bundle) {
                        [&platform, native = NativeOf(colour), whiteComponent] {
                          auto send = [&] { platform.Send<float>(native, whiteComponent); };
                          benchmark::DoNotOptimize(InBareFrame(platform, send));
+                       });
+  // What each function between costs is a tenth of the difference.
+  AddRow<Pooled::kYes>(bundle, {.name = "raise past 10 functions into a frame"},
+                       [&platform, native = NativeOf(colour), whiteComponent] {
+                         auto send = [&] { platform.Send<float>(native, whiteComponent); };
+                         auto deeper = [&] { Beneath<9>(send); };
+                         benchmark::DoNotOptimize(InBareFrame(platform, deeper));
                        });
   auto* const white = bundle.Function<double(qvx::REALobject, std::int32_t)>("NSColorQVX", "whiteComponent");
   AddRow<Pooled::kYes>(

@@ -1,4 +1,6 @@
 // bench/rows_lists.cpp - colour lists of few and of many colours.
+#include <string>
+
 #include "bench/rows.h"
 
 namespace bench {
@@ -35,22 +37,48 @@ void AddListScaleRows(Bundle& bundle, long colours) {
   }
 
   const std::string size = std::to_string(colours) + (colours == 1 ? " colour" : " colours");
+  // The rows of a hundred are the limits of longer lists.
+  const bool isLonger = colours > 100;
+  const auto row = [&](const std::string& what) {
+    return Row{.name = what + " of " + size,
+               .limit = isLonger ? what + " of 100 colours" : "",
+               .target = isLonger ? 3.0 : 0.0,
+               .counted = colours <= 100 || colours == 100'000,
+               .guard = colours == 1 ? Guard::kScripted : Guard::kNo,
+               .series = what,
+               .size = colours};
+  };
+  const auto insertAndRemove = [=](qvx::REALobject colour, qvx::REALstring key, long place) {
+    return [=] {
+      insert(list, colour, key, static_cast<std::int32_t>(place));
+      remove(list, key);
+    };
+  };
   const qvx::REALstring middle = NewString("key " + std::to_string(colours / 2));
   const qvx::REALobject kept = look(list, middle);  // stays wrapped
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = "look-up in a list of " + size,
-                        .limit = colours == 1 ? "" : "look-up in a list of 1 colour",
-                        .guard = colours == 1 ? Guard::kScripted : Guard::kNo},
-                       [=] { Unlock(look(list, middle)); });
   const qvx::REALstring key = NewString("another key");
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = "insert and remove at the end of " + size,
-                        .limit = colours == 1 ? "" : "insert and remove at the end of 1 colour",
-                        .guard = colours == 1 ? Guard::kScripted : Guard::kNo},
-                       [=] {
-                         insert(list, kept, key, static_cast<std::int32_t>(colours));
-                         remove(list, key);
-                       });
+  AddRow<Pooled::kYes>(bundle, row("look-up in a list"), [=] { Unlock(look(list, middle)); });
+  AddRow<Pooled::kYes>(bundle, row("insert and remove at the end"), insertAndRemove(kept, key, colours));
+  if (bundle.GetPlatform().name == "scripted" || colours == 1) return;
+
+  // Whatever stands behind the place has to move, twice.
+  const Platform& platform = bundle.GetPlatform();
+  const id array =
+      platform.Send<id>(platform.objc_getClass("NSMutableArray"), platform.sel_registerName("new"));
+  const SEL insertObject = platform.sel_registerName("insertObject:atIndex:");
+  const SEL removeObject = platform.sel_registerName("removeObjectAtIndex:");
+  for (long i = 0; i < colours; ++i) {
+    platform.Send<void>(array, insertObject, array, static_cast<NSUInteger>(i));
+  }
+  const Row bare = {.name = "move within an array of " + std::to_string(colours), .counted = row("").counted};
+  AddRow(bundle, bare, [=, &platform, place = static_cast<NSUInteger>(colours / 2)] {
+    platform.Send<void>(array, insertObject, array, place);
+    platform.Send<void>(array, removeObject, place);
+  });
+  Row inTheMiddle = row("insert and remove in the middle");
+  inTheMiddle.limit = colours == 100'000 ? bare.name : "";
+  inTheMiddle.target = colours == 100'000 ? 1.15 : 0.0;
+  AddRow<Pooled::kYes>(bundle, inTheMiddle, insertAndRemove(kept, key, colours / 2));
 }
 
 }  // namespace bench

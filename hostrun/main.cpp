@@ -10,9 +10,8 @@
 #include <string_view>
 
 #include "hostrun/commands/commands.h"
+#include "hostrun/commands/finish.h"
 #include "hostrun/commands/terminal.h"
-#include "hostrun/host/output.h"
-#include "hostrun/host/platform_log.h"
 #include "hostrun/language/program.h"
 
 namespace {
@@ -43,7 +42,7 @@ int Start(const Command& command, CLI::App& app, const std::string& name, int ar
   } catch (const CLI::Success& wish) {
     std::ostringstream said;
     const int status = app.exit(wish, said);
-    hostrun::WriteOutput(said.str());
+    std::fputs(said.str().c_str(), stdout);
     return status;
   } catch (const CLI::ParseError& error) {
     return hostrun::Refuse(name, std::string(error.what()) + "; " + name + " --help says more");
@@ -79,9 +78,7 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     std::fprintf(stderr, "hostrun: %s\n", error.what());
   }
-  hostrun::WritePlatformLog();
-  const hostrun::Problem problem = hostrun::OutputProblem();
-  if (problem) status = hostrun::Refuse("hostrun", *problem);
+  status = hostrun::FinishOutput(status);
   // The platform's threads and tables need no tidying, and the process is over.
   _exit(status);
 }

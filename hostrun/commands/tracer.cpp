@@ -1,11 +1,8 @@
 // hostrun/commands/tracer.cpp - watches the calls into the bundle and what the bundle does in them.
 #include "hostrun/commands/tracer.h"
 
-#include <link.h>
-
-#include <algorithm>
-
 #include "hostrun/commands/messages.h"
+#include "hostrun/host/bundle.h"
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/position.h"
 #include "hostrun/host/registry.h"
@@ -47,7 +44,6 @@ void Tracer::Enter(const Method& method, const ArgumentWords& words) {
   const bool told = Telling() || filter_.Takes(*method.owner, method.signature.name);
   if (told) {
     const Busy busy(*this);
-    FindBundle(reinterpret_cast<const void*>(method.function));
     EnteredCall call;
     call.member = MemberName(method);
     call.heading = method.owner->name + ": " + method.declaration;
@@ -89,7 +85,6 @@ void Tracer::EnterLife(Object* object, const Class& cls, bool constructor) {
   const bool told = Telling() || filter_.Takes(cls, {});
   if (told) {
     const Busy busy(*this);
-    FindBundle(reinterpret_cast<const void*>(cls.definition->constructor));
     EnteredCall call;
     call.member = cls.name + Life(constructor);
     call.heading = names_.Of(object) + Life(constructor);
@@ -112,7 +107,7 @@ void Tracer::LeaveLife(Object* object, const Class& cls, bool constructor) {
 }
 
 void Tracer::Arrived(std::string_view name, const void* from, const std::uint32_t* words) {
-  if (!Telling() || !bundle_.Contains(from)) return;
+  if (!Telling() || !TheBundle().Contains(from)) return;
   const Busy busy(*this);
   if (name == "objc_msgSend" || name == "objc_msgSend_fpret") {
     report_.Act(ActionKind::Message, MessageText(words));
@@ -123,44 +118,11 @@ void Tracer::Arrived(std::string_view name, const void* from, const std::uint32_
   }
 }
 
-bool Tracer::Range::Contains(const void* address) const {
-  const auto at = reinterpret_cast<std::uintptr_t>(address);
-  return at >= begin && at < end;
-}
-
-Tracer::Range Tracer::RangeOfFileAround(const void* address) {
-  struct Search {
-    std::uintptr_t address;
-    Range range;
-  } search{reinterpret_cast<std::uintptr_t>(address), {}};
-  dl_iterate_phdr(
-      [](dl_phdr_info* info, std::size_t, void* data) {
-        auto& wanted = *static_cast<Search*>(data);
-        Range range{UINTPTR_MAX, 0};
-        for (int i = 0; i < info->dlpi_phnum; ++i) {
-          const ElfW(Phdr)& segment = info->dlpi_phdr[i];
-          if (segment.p_type != PT_LOAD) continue;
-          range.begin = std::min<std::uintptr_t>(range.begin, info->dlpi_addr + segment.p_vaddr);
-          range.end =
-              std::max<std::uintptr_t>(range.end, info->dlpi_addr + segment.p_vaddr + segment.p_memsz);
-        }
-        if (wanted.address < range.begin || wanted.address >= range.end) return 0;
-        wanted.range = range;
-        return 1;
-      },
-      &search);
-  return search.range;
-}
-
 std::pair<Tracer::Call, std::chrono::nanoseconds> Tracer::End() {
   const Clock::time_point now = Clock::now();
   const Call call = calls_.back();
   calls_.pop_back();
   return {call, now - call.start - (busy_ - call.busyAtStart)};
-}
-
-void Tracer::FindBundle(const void* function) {
-  if (bundle_.end == 0) bundle_ = RangeOfFileAround(function);
 }
 
 void Tracer::AddPlace(EnteredCall& call) {

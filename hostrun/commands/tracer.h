@@ -39,14 +39,6 @@ class Tracer final : public CallObserver {
  private:
   using Clock = std::chrono::steady_clock;
 
-  // Where a loaded file's code lies.
-  struct Range {
-    std::uintptr_t begin = 0;
-    std::uintptr_t end = 0;
-    bool Contains(const void* address) const;
-  };
-  static Range RangeOfFileAround(const void* address);
-
   struct Call {
     bool told;
     Clock::time_point start;
@@ -70,7 +62,6 @@ class Tracer final : public CallObserver {
   void Begin(bool told) { calls_.push_back({told, Clock::now(), busy_}); }
   // Gives the call with the time that it took.
   std::pair<Call, std::chrono::nanoseconds> End();
-  void FindBundle(const void* function);
   void AddPlace(EnteredCall& call);
 
   TraceReport& report_;
@@ -78,7 +69,6 @@ class Tracer final : public CallObserver {
   const TraceFilter& filter_;
   bool quiet_;
   ObjectNames names_;
-  Range bundle_;
   std::vector<Call> calls_;  // innermost last
   std::chrono::nanoseconds busy_{};
   std::int32_t lastLine_ = 0;

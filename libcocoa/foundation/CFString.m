@@ -2,6 +2,7 @@
 #include "libcocoa/foundation/CFString.h"
 
 #import <Foundation/Foundation.h>
+#include <emmintrin.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -67,9 +68,21 @@ enum { kStackUnits = 256 };
 
 @end
 
+// How many units from `begin` on are certainly no surrogates.
+static CFIndex SkipPlainUnits(const UniChar* units, CFIndex begin, CFIndex count) {
+  enum { kBlock = sizeof(__m128i) / sizeof *units };
+  CFIndex i = begin;
+  for (; count - i >= kBlock; i += kBlock) {
+    __m128i block = _mm_loadu_si128((const __m128i*)(units + i));
+    __m128i high = _mm_and_si128(block, _mm_set1_epi16((short)0xF800));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_set1_epi16((short)0xD800))) != 0) break;
+  }
+  return i - begin;
+}
+
 static BOOL NeedsVerbatimString(const UniChar* units, CFIndex count) {
   if (count != 0 && (units[0] == 0xFEFF || units[0] == 0xFFFE)) return YES;
-  for (CFIndex i = 0; i < count; ++i) {
+  for (CFIndex i = SkipPlainUnits(units, 0, count); i < count; ++i) {
     if (units[i] < 0xD800 || units[i] > 0xDFFF) continue;
     if (units[i] > 0xDBFF || i + 1 == count || units[i + 1] < 0xDC00 || units[i + 1] > 0xDFFF) return YES;
     ++i;

@@ -3,6 +3,7 @@
 // The system's own converters are not used, so that every machine gives the same result.
 #include "libcocoa/foundation/text_encoding.h"
 
+#include <emmintrin.h>
 #include <string.h>
 
 // The upper halves of the single-byte encodings. 0 stands for an undefined byte.
@@ -123,8 +124,42 @@ static size_t ReadUTF8(const uint8_t* p, size_t room, uint32_t* code) {
   return length;
 }
 
+// ASCII is most of all text: both ways it is copied sixteen characters at a time, up to the first block that
+// holds anything else.
+enum { kBlock = 16 };
+
+static size_t WidenASCII(const uint8_t* text, size_t length, uint16_t* units) {
+  size_t done = 0;
+  for (; length - done >= kBlock; done += kBlock) {
+    __m128i bytes = _mm_loadu_si128((const __m128i*)(text + done));
+    if (_mm_movemask_epi8(bytes) != 0) break;
+    __m128i zero = _mm_setzero_si128();
+    _mm_storeu_si128((__m128i*)(units + done), _mm_unpacklo_epi8(bytes, zero));
+    _mm_storeu_si128((__m128i*)(units + done + kBlock / 2), _mm_unpackhi_epi8(bytes, zero));
+  }
+  for (; done < length && text[done] < 0x80; ++done) units[done] = text[done];
+  return done;
+}
+
+static size_t NarrowASCII(const uint16_t* units, size_t count, uint8_t* bytes) {
+  size_t done = 0;
+  for (; count - done >= kBlock; done += kBlock) {
+    __m128i low = _mm_loadu_si128((const __m128i*)(units + done));
+    __m128i high = _mm_loadu_si128((const __m128i*)(units + done + kBlock / 2));
+    __m128i others = _mm_and_si128(_mm_or_si128(low, high), _mm_set1_epi16((short)0xff80));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(others, _mm_setzero_si128())) != 0xffff) break;
+    _mm_storeu_si128((__m128i*)(bytes + done), _mm_packus_epi16(low, high));
+  }
+  for (; done < count && units[done] < 0x80; ++done) bytes[done] = (uint8_t)units[done];
+  return done;
+}
+
 static bool DecodeUTF8(const uint8_t* text, size_t length, uint16_t* units, size_t* count) {
   for (size_t i = 0; i < length;) {
+    size_t run = WidenASCII(text + i, length - i, units + *count);
+    i += run;
+    *count += run;
+    if (i == length) break;
     uint32_t code;
     size_t step = ReadUTF8(text + i, length - i, &code);
     if (step == 0) return false;
@@ -135,7 +170,7 @@ static bool DecodeUTF8(const uint8_t* text, size_t length, uint16_t* units, size
 }
 
 static bool DecodeSingleBytes(uint32_t encoding, const uint8_t* text, size_t length, uint16_t* units) {
-  for (size_t i = 0; i < length; ++i) {
+  for (size_t i = WidenASCII(text, length, units); i < length; ++i) {
     units[i] = text[i];
     if (text[i] < 0x80 || encoding == kCFStringEncodingISOLatin1) continue;
     if (encoding == kCFStringEncodingASCII) return false;
@@ -224,7 +259,16 @@ static size_t PutCharacter(uint32_t encoding, uint32_t code, uint8_t* out) {
 bool QVXEncodeText(uint32_t encoding, const uint16_t* units, size_t count, char* bytes, size_t room,
                    size_t* length) {
   *length = 0;
+  bool holdsASCII = QVXTextEncodingWidth(encoding) == 1;
   for (size_t i = 0; i < count; ++i) {
+    if (holdsASCII && units[i] < 0x80) {
+      size_t left = count - i;
+      size_t run =
+          NarrowASCII(units + i, left < room - *length ? left : room - *length, (uint8_t*)bytes + *length);
+      *length += run;
+      i += run;
+      if (i == count) break;
+    }
     uint32_t code = units[i];
     if (IsHighSurrogate(code)) {
       if (i + 1 == count || !IsLowSurrogate(units[i + 1])) return false;

@@ -3,6 +3,7 @@
 #import <AppKit/AppKitExceptions.h>
 
 #import "libcocoa/lists/NSColorList+Available.h"
+#import "libcocoa/lists/QVXColorKeys.h"
 
 @implementation NSColorList (QVXEditing)
 
@@ -11,7 +12,7 @@
   _name = [name copy];
   _is_editable = YES;
   _colorDictionary = [NSMutableDictionary new];
-  _orderedColorKeys = [NSMutableArray new];
+  _orderedColorKeys = [QVXColorKeys new];
   return self;
 }
 

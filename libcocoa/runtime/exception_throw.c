@@ -6,7 +6,8 @@
 //   - a live frame: the @finally blocks on the way run, then the exception is delivered into the frame;
 //   - neither: the runtime's own throw, which ends in the uncaught exception handler.
 // C++ functions on the way to a frame are passed over: they take no exception, and their destructors do not
-// run.
+// run. Where nothing but they and plain functions lie on the way, kept unwind rules find the frame; where an
+// Objective-C function has a say, the compiler's unwinder asks it.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <stdio.h>
@@ -16,6 +17,7 @@
 #include "libcocoa/runtime/exception_frames.h"
 #include "libcocoa/runtime/exported.h"
 #include "libcocoa/runtime/unwind_info.h"
+#include "libcocoa/runtime/unwind_rules.h"
 
 // What the runtime's personality routine expects an exception to be: its class, and the layout that it reads.
 // The class is the text GNUCOBJC, its first letter in the highest byte.
@@ -159,7 +161,9 @@ static _Noreturn void Deliver(QVXExceptionFrame* target, id exception) {
   FreeDeliveriesBelow((uintptr_t)target);
   target->mark = 0;
   target->exception = exception;
-  longjmp(target->buffer, 1);
+  jmp_buf buffer = {0};  // as large as this C library's, which the frame's may not be
+  memcpy(buffer, &target->target, sizeof target->target);
+  longjmp(buffer, 1);
 }
 
 // The next Objective-C function with clean-ups beyond delivery->position: its call site goes to
@@ -217,11 +221,50 @@ __attribute__((regparm(1))) _Noreturn void QVXForcedUnwindFromHere(void* argumen
 // fallen behind it.
 static void ForgetDelivery(_Unwind_Reason_Code reason, struct _Unwind_Exception* exception) {}
 
+// Whether a frame below the function's upper end is its own: as FrameInLastFunction decides.
+typedef enum { kOwn, kStale, kUnknown } Holding;
+
+static Holding Holds(const QVXUnwindRule* function, const QVXExceptionFrame* frame, uintptr_t here) {
+  if (!QVXFrameIsArmed(frame, here)) return kStale;
+  QVXUnwindRule armed;
+  if (!QVXUnwindRuleAt(QVXFrameProgramCounter(frame), &armed)) return kUnknown;
+  bool mayShare = armed.entry == function->entry || armed.startsInTheMiddle || function->startsInTheMiddle;
+  return mayShare ? kOwn : kStale;
+}
+
+// The frame that takes an exception thrown by the function at `place` if no Objective-C function has a say
+// before; NULL if one has, or if the rules don't suffice. Stale frames on the way are dropped.
+static QVXExceptionFrame* WalkToFrame(QVXPlace place, uintptr_t here) {
+  QVXUnwindRule rule;
+  while (QVXUnwindRuleOf(&place, &rule)) {
+    uintptr_t top = QVXUpperEnd(&rule, &place);
+    QVXExceptionFrame* frame;
+    while ((frame = QVXInnermostFrame()) && (uintptr_t)frame < top) {
+      Holding holding = Holds(&rule, frame, here);
+      if (holding == kUnknown) return NULL;
+      if (holding == kOwn) return frame;
+      QVXLeaveFrame(frame);
+    }
+    if (!frame || rule.isObjectiveC || !QVXStepOutwards(&rule, &place)) return NULL;
+  }
+  return NULL;
+}
+
+static QVXExceptionFrame* NearestFrameByRules(const QVXPlace* thrower, uintptr_t here) {
+  if (!QVXTakeUnwindRules()) return NULL;
+  QVXExceptionFrame* frame = WalkToFrame(*thrower, here);
+  QVXGiveUnwindRules();
+  return frame;
+}
+
 QVX_EXPORT void objc_exception_throw(id exception) {
   uintptr_t here = (uintptr_t)__builtin_frame_address(0);
   QVXDropFramesBelow(here);
   FreeDeliveriesBelow(here - kMargin);
   if (!QVXInnermostFrame()) ThrowNatively(exception);
+  QVXPlace thrower = QVXCallerOf(__builtin_frame_address(0));
+  QVXExceptionFrame* nearest = NearestFrameByRules(&thrower, here);
+  if (nearest) Deliver(nearest, exception);
 
   Survey survey = {.here = here};
   PrepareException(&survey.probe, exception);

@@ -1,9 +1,10 @@
-// libcocoa/runtime/unwind_info.c - reads the personality routine out of a function's call frame information.
+// libcocoa/runtime/unwind_info.c - reads a function's call frame information.
 #include "libcocoa/runtime/unwind_info.h"
 
 #include <stddef.h>
-#include <stdint.h>
 #include <string.h>
+
+#include "libcocoa/runtime/leb128.h"
 
 typedef struct {
   void* text;
@@ -31,17 +32,16 @@ enum {
   kPcRelative = 0x10,
   kDataRelative = 0x30,
   kIndirect = 0x80,
+  kOmitted = 0xff,
 };
 
-static const uint8_t* SkipLEB128(const uint8_t* p) {
-  while (*p++ & 0x80) {
-  }
-  return p;
+static bool IsWord(uint8_t encoding) {
+  uint8_t format = encoding & 0x0f;
+  return format == kAbsolute || format == kUnsigned4 || format == kSigned4;
 }
 
 static uintptr_t ReadPointer(uint8_t encoding, const uint8_t* p, const EHBases* bases) {
-  uint8_t format = encoding & 0x0f;
-  if (format != kAbsolute && format != kUnsigned4 && format != kSigned4) return 0;
+  if (encoding == kOmitted || !IsWord(encoding)) return 0;
   uint32_t value;
   memcpy(&value, p, sizeof value);
   if (value == 0) return 0;
@@ -62,38 +62,76 @@ static uintptr_t ReadPointer(uint8_t encoding, const uint8_t* p, const EHBases* 
   return result;
 }
 
-static const uint8_t* CommonEntry(const DescriptionEntry* entry) {
-  return (const uint8_t*)((uintptr_t)&entry->distance - (uintptr_t)entry->distance);
+static const uint8_t* EndOf(const uint32_t* length) {
+  return (const uint8_t*)(length + 1) + *length;
 }
 
-static uintptr_t PersonalityAt(void* pc) {
-  EHBases bases;
-  const DescriptionEntry* entry = _Unwind_Find_FDE(pc, &bases);
-  if (!entry) return 0;
-  const uint8_t* common = CommonEntry(entry);
-  uint8_t version = common[8];
-  const char* augmentation = (const char*)common + 9;
-  if (augmentation[0] != 'z') return 0;
-  const uint8_t* p = (const uint8_t*)augmentation + strlen(augmentation) + 1;
-  p = SkipLEB128(p);                         // code alignment
-  p = SkipLEB128(p);                         // data alignment
-  p = version == 1 ? p + 1 : SkipLEB128(p);  // return address register
-  p = SkipLEB128(p);                         // length of what follows
-  for (const char* letter = augmentation + 1; *letter != 0; ++letter) {
-    switch (*letter) {
+// What the letters of a common entry's augmentation say.
+typedef struct {
+  uint8_t actionsEncoding;
+  uint8_t addressEncoding;
+} Augmentation;
+
+static bool ReadAugmentation(const char* letters, const uint8_t* p, const EHBases* bases,
+                             QVXFrameInformation* out, Augmentation* augmentation) {
+  for (; *letters != 0; ++letters) {
+    switch (*letters) {
       case 'P':
-        return ReadPointer(p[0], p + 1, &bases);
+        if (!IsWord(p[0])) return false;
+        out->personality = ReadPointer(p[0], p + 1, bases);
+        p += 1 + sizeof(uint32_t);
+        break;
       case 'L':
+        augmentation->actionsEncoding = *p++;
+        break;
       case 'R':
-        ++p;
+        augmentation->addressEncoding = *p++;
         break;
       case 'S':
+        out->isSignalFrame = true;
         break;
       default:
-        return 0;
+        return false;
     }
   }
-  return 0;
+  return true;
+}
+
+static bool ReadCommonEntry(const uint32_t* common, const EHBases* bases, QVXFrameInformation* out,
+                            Augmentation* augmentation) {
+  const uint8_t* version = (const uint8_t*)(common + 2);
+  const char* letters = (const char*)version + 1;
+  if (letters[0] != 'z') return false;
+  const uint8_t* p = (const uint8_t*)letters + strlen(letters) + 1;
+  p = QVXReadUnsigned(p, &out->codeUnit);
+  p = QVXReadSigned(p, &out->dataUnit);
+  uint32_t ignored;
+  p = *version == 1 ? p + 1 : QVXReadUnsigned(p, &ignored);  // the return address's register
+  uint32_t size;
+  p = QVXReadUnsigned(p, &size);
+  out->common = (QVXFrameProgram){p + size, EndOf(common)};
+  return ReadAugmentation(letters + 1, p, bases, out, augmentation);
+}
+
+bool QVXFindFrameInformation(uintptr_t address, QVXFrameInformation* out) {
+  EHBases bases;
+  const DescriptionEntry* entry = _Unwind_Find_FDE((void*)address, &bases);
+  if (!entry) return false;
+  *out = (QVXFrameInformation){.entry = entry, .start = (uintptr_t)bases.function};
+  Augmentation augmentation = {kOmitted, kAbsolute};
+  const uint32_t* common = (const uint32_t*)((uintptr_t)&entry->distance - (uintptr_t)entry->distance);
+  if (!ReadCommonEntry(common, &bases, out, &augmentation) || !IsWord(augmentation.addressEncoding))
+    return false;
+  uint32_t size;
+  const uint8_t* p = (const uint8_t*)(entry + 1) + 2 * sizeof(uint32_t);  // past start and size
+  p = QVXReadUnsigned(p, &size);
+  out->hasActions = size != 0 && ReadPointer(augmentation.actionsEncoding, p, &bases) != 0;
+  out->own = (QVXFrameProgram){p + size, EndOf(&entry->length)};
+  return true;
+}
+
+bool QVXHasObjectiveCActions(const QVXFrameInformation* information) {
+  return information->hasActions && information->personality == (uintptr_t)__gnu_objc_personality_v0;
 }
 
 bool QVXHasUnwindActions(struct _Unwind_Context* function) {
@@ -105,7 +143,9 @@ QVXPersonality QVXObjectiveCPersonality(struct _Unwind_Context* function) {
   int beforeInstruction = 0;
   uintptr_t pc = _Unwind_GetIPInfo(function, &beforeInstruction);
   if (!beforeInstruction) --pc;  // a return address may lie behind the function's end
-  return PersonalityAt((void*)pc) == (uintptr_t)__gnu_objc_personality_v0 ? __gnu_objc_personality_v0 : NULL;
+  QVXFrameInformation information;
+  if (!QVXFindFrameInformation(pc, &information)) return NULL;
+  return QVXHasObjectiveCActions(&information) ? __gnu_objc_personality_v0 : NULL;
 }
 
 // The call frame instructions that may stand at the head of an entry.
@@ -121,14 +161,13 @@ enum {
 
 // A function starts with its return address on top of the stack, as its common entry says. A piece that was
 // moved away starts with its stack already set up, and its entry has to say so before the first instruction.
-static bool StartsInTheMiddle(const DescriptionEntry* entry) {
-  const uint8_t* end = (const uint8_t*)&entry->distance + entry->length;
-  const uint8_t* p = (const uint8_t*)(&entry->distance + 1) + 2 * sizeof(uint32_t);  // past start and size
-  if (CommonEntry(entry)[9] == 'z') p += 1 + *p;
-  while (p < end) {
+bool QVXStartsInTheMiddle(const QVXFrameInformation* information) {
+  const uint8_t* p = information->own.begin;
+  while (p < information->own.end) {
     uint8_t instruction = *p++;
     if ((instruction & kPrimaryMask) == kRegisterOffset || instruction == kArgumentsSize) {
-      p = SkipLEB128(p);
+      uint32_t ignored;
+      p = QVXReadUnsigned(p, &ignored);
     } else if (instruction != kNop && instruction != kRememberState) {
       return instruction >= kDefineCfa && instruction <= kDefineCfaExpression;
     }
@@ -137,9 +176,9 @@ static bool StartsInTheMiddle(const DescriptionEntry* entry) {
 }
 
 bool QVXMayShareFunction(uintptr_t pc, uintptr_t otherPC) {
-  EHBases bases, otherBases;
-  const DescriptionEntry* entry = _Unwind_Find_FDE((void*)pc, &bases);
-  const DescriptionEntry* other = _Unwind_Find_FDE((void*)otherPC, &otherBases);
-  if (!entry || !other) return entry == other;
-  return entry == other || StartsInTheMiddle(entry) || StartsInTheMiddle(other);
+  QVXFrameInformation one, other;
+  bool found = QVXFindFrameInformation(pc, &one);
+  if (QVXFindFrameInformation(otherPC, &other) != found) return false;
+  if (!found) return true;  // nothing is known of either
+  return one.entry == other.entry || QVXStartsInTheMiddle(&one) || QVXStartsInTheMiddle(&other);
 }

@@ -621,6 +621,23 @@ TEST(Threads, HaveFramesOfTheirOwn) {
   EXPECT_EQ(here, nullptr);
 }
 
+TEST(Threads, RaisePastPlainFunctionsAtTheSameTime) {
+  constexpr std::size_t kThreads = 4;
+  std::array<int, kThreads> delivered{};
+  std::vector<PooledThread> threads;
+  threads.reserve(kThreads);
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&delivered, i] {
+      const id mine = NewException("Mine", "");
+      for (int round = 0; round < 5000; ++round) {
+        if (Guarded([&] { objc_exception_throw(mine); }) == mine) ++delivered[i];
+      }
+    });
+  }
+  for (PooledThread& thread : threads) thread.Join();
+  for (const int count : delivered) EXPECT_EQ(count, 5000);
+}
+
 TEST(Threads, RaiseAndCatchAtTheSameTime) {
   constexpr int kThreads = 4;
   constexpr int kRounds = 2000;

@@ -218,6 +218,49 @@ TEST(EncodedTextBounds, TakeLongTextsWhole) {
   EXPECT_EQ(CFStringGetLength(back.Get()), 100000);
 }
 
+// ASCII goes in blocks: the odd one out may stand anywhere in or between them.
+TEST(MixedText, GoesThereAndBackWhereverTheOddCharacterStands) {
+  const std::array<std::string, 4> oddOnes = {"\x7f", "\u00e9", "\u20ac", "\U0001f3a8"};
+  for (std::size_t length = 0; length < 50; ++length) {
+    for (std::size_t place = 0; place <= length; ++place) {
+      for (const std::string& odd : oddOnes) {
+        const std::string text = std::string(place, 'a') + odd + std::string(length - place, 'z');
+        const String string = FromBytes(text.c_str(), kUTF8);
+        std::array<char, 80> buffer;
+        ASSERT_TRUE(CFStringGetCString(string.Get(), buffer.data(), buffer.size(), kUTF8));
+        ASSERT_EQ(buffer.data(), text);
+        ASSERT_EQ(Units(string).substr(0, place), std::u16string(place, u'a'));
+        ASSERT_EQ(CFStringGetLength(string.Get()), static_cast<CFIndex>(length + (odd.size() == 4 ? 2 : 1)));
+      }
+    }
+  }
+}
+
+TEST(MixedText, IsRefusedWhereverTheOddCharacterStands) {
+  for (std::size_t place = 0; place < 50; ++place) {
+    std::string bytes(50, 'a');
+    bytes[place] = '\xff';
+    EXPECT_EQ(FromBytes(bytes.c_str(), kUTF8).Get(), nullptr) << place;
+    EXPECT_EQ(FromBytes(bytes.c_str(), kASCII).Get(), nullptr) << place;
+    std::u16string units(50, u'a');
+    for (const char16_t odd : {u'\u0080', u'\u0100', u'\u8000', u'\u807f', u'\uff41'}) {
+      units[place] = odd;
+      std::array<char, 80> buffer;
+      EXPECT_FALSE(CFStringGetCString(FromUnits(units).Get(), buffer.data(), buffer.size(), kASCII)) << place;
+    }
+  }
+}
+
+TEST(LoneSurrogate, IsKeptWhereverItStands) {
+  for (std::size_t place = 0; place < 40; ++place) {
+    std::u16string units(40, u'a');
+    for (const char16_t odd : {char16_t{0xD800}, char16_t{0xDBFF}, char16_t{0xDC00}, char16_t{0xDFFF}}) {
+      units[place] = odd;
+      ASSERT_EQ(Units(FromUnits(units)), units) << place;
+    }
+  }
+}
+
 TEST(MacRoman, GoesThereAndBackForEveryByte) {
   std::string bytes;
   for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);

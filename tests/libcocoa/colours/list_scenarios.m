@@ -43,6 +43,60 @@ SCENARIO("a removed colour is gone, a missing one is no error", "ac", "ac") {
   return Keys(list);
 }
 
+// Keys "0" to "999", then the changes; what differs from the same changes to an array of strings.
+static NSString* AfterChanges(void (*change)(NSColorList*, NSMutableArray*, unsigned step), unsigned steps) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Numbers"] autorelease];
+  NSMutableArray* expected = [NSMutableArray array];
+  for (unsigned i = 0; i < 1000; ++i) {
+    NSString* key = [NSString stringWithFormat:@"%u", i];
+    [list setColor:[NSColor redColor] forKey:key];
+    [expected addObject:key];
+  }
+  for (unsigned step = 0; step < steps; ++step) {
+    change(list, expected, step);
+    if (![[list allKeys] isEqual:expected]) return [NSString stringWithFormat:@"differs at step %u", step];
+  }
+  return [NSString stringWithFormat:@"%u keys in order", (unsigned)[expected count]];
+}
+
+static void RemoveFirst(NSColorList* list, NSMutableArray* expected, unsigned step) {
+  (void)step;
+  [list removeColorWithKey:[expected objectAtIndex:0]];
+  [expected removeObjectAtIndex:0];
+}
+
+SCENARIO("a list emptied from the front stays in order", "0 keys in order", "0 keys in order") {
+  return AfterChanges(RemoveFirst, 1000);
+}
+
+static void InsertOrRemoveAnywhere(NSColorList* list, NSMutableArray* expected, unsigned step) {
+  unsigned place = step * 7919u % (unsigned)[expected count];
+  if (step % 3 != 0) {
+    [list removeColorWithKey:[expected objectAtIndex:place]];
+    [expected removeObjectAtIndex:place];
+  } else {
+    NSString* key = [NSString stringWithFormat:@"new %u", step];
+    [list insertColor:[NSColor blueColor] key:key atIndex:place];
+    [expected insertObject:key atIndex:place];
+  }
+}
+
+SCENARIO("a list changed anywhere stays in order", "400 keys in order", "400 keys in order") {
+  return AfterChanges(InsertOrRemoveAnywhere, 1800);
+}
+
+static void MoveAnywhere(NSColorList* list, NSMutableArray* expected, unsigned step) {
+  NSString* key = [[[expected objectAtIndex:step * 31u % 1000u] retain] autorelease];
+  unsigned place = step * 17u % 1000u;
+  [list insertColor:[NSColor blueColor] key:key atIndex:place];
+  [expected removeObject:key];
+  [expected insertObject:key atIndex:place];
+}
+
+SCENARIO("keys that move anywhere stay in order", "1000 keys in order", "1000 keys in order") {
+  return AfterChanges(MoveAnywhere, 1000);
+}
+
 SCENARIO("an index beyond the end changes nothing", "NSRangeException, abc, x is in",
          "NSRangeException, abc, x is not in") {
   NSColorList* list = ABC();

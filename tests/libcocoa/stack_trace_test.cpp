@@ -1,0 +1,147 @@
+// tests/libcocoa/stack_trace_test.cpp - the return addresses that a raised exception keeps.
+#include <execinfo.h>
+#include <gtest/gtest.h>
+
+#include <alloca.h>
+#include <dlfcn.h>
+
+#include <array>
+#include <stdexcept>
+#include <vector>
+
+#include "tests/libcocoa/guarded.h"
+#include "tests/libcocoa/paths.h"
+
+namespace {
+
+using qvx::Message;
+using Addresses = std::vector<std::uintptr_t>;
+
+Addresses KeptBy(id exception) {
+  const id array = Message<"callStackReturnAddresses", id()>()(exception);
+  Addresses result(Message<"count", NSUInteger()>()(array));
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const id value = Message<"objectAtIndex:", id(NSUInteger)>()(array, static_cast<NSUInteger>(i));
+    result[i] = reinterpret_cast<std::uintptr_t>(Message<"pointerValue", void*()>()(value));
+  }
+  return result;
+}
+
+// What the C library's walk finds outside of the function that runs this, and what an exception keeps that
+// is raised in the same place.
+struct Trace {
+  Addresses expected{};
+  id exception = nullptr;
+};
+
+[[gnu::noinline]] void RaiseHere(void* context) {
+  Trace& trace = *static_cast<Trace*>(context);
+  std::array<void*, 100> found;
+  const auto count = static_cast<std::size_t>(backtrace(found.data(), static_cast<int>(found.size())));
+  for (std::size_t i = 1; i < count; ++i) {
+    trace.expected.push_back(reinterpret_cast<std::uintptr_t>(found[i]));
+  }
+  Raise(NewException("Bang", "for a test"));
+}
+
+// The exception also keeps the functions that raised it. Its last addresses are those of the walk.
+void ExpectSameStack(const Trace& trace) {
+  const Addresses kept = KeptBy(trace.exception);
+  ASSERT_GT(trace.expected.size(), 3U);
+  ASSERT_GT(kept.size(), trace.expected.size());
+  EXPECT_EQ(Addresses(kept.end() - static_cast<std::ptrdiff_t>(trace.expected.size()), kept.end()),
+            trace.expected);
+}
+
+TEST(StackTrace, IsThatOfTheCLibrary) {
+  Trace trace;
+  trace.exception = Guarded([&] { RaiseHere(&trace); });
+  ExpectSameStack(trace);
+}
+
+TEST(StackTrace, IsTheSameTheSecondTime) {
+  for (int i = 0; i < 2; ++i) {
+    Trace trace;
+    trace.exception = Guarded([&] { RaiseHere(&trace); });
+    ExpectSameStack(trace);
+  }
+}
+
+[[gnu::noinline, gnu::force_align_arg_pointer]] void OnARealignedStack(Trace& trace) {
+  alignas(64) std::array<volatile char, 64> room;
+  room[0] = 0;
+  RaiseHere(&trace);
+  room[1] = 0;
+}
+
+TEST(StackTrace, PassesAFunctionThatRealignsItsStack) {
+  Trace trace;
+  trace.exception = Guarded([&] { OnARealignedStack(trace); });
+  ExpectSameStack(trace);
+}
+
+[[gnu::noinline]] void OnAStackOfNoFixedSize(Trace& trace, std::size_t size) {
+  auto* const room = static_cast<volatile char*>(alloca(size));
+  room[0] = 0;
+  RaiseHere(&trace);
+  room[size - 1] = 0;
+}
+
+TEST(StackTrace, PassesAFunctionWhoseStackHasNoFixedSize) {
+  for (const std::size_t size : {16U, 1000U, 5000U}) {
+    Trace trace;
+    trace.exception = Guarded([&] { OnAStackOfNoFixedSize(trace, size); });
+    ExpectSameStack(trace);
+  }
+}
+
+TEST(StackTrace, PassesObjectiveCThatHasSomethingToCleanUp) {
+  int ran = 0;
+  Trace trace;
+  trace.exception = Guarded([&] { ThroughFinally(&RaiseHere, &trace, &ran); });
+  EXPECT_EQ(ran, 1);
+  ExpectSameStack(trace);
+}
+
+TEST(StackTrace, IsKeptWhereAFunctionHasNoUnwindTables) {
+  Trace trace;
+  trace.exception = Guarded([&] { ThroughPlainC(&RaiseHere, &trace); });
+  EXPECT_FALSE(KeptBy(trace.exception).empty());
+}
+
+// The library's function fills its part of the stack with a word.
+Addresses RaiseThroughLibrary(const char* path, std::uintptr_t filling) {
+  void* const library = dlopen(path, RTLD_NOW);
+  if (library == nullptr) throw std::runtime_error(dlerror());
+  using Through = void (*)(Body, void*, std::uintptr_t);
+  auto* const through = reinterpret_cast<Through>(dlsym(library, "ThroughUnloadable"));
+  Trace trace;
+  trace.exception = Guarded([&] { through(&RaiseHere, &trace, filling); });
+  ExpectSameStack(trace);
+  dlclose(library);
+  return trace.expected;
+}
+
+TEST(StackTrace, ForgetsALibraryThatWasUnloaded) {
+  const Addresses small = RaiseThroughLibrary(SMALL_UNLOADABLE, 0);
+  // Whoever takes the large function for the small one finds the process's first function instead of the
+  // caller, and believes that the stack ends there.
+  const Addresses large = RaiseThroughLibrary(LARGE_UNLOADABLE, small.back());
+  EXPECT_EQ(large.front(), small.front());  // otherwise this shows nothing
+}
+
+[[gnu::noinline]] void RaiseFrom(int depth, Trace& trace) {
+  if (depth == 0) return RaiseHere(&trace);
+  RaiseFrom(depth - 1, trace);
+  __asm__ volatile("");
+}
+
+TEST(StackTrace, EndsAfter128FunctionsOfADeepStack) {
+  Trace trace;
+  trace.exception = Guarded([&] { RaiseFrom(500, trace); });
+  const Addresses kept = KeptBy(trace.exception);
+  EXPECT_GT(kept.size(), 120U);
+  EXPECT_LE(kept.size(), 128U);
+}
+
+}  // namespace
