@@ -7,10 +7,12 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 #include "hostrun/commands/commands.h"
+#include "hostrun/commands/finish.h"
 #include "hostrun/commands/run.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/suggest.h"
@@ -50,7 +52,10 @@ int Start(const Command& command, CLI::App& app, const std::string& name, int ar
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wish) {
-    return app.exit(wish);
+    std::ostringstream said;
+    const int status = app.exit(wish, said);
+    std::fputs(said.str().c_str(), stdout);
+    return status;
   } catch (const CLI::ExtrasError& error) {
     const std::vector<std::string> unknown = app.remaining();
     if (unknown.empty()) throw;
@@ -118,7 +123,7 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     std::fprintf(stderr, "hostrun: %s\n", error.what());
   }
-  std::fflush(nullptr);
+  status = hostrun::FinishOutput(status);
   // The platform's threads and tables need no tidying, and the process is over.
   _exit(status);
 }

@@ -75,7 +75,7 @@ void ShowMember(const ClassText& cls, const std::string& wanted) {
 
 void Doc(const std::string& wanted) {
   if (wanted.empty()) return Refuse(":doc: wanted a class or CLASS.MEMBER, found nothing");
-  const std::vector<ClassText> classes = ReadDescriptions(OwnDescriptions());
+  const std::vector<ClassText> classes = ReadDescriptions(FindDescriptions());
   const std::size_t dot = wanted.find('.');
   const std::string name = wanted.substr(0, dot);
   std::vector<std::string> names;

@@ -80,7 +80,8 @@ int Run(const RunOptions& options) {
     if (options.statements.empty() && NamesNoProgram(options.program))
       return RefuseNoProgram(options.program, "");
     const Source source = SourceOf(options);
-    const Problem problem = StartHost(options.host);
+    Problem problem = StartHost(options.host);
+    if (!problem && options.started) problem = options.started();
     if (problem) return Refuse(*problem);
     SetProgramArguments(ArgumentsOf(options));
     int status = kExitFine;

@@ -3,10 +3,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "hostrun/host/host.h"
+#include "hostrun/host/problem.h"
 
 namespace hostrun {
 
@@ -16,6 +18,7 @@ struct RunOptions {
   std::vector<std::string> statements;  // instead of a program
   std::string program;                  // with statements: the first argument
   std::vector<std::string> arguments;
+  std::function<Problem()> started;  // where set, called once the bundle has registered; may refuse the run
 };
 
 // The options of a run, for a command that runs a program. `options` outlives the use of `app`.

@@ -5,7 +5,9 @@
 #include <string_view>
 
 #include "hostrun/host/bundle.h"
+#include "hostrun/host/exceptions.h"
 #include "hostrun/host/platform_library.h"
+#include "hostrun/host/platform_log.h"
 #include "hostrun/host/service_list.h"
 #include "hostrun/host/suggest.h"
 #include "hostrun/sibling/sibling.h"
@@ -67,6 +69,9 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
          "--no-sibling", [&options] { options.sibling = false; },
          "Run without NSExceptionQVX, NSImageQVX and the instance cache")
       ->group(group);
+  app.add_flag("--platform-log", options.platformLog,
+               "Show at once what the platform logs, also of exceptions that are caught")
+      ->group(group);
 }
 
 Problem StartWithoutBundle(const HostOptions& options) {
@@ -74,6 +79,7 @@ Problem StartWithoutBundle(const HostOptions& options) {
   RegisterHostClasses();
   if (options.platform == kNoPlatform) return {};
   Problem problem = LoadPlatform(options.platform);
+  if (!problem && !options.platformLog) HoldPlatformLog();
   if (!problem && options.sibling) problem = InstallSibling();
   return problem;
 }

@@ -8,6 +8,7 @@
 #include <new>
 
 #include "hostrun/host/exceptions.h"
+#include "hostrun/host/output.h"
 #include "hostrun/language/parser.h"
 
 namespace hostrun {
@@ -52,7 +53,6 @@ int RunBody(const BoundProgram& program, Activation& activation, const Source& s
   } catch (const QuitRequest& request) {
     return request.status;
   } catch (const HostException& exception) {
-    std::fflush(stdout);
     ReportUncaught(source, exception.object());
     return kExitException;
   }
@@ -79,6 +79,7 @@ void ReportUncaught(const Source& source, Object* exception) {
     }
     text += "  in " + trace[i].routine + ", called from line " + std::to_string(trace[i + 1].line) + "\n";
   }
+  WritePlatformLogOf(exception);
   std::fputs(text.c_str(), stderr);
 }
 
@@ -92,7 +93,7 @@ void EndRunning() {
   machine.result = Value();
   machine.calls.clear();
   SetTraceSource(nullptr);
-  std::fflush(stdout);
+  FlushOutput();
 }
 
 int RunProgram(const BoundProgram& program, const Source& source) {

@@ -23,7 +23,8 @@ int RunProgram(const BoundProgram& program, const Source& source);
 // get traces and calls are counted against the stack.
 void BeginRunning();
 void EndRunning();
-// Writes the exception, its line of `source` and the calls that led there to stderr.
+// Writes what the platform logged of the exception, the exception, its line of `source` and the calls that
+// led there to stderr.
 void ReportUncaught(const Source& source, Object* exception);
 
 }  // namespace hostrun

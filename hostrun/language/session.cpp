@@ -82,7 +82,6 @@ Session::State Session::Guarded(const std::function<State()>& run) {
     status_ = request.status;
     return State::Ended;
   } catch (const HostException& exception) {
-    std::fflush(stdout);
     ReportUncaught(Source(name_, whole_), exception.object());
     return State::Failed;
   }

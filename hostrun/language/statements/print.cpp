@@ -1,10 +1,9 @@
 // hostrun/language/statements/print.cpp - Print.
 #include "hostrun/language/statements/print.h"
 
-#include <cstdio>
-
 #include "hostrun/host/arrays.h"
 #include "hostrun/host/functions.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/show.h"
 #include "hostrun/language/binder.h"
@@ -34,7 +33,7 @@ class PrintStep final : public Step {
     }
     line += '\n';
     if (printObserver) printObserver(observed);
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    WriteOutput(line);
     return Flow::Next;
   }
 

@@ -46,8 +46,8 @@ TEST(Terminal, ColoursHeadingsUnlessTheUserObjects) {
 }
 
 TEST(Terminal, ColoursTheStatusOfEachCheck) {
-  AtTerminal terminal(
-      {"check", "--platform", "none", "--host-version", "2015.0", BuiltFile("broken/NoRelro.so")});
+  AtTerminal terminal({"check", "--platform", "none", "--host-version", "2015.0", "--verbose",
+                       BuiltFile("broken/NoRelro.so")});
   EXPECT_EQ(terminal.Status(), 1);
   EXPECT_NE(terminal.screen().find("\033[32mpassed    \033[0mfile/format"), std::string::npos)
       << terminal.screen();
@@ -69,8 +69,13 @@ TEST(Terminal, ShowsProgressWhereNothingElseShowsThatTimePasses) {
 
 TEST(Terminal, ShowsNoProgressOnADumbOneOrBesideTheLinesThemselves) {
   EXPECT_EQ(ScreenOf(CheckSound("--only-failed"), {"TERM=dumb"}), Tally(kSoundChecks) + "\r\n");
-  EXPECT_EQ(ScreenOf({"check", "--filter", "file/", "--host-version", "2015.0"}).find("checks, 0 failed: "),
-            std::string::npos);
+  EXPECT_EQ(ScreenOf(CheckSound("--verbose")).find("checks, 0 failed: "), std::string::npos);
+}
+
+TEST(Terminal, ShowsOfAPassedCheckNothingButTheTallyUnlessAsked) {
+  const std::vector<std::string> plain = {"TERM=dumb"};
+  EXPECT_EQ(ScreenOf(CheckSound("--time-limit=9"), plain), Tally(kSoundChecks) + "\r\n");
+  EXPECT_NE(ScreenOf(CheckSound("--verbose"), plain).find("passed    file/format\r\n"), std::string::npos);
 }
 
 TEST(Terminal, ShowsAColourAsABlockWhereTheTerminalCan) {

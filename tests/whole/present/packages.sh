@@ -93,7 +93,7 @@ try() {
     found=$(inside "$root" "$hostrun" --version)
     [ "$found" = "hostrun $version" ] || fail "$name says its version: wanted hostrun $version, found $found"
     # The library that the trace puts before the platform lies among the private ones.
-    inside "$root" "$hostrun" trace --output /tmp/trace.txt "$documents/examples/first-colors.bas" >"$work/out" 2>"$work/err" &&
+    inside "$root" "$hostrun" trace --out /tmp/trace.txt "$documents/examples/first-colors.bas" >"$work/out" 2>"$work/err" &&
       cmp -s "$source/examples/first-colors.out" "$work/out" || { fail "$name traces a program"; cat "$work/err"; }
     grep -qF 'sends +[NSColor colorWithDeviceRed: 1 green: 0.5' "$root/tmp/trace.txt" ||
       fail "$name shows the messages: $(head -n 5 "$root/tmp/trace.txt")"
