@@ -31,6 +31,22 @@ std::vector<Counted>& AllCounted() {
   return counted;
 }
 
+PrescribedCalls CallsFor(const Platform& platform) {
+  PrescribedCalls calls = {};
+  calls.send = reinterpret_cast<decltype(calls.send)>(platform.objc_msgSend);
+  calls.sendForFloat = reinterpret_cast<decltype(calls.sendForFloat)>(platform.objc_msgSend_fpret);
+  calls.enterFrame = platform.objc_exception_try_enter;
+  calls.exitFrame = platform.objc_exception_try_exit;
+  calls.stringLength = reinterpret_cast<decltype(calls.stringLength)>(platform.CFStringGetLength);
+  calls.stringBytes = reinterpret_cast<decltype(calls.stringBytes)>(platform.CFStringGetCString);
+  calls.buildString = reinterpret_cast<decltype(calls.buildString)>(Resolve("REALBuildString"));
+  calls.setStringEncoding =
+      reinterpret_cast<decltype(calls.setStringEncoding)>(Resolve("REALSetStringEncoding"));
+  calls.newBlock = reinterpret_cast<decltype(calls.newBlock)>(Resolve("newMemoryBlock"));
+  calls.blockPointer = reinterpret_cast<decltype(calls.blockPointer)>(Resolve("memoryBlockGetPtr"));
+  return calls;
+}
+
 namespace {
 
 enum class Scale { kNone, kQuick, kFull };
@@ -64,10 +80,13 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   }
 }
 
+// BENCH_DESKTOP in the environment names a desktop bundle to measure instead.
 void AddAllRows(Bundles& bundles, Scale scale) {
-  AddPlatformRows(bundles, ScriptedPlatform(&NewHostExceptionFor), BENCH_SCRIPTED_BUNDLE, scale);
+  const char* const desktop = std::getenv("BENCH_DESKTOP");
+  const auto bundle = [desktop](const char* file) { return desktop != nullptr ? desktop : file; };
+  AddPlatformRows(bundles, ScriptedPlatform(&NewHostExceptionFor), bundle(BENCH_SCRIPTED_BUNDLE), scale);
   const Platform& real = RealPlatform(&NewHostExceptionFor);
-  AddPlatformRows(bundles, real, BENCH_BUNDLE, scale);
+  AddPlatformRows(bundles, real, bundle(BENCH_BUNDLE), scale);
   if (scale != Scale::kNone) AddLoadingRows(bundles.all.back(), BENCH_BUNDLE);
 }
 
@@ -140,6 +159,8 @@ int MeasureAll(const char* file, bool quick) {
                             {"limit", row.limit},
                             {"target", row.target},
                             {"target_nanoseconds", row.nanoseconds},
+                            {"path", row.path},
+                            {"path_target", row.pathTarget},
                             {"series", row.series},
                             {"size", row.size},
                             {"nanoseconds", measured.nanoseconds},

@@ -50,10 +50,21 @@ void AddOut(Bundle& bundle, const std::string& size, const char* limit, qvx::REA
   const qvx::REALmemoryBlock first = data(space);
   if (first == nullptr) throw std::runtime_error("wanted profile data of " + size + ", found none");
   Unlock(first);
+  const Platform& platform = bundle.GetPlatform();
+  const auto selector = [&platform](const char* name) {
+    return const_cast<void*>(static_cast<const void*>(platform.sel_registerName(name)));
+  };
+  const Row path = {.name = "prescribed path: profile data, " + size, .counted = counted};
+  AddRow<Pooled::kYes>(
+      bundle, path,
+      [calls = CallsFor(platform), native = NativeOf(space), get = selector("ICCProfileData"),
+       bytes = selector("bytes"),
+       length = selector("length")] { Unlock(PrescribedBlock(&calls, native, get, bytes, length)); });
   AddRow<Pooled::kYes>(bundle,
                        {.name = "profile data, " + size,
                         .limit = limit,
                         .target = target,
+                        .path = path.name,
                         .counted = counted,
                         .guard = Guard::kNo},
                        [=] { Unlock(data(space)); });

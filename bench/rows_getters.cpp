@@ -50,7 +50,20 @@ void AddGetterRows(Bundle& bundle) {
   AddLimits(bundle, NativeOf(self));
 
   auto* const redComponent = bundle.Function<DoubleGetter>("NSColorQVX", "redComponent");
-  AddRow(bundle, {.name = "double getter", .limit = "frame + send", .target = 1.10, .guard = Guard::kBoth},
+  const Platform& platform = bundle.GetPlatform();
+  AddRow(bundle, {.name = "prescribed path: double getter"},
+         [calls = CallsFor(platform), native = NativeOf(self),
+          selector = platform.sel_registerName("redComponent")] {
+           benchmark::DoNotOptimize(
+               PrescribedDouble(&calls, native, const_cast<void*>(static_cast<const void*>(selector))));
+         });
+  AddRow(bundle,
+         {.name = "double getter",
+          .limit = "frame + send",
+          .target = 1.10,
+          .path = "prescribed path: double getter",
+          .pathTarget = 1.10,
+          .guard = Guard::kBoth},
          [=] { benchmark::DoNotOptimize(redComponent(self, 0)); });
 
   auto* const numberOfComponents =

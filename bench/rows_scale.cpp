@@ -57,7 +57,9 @@ void AddScaleRows(Bundle& bundle, long live) {
          {.name = Name("conversion of one colour", live),
           .limit = limit("conversion of one colour"),
           .target = target,
-          .counted = counted},
+          .counted = counted,
+          .series = "conversion of one colour",
+          .size = live},
          [convert, one = make(0.5, 0.5, 0.5, 1.0)] { Unlock(convert(one, 1.0)); });
 
   const SEL selector = platform.sel_registerName("colorWithAlphaComponent:");
@@ -75,25 +77,32 @@ void AddScaleRows(Bundle& bundle, long live) {
   AddRow(bundle,
          {.name = Name("conversion of any colour", live),
           .limit = Name("bare look-up of any colour", live),
-          .counted = false},
+          .counted = false,
+          .series = "conversion of any colour",
+          .size = live},
          [walk, convert] { Unlock(convert(walk->Next(), 1.0)); });
 
   AddRow<Pooled::kYes>(bundle,
                        {.name = Name("colour made and freed", live),
                         .limit = limit("colour made and freed"),
-                        .counted = false},
+                        .counted = false,
+                        .series = "colour made and freed",
+                        .size = live},
                        [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
 
   // The oldest go and new ones come, so that as many live as before.
-  AddRow<Pooled::kYes>(
-      bundle,
-      {.name = Name("any colour replaced", live), .limit = limit("any colour replaced"), .counted = false},
-      [walk, make] {
-        if (walk->next == walk->wrappers.size()) walk->next = 0;
-        qvx::REALobject& wrapper = walk->wrappers[walk->next++];
-        Unlock(wrapper);
-        wrapper = make(0.1, 0.2, 0.3, 1.0);
-      });
+  AddRow<Pooled::kYes>(bundle,
+                       {.name = Name("any colour replaced", live),
+                        .limit = limit("any colour replaced"),
+                        .counted = false,
+                        .series = "any colour replaced",
+                        .size = live},
+                       [walk, make] {
+                         if (walk->next == walk->wrappers.size()) walk->next = 0;
+                         qvx::REALobject& wrapper = walk->wrappers[walk->next++];
+                         Unlock(wrapper);
+                         wrapper = make(0.1, 0.2, 0.3, 1.0);
+                       });
 }
 
 }  // namespace bench

@@ -33,7 +33,7 @@ void AddLimit(Bundle& bundle, std::size_t count, const void* string) {
 }
 
 // A list gives back the name that it was made with.
-void AddOut(Bundle& bundle, std::size_t count, double target) {
+void AddOut(Bundle& bundle, std::size_t count) {
   const Platform& platform = bundle.GetPlatform();
   const std::string text(count, 'n');
   const void* const string = platform.CFStringCreateWithCString(nullptr, text.c_str(), qvx::kEncodingUTF8);
@@ -45,14 +45,23 @@ void AddOut(Bundle& bundle, std::size_t count, double target) {
                                                                       "Create(name as string) ")(list, name);
   Unlock(name);
   auto* const getName = bundle.Function<qvx::REALstring(qvx::REALobject)>("NSColorListQVX", "name as string");
+  const Row path = {.name = "prescribed path: string result, " + Units(count), .counted = count <= 10'000};
+  const SEL selector = platform.sel_registerName("name");
+  AddRow(bundle, path,
+         [calls = CallsFor(platform), native = NativeOf(list),
+          selector = const_cast<void*>(static_cast<const void*>(selector))] {
+           Unlock(PrescribedString(&calls, native, selector));
+         });
   AddRow(bundle,
          {.name = "string result, " + Units(count),
           .limit = "CFStringGetCString + build, " + Units(count),
-          .target = target,
+          .path = path.name,
           .counted = count <= 10'000,
           .guard = count < 100    ? Guard::kBoth
                    : count == 100 ? Guard::kScripted
-                                  : Guard::kNo},
+                                  : Guard::kNo,
+          .series = "string result",
+          .size = static_cast<long>(count)},
          [=] { Unlock(getName(list)); });
 }
 
@@ -70,7 +79,9 @@ void AddIn(Bundle& bundle, std::size_t count) {
   AddRow<Pooled::kYes>(bundle,
                        {.name = "string argument, " + Units(count),
                         .limit = "CFStringCreateWithCString, " + Units(count),
-                        .counted = count <= 10'000},
+                        .counted = count <= 10'000,
+                        .series = "string argument",
+                        .size = static_cast<long>(count)},
                        [=] {
                          const qvx::REALobject space = find(name);
                          if (space != nullptr) Unlock(space);
@@ -80,12 +91,8 @@ void AddIn(Bundle& bundle, std::size_t count) {
 }  // namespace
 
 void AddStringRows(Bundle& bundle) {
-  AddOut(bundle, 10, 1.15);
-  AddOut(bundle, 99, 1.15);
-  AddOut(bundle, 100, 0);
-  AddOut(bundle, 10'000, 0);
-  AddIn(bundle, 10);
-  AddIn(bundle, 10'000);
+  for (const std::size_t count : {10U, 99U, 100U, 1'000U, 10'000U}) AddOut(bundle, count);
+  for (const std::size_t count : {10U, 1'000U, 10'000U}) AddIn(bundle, count);
 
   using Factory = qvx::REALobject(double, double, double, double);
   const qvx::REALobject colour =
@@ -99,7 +106,10 @@ void AddStringRows(Bundle& bundle) {
 }
 
 void AddLargeStringRows(Bundle& bundle) {
-  AddOut(bundle, 1'000'000, 1.10);
+  for (const std::size_t count : {100'000U, 1'000'000U}) {
+    AddOut(bundle, count);
+    AddIn(bundle, count);
+  }
 }
 
 }  // namespace bench
