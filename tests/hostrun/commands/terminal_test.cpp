@@ -200,7 +200,7 @@ TEST(Terminal, KeepsEachLineOfTwoSessionsAtOnce) {
   next.Type(std::string(kUp) + "\n");
   EXPECT_TRUE(next.Shows("\r\n144\r\n")) << next.screen();
   ASSERT_TRUE(next.Prompts());
-  next.Type(std::string(kUp) + kUp + "\n");
+  next.Type(std::string(kUp) + kUp + kUp + "\n");  // behind 12 * 12, which was run again
   EXPECT_TRUE(next.Shows("\r\n121\r\n")) << next.screen();
 }
 
