@@ -6,9 +6,13 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
+#include <vector>
 
 #include "bench/allocations.h"
+#include "hostrun/macho/image.h"
 
 namespace bench {
 
@@ -35,6 +39,28 @@ int FindRange(dl_phdr_info* object, std::size_t /*size*/, void* argument) {
   range.begin = begin;
   range.end = end;
   return 1;
+}
+
+// What the process has globally comes first, as for an ELF bundle; then the platform's own.
+void* FindForDesktop(const Platform& platform, const std::string& symbol) {
+  static constexpr std::uint32_t kStackGuard = 0xFF0A0D00;
+  if (symbol == "___stack_chk_guard") return const_cast<std::uint32_t*>(&kStackGuard);
+  const char* const name = symbol.c_str() + 1;
+  void* const found = dlsym(RTLD_DEFAULT, name);
+  return found != nullptr ? found : dlsym(platform.library, name);
+}
+
+// Loads and starts a desktop bundle. Answers its memory; null for a file of another format.
+std::span<std::uint8_t> StartDesktop(const Platform& platform, const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), {}};
+  if (!hostrun::macho::IsMachO(bytes)) return {};
+  auto image = std::make_unique<hostrun::macho::Image>(
+      hostrun::macho::ReadFile(std::move(bytes)),
+      [&platform](const std::string& symbol) { return FindForDesktop(platform, symbol); });
+  using Main = void (*)(void* (*)(const char*));
+  reinterpret_cast<Main>(image->Exported("_REALPluginMain"))(&Resolve);
+  return image.release()->memory();  // it stays loaded
 }
 
 }  // namespace
@@ -66,12 +92,17 @@ Bundle::Bundle(const Platform& platform, const std::string& file)
     : host_{&platform, kNewHost, {}},
       instances_(platform.CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr)) {
   bench::Activate(host_);
-  const TemporaryCopy copy(file);
-  void* const library = LoadAndStart(copy.Path());
-  Range range = {reinterpret_cast<std::uintptr_t>(dlsym(library, "REALPluginMain")), 0, 0};
-  dl_iterate_phdr(&FindRange, &range);
-  begin_ = reinterpret_cast<const void*>(range.begin);
-  end_ = reinterpret_cast<const void*>(range.end);
+  if (const std::span<std::uint8_t> memory = StartDesktop(platform, file); !memory.empty()) {
+    begin_ = memory.data();
+    end_ = memory.data() + memory.size();
+  } else {
+    const TemporaryCopy copy(file);
+    void* const library = LoadAndStart(copy.Path());
+    Range range = {reinterpret_cast<std::uintptr_t>(dlsym(library, "REALPluginMain")), 0, 0};
+    dl_iterate_phdr(&FindRange, &range);
+    begin_ = reinterpret_cast<const void*>(range.begin);
+    end_ = reinterpret_cast<const void*>(range.end);
+  }
   // A bundle takes its cache when it first makes an instance.
   OfferInstances(platform, instances_);
   Unlock(NewInstance("NSColorQVX"));

@@ -15,7 +15,8 @@ inline constexpr double kOldHost = 2011.03;  // old layout
 // been started stays loaded.
 class Bundle {
  public:
-  // Loads a copy of `file`, so that a second one is not taken for the first.
+  // Loads a copy of `file`, so that a second one is not taken for the first. A desktop bundle gets its
+  // symbols from the process and the platform.
   Bundle(const Platform& platform, const std::string& file);
 
   // Makes this the bundle whose calls are measured.

@@ -80,10 +80,13 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   }
 }
 
+// BENCH_DESKTOP in the environment names a desktop bundle to measure instead.
 void AddAllRows(Bundles& bundles, Scale scale) {
-  AddPlatformRows(bundles, ScriptedPlatform(&NewHostExceptionFor), BENCH_SCRIPTED_BUNDLE, scale);
+  const char* const desktop = std::getenv("BENCH_DESKTOP");
+  const auto bundle = [desktop](const char* file) { return desktop != nullptr ? desktop : file; };
+  AddPlatformRows(bundles, ScriptedPlatform(&NewHostExceptionFor), bundle(BENCH_SCRIPTED_BUNDLE), scale);
   const Platform& real = RealPlatform(&NewHostExceptionFor);
-  AddPlatformRows(bundles, real, BENCH_BUNDLE, scale);
+  AddPlatformRows(bundles, real, bundle(BENCH_BUNDLE), scale);
   if (scale != Scale::kNone) AddLoadingRows(bundles.all.back(), BENCH_BUNDLE);
 }
 

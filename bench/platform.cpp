@@ -26,6 +26,7 @@ void* Open(const char* path, int flags) {
 Platform Functions(void* library, const char* name) {
   Platform platform{};
   platform.name = name;
+  platform.library = library;
   Find(library, "objc_msgSend", platform.objc_msgSend);
   Find(library, "objc_msgSend_fpret", platform.objc_msgSend_fpret);
   Find(library, "objc_getClass", platform.objc_getClass);

@@ -10,6 +10,7 @@ namespace bench {
 // Called through pointers, as a bundle calls through its table.
 struct Platform {
   std::string name;
+  void* library;  // for dlsym
   void (*objc_msgSend)();
   void (*objc_msgSend_fpret)();
   id (*objc_getClass)(const char*);

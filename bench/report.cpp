@@ -1,10 +1,10 @@
 // bench/report.cpp - turns what was measured into the table, the JSON and the plot.
 //
-//   report RAW INSTRUCTIONS TABLE JSON PLOT
+//   report RAW INSTRUCTIONS DESKTOP TABLE JSON PLOT
 //
-// RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call" and
-// may be missing. The exit status is 0 whether or not targets are met: the machine may be busy. The table
-// says which.
+// RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call",
+// DESKTOP the same of the desktop bundle. Both may be missing. The exit status is 0 whether or not targets
+// are met: the machine may be busy. The table says which.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -45,7 +45,8 @@ std::map<std::string, double> ReadInstructions(const char* file) {
 
 // Adds to each row its median, its spread, its instructions, its ratio to its limit and whether it meets its
 // target.
-void Evaluate(json& rows, const std::map<std::string, double>& instructions) {
+void Evaluate(json& rows, const std::map<std::string, double>& instructions,
+              const std::map<std::string, double>& desktop) {
   std::map<std::string, double> medians;
   std::map<std::string, double> minima;
   for (json& row : rows) {
@@ -57,6 +58,9 @@ void Evaluate(json& rows, const std::map<std::string, double>& instructions) {
     minima[FullName(row)] = row["minimum"];
     const auto counted = instructions.find(FullName(row));
     if (counted != instructions.end()) row["instructions"] = counted->second;
+    const auto onDesktop = desktop.find(FullName(row));
+    if (onDesktop != desktop.end() && counted != instructions.end())
+      row["desktop"] = onDesktop->second / counted->second;
   }
   for (json& row : rows) {
     const double median = row["median"];
@@ -113,23 +117,24 @@ void WriteTable(std::ostream& out, const json& rows) {
   for (const json& row : rows) {
     if (row["platform"] != platform) {
       platform = row["platform"];
-      std::snprintf(line, sizeof line, "\n%-46s %11s %11s %11s %9s %7s %7s  %s\n",
-                    (platform + " platform").c_str(), "median", "instruct.", "allocations", "by bundle",
-                    "ratio", "minima", "target");
+      std::snprintf(line, sizeof line, "\n%-46s %11s %11s %8s %11s %9s %7s %7s  %s\n",
+                    (platform + " platform").c_str(), "median", "instruct.", "desktop", "allocations",
+                    "by bundle", "ratio", "minima", "target");
       out << line;
     }
     const bool hasInstructions = row.contains("instructions");
     const bool hasRatio = row.contains("ratio");
-    std::snprintf(line, sizeof line, "%-46s %11s %11s %11s %9s %7s %7s  %s",
+    std::snprintf(line, sizeof line, "%-46s %11s %11s %8s %11s %9s %7s %7s  %s",
                   row["name"].get<std::string>().c_str(), Time(row["median"]).c_str(),
                   hasInstructions ? Number(row["instructions"], 0).c_str() : "-",
+                  row.contains("desktop") ? Number(row["desktop"], 2).c_str() : "-",
                   CountOr(row, "allocations").c_str(), CountOr(row, "bundle_allocations").c_str(),
                   hasRatio ? Number(row["ratio"], 2).c_str() : "",
                   hasRatio ? Number(row["ratio_of_minima"], 2).c_str() : "", Target(row).c_str());
     std::string text = line;
     text.erase(text.find_last_not_of(' ') + 1);
     if (hasRatio && !row["limit"].get<std::string>().empty()) {
-      text.resize(std::max<std::size_t>(text.size(), 124), ' ');
+      text.resize(std::max<std::size_t>(text.size(), 133), ' ');
       text += " / " + row["limit"].get<std::string>();
     }
     out << text << "\n";
@@ -185,27 +190,28 @@ void WriteGrowth(std::ostream& out, const json& rows) {
 }  // namespace bench
 
 int main(int count, char** arguments) {
-  if (count != 6) {
-    std::cerr << "report: wanted RAW INSTRUCTIONS TABLE JSON PLOT; use tools/bench\n";
+  if (count != 7) {
+    std::cerr << "report: wanted RAW INSTRUCTIONS DESKTOP TABLE JSON PLOT; use tools/bench\n";
     return 2;
   }
   try {
     nlohmann::json results = nlohmann::json::parse(std::ifstream(arguments[1]));
-    bench::Evaluate(results["rows"], bench::ReadInstructions(arguments[2]));
+    bench::Evaluate(results["rows"], bench::ReadInstructions(arguments[2]),
+                    bench::ReadInstructions(arguments[3]));
     std::ostringstream table;
     bench::WriteTable(table, results["rows"]);
     bench::WritePaths(table, results["rows"]);
     bench::WriteGrowth(table, results["rows"]);
     std::cout << table.str();
-    std::ofstream(arguments[3]) << table.str();
-    std::ofstream(arguments[4]) << results.dump(1) << "\n";
+    std::ofstream(arguments[4]) << table.str();
+    std::ofstream(arguments[5]) << results.dump(1) << "\n";
     std::vector<bench::Bar> bars;
     for (const auto& row : results["rows"]) {
       if (!row.contains("ratio")) continue;
       bars.push_back({row["platform"], row["name"], row["limit"], row["median"],
                       row["median"].get<double>() / row["ratio"].get<double>(), row["target"]});
     }
-    bench::WritePlot(arguments[5], bars);
+    bench::WritePlot(arguments[6], bars);
   } catch (const std::exception& problem) {
     std::cerr << "report: " << problem.what() << "\n";
     return 1;

@@ -101,7 +101,7 @@ EXPORT void CFRelease(const void* object) {
 // ---- Exception frames: a chain through the frames ----
 
 struct frame {
-  jmp_buf buffer;
+  char buffer[72];  // the smallest that a bundle brings, the desktop's
   struct frame* outer;
   id exception;
   void* unused[2];
@@ -132,7 +132,7 @@ EXPORT void objc_exception_throw(id exception) {
   if (frame == NULL) abort();
   innermost = frame->outer;
   frame->exception = exception;
-  longjmp(frame->buffer, 1);
+  longjmp((struct __jmp_buf_tag*)(void*)frame, 1);
 }
 
 // ---- Strings, URLs, dictionaries ----

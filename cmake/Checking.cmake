@@ -6,6 +6,8 @@ if(QVX_SANITIZE)
   # -g1: a finding's stack needs lines, and nothing else.
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=address,undefined)
+  add_library(sanitizer_options OBJECT ${CMAKE_CURRENT_LIST_DIR}/sanitizer_options.c)
+  link_libraries($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:sanitizer_options>>)
 endif()
 if(QVX_FUZZ)
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fsanitize=fuzzer-no-link,address> -O1 -Wno-error)
@@ -24,15 +26,9 @@ function(uncounted target)
   endif()
 endfunction()
 
-# checked_test(name): a test whose process runs under the sanitizers' settings. Exception frames must lie on the real
-# stack; what a delivered exception jumps over in the scripted services is lost on purpose, and the tests count what
-# the bundle itself holds.
+# checked_test(name): a test that takes longer where it is watched.
 function(checked_test name)
   if(QVX_SANITIZE OR QVX_COVERAGE)
     set_tests_properties(${name} PROPERTIES TIMEOUT 900)
-  endif()
-  if(QVX_SANITIZE)
-    set_tests_properties(${name} PROPERTIES ENVIRONMENT
-      "ASAN_OPTIONS=detect_stack_use_after_return=0:detect_leaks=0:alloc_dealloc_mismatch=0:malloc_context_size=1;UBSAN_OPTIONS=print_stacktrace=1")
   endif()
 endfunction()

@@ -19,14 +19,17 @@ struct CheckKind {
 
 // Every kind, in the order in which they are checked. docs/hostrun.md shows this table.
 inline constexpr CheckKind kCheckKinds[] = {
-    {"file/format", "a 32-bit shared object for i386, with nothing cut off"},
+    {"file/format", "a 32-bit shared object or desktop bundle for i386, with nothing cut off"},
     {"file/entry-point", "`REALPluginMain` among the exported functions"},
     {"file/exports", "no other exported symbol"},
     {"file/undefined-symbols", "no undefined symbol but the platform's and those of the language's run-time"},
-    {"file/needed-libraries", "no library but those of the language's run-time"},
+    {"file/needed-libraries",
+     "no library but those of the language's run-time; for a desktop bundle, of the platform"},
     {"file/text-relocations", "position-independent code"},
-    {"file/relro", "tables that are read-only after loading"},
-    {"file/stack", "a stack that can't be executed"},
+    {"file/relro", "tables that are read-only after loading (ELF only)"},
+    {"file/stack", "a stack that can't be executed (ELF only)"},
+    {"file/protections", "no code that can be written to, and the usual rights of each segment (desktop only)"},
+    {"file/oldest-system", "an oldest system among those that load 32-bit bundles (desktop only)"},
     {"VERSION/load", "an entry point that comes back"},
     {"VERSION/everything else", "named only when `load` failed: nothing else can be checked on that host"},
     {"VERSION/version", "the layout that this host negotiates, announced once"},

@@ -1,7 +1,5 @@
 // hostrun/commands/check_registration.cpp - checks of what a bundle says while it is entered: the version
 // that it announces, the order of its registrations, each word of its records, each declaration.
-#include <dlfcn.h>
-#include <link.h>
 
 #include <cctype>
 #include <cstring>
@@ -342,16 +340,9 @@ Problem CheckDeclarations(const std::string& name) {
 
 Problem EnterBundle(const HostOptions& options) {
   Problem problem = StartWithoutBundle(options);
-  if (!problem) problem = CheckBundleFile(options.bundle);
+  if (!problem) problem = MapBundle(options.bundle);
   if (problem) return problem;
-  const std::string path =
-      options.bundle.find('/') == std::string::npos ? "./" + options.bundle : options.bundle;
-  void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) return std::string("wanted a bundle that loads, found: ") + dlerror();
-  using EntryPoint = void (*)(void* (*)(const char*));
-  const auto enter = reinterpret_cast<EntryPoint>(dlsym(library, "REALPluginMain"));
-  if (enter == nullptr) return "wanted an exported function REALPluginMain, found none";
-  enter(&ResolveRecorded);
+  TheBundle().enter(&ResolveRecorded);
   return {};
 }
 

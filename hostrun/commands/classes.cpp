@@ -10,6 +10,7 @@
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/program.h"
 
@@ -36,19 +37,14 @@ struct Selection {
   std::string member;
 };
 
-// The names that begin like the wanted one, or else all of them; at most eight, as a list for people.
+// What was meant, or else the first names.
 std::string Suggest(const std::string& wanted, const std::vector<std::string>& names) {
   constexpr std::size_t kMost = 8;
-  std::vector<std::string> near;
-  for (const std::string& name : names) {
-    const auto shared = std::min<std::size_t>({3, wanted.size(), name.size()});
-    const bool listed = std::find(near.begin(), near.end(), name) != near.end();
-    if (!listed && SameName(name.substr(0, shared), wanted.substr(0, shared))) near.push_back(name);
-  }
-  const std::vector<std::string>& shown = near.empty() ? names : near;
-  std::string text;
-  for (std::size_t i = 0; i < shown.size() && i < kMost; ++i) text += (i == 0 ? "" : ", ") + shown[i];
-  return text + (shown.size() > kMost ? ", ..." : "");
+  const std::string meant = DidYouMean(wanted, names);
+  if (!meant.empty()) return meant;
+  std::string text = "; there are ";
+  for (std::size_t i = 0; i < names.size() && i < kMost; ++i) text += (i == 0 ? "" : ", ") + names[i];
+  return text + (names.size() > kMost ? ", ..." : "");
 }
 
 std::vector<std::string> MemberNames(const Class& cls) {
@@ -87,7 +83,7 @@ Selection Select(const ClassesOptions& options) {
     if (meant) selection.classes.push_back(cls);
   }
   if (selection.classes.empty() && !wanted.empty()) {
-    throw std::runtime_error("wanted a class, found " + wanted + ", which this host does not know; try " +
+    throw std::runtime_error("wanted a class, found " + wanted + ", which this host does not know" +
                              Suggest(wanted, names));
   }
   if (dot != std::string::npos) {
@@ -96,7 +92,7 @@ Selection Select(const ClassesOptions& options) {
     const auto same = [&](const std::string& name) { return SameName(name, selection.member); };
     if (std::none_of(members.begin(), members.end(), same)) {
       throw std::runtime_error("wanted a member of " + selection.classes.front()->name + ", found " +
-                               selection.member + ", which it has not; try " +
+                               selection.member + ", which it does not have" +
                                Suggest(selection.member, members));
     }
   }

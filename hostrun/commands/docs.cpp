@@ -24,16 +24,6 @@ struct DocsOptions {
   std::string descriptions;
 };
 
-// Beside the build folder of a source tree, or where an installation puts documents.
-std::string FindDescriptions() {
-  std::error_code error;
-  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  const auto folder = self.parent_path();
-  const auto installed = (folder / QVX_DOC_FROM_BIN / "reference.txt").lexically_normal();
-  if (!error && std::filesystem::exists(installed, error)) return installed.native();
-  return (folder / "../docs/reference.txt").lexically_normal().native();
-}
-
 int Write(const DocsOptions& options) {
   const std::vector<ClassText> texts = ReadDescriptions(options.descriptions);
   const std::vector<std::string> mismatches = Mismatches(texts, options.descriptions);
@@ -73,7 +63,7 @@ int Docs(const DocsOptions& options) {
 
 Action DocsCommand(CLI::App& app) {
   const auto options = std::make_shared<DocsOptions>();
-  options->descriptions = FindDescriptions();
+  options->descriptions = OwnDescriptions();
   AddHostOptions(app, options->host);
   app.add_option("--out", options->out, "The page to write")->option_text("FILE.html (reference.html)");
   app.add_option("--descriptions", options->descriptions, "The text that describes the members")

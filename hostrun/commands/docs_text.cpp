@@ -1,6 +1,7 @@
 // hostrun/commands/docs_text.cpp - reads the text file that describes the members of the registered classes.
 #include "hostrun/commands/docs_text.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -94,6 +95,15 @@ std::vector<ClassText> ParseDescriptions(const std::string& fileName, const std:
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) reader.Line(line);
   return reader.Take();
+}
+
+std::string OwnDescriptions() {
+  std::error_code error;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+  const auto folder = self.parent_path();
+  const auto installed = (folder / QVX_DOC_FROM_BIN / "reference.txt").lexically_normal();
+  if (!error && std::filesystem::exists(installed, error)) return installed.native();
+  return (folder / "../docs/reference.txt").lexically_normal().native();
 }
 
 std::vector<ClassText> ReadDescriptions(const std::string& fileName) {

@@ -36,6 +36,9 @@ struct ClassText {
 
 // Both throw std::runtime_error: file, line, what was wanted and what was found.
 std::vector<ClassText> ParseDescriptions(const std::string& fileName, const std::string& text);
+// The file that comes with hostrun: beside the build folder of a source tree, or where an installation puts
+// documents.
+std::string OwnDescriptions();
 std::vector<ClassText> ReadDescriptions(const std::string& fileName);
 
 }  // namespace hostrun

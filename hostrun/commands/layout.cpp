@@ -1,7 +1,6 @@
 // hostrun/commands/layout.cpp - the words of definition records, as a bundle registered them.
 #include "hostrun/commands/layout.h"
 
-#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "hostrun/commands/start.h"
+#include "hostrun/host/bundle.h"
 #include "hostrun/host/registry.h"
 
 namespace hostrun {
@@ -115,11 +115,10 @@ const char* NamePlural(RecordKind kind) {
 }
 
 std::string FunctionText(std::uint32_t address) {
-  Dl_info info{};
+  if (!TheBundle().Contains(reinterpret_cast<const void*>(address)))
+    return "a function outside of the bundle";
   std::array<char, 32> text{};
-  if (dladdr(reinterpret_cast<void*>(address), &info) == 0) return "a function outside of any file";
-  std::snprintf(text.data(), text.size(), "code at 0x%x",
-                static_cast<unsigned>(address - reinterpret_cast<std::uintptr_t>(info.dli_fbase)));
+  std::snprintf(text.data(), text.size(), "code at 0x%x", static_cast<unsigned>(address - TheBundle().begin));
   return text.data();
 }
 

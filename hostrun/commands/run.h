@@ -13,12 +13,18 @@ namespace hostrun {
 struct RunOptions {
   HostOptions host;
   bool leaksAreErrors = false;
-  std::string program;
+  std::vector<std::string> statements;  // instead of a program
+  std::string program;                  // with statements: the first argument
   std::vector<std::string> arguments;
 };
 
 // The options of a run, for a command that runs a program. `options` outlives the use of `app`.
 void AddRunOptions(CLI::App& app, RunOptions& options);
+
+// Neither a file nor something that could be the name of one: most likely a command that is spelled wrong.
+bool NamesNoProgram(const std::string& program);
+// Says so; `hint` says what may have been meant. Gives the exit status.
+int RefuseNoProgram(const std::string& program, const std::string& hint);
 
 // Starts the host, runs the program and reports on stderr what it leaves alive. Gives the exit status.
 int Run(const RunOptions& options);

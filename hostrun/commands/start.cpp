@@ -7,6 +7,7 @@
 #include "hostrun/host/bundle.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/service_list.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
@@ -18,13 +19,18 @@ constexpr const char* kNoPlatform = "none";
 std::string CheckServiceName(const std::string& name) {
   bool known = false;
   std::string meant;
+  std::vector<std::string> names;
   ForEachService([&]<class>(std::string_view bundleName, std::string_view hostName) {
+    names.emplace_back(hostName);
     if (hostName == name) known = true;
     if (bundleName == name) meant = hostName;
   });
   if (known) return {};
   const std::string problem = "wanted the name of a service, found " + name;
-  return meant.empty() ? problem : problem + "; the host's name for it is " + meant;
+  if (!meant.empty()) return problem + "; the host's name for it is " + meant;
+  std::string list;
+  for (const std::string& each : names) list += (list.empty() ? "" : ", ") + each;
+  return problem + DidYouMean(name, names) + "; there are " + list;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // hostrun/commands/trace.cpp - "hostrun trace": runs a program and shows each call as it crosses into the
 // bundle.
 #include <dlfcn.h>
-#include <link.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,6 +20,7 @@
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/arrays.h"
+#include "hostrun/host/bundle.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/functions.h"
@@ -108,40 +108,6 @@ std::string ServiceText(std::string_view name, const std::uint32_t* words) {
   return text;
 }
 
-// Where a loaded file's code lies.
-struct Range {
-  std::uintptr_t begin = 0;
-  std::uintptr_t end = 0;
-  bool Contains(const void* address) const {
-    const auto at = reinterpret_cast<std::uintptr_t>(address);
-    return at >= begin && at < end;
-  }
-};
-
-Range RangeOfFileAround(const void* address) {
-  struct Search {
-    std::uintptr_t address;
-    Range range;
-  } search{reinterpret_cast<std::uintptr_t>(address), {}};
-  dl_iterate_phdr(
-      [](dl_phdr_info* info, std::size_t, void* data) {
-        auto& wanted = *static_cast<Search*>(data);
-        Range range{UINTPTR_MAX, 0};
-        for (int i = 0; i < info->dlpi_phnum; ++i) {
-          const ElfW(Phdr)& segment = info->dlpi_phdr[i];
-          if (segment.p_type != PT_LOAD) continue;
-          range.begin = std::min<std::uintptr_t>(range.begin, info->dlpi_addr + segment.p_vaddr);
-          range.end =
-              std::max<std::uintptr_t>(range.end, info->dlpi_addr + segment.p_vaddr + segment.p_memsz);
-        }
-        if (wanted.address < range.begin || wanted.address >= range.end) return 0;
-        wanted.range = range;
-        return 1;
-      },
-      &search);
-  return search.range;
-}
-
 std::string TimeText(Nanoseconds time) {
   char text[32];
   std::snprintf(text, sizeof text, "%.1f µs", static_cast<double>(time.count()) / 1000);
@@ -180,8 +146,6 @@ class Tracer final : public CallObserver {
   void EnterLife(const Class& cls, bool constructor) override {
     {
       const Busy busy(*this);
-      if (bundle_.end == 0)
-        bundle_ = RangeOfFileAround(reinterpret_cast<const void*>(cls.definition->constructor));
       ShowPlace();
       Line("> ", paint_(Style::Strong, cls.name + (constructor ? ": its constructor" : ": its destructor")));
     }
@@ -195,7 +159,7 @@ class Tracer final : public CallObserver {
   }
 
   void Arrived(std::string_view name, const void* from, const std::uint32_t* words) {
-    if (calls_.empty() || !bundle_.Contains(from)) return;
+    if (calls_.empty() || !TheBundle().Contains(from)) return;
     const Busy busy(*this);
     if (name == "objc_msgSend" || name == "objc_msgSend_fpret") {
       Line("sends ", MessageText(words));
@@ -209,7 +173,6 @@ class Tracer final : public CallObserver {
  private:
   void ShowCall(const Method& method, const ArgumentWords& words) {
     const Busy busy(*this);
-    if (bundle_.end == 0) bundle_ = RangeOfFileAround(reinterpret_cast<const void*>(method.function));
     ShowPlace();
     std::string line = paint_(Style::Strong, method.owner->name + ": " + method.declaration);
     Line("> ", line);
@@ -285,7 +248,6 @@ class Tracer final : public CallObserver {
   const Source& source_;
   bool all_;
   Painter paint_;
-  Range bundle_;
   std::vector<Call> calls_;
   Nanoseconds busy_{};
   std::int32_t lastLine_ = 0;

@@ -3,18 +3,30 @@
 
 #include <dlfcn.h>
 #include <elf.h>
+#include <link.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <memory>
+#include <vector>
 
+#include "hostrun/host/desktop_symbols.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/services.h"
+#include "hostrun/macho/image.h"
 
 namespace hostrun {
 namespace {
 
-using EntryPoint = void (*)(void* (*resolver)(const char*));
+constexpr const char* kWanted = "a bundle (32-bit ELF shared object or Mach-O bundle, for i386)";
+constexpr const char* kEntryWanted = "an exported function REALPluginMain";
+
+LoadedBundle bundle;
 
 std::string Refusal(const std::string& file, const std::string& wanted, const std::string& found) {
   return file + ": wanted " + wanted + ", found " + found;
@@ -36,16 +48,13 @@ bool IsCutShort(std::ifstream& in, const Elf32_Ehdr& header) {
   return false;
 }
 
-}  // namespace
-
-Problem CheckBundleFile(const std::string& file) {
-  static constexpr const char* kWanted = "a bundle (32-bit ELF shared object for i386)";
+Problem CheckElfFile(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   if (!in) return Refusal(file, kWanted, std::strerror(errno));
   Elf32_Ehdr header{};
   in.read(reinterpret_cast<char*>(&header), sizeof header);
   if (in.gcount() < EI_NIDENT || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) {
-    return Refusal(file, kWanted, "a file that is not ELF");
+    return Refusal(file, kWanted, "a file that is neither ELF nor Mach-O");
   }
   if (header.e_ident[EI_CLASS] != ELFCLASS32) return Refusal(file, kWanted, "a 64-bit ELF file");
   if (in.gcount() < static_cast<std::streamsize>(sizeof header))
@@ -58,18 +67,111 @@ Problem CheckBundleFile(const std::string& file) {
   return {};
 }
 
-Problem LoadBundle(const std::string& file) {
-  Problem problem = CheckBundleFile(file);
-  if (problem) return problem;
+Problem CheckDesktopFile(const std::string& file) {
+  try {
+    ReadDesktopFile(file);
+    return {};
+  } catch (const macho::FormatError& error) {
+    return file + ": " + error.what();
+  }
+}
+
+// The addresses of the loaded file that `inside` lies in.
+struct FindFile {
+  std::uintptr_t inside;
+  std::uintptr_t begin = 0;
+  std::uintptr_t end = 0;
+};
+
+int FindFileAround(dl_phdr_info* info, std::size_t /*size*/, void* data) {
+  auto& wanted = *static_cast<FindFile*>(data);
+  std::uintptr_t begin = UINTPTR_MAX;
+  std::uintptr_t end = 0;
+  for (int i = 0; i < info->dlpi_phnum; ++i) {
+    const ElfW(Phdr)& segment = info->dlpi_phdr[i];
+    if (segment.p_type != PT_LOAD) continue;
+    begin = std::min<std::uintptr_t>(begin, info->dlpi_addr + segment.p_vaddr);
+    end = std::max<std::uintptr_t>(end, info->dlpi_addr + segment.p_vaddr + segment.p_memsz);
+  }
+  if (wanted.inside < begin || wanted.inside >= end) return 0;
+  wanted.begin = begin;
+  wanted.end = end;
+  return 1;
+}
+
+Problem MapElf(const std::string& file) {
   // A path with a slash, so that it is never searched for elsewhere.
   const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
   void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) return Refusal(file, "a bundle that loads", dlerror());
-  const auto entry = reinterpret_cast<EntryPoint>(dlsym(library, "REALPluginMain"));
-  if (entry == nullptr) return Refusal(file, "an exported function REALPluginMain", "none");
-  entry(&ResolveService);
+  void* const entry = dlsym(library, "REALPluginMain");
+  if (entry == nullptr) return Refusal(file, kEntryWanted, "none");
+  FindFile found{reinterpret_cast<std::uintptr_t>(entry)};
+  dl_iterate_phdr(&FindFileAround, &found);
+  bundle = {reinterpret_cast<decltype(bundle.enter)>(entry), found.begin, found.end};
+  return {};
+}
+
+Problem MapDesktop(const std::string& file) {
+  try {
+    auto image = std::make_unique<macho::Image>(ReadDesktopFile(file), &FindDesktopSymbol);
+    void* const entry = image->Exported("_REALPluginMain");
+    if (entry == nullptr) return Refusal(file, kEntryWanted, "none");
+    const std::span<std::uint8_t> memory = image->memory();
+    const auto begin = reinterpret_cast<std::uintptr_t>(memory.data());
+    bundle = {reinterpret_cast<decltype(bundle.enter)>(entry), begin, begin + memory.size()};
+    static_cast<void>(image.release());  // what it registers points into it for good
+    return {};
+  } catch (const std::exception& error) {
+    return file + ": " + error.what();
+  }
+}
+
+}  // namespace
+
+std::string BundleFile(const std::string& given) {
+  const std::filesystem::path path(given);
+  std::error_code error;
+  if (!std::filesystem::is_directory(path, error)) return given;
+  const std::filesystem::path folder = path.has_filename() ? path : path.parent_path();
+  if (folder.extension() != ".bundle") return given;
+  return (folder / "Contents" / "MacOS" / folder.stem()).native();
+}
+
+bool IsDesktopFile(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  std::array<std::uint8_t, sizeof(std::uint32_t)> magic{};
+  in.read(reinterpret_cast<char*>(magic.data()), magic.size());
+  return in && macho::IsMachO(magic);
+}
+
+macho::File ReadDesktopFile(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  return macho::ReadFile({std::istreambuf_iterator<char>(in), {}});
+}
+
+Problem CheckBundleFile(const std::string& given) {
+  const std::string file = BundleFile(given);
+  return IsDesktopFile(file) ? CheckDesktopFile(file) : CheckElfFile(file);
+}
+
+Problem MapBundle(const std::string& given) {
+  Problem problem = CheckBundleFile(given);
+  if (problem) return problem;
+  const std::string file = BundleFile(given);
+  return IsDesktopFile(file) ? MapDesktop(file) : MapElf(file);
+}
+
+const LoadedBundle& TheBundle() {
+  return bundle;
+}
+
+Problem LoadBundle(const std::string& given) {
+  Problem problem = MapBundle(given);
+  if (problem) return problem;
+  bundle.enter(&ResolveService);
   if (!TheRegistry().problems().empty()) {
-    return Refusal(file, "definition records that can be read", TheRegistry().problems().front());
+    return Refusal(given, "definition records that can be read", TheRegistry().problems().front());
   }
   return {};
 }

@@ -56,6 +56,7 @@ constexpr std::array kDescendants = {
     "TypeMismatchException",         "IllegalCastException",
     "InvalidArgumentException",      "DivisionByZeroException",
     "StackOverflowException",        "IOException",
+    "KeyNotFoundException",
 };
 
 }  // namespace

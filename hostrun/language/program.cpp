@@ -69,10 +69,9 @@ void ReportUncaught(const Source& source, Object* exception) {
   const auto& data = PayloadOf<ExceptionData>(exception);
   const std::vector<TraceLine>& trace = data.trace;
   const TraceLine where = trace.empty() ? TraceLine() : trace.front();
-  std::string text =
-      source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception) + " (error " +
-                                                      std::to_string(data.errorNumber) + ")") +
-      "\n";
+  std::string what = "uncaught " + DescribeException(exception);
+  if (data.errorNumber != 0) what += " (error " + std::to_string(data.errorNumber) + ")";
+  std::string text = source.Describe({where.line, where.column}, what) + "\n";
   for (std::size_t i = 0; i + 1 < trace.size(); ++i) {
     if (i == kShownTrace) {
       text += "  and " + std::to_string(trace.size() - 1 - i) + " more calls\n";
@@ -84,6 +83,7 @@ void ReportUncaught(const Source& source, Object* exception) {
 }
 
 void BeginRunning() {
+  interruptAsked = 0;
   machine.stackLimit = StackLimit();
   SetTraceSource(&FillTrace);
 }

@@ -1,13 +1,37 @@
-// libcocoa/colours/NSColor+Components.m - refusing a component that a colour does not have.
+// libcocoa/colours/NSColor+Components.m - components as text, and refusing one that a colour does not have.
 //
 // The exception is GNUstep's; the reason names the method and the colour. Every kind of colour inherits these
 // methods for the components that it lacks.
 #import "libcocoa/colours/NSColor+Components.h"
 
+#import "libcocoa/colours/gnustep_colours.h"
+#include "libcocoa/profiles/components.h"
+
+NSString* QVXWithComponents(NSString* text, NSColor* color) {
+  CGFloat components[QVXMostComponents];
+  NSMutableString* all = [NSMutableString stringWithString:text];
+  [color getComponents:components];
+  for (NSInteger i = 0; i < [color numberOfComponents]; ++i) [all appendFormat:@" %g", (double)components[i]];
+  return all;
+}
+
+// As the desktop platform describes the colour, where GNUstep's description is a dictionary. A pattern's
+// image is not asked what it is: one that can't be decoded may raise.
+static NSString* NameInReasons(NSColor* color) {
+  if ([color isKindOfClass:[GSPatternColor class]]) return NSPatternColorSpace;
+  if ([color isKindOfClass:[GSNamedColor class]])
+    return [NSString stringWithFormat:@"%@ %@ %@", NSNamedColorSpace, [color catalogNameComponent],
+                                      [color colorNameComponent]];
+  if ([color isKindOfClass:[GSWhiteColor class]] || [color isKindOfClass:[GSRGBColor class]] ||
+      [color isKindOfClass:[GSDeviceCMYKColor class]])
+    return QVXWithComponents([color colorSpaceName], color);
+  return [color description];
+}
+
 void QVXRefuseComponent(NSColor* color, SEL selector) {
   [NSException raise:NSInternalInconsistencyException
               format:@"*** -%@ not valid for the NSColor %@; need to first convert colorspace.",
-                     NSStringFromSelector(selector), color];
+                     NSStringFromSelector(selector), NameInReasons(color)];
   __builtin_unreachable();
 }
 

@@ -3,10 +3,6 @@
 
 #import <AppKit/AppKit.h>
 
-@interface NSColor (QVXNamed)
-+ (NSColor*)underPageBackgroundColor;
-@end
-
 // What a named colour stands for now; nil if nothing, or a circle of names. Every other colour stands for
 // itself.
 NSColor* QVXConcreteColor(NSColor* color);

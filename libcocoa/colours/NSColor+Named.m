@@ -1,19 +1,16 @@
 // libcocoa/colours/NSColor+Named.m - named colours: what they stand for now, and names that are missing.
 #import "libcocoa/colours/NSColor+Named.h"
 
+#import "libcocoa/colours/NSColor+System.h"
+#import "libcocoa/colours/NSColorSpace+Predefined.h"
 #import "libcocoa/colours/gnustep_colours.h"
 #import "libcocoa/runtime/stock_methods.h"
 
-static NSString* const kSystemCatalogue = @"System";
-static NSString* const kUnderPage = @"underPageBackgroundColor";
-
-// What the lists hold for the name now; nil if nothing. GNUstep's list "System" lacks one of the platform's
-// colours.
+// What the lists hold for the name now; nil if nothing. A list "System" of the user's may lack a system
+// colour.
 static NSColor* ListedColor(NSString* catalogue, NSString* name) {
   NSColor* color = [[NSColorList colorListNamed:catalogue] colorWithKey:name];
-  if (!color && [catalogue isEqual:kSystemCatalogue] && [name isEqual:kUnderPage])
-    color = [NSColor colorWithCalibratedWhite:0.5F alpha:1];
-  return color;
+  return color || ![catalogue isEqual:QVXSystemCatalogue] ? color : QVXLightColor(name);
 }
 
 NSColor* QVXConcreteColor(NSColor* color) {
@@ -34,10 +31,6 @@ NSColor* QVXConcreteColor(NSColor* color) {
   return ((id(*)(id, SEL, id, id))QVXStockClassMethod("NSColor", _cmd, &stock))(self, _cmd, catalogue, name);
 }
 
-+ (NSColor*)underPageBackgroundColor {
-  return [NSColor colorWithCatalogName:kSystemCatalogue colorName:kUnderPage];
-}
-
 @end
 
 @implementation GSNamedColor (QVXNamed)
@@ -54,9 +47,18 @@ NSColor* QVXConcreteColor(NSColor* color) {
 // GNUstep keeps its first answer, even nil, and misses later changes of the list.
 - (NSColor*)colorUsingColorSpaceName:(NSString*)space device:(NSDictionary*)device {
   if ([space isEqual:NSNamedColorSpace]) return self;
-  if (!space) space = [device objectForKey:NSDeviceColorSpaceName];
-  return [QVXConcreteColor(self) colorUsingColorSpaceName:space ? space : NSCalibratedRGBColorSpace
-                                                   device:device];
+  return [QVXConcreteColor(self) colorUsingColorSpaceName:QVXAskedName(space, device) device:device];
+}
+
+// A colour with components, whatever the alpha; nil if the name stands for nothing.
+- (NSColor*)colorWithAlphaComponent:(CGFloat)alpha {
+  return [QVXConcreteColor(self) colorWithAlphaComponent:alpha];
+}
+
+// The handle of what the name stands for now, so that it has components; its own if it stands for nothing.
+- (CGColorRef)CGColor {
+  NSColor* color = [[QVXConcreteColor(self) retain] autorelease];
+  return color ? [color CGColor] : [super CGColor];
 }
 
 @end

@@ -49,6 +49,10 @@ QVXSpaceKind QVXKindOfSpace(NSColorSpace* space);
 // the profile's own name.
 NSColorSpace* QVXSpaceOfBuiltIn(const QVXProfile* profile);
 
+// The name of the space that a conversion by name is to lead to: the name; for nil that of the device's
+// space; calibrated RGB where neither says.
+NSString* QVXAskedName(NSString* name, NSDictionary* device);
+
 // The name of GNUstep's own colours in the space; nil if colours in it are QVXProfileColor objects.
 NSString* QVXStockNameOfSpace(NSColorSpace* space);
 

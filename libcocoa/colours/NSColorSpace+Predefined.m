@@ -5,6 +5,8 @@
 #include <pthread.h>
 #include <stdlib.h>
 
+#include "libcocoa/files/regular_file.h"
+
 @interface NSColorSpace (StockInitialiser)
 - (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;
 @end
@@ -49,28 +51,24 @@ NSColorSpace* QVXSpaceOfKind(int kind) {
   return space;
 }
 
-static QVXProfile* ReadProfile(NSString* path) {
-  NSDictionary* attributes = [[NSFileManager defaultManager] fileAttributesAtPath:path traverseLink:YES];
-  if (![NSFileTypeRegular isEqual:[attributes fileType]] || [attributes fileSize] > QVXLargestProfile)
-    return NULL;
-  NSData* data = [NSData dataWithContentsOfFile:path];
-  return QVXProfileOpen([data bytes], [data length]);
+NSString* QVXAskedName(NSString* name, NSDictionary* device) {
+  if (!name) name = [device objectForKey:NSDeviceColorSpaceName];
+  return name ? name : NSCalibratedRGBColorSpace;
 }
 
+// No message is sent here: it runs once, and whoever else wants the profile waits for it.
 static QVXProfile* installedCMYK;
 static void FindInstalledCMYK(void) {
-  NSAutoreleasePool* pool = [NSAutoreleasePool new];
-  const char* named = getenv("QVX_CMYK_PROFILE");
-  QVXProfile* profile =
-      ReadProfile(named ? [[NSFileManager defaultManager] stringWithFileSystemRepresentation:named
-                                                                                      length:strlen(named)]
-                        : @QVX_CMYK_PROFILE);
-  if (profile && QVXProfileModel(profile) != QVXCMYKModel) {
+  const char* path = getenv("QVX_CMYK_PROFILE");
+  size_t size = 0;
+  void* bytes = QVXReadRegularFile(path ? path : QVX_CMYK_PROFILE, QVXLargestProfile, &size);
+  QVXProfile* profile = QVXProfileOpen(bytes, size);
+  free(bytes);
+  if (profile && (QVXProfileModel(profile) != QVXCMYKModel || !QVXProfileLeadsBothWays(profile))) {
     QVXProfileRelease(profile);
     profile = NULL;
   }
   installedCMYK = profile;
-  [pool release];
 }
 
 // The CMYK profile of the machine, or the one that the environment names instead; NULL if there is none.

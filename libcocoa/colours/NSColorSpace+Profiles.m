@@ -1,6 +1,8 @@
 // libcocoa/colours/NSColorSpace+Profiles.m - spaces made from ICC data and from handles, and the way back.
 #import "libcocoa/colours/NSColorSpace+Profiles.h"
 
+#include <string.h>
+
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
 #import "libcocoa/colours/exported_handles.h"
 #import "libcocoa/runtime/stock_methods.h"
@@ -8,17 +10,19 @@
 @implementation NSColorSpace (QVXProfiles)
 
 // Makes the receiver, just allocated, the space of a profile and takes over the caller's reference to that.
-// The bytes are kept as they are; nil stands for the profile's own.
+// The bytes are kept as they are, even where they say the same as a predefined space's; nil stands for the
+// profile's own.
 - (id)qvx_initWithProfile:(QVXProfile*)profile data:(NSData*)data {
-  NSColorSpace* predefined = profile ? QVXSpaceOfBuiltIn(profile) : nil;
+  size_t size = 0;
+  const void* known = profile ? QVXProfileBytes(profile, &size) : NULL;
+  const void* bytes = data ? [data bytes] : known;
+  BOOL isKnown = profile && memcmp(bytes, known, size) == 0;
+  NSColorSpace* predefined = isKnown ? QVXSpaceOfBuiltIn(profile) : nil;
   if (!profile || predefined) {
     QVXProfileRelease(profile);
     [self release];
     return [predefined retain];
   }
-  size_t size = 0;
-  const void* bytes = QVXProfileBytes(profile, &size);
-  if (data) bytes = [data bytes];
   _colorSpaceModel = QVXProfileModel(profile);
   _iccData = [[NSData alloc] initWithBytes:bytes length:size];
   _colorSyncProfile = profile;

@@ -6,10 +6,9 @@
 @implementation QVXProfileColor (QVXConversion)
 
 - (NSColor*)colorUsingColorSpaceName:(NSString*)name device:(NSDictionary*)device {
-  if (!name) name = [device objectForKey:NSDeviceColorSpaceName];
-  if (!name) name = NSCalibratedRGBColorSpace;
-  if ([name isEqual:NSCustomColorSpace]) return self;
-  return QVXColorInSpace(self, [NSColorSpace colorSpaceForColorSpaceName:name]);
+  NSString* asked = QVXAskedName(name, device);
+  if ([asked isEqual:NSCustomColorSpace]) return self;
+  return QVXColorInSpace(self, [NSColorSpace colorSpaceForColorSpaceName:asked]);
 }
 
 - (void)set {

@@ -1,12 +1,18 @@
 // libcocoa/colours/QVXProfileColor.m - a colour in a space that GNUstep has no colour class for.
 #import "libcocoa/colours/QVXProfileColor.h"
 
+#include <math.h>
 #include <string.h>
 
 #import "libcocoa/colours/NSColor+Components.h"
 #import "libcocoa/colours/hue_saturation_brightness.h"
 
 @implementation QVXProfileColor
+
+// What is no number stays, as in GNUstep's own colours.
+static CGFloat Held(CGFloat component, BOOL isLab) {
+  return isnan(component) ? component : (CGFloat)QVXHeldComponent(component, isLab);
+}
 
 + (QVXProfileColor*)colorInSpace:(NSColorSpace*)space components:(const CGFloat*)components {
   int channels = [space numberOfColorComponents];
@@ -15,8 +21,8 @@
   color->_space = [space retain];
   color->_channels = (unsigned)channels;
   BOOL isLab = [space colorSpaceModel] == NSLABColorSpaceModel;
-  for (int i = 0; i < channels; ++i) color->_components[i] = QVXHeldComponent(components[i], isLab);
-  color->_components[channels] = QVXClip(components[channels]);
+  for (int i = 0; i < channels; ++i) color->_components[i] = Held(components[i], isLab);
+  color->_components[channels] = Held(components[channels], NO);
   return color;
 }
 
@@ -64,10 +70,8 @@
 }
 
 - (NSString*)description {
-  NSMutableString* text =
-      [NSMutableString stringWithFormat:@"%@ %@", NSCustomColorSpace, [_space description]];
-  for (unsigned i = 0; i <= _channels; ++i) [text appendFormat:@" %g", (double)_components[i]];
-  return text;
+  return QVXWithComponents([NSString stringWithFormat:@"%@ %@", NSCustomColorSpace, [_space description]],
+                           self);
 }
 
 // --- components of the space's own model; of any other, the inherited methods refuse

@@ -6,10 +6,12 @@
 // number was seen before.
 #import "libcocoa/colours/colour_archive.h"
 
+#include <math.h>
 #include <string.h>
 
 #import "libcocoa/colours/QVXColorListContents.h"
 #import "libcocoa/colours/colour_conversion.h"
+#import "libcocoa/colours/tiff_bitmap.h"
 
 static const char kMagic[] = "GNUstep archive";
 enum { kHeaderSize = 15 + 4 * 9 };  // the magic, then four numbers of eight digits and a colon
@@ -29,15 +31,23 @@ enum {
   kTypeObject = 0x10,
   kTypeClass = 0x11,
   kTypeArray = 0x15,
+  kTypeStruct = 0x16,
 };
-enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
+enum { kListVersion = 2, kColorVersion = 3, kImageVersion = 1, kDeepest = 16 };
+
+static const size_t kRoomAtLeast = 4 * 1024 * 1024;
+static const size_t kRoomPerByte = 16;
+static const CGFloat kLargestSide = 65536;  // of an image, in points
+
+// Stands for an image that this reader knows the extent of, and can't make.
+static id const kUnreadable = @"unreadable";
 
 @interface QVXColorArchiveReader : NSObject {
  @public
   const uint8_t* _at;
   const uint8_t* _end;
   BOOL _failed;
-  BOOL _hasPattern;
+  size_t _room;  // for the images that are still to come
   int _depth;
   NSMutableArray* _objects;   // by running number; NSNull while an object is being read
   NSMutableArray* _classes;   // names, by running number
@@ -120,6 +130,28 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return (CGFloat)value;
 }
 
+- (BOOL)takeFlag {
+  if ([self takeTag] != kTypeUnsignedChar) _failed = YES;
+  return [self takeNumber:1] != 0;
+}
+
+- (uint32_t)takeInt {
+  uint8_t tag = [self takeTag];
+  if ((tag & kTypeMask) != kTypeInt) _failed = YES;
+  return (uint32_t)[self takeNumber:(size_t)2 << ((tag & kSizeMask) >> 5)];
+}
+
+// Fails unless both sides are those of an image.
+- (NSSize)takeSize {
+  if ([self takeTag] != kTypeStruct) _failed = YES;
+  NSSize size;
+  size.width = [self takeFloat];
+  size.height = [self takeFloat];
+  if (!(size.width >= 0 && size.width <= kLargestSide && size.height >= 0 && size.height <= kLargestSide))
+    _failed = YES;
+  return size;
+}
+
 // Takes the head of an array; NO unless the array has the given length.
 - (BOOL)takeArrayOf:(uint32_t)count {
   if ([self takeTag] != kTypeArray || [self takeNumber:sizeof count] != count) _failed = YES;
@@ -167,9 +199,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
 - (NSString*)readString {
   uint32_t length = [self takeCount];
   if (length == 0) return @"";
-  uint8_t tag = [self takeTag];
-  if ((tag & kTypeMask) != kTypeInt) return [self fail];
-  uint32_t encoding = (uint32_t)[self takeNumber:(size_t)2 << ((tag & kSizeMask) >> 5)];
+  uint32_t encoding = [self takeInt];
   if (![self takeArrayOf:length]) return nil;
   BOOL wide = encoding == NSUnicodeStringEncoding;
   uint8_t element = [self takeTag] & kTypeMask;
@@ -210,6 +240,107 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   return array;
 }
 
+- (NSData*)readData {
+  uint32_t length = [self takeCount];
+  if (length == 0) return _failed ? nil : [NSData data];
+  BOOL isPacked = [self takeFlag];
+  if (isPacked || ![self takeArrayOf:length] || [self takeTag] != kTypeUnsignedChar) return [self fail];
+  const uint8_t* bytes = [self take:length];
+  return bytes ? [NSData dataWithBytes:bytes length:length] : nil;
+}
+
+// --- images
+
+// How many samples of a pixel are colour in the space of that name; 0 for names that bitmaps do not have.
+static unsigned ChannelsOf(NSString* spaceName) {
+  return (unsigned)[[NSColorSpace colorSpaceForColorSpaceName:spaceName] numberOfColorComponents];
+}
+
+// The bitmap in the data, if it is what was said of it, and there is room for it; else nil.
+- (NSBitmapImageRep*)bitmapOf:(NSData*)data spaceName:(NSString*)spaceName hasAlpha:(BOOL)hasAlpha {
+  QVXBitmap bitmap;
+  unsigned channels = ChannelsOf(spaceName);
+  if (channels == 0 || !QVXOpenBitmap([data bytes], [data length], &bitmap) ||
+      bitmap.samplesPerPixel != channels + (hasAlpha ? 1 : 0))
+    return nil;
+  uint64_t needed = (uint64_t)bitmap.bytesPerRow * bitmap.height * bitmap.planes;
+  if (needed > _room) return nil;
+  _room -= (size_t)needed;
+  NSBitmapImageRep* made =
+      [[[NSBitmapImageRep alloc] initWithBitmapDataPlanes:NULL
+                                               pixelsWide:(NSInteger)bitmap.width
+                                               pixelsHigh:(NSInteger)bitmap.height
+                                            bitsPerSample:(NSInteger)bitmap.bitsPerSample
+                                          samplesPerPixel:(NSInteger)bitmap.samplesPerPixel
+                                                 hasAlpha:hasAlpha
+                                                 isPlanar:bitmap.isPlanar
+                                           colorSpaceName:spaceName
+                                              bytesPerRow:(NSInteger)bitmap.bytesPerRow
+                                             bitsPerPixel:0] autorelease];
+  unsigned char* planes[QVXMostPlanes] = {NULL};
+  [made getBitmapDataPlanes:planes];
+  for (uint32_t i = 0; i < bitmap.planes; ++i)
+    if (!planes[i] || !QVXReadPlane([data bytes], &bitmap, i, planes[i])) return nil;
+  return made;
+}
+
+// The bitmap, or kUnreadable.
+- (id)readBitmap {
+  NSString* spaceName = [self readObject];
+  NSSize size = [self takeSize];
+  BOOL hasAlpha = [self takeFlag];
+  BOOL isOpaque = [self takeFlag];
+  for (int i = 0; i < 3; ++i) [self takeInt];  // bits per sample, pixels across and down: the data says them
+  NSData* data = [self readObject];
+  if (_failed || ![spaceName isKindOfClass:[NSString class]] || ![data isKindOfClass:[NSData class]])
+    return [self fail];
+  NSBitmapImageRep* bitmap = [self bitmapOf:data spaceName:spaceName hasAlpha:hasAlpha];
+  [bitmap setSize:size];
+  [bitmap setOpaque:isOpaque];
+  return bitmap ? bitmap : kUnreadable;
+}
+
+// The image, or kUnreadable.
+- (id)readImage {
+  BOOL isByName = [self takeFlag];
+  if (isByName) return [[self readObject] isKindOfClass:[NSString class]] ? kUnreadable : [self fail];
+  NSSize size = [self takeSize];
+  NSColor* background = [self readObject];
+  enum { kAsked, kRetained, kFlipped, kSized, kEPS, kMatchesColor, kMatchesAll, kCached, kDepth, kFlags };
+  BOOL flags[kFlags];
+  for (int i = 0; i < kFlags; ++i) flags[i] = [self takeFlag];
+  NSArray* bitmaps = [self readObject];
+  if (_failed || (background && ![background isKindOfClass:[NSColor class]]) ||
+      ![bitmaps isKindOfClass:[NSArray class]])
+    return [self fail];
+  NSImage* image = flags[kSized] ? [[NSImage alloc] initWithSize:size] : [[NSImage alloc] init];
+  [image autorelease];
+  if (background) [image setBackgroundColor:background];
+  [image setDataRetained:flags[kRetained]];
+  [image setFlipped:flags[kFlipped]];
+  [image setUsesEPSOnResolutionMismatch:flags[kEPS]];
+  [image setPrefersColorMatch:flags[kMatchesColor]];
+  [image setMatchesOnMultipleResolution:flags[kMatchesAll]];
+  [image setCachedSeparately:flags[kCached]];
+  [image setCacheDepthMatchesImageDepth:flags[kDepth]];
+  for (id bitmap in bitmaps) {
+    if (bitmap == kUnreadable) return kUnreadable;
+    if (![bitmap isKindOfClass:[NSBitmapImageRep class]]) return [self fail];
+    [image addRepresentation:bitmap];
+  }
+  return image;
+}
+
+// --- colours
+
+- (NSColor*)readPattern {
+  id image = [self readObject];
+  if (_failed) return nil;
+  if (image == kUnreadable) return QVXUnreadablePattern();
+  return !image || [image isKindOfClass:[NSImage class]] ? [NSColor colorWithPatternImage:image]
+                                                         : [self fail];
+}
+
 - (NSColor*)readNamedColor {
   NSString* catalogue = [self readObject];
   NSString* name = [self readObject];
@@ -223,7 +354,7 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
 - (NSColor*)readColor {
   NSString* kind = [self readObject];
   if ([kind isEqual:NSNamedColorSpace]) return [self readNamedColor];
-  if ([kind isEqual:NSPatternColorSpace]) _hasPattern = !_failed;
+  if ([kind isEqual:NSPatternColorSpace]) return [self readPattern];
   NSColorSpace* space = [NSColorSpace colorSpaceForColorSpaceName:kind];
   if (!space || ![QVXStockNameOfSpace(space) isEqual:kind]) return [self fail];
   BOOL isRGB = [space colorSpaceModel] == NSRGBColorSpaceModel;
@@ -264,6 +395,9 @@ enum { kListVersion = 2, kColorVersion = 3, kDeepest = 16 };
   if ([name isEqual:@"NSString"] || [name isEqual:@"NSMutableString"]) return [self readString];
   if ([name isEqual:@"NSDictionary"] || [name isEqual:@"NSMutableDictionary"]) return [self readDictionary];
   if ([name isEqual:@"NSArray"] || [name isEqual:@"NSMutableArray"]) return [self readArray];
+  if ([name isEqual:@"NSData"] || [name isEqual:@"NSMutableData"]) return [self readData];
+  if ([name isEqual:@"NSBitmapImageRep"]) return [self readBitmap];
+  if ([name isEqual:@"NSImage"] && version == kImageVersion) return [self readImage];
   if ([name isEqual:@"NSColor"] && version == kColorVersion) return [self readColor];
   if ([name isEqual:@"NSColorList"] && version == kListVersion) return [self readList];
   return [self fail];
@@ -300,14 +434,22 @@ BOOL QVXIsColorArchive(NSData* data) {
   return [data length] >= length && memcmp([data bytes], kMagic, length) == 0;
 }
 
-id QVXReadColorArchive(NSData* data, BOOL* hasPattern) {
-  *hasPattern = NO;
+size_t QVXRoomForImages(NSData* data) {
+  return kRoomAtLeast + kRoomPerByte * [data length];
+}
+
+NSColor* QVXUnreadablePattern(void) {
+  return [NSColor colorWithDeviceWhite:0.5F alpha:1];
+}
+
+id QVXReadColorArchive(NSData* data, size_t* room) {
   if ([data length] < kHeaderSize || !QVXIsColorArchive(data)) return nil;
   QVXColorArchiveReader* reader = [[QVXColorArchiveReader new] autorelease];
   reader->_at = (const uint8_t*)[data bytes] + kHeaderSize;
   reader->_end = (const uint8_t*)[data bytes] + [data length];
+  reader->_room = *room;
   id root = [reader readObject];
-  *hasPattern = reader->_hasPattern;
+  *room = reader->_room;
   BOOL known = [root isKindOfClass:[NSColor class]] || [root isKindOfClass:[QVXColorListContents class]];
   return reader->_failed || !known ? nil : [[root retain] autorelease];
 }

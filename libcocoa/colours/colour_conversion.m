@@ -76,16 +76,21 @@ static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpac
   return QVXColorWithComponents(to, components);
 }
 
+// Whether colours of the one space are colours of the other as they are. A space that equals one of GNUstep's
+// has the same numbers, but no colours of GNUstep's kinds.
+static BOOL IsSame(NSColorSpace* from, NSColorSpace* to) {
+  return from == to || ([from isEqual:to] && !QVXStockNameOfSpace(to));
+}
+
 NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* to) {
   if (!to || !color) return nil;
   NSColorSpace* from = [color colorSpace];
-  if (from == to || [from isEqual:to]) return color;
   if (!from) {
     color = QVXConcreteColor(color);
     from = [color colorSpace];
-    if (!from) return nil;
-    if (from == to || [from isEqual:to]) return color;
   }
+  if (!from) return nil;
+  if (IsSame(from, to)) return color;
   if ([to numberOfColorComponents] < 1) return nil;
   return FormulaName(from) && FormulaName(to) ? ConvertByFormula(color, from, to)
                                               : ConvertByProfile(color, from, to);

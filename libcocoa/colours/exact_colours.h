@@ -9,7 +9,10 @@
 //   checksum of the archive and everything so far, length of the trailer so far, "QVXexact"
 //
 // A space below 256 is a QVXSpaceKind, from 256 on a profile of the first list; the components end with the
-// alpha. A trailer whose checksum is wrong counts as none.
+// alpha. It is never the space of one of GNUstep's own kinds, and there are at most 256 profiles: what is
+// over that is written as its twin alone. A trailer that is not so, or whose checksum is wrong, counts as
+// damaged. The checksum finds accidents, not forgeries: every byte is read as if anybody might have written
+// it.
 #pragma once
 
 #import "libcocoa/colours/QVXProfileColor.h"
@@ -22,8 +25,9 @@ NSData* QVXArchiveWithExactColors(NSData* archive, NSDictionary* colors);
 // them; any other colour itself.
 NSColor* QVXReadableTwin(NSColor* color);
 
-// The exact colours behind an archive, by key; empty if there are none, or what stands there is damaged.
-NSDictionary* QVXExactColorsBehind(NSData* archive);
+// The exact colours behind an archive, by key; empty if there are none, and without those that are damaged or
+// can't be read. `room` is as for QVXReadColorArchive.
+NSDictionary* QVXExactColorsBehind(NSData* archive, size_t* room);
 
 // The same for one colour in a keyed archive. Decoding gives nil if the archive holds none, or a damaged one.
 void QVXEncodeExactColor(QVXProfileColor* color, NSCoder* coder);

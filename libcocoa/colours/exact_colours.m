@@ -3,13 +3,15 @@
 
 #include <string.h>
 
+#import "libcocoa/colours/colour_archive.h"
+#import "libcocoa/colours/colour_conversion.h"
 #import "libcocoa/colours/gnustep_colours.h"
 #include "libcocoa/profiles/hash.h"
 
 static const char kMagic[8] = {'Q', 'V', 'X', 'e', 'x', 'a', 'c', 't'};
 static NSString* const kCoderKey = @"QVXExactColour";
 static NSString* const kSoleKey = @"";
-enum { kFirstProfile = 256, kWord = 4 };
+enum { kFirstProfile = 256, kMostProfiles = 256, kWord = 4 };
 
 // --- writing
 
@@ -30,13 +32,15 @@ static void AppendBlock(NSMutableData* data, NSData* block) {
   [data appendData:block];
 }
 
-static void AppendColor(NSMutableData* data, NSString* key, QVXProfileColor* color,
+// NO, and nothing is appended, if there are as many profiles as there may be.
+static BOOL AppendColor(NSMutableData* data, NSString* key, QVXProfileColor* color,
                         NSMutableArray* profiles) {
   NSColorSpace* space = [color colorSpace];
   uint32_t number = QVXKindOfSpace(space);
   if (number == QVXOtherSpace) {
     NSData* profile = [space ICCProfileData];
     NSUInteger index = [profiles indexOfObject:profile];
+    if (index == NSNotFound && [profiles count] == kMostProfiles) return NO;
     if (index == NSNotFound) {
       index = [profiles count];
       [profiles addObject:profile];
@@ -53,6 +57,7 @@ static void AppendColor(NSMutableData* data, NSString* key, QVXProfileColor* col
     memcpy(&bits, &components[i], sizeof bits);
     AppendWord(data, bits);
   }
+  return YES;
 }
 
 static BOOL IsPattern(NSColor* color) {
@@ -60,7 +65,7 @@ static BOOL IsPattern(NSColor* color) {
 }
 
 NSColor* QVXReadableTwin(NSColor* color) {
-  return IsPattern(color) ? [NSColor colorWithDeviceWhite:0.5F alpha:1] : color;
+  return IsPattern(color) ? QVXUnreadablePattern() : color;
 }
 
 // The number of colours, then the colours themselves.
@@ -78,8 +83,7 @@ NSData* QVXArchiveWithExactColors(NSData* archive, NSDictionary* colors) {
   for (NSString* key in colors) {
     id color = [colors objectForKey:key];
     if ([color isKindOfClass:[QVXProfileColor class]]) {
-      AppendColor(exact, key, color, profiles);
-      ++exactCount;
+      if (AppendColor(exact, key, color, profiles)) ++exactCount;
     } else if (IsPattern(color)) {
       AppendBlock(patterns, [key dataUsingEncoding:NSUTF8StringEncoding]);
       AppendBlock(patterns, [NSArchiver archivedDataWithRootObject:color]);
@@ -125,6 +129,7 @@ static uint32_t TakeWord(Cursor* cursor) {
 static NSArray* TakeSpaces(Cursor* cursor) {
   NSMutableArray* spaces = [NSMutableArray array];
   uint32_t count = TakeWord(cursor);
+  if (count > kMostProfiles) cursor->failed = YES;
   for (uint32_t i = 0; i < count && !cursor->failed; ++i) {
     uint32_t size = TakeWord(cursor);
     const unsigned char* bytes = Take(cursor, size);
@@ -154,7 +159,7 @@ static void TakeColor(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colo
   const unsigned char* bits = count <= QVXMostComponents ? Take(cursor, count * kWord) : NULL;
   NSColorSpace* space = nil;
   if (number < kFirstProfile)
-    space = QVXSpaceOfKind((int)number);
+    space = QVXStockNameOfSpace(QVXSpaceOfKind((int)number)) ? nil : QVXSpaceOfKind((int)number);
   else if (number - kFirstProfile < [spaces count])
     space = [spaces objectAtIndex:number - kFirstProfile];
   cursor->failed =
@@ -162,28 +167,22 @@ static void TakeColor(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colo
   if (cursor->failed) return;
   CGFloat components[QVXMostComponents];
   memcpy(components, bits, count * kWord);
-  NSColor* color = [QVXProfileColor colorInSpace:space components:components];
+  // By the factory: a profile may be that of a space that GNUstep has a kind of its own for.
+  NSColor* color = QVXColorWithComponents(space, components);
   if (color) [colors setObject:color forKey:key];
 }
 
-// The checksum was right, so this library wrote the data, and GNUstep's own reader can be trusted with it.
-static void TakePattern(Cursor* cursor, NSMutableDictionary* colors) {
+static void TakePattern(Cursor* cursor, NSMutableDictionary* colors, size_t* room) {
   NSString* key = TakeKey(cursor);
   uint32_t size = TakeWord(cursor);
   const unsigned char* bytes = Take(cursor, size);
-  if (!key || !bytes) {
-    cursor->failed = YES;
-    return;
-  }
-  @try {
-    id color = [NSUnarchiver unarchiveObjectWithData:[NSData dataWithBytes:bytes length:size]];
-    if ([color isKindOfClass:[NSColor class]]) [colors setObject:color forKey:key];
-  } @catch (NSException* exception) {
-    cursor->failed = YES;  // an image that this machine can't make
-  }
+  cursor->failed = cursor->failed || !key;
+  if (cursor->failed) return;
+  id color = QVXReadColorArchive([NSData dataWithBytes:bytes length:size], room);
+  if (IsPattern(color)) [colors setObject:color forKey:key];
 }
 
-NSDictionary* QVXExactColorsBehind(NSData* archive) {
+NSDictionary* QVXExactColorsBehind(NSData* archive, size_t* room) {
   NSMutableDictionary* colors = [NSMutableDictionary dictionary];
   const unsigned char* bytes = [archive bytes];
   size_t size = [archive length];
@@ -199,7 +198,7 @@ NSDictionary* QVXExactColorsBehind(NSData* archive) {
   uint32_t count = TakeWord(&cursor);
   for (uint32_t i = 0; i < count && !cursor.failed; ++i) TakeColor(&cursor, spaces, colors);
   count = TakeWord(&cursor);
-  for (uint32_t i = 0; i < count && !cursor.failed; ++i) TakePattern(&cursor, colors);
+  for (uint32_t i = 0; i < count && !cursor.failed; ++i) TakePattern(&cursor, colors, room);
   return colors;
 }
 
@@ -213,5 +212,6 @@ NSColor* QVXDecodeExactColor(NSCoder* coder) {
   if (![coder containsValueForKey:kCoderKey]) return nil;
   NSData* data = [coder decodeObjectForKey:kCoderKey];
   if (![data isKindOfClass:[NSData class]]) return nil;
-  return [QVXExactColorsBehind(data) objectForKey:kSoleKey];
+  size_t room = QVXRoomForImages(data);
+  return [QVXExactColorsBehind(data, &room) objectForKey:kSoleKey];
 }

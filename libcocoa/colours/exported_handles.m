@@ -4,15 +4,21 @@
 #import <Foundation/Foundation.h>
 #include <pthread.h>
 
+// No message is sent while it is held (see "Locks" in docs/platform.md): the table's functions send none.
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
-static NSHashTable* handles;  // addresses, not retained
+static NSHashTable* handles;  // addresses, not retained; made once
+
+static void MakeTable(void) {
+  if (__atomic_load_n(&handles, __ATOMIC_ACQUIRE)) return;
+  NSHashTable* none = nil;
+  NSHashTable* made = NSCreateHashTable(NSNonOwnedPointerHashCallBacks, 16);
+  if (!__atomic_compare_exchange_n(&handles, &none, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+    NSFreeHashTable(made);  // another thread was first
+}
 
 void QVXExportHandle(id object) {
+  MakeTable();
   pthread_mutex_lock(&lock);
-  if (!handles) {
-    NSHashTable* made = NSCreateHashTable(NSNonOwnedPointerHashCallBacks, 16);
-    __atomic_store_n(&handles, made, __ATOMIC_RELEASE);
-  }
   NSHashInsert(handles, object);
   pthread_mutex_unlock(&lock);
 }

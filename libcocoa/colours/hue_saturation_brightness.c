@@ -7,6 +7,9 @@
 #include "libcocoa/profiles/components.h"
 
 QVXHSB QVXHSBFromRGB(float red, float green, float blue) {
+  red = (float)QVXClip(red);
+  green = (float)QVXClip(green);
+  blue = (float)QVXClip(blue);
   float most = fmaxf(red, fmaxf(green, blue));
   float least = fminf(red, fminf(green, blue));
   float range = most - least;

@@ -10,8 +10,8 @@ typedef struct {
   float red, green, blue;  // each 0 to 1
 } QVXRGB;
 
-// A grey has hue 0 and saturation 0.
+// Clips its arguments to 0 to 1; what is not a number counts as 0. A grey has hue 0 and saturation 0.
 QVXHSB QVXHSBFromRGB(float red, float green, float blue);
 
-// Clips its arguments to 0 to 1. A hue of 1 is 0, the full circle.
+// Clips its arguments too. A hue of 1 is 0, the full circle.
 QVXRGB QVXRGBFromHSB(float hue, float saturation, float brightness);

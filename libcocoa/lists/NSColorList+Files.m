@@ -1,5 +1,8 @@
 // libcocoa/lists/NSColorList+Files.m - colour lists from files and to files.
+#include <unistd.h>
+
 #import "libcocoa/colours/exact_colours.h"
+#include "libcocoa/files/regular_file.h"
 #import "libcocoa/lists/NSColorList+Available.h"
 #import "libcocoa/lists/colour_list_reader.h"
 
@@ -21,9 +24,16 @@ static NSString* PathInFolder(NSString* folder, NSString* name) {
   return [folder stringByAppendingPathComponent:[name stringByAppendingPathExtension:kExtension]];
 }
 
-static BOOL IsInFolder(NSString* path, NSString* folder) {
-  return folder && [[path stringByStandardizingPath]
-                       hasPrefix:[[folder stringByStandardizingPath] stringByAppendingString:@"/"]];
+static BOOL IsReallyInFolder(NSString* path, NSString* folder) {
+  return folder && QVXIsReallyInFolder([path fileSystemRepresentation], [folder fileSystemRepresentation]);
+}
+
+// Whether the path, as it is spelled, leads into a colour folder and from there by a link to somewhere else.
+static BOOL LeavesColorFolder(NSString* path) {
+  if ([[path pathComponents] containsObject:@".."]) return NO;
+  for (NSString* folder in QVXColorFolders())
+    if ([path hasPrefix:[folder stringByAppendingString:@"/"]] && !IsReallyInFolder(path, folder)) return YES;
+  return NO;
 }
 
 @implementation NSColorList (QVXFiles)
@@ -45,8 +55,7 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   if (!path) return self;
   NSString* file = IsFile(path) ? path : PathInFolder(path, name);
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
-  NSData* data = file && IsFile(file) ? [NSData dataWithContentsOfFile:file] : nil;
-  QVXColorListContents* contents = [QVXReadColorList(data) retain];
+  QVXColorListContents* contents = file ? [QVXReadColorList(file) retain] : nil;
   [pool release];
   if (!contents) {
     if (QVXIsLoadingLists()) {
@@ -66,8 +75,9 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
 }
 
 // nil is the user's own folder, which is made if it is missing; a folder stands for a file in it with the
-// list's name; any other path is taken as it is. The list belongs to the new file only after it has been
-// written.
+// list's name; any other path is taken as it is. A link gives way to the file, and what it led to stays as it
+// is. NO where a device, a pipe or a socket stands, and where a link leads out of a colour folder. The list
+// belongs to the new file only after it has been written.
 - (BOOL)writeToFile:(NSString*)path {
   NSString* target = path;
   if (!path) {
@@ -81,30 +91,31 @@ static BOOL IsInFolder(NSString* path, NSString* folder) {
   } else if (IsDirectory(path)) {
     target = PathInFolder(path, _name);
   }
-  if (!target || IsDirectory(target)) return NO;
+  if (!target) return NO;
   @try {
+    if (!QVXIsPlaceForFile([target fileSystemRepresentation]) || LeavesColorFolder(target)) return NO;
     NSData* archive = [NSArchiver archivedDataWithRootObject:[self qvx_readableTwin]];
     archive = QVXArchiveWithExactColors(archive, _colorDictionary);
     if (![archive writeToFile:target atomically:YES]) return NO;
   } @catch (NSException* exception) {
-    return NO;  // a colour that no archive can hold
+    return NO;  // a colour that no archive can hold, or a path that no file can have
   }
   NSString* own = [target copy];
   [_fullFileName release];
   _fullFileName = own;
   for (NSString* folder in QVXColorFolders())
-    if (IsInFolder(own, folder)) {
+    if (IsReallyInFolder(own, folder)) {
       QVXMakeListAvailable(self);
       break;
     }
   return YES;
 }
 
-// Only a file in the user's own folder is removed; the list is then no longer available, and belongs to no
-// file.
+// Only a file that is really in the user's own folder is removed, or a link there, never what it leads to;
+// the list is then no longer available, and belongs to no file.
 - (void)removeFile {
-  if (!_fullFileName || ![self isEditable] || !IsInFolder(_fullFileName, QVXUserColorFolder())) return;
-  if (![[NSFileManager defaultManager] removeFileAtPath:_fullFileName handler:nil]) return;
+  if (!_fullFileName || ![self isEditable] || !IsReallyInFolder(_fullFileName, QVXUserColorFolder())) return;
+  if (unlink([_fullFileName fileSystemRepresentation]) != 0) return;
   QVXHideList(self);
   [_fullFileName release];
   _fullFileName = nil;

@@ -3,6 +3,7 @@
 
 #import "libcocoa/colours/QVXColorListContents.h"
 
-// What a file holds: GNUstep's archive, or text. nil if it is no colour list, or larger than 64 MiB: a file
-// is read whole or not at all. Never raises.
-QVXColorListContents* QVXReadColorList(NSData* data);
+// What the file holds: GNUstep's archive, or text. nil if there is no such file, it is no colour list, or is
+// larger than 64 MiB: a file is read whole or not at all. Never raises, and never waits for a pipe or a
+// device.
+QVXColorListContents* QVXReadColorList(NSString* path);

@@ -1,44 +1,29 @@
 // libcocoa/lists/colour_list_reader.m - reading what a colour-list file holds, without trusting it.
 #import "libcocoa/lists/colour_list_reader.h"
 
+#include <ctype.h>
 #include <math.h>
+#include <string.h>
 
 #import "libcocoa/colours/colour_archive.h"
 #import "libcocoa/colours/exact_colours.h"
-#import "libcocoa/lists/NSColorList+Available.h"
+#include "libcocoa/files/regular_file.h"
 
-enum { kLargestFile = 64 * 1024 * 1024 };
-
-// A list with a pattern that another program wrote: only GNUstep can read its image. Damaged data can crash
-// its reader, so it is not used while the lists in the colour folders are loaded, which every program does.
-static QVXColorListContents* ContentsByGNUstep(NSData* data) {
-  if (QVXIsLoadingLists()) return nil;
-  NSColorList* list = [NSUnarchiver unarchiveObjectWithData:data];
-  if (![list isKindOfClass:[NSColorList class]]) return nil;
-  QVXColorListContents* contents = [[QVXColorListContents new] autorelease];
-  contents.name = [list name];
-  for (NSString* key in [list allKeys]) {
-    id color = [list colorWithKey:key];
-    if (![color isKindOfClass:[NSColor class]]) return nil;
-    [contents setColor:color forKey:key];
-  }
-  return contents;
-}
+enum { kLargestFile = 64 * 1024 * 1024 };  // bytes
 
 static QVXColorListContents* ContentsOfArchive(NSData* data) {
-  BOOL hasPattern = NO;
-  QVXColorListContents* contents = QVXReadColorArchive(data, &hasPattern);
-  if (hasPattern) contents = ContentsByGNUstep(data);
+  size_t room = QVXRoomForImages(data);
+  QVXColorListContents* contents = QVXReadColorArchive(data, &room);
   if (![contents isKindOfClass:[QVXColorListContents class]]) return nil;
-  NSDictionary* exact = QVXExactColorsBehind(data);
+  NSDictionary* exact = QVXExactColorsBehind(data, &room);
   for (NSString* key in exact)
     if ([contents.colors objectForKey:key]) [contents setColor:[exact objectForKey:key] forKey:key];
   return contents;
 }
 
-static NSString* TextOf(NSData* data) {
-  NSString* text = [[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding];
-  if (!text) text = [[NSString alloc] initWithData:data encoding:NSISOLatin1StringEncoding];
+static NSString* TextOf(const char* bytes, size_t length) {
+  NSString* text = [[NSString alloc] initWithBytes:bytes length:length encoding:NSUTF8StringEncoding];
+  if (!text) text = [[NSString alloc] initWithBytes:bytes length:length encoding:NSISOLatin1StringEncoding];
   return [text autorelease];
 }
 
@@ -58,29 +43,44 @@ static BOOL ReadLine(NSString* line, QVXColorListContents* contents) {
   return YES;
 }
 
-// The number of colours on the first line, then that many lines, and nothing else.
+// The line that begins there, without its end; `*at` moves behind that, and beyond `end` after the last.
+static NSString* TakeLine(const char** at, const char* end) {
+  const char* start = *at;
+  const char* lineEnd = memchr(start, '\n', (size_t)(end - start));
+  if (!lineEnd) lineEnd = end;
+  *at = lineEnd + 1;
+  return TextOf(start, (size_t)(lineEnd - start));
+}
+
+// The number of colours on the first line, then that many lines, and nothing else. Line by line: a large file
+// of short lines would fill the memory with strings.
 static QVXColorListContents* ContentsOfText(NSData* data) {
-  NSArray* lines = [TextOf(data) componentsSeparatedByString:@"\n"];
-  NSScanner* first = [NSScanner scannerWithString:[lines count] ? [lines objectAtIndex:0] : @""];
+  const char* at = [data bytes];
+  const char* end = at + [data length];
+  NSScanner* first = [NSScanner scannerWithString:TakeLine(&at, end)];
   int count;
-  if (![first scanInt:&count] || ![first isAtEnd] || count < 0 || (NSUInteger)count >= [lines count])
-    return nil;
+  if (![first scanInt:&count] || ![first isAtEnd] || count < 0) return nil;
   QVXColorListContents* contents = [[QVXColorListContents new] autorelease];
-  NSCharacterSet* blank = [NSCharacterSet whitespaceAndNewlineCharacterSet];
-  for (NSUInteger i = 1; i < [lines count]; ++i) {
-    NSString* line = [lines objectAtIndex:i];
-    if (i <= (NSUInteger)count ? !ReadLine(line, contents)
-                               : [[line stringByTrimmingCharactersInSet:blank] length] > 0)
-      return nil;
+  for (int i = 0; i < count; ++i) {
+    NSAutoreleasePool* pool = [NSAutoreleasePool new];
+    BOOL good = at <= end && ReadLine(TakeLine(&at, end), contents);
+    [pool release];
+    if (!good) return nil;
   }
+  for (; at < end; ++at)
+    if (!isspace((unsigned char)*at)) return nil;
   return contents;
 }
 
-QVXColorListContents* QVXReadColorList(NSData* data) {
-  if ([data length] == 0 || [data length] > kLargestFile) return nil;
+QVXColorListContents* QVXReadColorList(NSString* path) {
   @try {
+    size_t size = 0;
+    void* bytes = QVXReadRegularFile([path fileSystemRepresentation], kLargestFile, &size);
+    if (!bytes) return nil;
+    NSData* data = [NSData dataWithBytesNoCopy:bytes length:size freeWhenDone:YES];
+    if (size == 0) return nil;
     return QVXIsColorArchive(data) ? ContentsOfArchive(data) : ContentsOfText(data);
   } @catch (NSException* exception) {
-    return nil;  // damaged: it is no colour list
+    return nil;  // a path that no file can have, or damaged data: it is no colour list
   }
 }

@@ -41,11 +41,10 @@ static int ignoresAlpha = -1;
   NSData* data = [pasteboard dataForType:NSColorPboardType];
   if ([data length] == 0) return nil;
   id color = nil;
+  size_t room = QVXRoomForImages(data);
   @try {
-    BOOL hasPattern = NO;
-    color = [QVXExactColorsBehind(data) objectForKey:kKey];
-    if (!color) color = QVXReadColorArchive(data, &hasPattern);
-    if (hasPattern) color = [NSUnarchiver unarchiveObjectWithData:data];  // another program's pattern
+    color = [QVXExactColorsBehind(data, &room) objectForKey:kKey];
+    if (!color) color = QVXReadColorArchive(data, &room);
   } @catch (NSException* exception) {
     return nil;
   }

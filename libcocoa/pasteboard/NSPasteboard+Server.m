@@ -28,11 +28,14 @@ static BOOL ServerRuns(void) {
 // that it stays with its own: half the data here and half there would be worse.
 + (id<GSPasteboardSvr>)_pbs {
   static QVXMethod stock;
-  @synchronized(self) {
-    if (!localServer && !ServerRuns()) {
-      localServer = [[QVXPasteboardServer alloc] init];
-      [NSPasteboard _localServer:localServer];
-    }
+  QVXPasteboardServer* server = __atomic_load_n(&localServer, __ATOMIC_ACQUIRE);
+  if (!server && !ServerRuns()) {
+    QVXPasteboardServer* made = [[QVXPasteboardServer alloc] init];
+    if (__atomic_compare_exchange_n(&localServer, &server, made, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
+      server = made;
+    else
+      [made release];                    // another thread was first
+    [NSPasteboard _localServer:server];  // by both: neither goes on before GNUstep knows it
   }
   return ((id(*)(id, SEL))QVXStockClassMethod("NSPasteboard", _cmd, &stock))(self, _cmd);
 }

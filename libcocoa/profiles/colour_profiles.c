@@ -18,10 +18,15 @@ struct QVXProfile {
   uint16_t* description;
   size_t descriptionLength;
   int model;
+  bool leadsBothWays;
   QVXTransformEnd end;
 };
 
 enum { kHeaderSize = 128, kSmallestProfile = 132, kBuckets = 64 };
+
+// What Little CMS may ask for to open a profile and to make its transforms, in bytes. A curve of a few bytes
+// takes 8 KiB; every profile of seven Debian packages that describes a space gets by with it.
+enum { kMemoryAtLeast = 2 * 1024 * 1024, kMemoryPerByte = 32 };
 
 // Guards the buckets, every reference count and the numbers. Never held while Little CMS works.
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
@@ -187,15 +192,21 @@ QVXProfile* QVXProfileOpen(const void* data, size_t size) {
   QVXProfile* known = Find(bytes, declared, hash);
   pthread_mutex_unlock(&lock);
   if (known) return known;
-  QVXProfile* profile = Build(bytes, declared, hash);
-  if (!profile) return NULL;
+  // The built-in profiles come first: one of the same colours shares theirs, and leaves them their bytes.
+  for (int which = 0; which < QVXBuiltInCount; ++which) QVXProfileBuiltIn((QVXBuiltIn)which);
   const QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
-  if (!srgb || !QVXCanTransform(&profile->end, &srgb->end) || !QVXCanTransform(&srgb->end, &profile->end)) {
+  if (!srgb) return NULL;
+  QVXLimitLittleCMS(kMemoryAtLeast + kMemoryPerByte * declared);
+  QVXProfile* profile = Build(bytes, declared, hash);
+  const bool usable = profile && QVXCanTransform(&profile->end, &srgb->end);
+  if (usable) profile->leadsBothWays = QVXCanTransform(&srgb->end, &profile->end);
+  QVXUnlimitLittleCMS();
+  if (usable) return Publish(profile);
+  if (profile) {
     QVXForgetTransforms(profile->end.number);
     Destroy(profile);
-    return NULL;
   }
-  return Publish(profile);
+  return NULL;
 }
 
 QVXProfile* QVXProfileBuiltIn(QVXBuiltIn which) {
@@ -210,7 +221,10 @@ QVXProfile* QVXProfileBuiltIn(QVXBuiltIn which) {
     unsigned char* bytes = QVXMakeBuiltIn(which, &size);
     if (bytes) profile = Build(bytes, size, HashOf(bytes, size));
     free(bytes);
-    if (profile) profile = Publish(profile);
+    if (profile) {
+      profile->leadsBothWays = true;
+      profile = Publish(profile);
+    }
     __atomic_store_n(&made[which], profile, __ATOMIC_RELEASE);
   }
   pthread_mutex_unlock(&making);
@@ -265,6 +279,11 @@ const uint16_t* QVXProfileDescription(const QVXProfile* profile, size_t* length)
   return profile->description;
 }
 
+bool QVXProfileLeadsBothWays(const QVXProfile* profile) {
+  return profile->leadsBothWays;
+}
+
+// A profile that leads one way is not tried again each time.
 bool QVXConvert(const QVXProfile* from, const double* in, const QVXProfile* to, double* out) {
-  return QVXTransform(&from->end, in, &to->end, out);
+  return to->leadsBothWays && QVXTransform(&from->end, in, &to->end, out);
 }

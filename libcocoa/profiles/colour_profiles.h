@@ -20,7 +20,7 @@ enum { QVXGrayModel = 0, QVXRGBModel = 1, QVXCMYKModel = 2, QVXLabModel = 3, QVX
 enum { QVXLargestProfile = 32 * 1024 * 1024 };
 
 // A checked profile, with one reference for the caller; NULL if the bytes are no profile that colours can be
-// converted to and from. Bytes after the size that the header declares are ignored.
+// converted from. Bytes after the size that the header declares are ignored.
 QVXProfile* QVXProfileOpen(const void* bytes, size_t size);
 
 // The built-in profile, borrowed: it is made when it is first asked for, and then lives for ever. NULL only
@@ -38,6 +38,10 @@ int QVXProfileModel(const QVXProfile* profile);
 unsigned QVXProfileChannels(const QVXProfile* profile);  // 1 to QVXMostChannels
 uint32_t QVXProfileHash(const QVXProfile* profile);
 
+// Whether colours can be converted to the profile too: many a camera's and scanner's only leads out of its
+// space.
+bool QVXProfileLeadsBothWays(const QVXProfile* profile);
+
 // The bytes and their number; they live as long as the profile.
 const void* QVXProfileBytes(const QVXProfile* profile, size_t* size);
 
@@ -45,5 +49,5 @@ const void* QVXProfileBytes(const QVXProfile* profile, size_t* size);
 // as long as the profile.
 const uint16_t* QVXProfileDescription(const QVXProfile* profile, size_t* length);
 
-// Converts one colour from one profile to another, as QVXTransform does.
+// Converts one colour from one profile to another, as QVXTransform does. False if the second leads one way.
 bool QVXConvert(const QVXProfile* from, const double* in, const QVXProfile* to, double* out);

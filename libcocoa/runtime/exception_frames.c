@@ -8,12 +8,16 @@
 #include <objc/runtime.h>
 #include <objc/thr.h>
 #include <pthread.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 
 #include "libcocoa/runtime/exported.h"
 
-_Static_assert(sizeof(QVXExceptionFrame) == sizeof(jmp_buf) + 4 * sizeof(void*), "as guards lay it out");
+_Static_assert(sizeof(QVXExceptionFrame) == QVXSmallestJumpBuffer + 4 * sizeof(void*),
+               "as the desktop's guards lay it out");
+_Static_assert(sizeof(jmp_buf) >= QVXSmallestJumpBuffer, "as this system's guards lay it out");
+_Static_assert(offsetof(struct __jmp_buf_tag, __saved_mask) == sizeof(QVXJumpTarget), "as _setjmp writes it");
 
 static const uintptr_t kMark = 0x0bc5e7f1;
 static const size_t kFirstCapacity = 32;
@@ -59,10 +63,14 @@ static uintptr_t MarkOf(const QVXExceptionFrame* frame) {
   return (uintptr_t)frame ^ kMark;
 }
 
+// A frame on the list may be stale, and its memory another function's by now: what stands there is tested
+// before it is believed. AddressSanitizer would stop at the other function's padding.
+#define QVX_READS_STALE_FRAMES __attribute__((no_sanitize("address")))
+
 // Undoes the C library's pointer mangling: rotate left by 9 after an exclusive or with the thread's guard
 // word.
-static uintptr_t SavedRegister(const QVXExceptionFrame* frame, int index) {
-  uintptr_t word = (uintptr_t)frame->buffer[0].__jmpbuf[index];
+QVX_READS_STALE_FRAMES static uintptr_t SavedRegister(const QVXExceptionFrame* frame, int index) {
+  uintptr_t word = (uintptr_t)frame->target.registers[index];
   uintptr_t guard;
   __asm__("movl %%gs:0x18, %0" : "=r"(guard));
   return ((word >> 9) | (word << 23)) ^ guard;
@@ -85,14 +93,14 @@ void QVXLeaveFrame(const QVXExceptionFrame* frame) {
   }
 }
 
-bool QVXFrameIsArmed(const QVXExceptionFrame* frame, uintptr_t stackPointer) {
+QVX_READS_STALE_FRAMES bool QVXFrameIsArmed(const QVXExceptionFrame* frame, uintptr_t stackPointer) {
   if ((uintptr_t)frame < stackPointer) return false;  // gone: its memory may not even be read as a frame
-  if (frame->mark != MarkOf(frame) || frame->buffer[0].__jmpbuf[kSavedProgramCounter] == 0) return false;
+  if (frame->mark != MarkOf(frame) || frame->target.registers[kSavedProgramCounter] == 0) return false;
   uintptr_t saved = SavedRegister(frame, kSavedStackPointer);
   return stackPointer < saved && saved <= (uintptr_t)frame;
 }
 
-uintptr_t QVXFrameProgramCounter(const QVXExceptionFrame* frame) {
+QVX_READS_STALE_FRAMES uintptr_t QVXFrameProgramCounter(const QVXExceptionFrame* frame) {
   return SavedRegister(frame, kSavedProgramCounter);
 }
 
@@ -118,7 +126,7 @@ QVX_EXPORT void objc_exception_try_enter(void* address) {
   live.entries[live.count++] = frame;
   frame->mark = MarkOf(frame);
   frame->runtimeLocks = RuntimeLocks();
-  frame->buffer[0].__jmpbuf[kSavedProgramCounter] = 0;
+  frame->target.registers[kSavedProgramCounter] = 0;
 }
 
 // Leaves the frames entered after it too. A frame that is no longer on the list has been left already.

@@ -7,10 +7,21 @@
 #include <stdbool.h>
 #include <stdint.h>
 
-// A frame lies on its guard's stack. The guard enters it, then calls _setjmp on `buffer` in the same
-// function.
+// What _setjmp writes: the first bytes of a jmp_buf. The signal mask behind them is sigsetjmp's.
 typedef struct {
-  jmp_buf buffer;
+  __jmp_buf registers;
+  int maskWasSaved;
+} QVXJumpTarget;
+
+// The smallest jmp_buf that a guard may have been compiled with: the desktop's. This C library's is larger.
+enum { QVXSmallestJumpBuffer = 72 };
+
+// A frame lies on its guard's stack. The guard enters it, then calls _setjmp on its start in the same
+// function. Its size is the guard's affair: one jmp_buf and four words. What this library keeps there lies
+// where every guard has room.
+typedef struct {
+  QVXJumpTarget target;
+  char unusedBuffer[QVXSmallestJumpBuffer - sizeof(QVXJumpTarget)];
   uintptr_t mark;    // set on entering, cleared on leaving and on delivery; depends on the frame's address
   id exception;      // set on delivery, not retained
   int runtimeLocks;  // how often this thread held the runtime's lock on entering

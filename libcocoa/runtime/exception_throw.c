@@ -161,7 +161,9 @@ static _Noreturn void Deliver(QVXExceptionFrame* target, id exception) {
   FreeDeliveriesBelow((uintptr_t)target);
   target->mark = 0;
   target->exception = exception;
-  longjmp(target->buffer, 1);
+  jmp_buf buffer = {0};  // as large as this C library's, which the frame's may not be
+  memcpy(buffer, &target->target, sizeof target->target);
+  longjmp(buffer, 1);
 }
 
 // The next Objective-C function with clean-ups beyond delivery->position: its call site goes to

@@ -463,7 +463,9 @@ TEST(StaleFrame, IsWhatAReenteredFrameWithoutSetjmpCountsAs) {
     if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "delivered to a frame that is gone";
     return;
   }
-  std::memset(frame.reserved, 0x11, sizeof frame.reserved);
+  // All but what _setjmp left there.
+  constexpr std::size_t kWritten = sizeof(__jmp_buf) + sizeof(int);
+  std::memset(reinterpret_cast<char*>(&frame) + kWritten, 0x11, sizeof frame - kWritten);
   __asm__ volatile("" : : "r"(&frame) : "memory");
   RaiseBang(nullptr);
 }

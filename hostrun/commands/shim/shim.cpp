@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "hostrun/commands/platform_symbols.h"
+#include "hostrun/host/platform_symbols.h"
 
 extern "C" {
 [[gnu::visibility("hidden")]] extern const char hostrun_trace_spare[];

@@ -3,7 +3,10 @@
 
 #include <cstdio>
 
+#include "hostrun/host/arrays.h"
 #include "hostrun/host/functions.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/show.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/parser.h"
 #include "hostrun/language/statements/statements.h"
@@ -12,6 +15,10 @@ namespace hostrun {
 namespace {
 
 std::function<void(const std::vector<Value>&)> printObserver;
+
+bool IsArray(const Value& value) {
+  return value.object() != nullptr && value.object()->cls == &ArrayClass();
+}
 
 class PrintStep final : public Step {
  public:
@@ -22,7 +29,7 @@ class PrintStep final : public Step {
     for (const CodePtr& item : items_) {
       if (&item != &items_.front()) line += ' ';
       const Value value = item->Eval(activation);
-      line += DisplayText(value);
+      line += IsArray(value) ? ReadableText(value, false) : DisplayText(value);
       if (printObserver) observed.push_back(value);
     }
     line += '\n';

@@ -8,7 +8,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <iterator>
 
+#include "hostrun/macho/image.h"
 #include "tests/bundle/faults/coverage_counters.h"
 
 namespace faults {
@@ -21,7 +25,6 @@ struct Range {
 
 using PluginMain = void (*)(void* (*resolver)(const char*));
 
-void* handle = nullptr;
 PluginMain pluginMain = nullptr;
 std::vector<Range> writable;
 
@@ -60,15 +63,29 @@ void LeaveOut(const std::vector<CounterRange>& counters, std::uintptr_t base) {
   }
 }
 
-// Unchecked: between the variables of an instrumented bundle lies memory that nobody may touch.
-void Copy(unsigned char* to, const unsigned char* from, std::size_t size) {
-  asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(size) : : "memory");
+constexpr std::uint32_t kStackGuard = 0xFF0A0D00;
+
+// This program's own symbols come first, and among them what stands before the allocator.
+void* FindForDesktop(const std::string& symbol) {
+  if (symbol == "___stack_chk_guard") return const_cast<std::uint32_t*>(&kStackGuard);
+  const std::string name = symbol.substr(1);
+  void* const watched = dlsym(RTLD_DEFAULT, ("__wrap_" + name).c_str());
+  return watched != nullptr ? watched : dlsym(RTLD_DEFAULT, name.c_str());
 }
 
-}  // namespace
+void LoadDesktop(const std::string& path, std::vector<std::uint8_t> bytes) {
+  try {
+    static const hostrun::macho::Image image(hostrun::macho::ReadFile(std::move(bytes)), &FindForDesktop);
+    pluginMain = reinterpret_cast<PluginMain>(image.Exported("_REALPluginMain"));
+    for (const auto& part : image.writable()) writable.push_back({part.data(), part.size()});
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", path.c_str(), error.what());
+    std::exit(2);
+  }
+}
 
-void LoadBundle(const std::string& path) {
-  handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+void LoadElf(const std::string& path) {
+  void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) {
     std::fprintf(stderr, "wanted the bundle %s, found: %s\n", path.c_str(), dlerror());
     std::exit(2);
@@ -79,6 +96,23 @@ void LoadBundle(const std::string& path) {
   ElfW(Addr) address = map->l_addr;
   dl_iterate_phdr(&CollectWritable, &address);
   if (!writable.empty()) LeaveOut(CoverageCounters(path), address);
+}
+
+// Unchecked: between the variables of an instrumented bundle lies memory that nobody may touch.
+void Copy(unsigned char* to, const unsigned char* from, std::size_t size) {
+  asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(size) : : "memory");
+}
+
+}  // namespace
+
+void LoadBundle(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), {}};
+  if (hostrun::macho::IsMachO(bytes)) {
+    LoadDesktop(path, std::move(bytes));
+  } else {
+    LoadElf(path);
+  }
   if (pluginMain == nullptr || writable.empty()) {
     std::fprintf(stderr, "wanted REALPluginMain and writable memory in %s, found none\n", path.c_str());
     std::exit(2);

@@ -13,7 +13,7 @@ namespace faults {
 
 using ImageState = std::vector<unsigned char>;
 
-// Loads the bundle with RTLD_NOW, or ends the process with a message.
+// Loads the bundle, of either format, with all of its symbols bound; or ends the process with a message.
 void LoadBundle(const std::string& path);
 void* EntryOfBundle();  // its REALPluginMain
 

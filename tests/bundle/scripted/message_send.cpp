@@ -14,9 +14,14 @@ struct Registers {
 };
 static_assert(sizeof(Registers) == 12);
 
-// The exception that the message raised, or null. Nothing of this function is alive when the exception is
-// delivered.
-NativeObject* Carry(const std::uint32_t* stack, Registers* registers, bool viaFpret) {
+// What the message delivers: an exception, nil, or nothing.
+struct Delivery {
+  bool raised = false;
+  NativeObject* exception = nullptr;
+};
+
+// Carries the message out. Nothing of this function is alive when the exception is delivered.
+Delivery Carry(const std::uint32_t* stack, Registers* registers, bool viaFpret) {
   CheckStack(viaFpret ? "objc_msgSend_fpret" : "objc_msgSend", stack);
   const Outside outside;
   auto* const receiver = reinterpret_cast<void*>(static_cast<std::uintptr_t>(stack[0]));
@@ -24,21 +29,21 @@ NativeObject* Carry(const std::uint32_t* stack, Registers* registers, bool viaFp
   *registers = {0, 0, 0};
   if (receiver != nullptr && !IsNative(receiver)) {
     Log().Violation("a message to " + Describe(receiver) + ", which is no object of the platform");
-    return nullptr;
+    return {};
   }
   Send send(Native(receiver), SelectorName(selector), stack + 2);
   ThePlatform().Dispatch(send, viaFpret);
   *registers = {send.word, receiver == nullptr ? 0 : 0xBADC0DEU, send.number};
-  return send.raised;
+  return {send.raised != nullptr || send.raisesNil, send.raised};
 }
 
 }  // namespace
 }  // namespace scripted
 
 extern "C" [[gnu::used]] void scripted_send(const std::uint32_t* stack, void* registers, int viaFpret) {
-  scripted::NativeObject* const raised =
+  const scripted::Delivery delivery =
       scripted::Carry(stack, static_cast<scripted::Registers*>(registers), viaFpret != 0);
-  if (raised != nullptr) scripted::Deliver(raised);
+  if (delivery.raised) scripted::Deliver(delivery.exception);
 }
 
 // The caller's arguments start 8 bytes above the saved frame pointer: receiver, selector, the method's own.

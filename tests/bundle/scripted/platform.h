@@ -41,10 +41,13 @@ class Send {
   void Answer(std::int32_t value) { word = static_cast<std::uint32_t>(value); }
   void Answer(bool value) { word = value ? 1 : 0; }
   void Raise(NativeObject* exception) { raised = exception; }
+  // Delivers nil, as no platform does on purpose.
+  void RaiseNil() { raisesNil = true; }
 
   std::uint32_t word = 0;
   float number = 0;
   NativeObject* raised = nullptr;
+  bool raisesNil = false;
 
  private:
   NativeObject* receiver_;

@@ -98,6 +98,12 @@ TEST_P(PredefinedColor, TwiceIsTheSameHostObjectWhileTheFirstIsHeld) {
   EXPECT_EQ(host.Object(first).Native()->name, GetParam());
 }
 
+// Two declarations of one function.
+constexpr const char* kOfValues =
+    "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, paramarray components as double) as NSColorQVX";
+constexpr const char* kOfArray =
+    "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, components() as double) as NSColorQVX";
+
 class ColorSpaceTest : public FreshBundle {
  protected:
   void StartAs(long double version) {
@@ -107,7 +113,7 @@ class ColorSpaceTest : public FreshBundle {
     Log().Clear();
   }
   void* Make(void* colorSpace, void* components) const {
-    return CallShared<void*>(kColor, kColorFactories[form], colorSpace, components);
+    return CallShared<void*>(kColor, form, colorSpace, components);
   }
   void* MakeOf(std::vector<double> components) const {
     return Make(wrapper->Handle(), host.NewNumbers(std::move(components)).Handle());
@@ -130,12 +136,12 @@ class ColorSpaceTest : public FreshBundle {
     EXPECT_EQ(Sends("colorWithColorSpace:components:count:"), 0);
   }
 
-  std::size_t form = 0;  // the paramarray declaration or the array one
+  std::string form = kOfValues;
   NativeObject* space = nullptr;
   HostObject* wrapper = nullptr;
 };
 
-class WithColorSpace : public ColorSpaceTest, public testing::WithParamInterface<std::size_t> {
+class WithColorSpace : public ColorSpaceTest, public testing::WithParamInterface<std::string> {
  protected:
   void SetUp() override {
     form = GetParam();
@@ -143,8 +149,8 @@ class WithColorSpace : public ColorSpaceTest, public testing::WithParamInterface
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Forms, WithColorSpace, testing::Values(0U, 1U), [](const auto& each) {
-  return each.param == 0 ? std::string("paramarray") : std::string("array");
+INSTANTIATE_TEST_SUITE_P(Forms, WithColorSpace, testing::Values(kOfValues, kOfArray), [](const auto& each) {
+  return each.param == kOfValues ? std::string("paramarray") : std::string("array");
 });
 
 TEST_P(WithColorSpace, ANilSpaceRaisesBeforeTheArrayIsLookedAt) {

@@ -231,6 +231,13 @@ TEST_F(AvailableSpaces, AreSkippedButUnlockedOnAHostThatInsertsNone) {
   EXPECT_EQ(Calls("REALUnlockObject"), 3);
 }
 
+TEST_F(AvailableSpaces, OnAHostWithoutArraysAreWalkedButNoProcedureOfANullArrayIsAskedFor) {
+  host.missing = {"RuntimeArrayCreateSingleDimBoundedArray"};
+  EXPECT_THAT(Get(), IsNull());
+  EXPECT_EQ(Calls("RuntimeArrayDirectGetInsertProc"), 0);
+  EXPECT_EQ(Calls("REALUnlockObject"), 3);
+}
+
 TEST_F(AvailableSpaces, ASpaceTheHostMakesNoObjectForIsInsertedAsNilAndTheIndexAdvances) {
   host.missing = {"PluginNewInstance"};
   Get();

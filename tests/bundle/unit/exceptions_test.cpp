@@ -56,6 +56,15 @@ TEST_F(Raising, PassesOnEncodingAndErrorNumber) {
   EXPECT_THAT(Log().Services(), Contains("REALSetStringEncoding(\"gr\\xC3\\xBC\", 0x8000100)"));
 }
 
+TEST_F(Raising, UnlessToldOtherwiseAMessageIsASCIIAndTheErrorNumberZero) {
+  Call(+[] {
+    qvx::UnguardedHoldings holdings;
+    qvx::RaiseException("RuntimeException", "gr\xC3\xBC", holdings);
+  });
+  EXPECT_EQ(host.raised[0].errorNumber, "0");
+  EXPECT_THAT(Log().Services(), Contains("REALSetStringEncoding(\"gr\\xC3\\xBC\", 0x600)"));
+}
+
 TEST_F(Raising, ANullMessageIsRaisedEmpty) {
   Raise("NilObjectException", nullptr);
   ASSERT_THAT(host.raised, SizeIs(1));

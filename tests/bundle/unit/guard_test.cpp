@@ -166,6 +166,19 @@ TEST_P(Guard, PassesOnWhatIsNoNSException) {
   EXPECT_THAT(Log().Frames(), Contains("throw " + thrown->name));
 }
 
+TEST_P(GuardOfOneFrame, TakesTheDeliveryOfNilForNoException) {
+  platform.Once(GetParam().selector, [](Send& send) { send.RaiseNil(); });
+  bool returned = false;
+  PassedOn([&] {
+    EXPECT_TRUE(CallIsNeutral());
+    returned = true;
+  });
+  EXPECT_TRUE(returned);
+  EXPECT_THAT(host.raised, IsEmpty());
+  EXPECT_EQ(Log().Count(EventKind::kCall, "NSLog"), 0);
+  EXPECT_EQ(Frames().delivered, 1);
+}
+
 TEST_P(Guard, LogsButRaisesNothingWhenTheSiblingMakesNoException) {
   RaiseFromMessage(MakeException());
   platform.Answer("NewNSExceptionQVX:", nullptr);

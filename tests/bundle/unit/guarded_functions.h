@@ -38,8 +38,8 @@ inline void AddColorMethods(std::vector<GuardedFunction>& all) {
                        bool oneFrame = true) {
     all.push_back({"color_" + name, kColor, std::move(selector), std::move(call), false, oneFrame, false});
   };
-  const auto object = [](std::size_t row) {
-    return [row](void* self) { return CallMethod<void*>(kColor, kColorMethods[row], self) == nullptr; };
+  const auto object = [](const std::string& declaration) {
+    return [declaration](void* self) { return CallMethod<void*>(kColor, declaration, self) == nullptr; };
   };
   add(
       "colorValue", "getRed:green:blue:alpha:",
@@ -47,54 +47,77 @@ inline void AddColorMethods(std::vector<GuardedFunction>& all) {
   add("numberOfComponents", "numberOfComponents",
       [](void* self) { return GetProperty<std::int32_t>(kColor, "numberOfComponents", self) == 0; });
   add("CGColorHandle", "CGColor",
-      [](void* self) { return CallMethod<std::int32_t>(kColor, kColorMethods[2], self) == 0; });
+      [](void* self) { return CallMethod<std::int32_t>(kColor, "CGColorHandle", self) == 0; });
   add("Components", "numberOfComponents", [](void* self) {
-    void* const array = CallMethod<void*>(kColor, kColorMethods[3], self);
+    void* const array = CallMethod<void*>(kColor, "Components", self);
     return array != nullptr && TheHost().Object(array).numbers.empty();
   });
   add("getCMYK", "getCyan:magenta:yellow:black:alpha:", [](void* self) {
-    return OutputsAreZero(kColorMethods[4], self, 9.0, 9.0, 9.0, 9.0);
+    return OutputsAreZero(
+        "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as "
+        "double)",
+        self, 9.0, 9.0, 9.0, 9.0);
   });
-  add("getWhite", "getWhite:alpha:", [](void* self) { return OutputsAreZero(kColorMethods[5], self, 9.0); });
+  add("getWhite", "getWhite:alpha:", [](void* self) {
+    return OutputsAreZero("getWhite(byref white as double)", self, 9.0);
+  });
   add("getHSV", "getHue:saturation:brightness:alpha:", [](void* self) {
-    return OutputsAreZero(kColorMethods[6], self, 9.0, 9.0, 9.0);
+    return OutputsAreZero(
+        "getHSV(byref hue as double, byref saturation as double, byref brightness as double)", self, 9.0, 9.0,
+        9.0);
   });
   add("getRGB", "getRed:green:blue:alpha:", [](void* self) {
-    return OutputsAreZero(kColorMethods[7], self, 9.0, 9.0, 9.0);
+    return OutputsAreZero("getRGB(byref red as double, byref green as double, byref blue as double)", self,
+                          9.0, 9.0, 9.0);
   });
   add("getCMYKA", "getCyan:magenta:yellow:black:alpha:", [](void* self) {
-    return OutputsAreZero(kColorMethods[8], self, 9.0, 9.0, 9.0, 9.0, 9.0);
+    return OutputsAreZero(
+        "getCMYK(byref cyan as double, byref magenta as double, byref yellow as double, byref black as "
+        "double, byref alpha as double)",
+        self, 9.0, 9.0, 9.0, 9.0, 9.0);
   });
-  add("getWhiteA",
-      "getWhite:alpha:", [](void* self) { return OutputsAreZero(kColorMethods[9], self, 9.0, 9.0); });
+  add("getWhiteA", "getWhite:alpha:", [](void* self) {
+    return OutputsAreZero("getWhite(byref white as double, byref alpha as double)", self, 9.0, 9.0);
+  });
   add(
       "getHSVA", "getRed:green:blue:alpha:",
-      [](void* self) { return OutputsAreZero(kColorMethods[10], self, 9.0, 9.0, 9.0, 9.0); }, false);
+      [](void* self) {
+        return OutputsAreZero(
+            "getHSV(byref hue as double, byref saturation as double, byref brightness as double, byref alpha "
+            "as double)",
+            self, 9.0, 9.0, 9.0, 9.0);
+      },
+      false);
   add(
       "getRGBA", "getRed:green:blue:alpha:",
-      [](void* self) { return OutputsAreZero(kColorMethods[11], self, 9.0, 9.0, 9.0, 9.0); }, false);
+      [](void* self) {
+        return OutputsAreZero(
+            "getRGB(byref red as double, byref green as double, byref blue as double, byref alpha as double)",
+            self, 9.0, 9.0, 9.0, 9.0);
+      },
+      false);
   add("blendedColorWithFraction", "blendedColorWithFraction:ofColor:", [](void* self) {
-    return CallMethod<void*>(kColor, kColorMethods[12], self, 0.5, nullptr) == nullptr;
+    return CallMethod<void*>(kColor, "blendedColorWithFraction", self, 0.5, nullptr) == nullptr;
   });
   add("colorWithAlphaComponent", "colorWithAlphaComponent:", [](void* self) {
-    return CallMethod<void*>(kColor, kColorMethods[13], self, 0.5) == nullptr;
+    return CallMethod<void*>(kColor, "colorWithAlphaComponent", self, 0.5) == nullptr;
   });
   add("colorUsingColorSpaceName", "colorUsingColorSpaceName:", [](void* self) {
-    return CallMethod<void*>(kColor, kColorMethods[14], self, nullptr) == nullptr;
+    return CallMethod<void*>(kColor, "colorUsingColorSpaceName", self, nullptr) == nullptr;
   });
   add("colorUsingColorSpace", "colorUsingColorSpace:", [](void* self) {
-    return CallMethod<void*>(kColor, kColorMethods[15], self, nullptr) == nullptr;
+    return CallMethod<void*>(kColor, "colorUsingColorSpace", self, nullptr) == nullptr;
   });
   add("shadowWithLevel", "shadowWithLevel:", [](void* self) {
-    return CallMethod<void*>(kColor, kColorMethods[16], self, 0.5) == nullptr;
+    return CallMethod<void*>(kColor, "shadowWithLevel", self, 0.5) == nullptr;
   });
   add("highlightWithLevel", "highlightWithLevel:", [](void* self) {
-    return CallMethod<void*>(kColor, kColorMethods[17], self, 0.5) == nullptr;
+    return CallMethod<void*>(kColor, "highlightWithLevel", self, 0.5) == nullptr;
   });
-  add("colorSpace", "colorSpace", object(18));
-  add("patternImage", "patternImage", object(19));
+  add("colorSpace", "colorSpace", object("colorSpace"));
+  add("patternImage", "patternImage", object("patternImage"));
   add("writeToPasteboard", "writeToPasteboard:", [](void* self) {
-    CallMethod<void>(kColor, kColorMethods[20], self);
+    CallMethod<void>(kColor, "writeToPasteboard", self);
     return true;
   });
 }
@@ -104,37 +127,42 @@ inline void AddColorFactories(std::vector<GuardedFunction>& all) {
     all.push_back({"shared_" + name, nullptr, std::move(selector),
                    [call = std::move(call)](void*) { return call(); }, true});
   };
-  const auto two = [](std::size_t row) {
-    return [row] { return CallShared<void*>(kColor, kColorFactories[row], 0.5, 1.0) == nullptr; };
+  const auto two = [](const std::string& declaration) {
+    return [declaration] { return CallShared<void*>(kColor, declaration, 0.5, 1.0) == nullptr; };
   };
-  const auto four = [](std::size_t row) {
-    return [row] { return CallShared<void*>(kColor, kColorFactories[row], 0.5, 0.5, 0.5, 1.0) == nullptr; };
+  const auto four = [](const std::string& declaration) {
+    return [declaration] { return CallShared<void*>(kColor, declaration, 0.5, 0.5, 0.5, 1.0) == nullptr; };
   };
   add("colorWithColorSpace", "colorWithColorSpace:components:count:", [] {
     HostObject& space = TheHost().Wrap(kSpace, MakeNative("NSColorSpace"));
-    return CallShared<void*>(kColor, kColorFactories[0], space, TheHost().NewNumbers({0.5, 1.0})) == nullptr;
+    return CallShared<void*>(kColor,
+                             "colorWithColorSpace(ColorSpace as NSColorSpaceQVX, paramarray components as "
+                             "double) as NSColorQVX",
+                             space, TheHost().NewNumbers({0.5, 1.0})) == nullptr;
   });
-  add("colorWithGenericGamma22White", "colorWithGenericGamma22White:alpha:", two(2));
+  add("colorWithGenericGamma22White",
+      "colorWithGenericGamma22White:alpha:", two("colorWithGenericGamma22White"));
   add("colorWithCGColor", "colorWithCGColor:", [] {
-    return CallShared<void*>(kColor, kColorFactories[3], std::int32_t{77}) == nullptr;
+    return CallShared<void*>(kColor, "colorWithCGColor", std::int32_t{77}) == nullptr;
   });
   add("colorWithDeviceCMYK", "colorWithDeviceCyan:magenta:yellow:black:alpha:", [] {
-    return CallShared<void*>(kColor, kColorFactories[4], 0.5, 0.5, 0.5, 0.5, 1.0) == nullptr;
+    return CallShared<void*>(kColor, "colorWithDeviceCMYK", 0.5, 0.5, 0.5, 0.5, 1.0) == nullptr;
   });
-  add("colorWithDeviceRGB", "colorWithDeviceRed:green:blue:alpha:", four(5));
-  add("colorWithDeviceHSV", "colorWithDeviceHue:saturation:brightness:alpha:", four(6));
-  add("colorWithDeviceWhite", "colorWithDeviceWhite:alpha:", two(7));
-  add("colorWithSRGB", "colorWithSRGBRed:green:blue:alpha:", four(8));
-  add("colorWithCalibratedRGB", "colorWithCalibratedRed:green:blue:alpha:", four(9));
-  add("colorWithCalibratedHSV", "colorWithCalibratedHue:saturation:brightness:alpha:", four(10));
-  add("colorWithCalibratedWhite", "colorWithCalibratedWhite:alpha:", two(11));
+  add("colorWithDeviceRGB", "colorWithDeviceRed:green:blue:alpha:", four("colorWithDeviceRGB"));
+  add("colorWithDeviceHSV", "colorWithDeviceHue:saturation:brightness:alpha:", four("colorWithDeviceHSV"));
+  add("colorWithDeviceWhite", "colorWithDeviceWhite:alpha:", two("colorWithDeviceWhite"));
+  add("colorWithSRGB", "colorWithSRGBRed:green:blue:alpha:", four("colorWithSRGB"));
+  add("colorWithCalibratedRGB", "colorWithCalibratedRed:green:blue:alpha:", four("colorWithCalibratedRGB"));
+  add("colorWithCalibratedHSV",
+      "colorWithCalibratedHue:saturation:brightness:alpha:", four("colorWithCalibratedHSV"));
+  add("colorWithCalibratedWhite", "colorWithCalibratedWhite:alpha:", two("colorWithCalibratedWhite"));
   add("colorFromPasteboard",
-      "colorFromPasteboard:", [] { return CallShared<void*>(kColor, kColorFactories[12]) == nullptr; });
+      "colorFromPasteboard:", [] { return CallShared<void*>(kColor, "colorFromPasteboard") == nullptr; });
   add("colorWithPatternImage", "colorWithPatternImage:", [] {
     HostObject& image = TheHost().NewObject("NSImageQVX");
     image.foreign = true;
     image.SetNative(MakeNative("NSImage"));
-    return CallShared<void*>(kColor, kColorFactories[13], image) == nullptr;
+    return CallShared<void*>(kColor, "colorWithPatternImage", image) == nullptr;
   });
   for (const std::string& name : kPredefinedColors) {
     add(name, name, [name] { return CallShared<void*>(kColor, name + " as NSColorQVX") == nullptr; });
@@ -147,38 +175,39 @@ inline void AddListMethods(std::vector<GuardedFunction>& all) {
   };
   const auto text = [] { return TheHost().NewString("text"); };
   add("insertColor", "insertColor:key:atIndex:", [text](void* self) {
-    CallMethod<void>(kList, kListMethods[0], self, nullptr, text(), 0);
+    CallMethod<void>(kList, "insertColor", self, nullptr, text(), 0);
     return true;
   });
   add("setColor", "setColor:forKey:", [text](void* self) {
-    CallMethod<void>(kList, kListMethods[1], self, nullptr, text());
+    CallMethod<void>(kList, "setColor", self, nullptr, text());
     return true;
   });
   add("colorWithKey", "colorWithKey:", [text](void* self) {
-    return CallMethod<void*>(kList, kListMethods[2], self, text()) == nullptr;
+    return CallMethod<void*>(kList, "colorWithKey", self, text()) == nullptr;
   });
   add("removeColorWithKey", "removeColorWithKey:", [text](void* self) {
-    CallMethod<void>(kList, kListMethods[3], self, text());
+    CallMethod<void>(kList, "removeColorWithKey", self, text());
     return true;
   });
   add("writeToFile", "writeToFile:", [text](void* self) {
-    return CallMethod<std::uint8_t>(kList, kListMethods[4], self, text()) == 0;
+    return CallMethod<std::uint8_t>(kList, "writeToFile", self, text()) == 0;
   });
   add("removeFile", "removeFile", [](void* self) {
-    CallMethod<void>(kList, kListMethods[5], self);
+    CallMethod<void>(kList, "removeFile", self);
     return true;
   });
   add("isEditable", "isEditable",
-      [](void* self) { return CallMethod<std::uint8_t>(kList, kListMethods[6], self) == 0; });
-  add("name", "name", [](void* self) { return CallMethod<void*>(kList, kListMethods[7], self) == nullptr; });
+      [](void* self) { return CallMethod<std::uint8_t>(kList, "isEditable", self) == 0; });
+  add("name", "name", [](void* self) { return CallMethod<void*>(kList, "name", self) == nullptr; });
   add("Create1", "initWithName:", [text](void* self) {
-    return CallMethod<std::uint8_t>(kList, kListMethods[8], self, text()) == 0;
+    return CallMethod<std::uint8_t>(kList, "Create(name as string) as boolean", self, text()) == 0;
   });
   add("Load", "colorListNamed:", [text](void* self) {
-    return CallMethod<std::uint8_t>(kList, kListMethods[9], self, text()) == 0;
+    return CallMethod<std::uint8_t>(kList, "Load", self, text()) == 0;
   });
   add("Create2", "initWithName:fromFile:", [text](void* self) {
-    return CallMethod<std::uint8_t>(kList, kListMethods[10], self, text(), text()) == 0;
+    return CallMethod<std::uint8_t>(kList, "Create(name as string, path as string) as boolean", self, text(),
+                                    text()) == 0;
   });
 }
 
@@ -187,60 +216,62 @@ inline void AddSpaceFunctions(std::vector<GuardedFunction>& all) {
                        bool fills = false) {
     all.push_back({"space_" + name, kSpace, std::move(selector), std::move(call), fills, true, fills});
   };
-  const auto object = [](std::size_t row) {
-    return [row](void* self) { return CallMethod<void*>(kSpace, kSpaceMethods[row], self) == nullptr; };
+  const auto object = [](const std::string& declaration) {
+    return [declaration](void* self) { return CallMethod<void*>(kSpace, declaration, self) == nullptr; };
   };
-  const auto number = [](std::size_t row) {
-    return [row](void* self) { return CallMethod<std::int32_t>(kSpace, kSpaceMethods[row], self) == 0; };
+  const auto number = [](const std::string& declaration) {
+    return [declaration](void* self) { return CallMethod<std::int32_t>(kSpace, declaration, self) == 0; };
   };
-  const auto handle = [](std::size_t row) {
-    return [row](void* self) {
-      CallMethod<void>(kSpace, kSpaceMethods[row], self, std::int32_t{77});
+  const auto handle = [](const std::string& declaration) {
+    return [declaration](void* self) {
+      CallMethod<void>(kSpace, declaration, self, std::int32_t{77});
       return self == nullptr || TheHost().Object(self).Native() == nullptr;
     };
   };
   add(
       "Constructor", "initWithICCProfileData:",
       [](void* self) {
-        CallMethod<void>(kSpace, kSpaceMethods[0], self, TheHost().NewBlock({1, 2, 3}));
+        CallMethod<void>(kSpace, "Constructor", self, TheHost().NewBlock({1, 2, 3}));
         return self == nullptr || TheHost().Object(self).Native() == nullptr;
       },
       true);
-  add("initWithColorSyncProfile", "initWithColorSyncProfile:", handle(1), true);
-  add("initWithCGColorSpace", "initWithCGColorSpace:", handle(2), true);
-  add("ICCProfileData", "ICCProfileData", object(3));
-  add("localizedName", "localizedName", object(4));
-  add("colorSpaceName", "colorSpaceName", object(5));
-  add("description", "description", object(6));
-  add("colorSpaceModel", "colorSpaceModel", number(7));
-  add("numberOfColorComponents", "numberOfColorComponents", number(8));
-  add("colorSyncProfileHandle", "colorSyncProfile", number(9));
-  add("CGColorSpaceHandle", "CGColorSpace", number(10));
+  add("initWithColorSyncProfile", "initWithColorSyncProfile:", handle("initWithColorSyncProfile"), true);
+  add("initWithCGColorSpace", "initWithCGColorSpace:", handle("initWithCGColorSpace"), true);
+  add("ICCProfileData", "ICCProfileData", object("ICCProfileData"));
+  add("localizedName", "localizedName", object("localizedName"));
+  add("colorSpaceName", "colorSpaceName", object("colorSpaceName"));
+  add("description", "description", object("description"));
+  add("colorSpaceModel", "colorSpaceModel", number("colorSpaceModel"));
+  add("numberOfColorComponents", "numberOfColorComponents", number("numberOfColorComponents"));
+  add("colorSyncProfileHandle", "colorSyncProfile", number("colorSyncProfileHandle"));
+  add("CGColorSpaceHandle", "CGColorSpace", number("CGColorSpaceHandle"));
 
   const auto shared = [&](const std::string& name, std::string selector, std::function<bool()> call) {
     all.push_back({"shared_" + name, nullptr, std::move(selector),
                    [call = std::move(call)](void*) { return call(); }, true});
   };
-  const std::vector<std::string> rows = SpaceSharedMethods();
-  shared("ColorSpaceWithICCProfileFile", "initWithICCProfileData:", [rows] {
+  shared("ColorSpaceWithICCProfileFile", "initWithICCProfileData:", [] {
     ThePlatform().files["/profile"] = {1, 2, 3};
-    return CallShared<void*>(kSpace, rows[0], TheHost().NewItem("/profile", "", u"")) == nullptr;
+    return CallShared<void*>(kSpace, "ColorSpaceWithICCProfileData(File as Folderitem) as NSColorSpaceQVX",
+                             TheHost().NewItem("/profile", "", u"")) == nullptr;
   });
-  shared("ColorSpaceWithICCProfileData", "initWithICCProfileData:", [rows] {
-    return CallShared<void*>(kSpace, rows[1], TheHost().NewBlock({1, 2, 3})) == nullptr;
+  shared("ColorSpaceWithICCProfileData", "initWithICCProfileData:", [] {
+    return CallShared<void*>(kSpace,
+                             "ColorSpaceWithICCProfileData(ICCProfileData as Memoryblock) as NSColorSpaceQVX",
+                             TheHost().NewBlock({1, 2, 3})) == nullptr;
   });
-  shared("ColorSpaceWithColorSyncProfile", "initWithColorSyncProfile:", [rows] {
-    return CallShared<void*>(kSpace, rows[2], std::int32_t{77}) == nullptr;
+  shared("ColorSpaceWithColorSyncProfile", "initWithColorSyncProfile:", [] {
+    return CallShared<void*>(kSpace, "ColorSpaceWithColorSyncProfile", std::int32_t{77}) == nullptr;
   });
-  shared("ColorSpaceWithCGColorSpace", "initWithCGColorSpace:", [rows] {
-    return CallShared<void*>(kSpace, rows[3], std::int32_t{77}) == nullptr;
+  shared("ColorSpaceWithCGColorSpace", "initWithCGColorSpace:", [] {
+    return CallShared<void*>(kSpace, "ColorSpaceWithCGColorSpace", std::int32_t{77}) == nullptr;
   });
-  shared("availableColorSpacesWithModel", "availableColorSpacesWithModel:", [rows] {
-    void* const array = CallShared<void*>(kSpace, rows[4], std::int32_t{1});
+  shared("availableColorSpacesWithModel", "availableColorSpacesWithModel:", [] {
+    void* const array = CallShared<void*>(kSpace, "availableColorSpacesWithModel", std::int32_t{1});
     return array != nullptr && TheHost().Object(array).objects.empty();
   });
-  shared("colorSpaceForColorSpaceName", "colorSpaceForColorSpaceName:", [rows] {
-    return CallShared<void*>(kSpace, rows[14], TheHost().NewString("text")) == nullptr;
+  shared("colorSpaceForColorSpaceName", "colorSpaceForColorSpaceName:", [] {
+    return CallShared<void*>(kSpace, "colorSpaceForColorSpaceName", TheHost().NewString("text")) == nullptr;
   });
 }
 

@@ -191,6 +191,13 @@ TEST_F(Registration, ShrinksEventsAndLeavesEachSourceRecordPointingToItsCopy) {
   }
 }
 
+TEST_F(Registration, LeavesTheEventBehindTheLastOneAlone) {
+  definition.eventCount = 2;
+  const auto behind = Words(&events[2], 4);
+  Register(9);
+  EXPECT_EQ(Words(&events[2], 4), behind);
+}
+
 TEST_F(Registration, LeavesTheSourceArraysAloneButForTheEvents) {
   const auto sourceProperties = Words(properties, 36);
   const auto sourceMethods = Words(methods, 12);

@@ -10,6 +10,7 @@
 
 #include "hostrun/commands/check_parts.h"
 #include "tests/hostrun/commands/run_hostrun.h"
+#include "tests/hostrun/macho/test_file.h"
 
 namespace command_tests {
 namespace {
@@ -38,8 +39,7 @@ TEST(Check, HasEachKindOfCheckInTheDocuments) {
 
 TEST(Check, MakesAtLeastOneCheckOfEachKind) {
   std::set<std::string> made;
-  const auto run = [&made](const std::string& fault) {
-    const std::string bundle = BuiltFile("broken/Any.so");
+  const auto run = [&made](const std::string& fault, const std::string& bundle) {
     const auto answer = nlohmann::json::parse(RunHostrun({"check", "--platform", "none", "--host-version",
                                                           "2015.0", "--time-limit", "1", "--json", bundle},
                                                          {}, {"BROKEN_BUNDLE_FAULT=" + fault})
@@ -57,7 +57,10 @@ TEST(Check, MakesAtLeastOneCheckOfEachKind) {
       made.insert(name);
     }
   };
-  for (const char* const fault : {"None", "CrashOnEntry", "CrashLater"}) run(fault);
+  for (const char* const fault : {"None", "CrashOnEntry", "CrashLater"})
+    run(fault, BuiltFile("broken/Any.so"));
+  const std::vector<std::uint8_t> desktop = TestFile().Bytes();
+  run("None", TemporaryFile("Desktop", {desktop.begin(), desktop.end()}));
   std::set<std::string> kinds;
   for (const hostrun::CheckKind& kind : hostrun::kCheckKinds) kinds.emplace(kind.name);
   EXPECT_EQ(made, kinds);

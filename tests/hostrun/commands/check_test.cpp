@@ -187,7 +187,7 @@ TEST(Check, RefusesAFileThatIsNoBundleAndSaysSoOnce) {
   const Finished finished = RunHostrun(CheckArguments(TemporaryFile("text.so", "no bundle")));
   EXPECT_EQ(finished.status, 1);
   EXPECT_NE(finished.out.find("failed    file/format\n"), std::string::npos) << finished.out;
-  EXPECT_NE(finished.out.find("found a file that is not ELF"), std::string::npos);
+  EXPECT_NE(finished.out.find("found a file that is neither ELF nor Mach-O"), std::string::npos);
   EXPECT_EQ(LastLine(finished.out), "10 checks, 0 passed, 9 failed, 1 skipped");
 }
 

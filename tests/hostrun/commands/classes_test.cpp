@@ -118,10 +118,10 @@ TEST(Classes, SaysWhichNamesThereAreWhenOneIsUnknown) {
   EXPECT_EQ(cls.status, 2);
   EXPECT_EQ(cls.out, "");
   EXPECT_NE(cls.err.find("wanted a class, found Nothing"), std::string::npos) << cls.err;
-  EXPECT_NE(cls.err.find("try NSColorQVX, NSColorListQVX"), std::string::npos) << cls.err;
-  const Finished member = RunHostrun({"classes", "NSColorQVX.redish"});
+  EXPECT_NE(cls.err.find("; there are NSColorQVX, NSColorListQVX"), std::string::npos) << cls.err;
+  const Finished member = RunHostrun({"classes", "NSColorQVX.redColour"});
   EXPECT_EQ(member.status, 2);
-  EXPECT_NE(member.err.find("try redComponent, redColor"), std::string::npos) << member.err;
+  EXPECT_NE(member.err.find("; did you mean redColor?"), std::string::npos) << member.err;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // tests/libcocoa/colours/accuracy_test.cpp - conversions agree with Little CMS's own command-line tool.
 //
-// Every ordered pair of six spaces, on a grid of at least 1,000 colours, within 1/4096 per component. The
+// Every ordered pair of eight spaces, on a grid of at least 1,000 colours, within 1/4096 per component. The
 // tool gets the very profiles that the spaces carry, and does not clip: its results are clipped here as the
 // library clips.
 #include <gtest/gtest.h>
@@ -39,9 +39,11 @@ struct TestedSpace {
 };
 
 constexpr unsigned kInks = 6;
-constexpr std::array<TestedSpace, 6> kSpaces{{{"sRGB", Kind::kRGB, "sRGBColorSpace"},
+constexpr std::array<TestedSpace, 8> kSpaces{{{"sRGB", Kind::kRGB, "sRGBColorSpace"},
                                               {"AdobeRGB", Kind::kRGB, "adobeRGB1998ColorSpace"},
                                               {"Gray22", Kind::kGray, "genericGamma22GrayColorSpace"},
+                                              {"GenericRGB", Kind::kRGB, "genericRGBColorSpace"},
+                                              {"GenericGray", Kind::kGray, "genericGrayColorSpace"},
                                               {"CMYK", Kind::kCMYK, "default_cmyk.icc"},
                                               {"Lab", Kind::kLab, "lab.icc"},
                                               {"SixInks", Kind::kInks, nullptr}}};

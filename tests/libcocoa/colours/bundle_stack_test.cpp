@@ -1,7 +1,7 @@
 // tests/libcocoa/colours/bundle_stack_test.cpp - the bundle's functions over the real platform, called on
 // every stack that a host may come with: 4-byte aligned, not 16.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +10,7 @@
 
 #include "hostrun/commands/describe.h"
 #include "hostrun/host/arrays.h"
+#include "hostrun/host/bundle.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/services.h"
@@ -171,22 +172,19 @@ void* ResolveButCountClasses(const char* name) {
   return hostrun::ResolveService(name);
 }
 
-// A bundle can be entered once: each stack gets a copy of the file.
+// A bundle can be entered once: each stack gets a copy of the file, loaded for itself.
 TEST_F(BundleStack, TheEntryRegistersOnEveryStack) {
-  const std::filesystem::path bundle =
-      std::filesystem::read_symlink("/proc/self/exe").parent_path() / "QVXColor.so";
   for (const std::uint32_t offset : scripted::kStackOffsets) {
-    const std::filesystem::path copy =
-        std::filesystem::current_path() / ("QVXColor" + std::to_string(offset) + ".so");
-    std::filesystem::copy_file(bundle, copy);
-    void* const library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+    const std::filesystem::path copy = std::filesystem::current_path() /
+                                       ("QVXColor" + std::to_string(offset) + "." + std::to_string(getpid()));
+    std::filesystem::copy_file(hostrun::BundleFile(real::BundlePath()), copy);
+    const hostrun::Problem problem = hostrun::MapBundle(copy);
     std::filesystem::remove(copy);
-    ASSERT_NE(library, nullptr) << dlerror();
+    ASSERT_FALSE(problem) << *problem;
     const auto word = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&ResolveButCountClasses));
     registered = 0;
-    scripted_call_at_offset(dlsym(library, "REALPluginMain"), &word, 1, offset);
+    scripted_call_at_offset(reinterpret_cast<const void*>(hostrun::TheBundle().enter), &word, 1, offset);
     EXPECT_EQ(registered, 3) << offset;
-    dlclose(library);
   }
 }
 

@@ -40,8 +40,18 @@ int colorsInListFile(const char* path);
 // Reads a colour that was put on a pasteboard as these bytes. 1 if there is one, 0 if not, or kRaised.
 int colorFromBytes(const void* bytes, size_t size);
 
-// Writes files that fuzzing starts from. Yes: 1.
-int writeListFile(const char* path, int withExactColours);
+// Writes a list of four stock colours; with two exact ones besides; with three patterns besides those.
+// Yes: 1.
+typedef enum { kStockColours, kExactColours, kPatterns } ListContents;  // NOLINT(modernize-use-using)
+int writeListFile(const char* path, ListContents contents);
+
+// How the image of a pattern is packed.
+typedef enum { kUnpacked, kLZW, kPackBits } Packing;  // NOLINT(modernize-use-using)
+
+// The archive of a pattern as GNUstep alone writes it (the library has no part in that), or of a list with
+// that pattern: its size, and the bytes if the buffer is large enough.
+size_t archiveWithPattern(Packing packing, int inList, void* buffer, size_t capacity);
+
 size_t pasteboardBytes(void* buffer, size_t capacity);
 
 // How many objects of the class live now.

@@ -120,6 +120,22 @@ int exerciseSpace(Space handle) {
   return answer;
 }
 
+// What a program may ask any colour; of a pattern, every pixel.
+static void UseColor(NSColor* color) {
+  [color colorUsingColorSpaceName:nil];
+  [color colorUsingColorSpace:[NSColorSpace sRGBColorSpace]];
+  [color hash];
+  [color description];
+  if (![[color colorSpaceName] isEqual:NSPatternColorSpace]) return;
+  for (NSBitmapImageRep* bitmap in [[color patternImage] representations]) {
+    unsigned char* planes[5] = {NULL};
+    [bitmap getBitmapDataPlanes:planes];
+    volatile unsigned char last = 0;
+    for (int i = 0; i < 5 && planes[i]; ++i) last = planes[i][[bitmap bytesPerPlane] - 1];
+    (void)last;
+  }
+}
+
 int colorsInListFile(const char* path) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   int answer = -2;
@@ -127,7 +143,7 @@ int colorsInListFile(const char* path) {
     NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"
                                                   fromFile:[NSString stringWithUTF8String:path]] autorelease];
     if (list) answer = (int)[[list allKeys] count];
-    for (NSString* key in [list allKeys]) [[list colorWithKey:key] colorUsingColorSpaceName:nil];
+    for (NSString* key in [list allKeys]) UseColor([list colorWithKey:key]);
   } @catch (NSException* exception) {
     answer = kRaised;
   }
@@ -142,7 +158,7 @@ int colorFromBytes(const void* bytes, size_t size) {
     OneDatum* board = [[OneDatum new] autorelease];
     board->datum = [[NSData alloc] initWithBytes:bytes length:size];
     NSColor* color = [NSColor colorFromPasteboard:(NSPasteboard*)board];
-    [color colorUsingColorSpaceName:nil];
+    UseColor(color);
     answer = color ? 1 : 0;
   } @catch (NSException* exception) {
     answer = kRaised;
@@ -151,20 +167,50 @@ int colorFromBytes(const void* bytes, size_t size) {
   return answer;
 }
 
-int writeListFile(const char* path, int withExactColours) {
+static NSBitmapImageRep* Bitmap(void) {
+  NSBitmapImageRep* bitmap = [[[NSBitmapImageRep alloc] initWithBitmapDataPlanes:NULL
+                                                                      pixelsWide:12
+                                                                      pixelsHigh:8
+                                                                   bitsPerSample:8
+                                                                 samplesPerPixel:3
+                                                                        hasAlpha:NO
+                                                                        isPlanar:NO
+                                                                  colorSpaceName:NSDeviceRGBColorSpace
+                                                                     bytesPerRow:0
+                                                                    bitsPerPixel:0] autorelease];
+  for (int i = 0; i < 12 * 8 * 3; ++i) [bitmap bitmapData][i] = (unsigned char)(i / 24 * 9);
+  return bitmap;
+}
+
+static NSColor* PatternPacked(Packing packing) {
+  const NSTIFFCompression packings[] = {NSTIFFCompressionNone, NSTIFFCompressionLZW,
+                                        NSTIFFCompressionPackBits};
+  NSBitmapImageRep* bitmap = Bitmap();
+  [bitmap setCompression:packings[packing] factor:1];
+  NSImage* image = [[[NSImage alloc] initWithSize:NSMakeSize(12, 8)] autorelease];
+  [image addRepresentation:bitmap];
+  return [NSColor colorWithPatternImage:image];
+}
+
+int writeListFile(const char* path, ListContents contents) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"] autorelease];
   [list setColor:[NSColor redColor] forKey:@"red"];
   [list setColor:[NSColor colorWithDeviceWhite:0.5 alpha:1] forKey:@"grey"];
   [list setColor:[NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1] forKey:@"ink"];
   [list setColor:[NSColor controlColor] forKey:@"named"];
-  if (withExactColours) {
+  if (contents != kStockColours) {
     NSMutableData* other = [NSMutableData dataWithData:[[NSColorSpace sRGBColorSpace] ICCProfileData]];
     ((unsigned char*)[other mutableBytes])[48] ^= 1;  // another manufacturer: another space
     NSColorSpace* space = [[[NSColorSpace alloc] initWithICCProfileData:other] autorelease];
     const CGFloat components[] = {0.1, 0.2, 0.3, 0.4};
     [list setColor:[NSColor colorWithColorSpace:space components:components count:4] forKey:@"exact"];
     [list setColor:[NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1] forKey:@"sRGB"];
+  }
+  if (contents == kPatterns) {
+    [list setColor:PatternPacked(kUnpacked) forKey:@"unpacked"];
+    [list setColor:PatternPacked(kLZW) forKey:@"lzw"];
+    [list setColor:PatternPacked(kPackBits) forKey:@"packbits"];
   }
   int written = [list writeToFile:[NSString stringWithUTF8String:path]];
   [pool release];
@@ -177,6 +223,19 @@ size_t pasteboardBytes(void* buffer, size_t capacity) {
   [[NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1] writeToPasteboard:(NSPasteboard*)board];
   size_t size = [board->datum length];
   if (size <= capacity) [board->datum getBytes:buffer length:size];
+  [pool release];
+  return size;
+}
+
+size_t archiveWithPattern(Packing packing, int inList, void* buffer, size_t capacity) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColor* pattern = PatternPacked(packing);
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"] autorelease];
+  [list setColor:[NSColor redColor] forKey:@"red"];
+  [list setColor:pattern forKey:@"pattern"];
+  NSData* data = [NSArchiver archivedDataWithRootObject:inList ? (id)list : pattern];
+  size_t size = [data length];
+  if (size <= capacity) [data getBytes:buffer length:size];
   [pool release];
   return size;
 }

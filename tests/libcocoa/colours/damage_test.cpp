@@ -2,102 +2,21 @@
 //
 // Nothing may raise or crash; what is accepted must be usable. The damage is the same in every run, and
 // QVX_DAMAGE_TIMES=10 in the environment makes ten times as many rounds of it.
-#include <gtest/gtest.h>
-#include <unistd.h>
+#include "tests/libcocoa/colours/damage.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
-#include <string>
-#include <vector>
+#include <gtest/gtest.h>
 
 #include "tests/libcocoa/colours/colour_calls.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Bytes = std::vector<std::uint8_t>;
-
-Bytes readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-// A new file each time: file systems write one out at once when it is truncated and closed.
-void writeFile(const fs::path& path, const Bytes& bytes) {
-  fs::remove(path);
-  std::ofstream out(path, std::ios::binary);
-  std::copy(bytes.begin(), bytes.end(), std::ostreambuf_iterator<char>(out));
-}
-
-// Some bytes changed, and now and then a piece cut off, doubled, or a word made absurd.
-class Damager {
- public:
-  explicit Damager(unsigned seed) : random_(seed) {}
-
-  Bytes operator()(Bytes bytes) {
-    const unsigned changes = 1 + below(8);
-    for (unsigned i = 0; i < changes && !bytes.empty(); ++i) changeOnce(bytes);
-    return bytes;
-  }
-
- private:
-  unsigned below(std::size_t limit) { return static_cast<unsigned>(random_() % limit); }
-
-  void changeOnce(Bytes& bytes) {
-    const std::size_t at = below(bytes.size());
-    switch (below(8)) {
-      case 0:
-        bytes.resize(at);
-        break;
-      case 1:
-        for (std::size_t i = at; i < at + 4 && i < bytes.size(); ++i) bytes[i] = below(2) != 0 ? 0xFF : 0;
-        break;
-      case 2: {
-        const Bytes piece(bytes.begin() + static_cast<std::ptrdiff_t>(at),
-                          bytes.begin() + static_cast<std::ptrdiff_t>(std::min(at + 16, bytes.size())));
-        bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(at), piece.begin(), piece.end());
-        break;
-      }
-      case 3:
-        bytes[at] ^= static_cast<std::uint8_t>(1U << below(8));
-        break;
-      default:
-        bytes[at] = static_cast<std::uint8_t>(below(256));
-        break;
-    }
-  }
-
-  std::mt19937 random_;
-};
-
-class ListFile {
- public:
-  ListFile() {
-    std::string made = (fs::temp_directory_path() / "colour-damage-XXXXXX").string();
-    if (mkdtemp(made.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    folder_ = made;
-  }
-  ~ListFile() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-  }
-  ListFile(const ListFile&) = delete;
-  ListFile& operator=(const ListFile&) = delete;
-  [[nodiscard]] fs::path path() const { return folder_ / "list.clr"; }
-
- private:
-  fs::path folder_;
-};
-
-unsigned timesAsMany() {
-  const char* const wanted = std::getenv("QVX_DAMAGE_TIMES");
-  return wanted == nullptr ? 1 : static_cast<unsigned>(std::max(1UL, std::strtoul(wanted, nullptr, 10)));
-}
+using damage::Bytes;
+using damage::Damager;
+using damage::ListFile;
+using damage::readFile;
+using damage::timesAsMany;
+using damage::writeFile;
 
 void damageProfile(const char* name, unsigned rounds) {
   rounds *= timesAsMany();
@@ -152,14 +71,14 @@ void damageList(const Bytes& whole, unsigned rounds, unsigned seed) {
 
 TEST(DamagedLists, RaiseNothing) {
   const ListFile file;
-  ASSERT_EQ(writeListFile(file.path().c_str(), 0), 1);
+  ASSERT_EQ(writeListFile(file.path().c_str(), kStockColours), 1);
   ASSERT_EQ(colorsInListFile(file.path().c_str()), 4);
   damageList(readFile(file.path()), 3000, 1);
 }
 
 TEST(DamagedLists, WithExactColoursRaiseNothing) {
   const ListFile file;
-  ASSERT_EQ(writeListFile(file.path().c_str(), 1), 1);
+  ASSERT_EQ(writeListFile(file.path().c_str(), kExactColours), 1);
   ASSERT_EQ(colorsInListFile(file.path().c_str()), 6);
   damageList(readFile(file.path()), 2000, 2);
 }

@@ -123,8 +123,8 @@ SCENARIO("programs count on GNUstep's formulas and counts", "10 of 10", "10 of 1
   PROMISE(@"grey becomes three equal components", Is([ofGrey redComponent], 0.25) &&
                                                       Is([ofGrey greenComponent], 0.25) &&
                                                       Is([ofGrey blueComponent], 0.25));
-  PROMISE(@"RGB becomes grey by its mean",
-          Is([[device colorUsingColorSpaceName:NSDeviceWhiteColorSpace] whiteComponent], 0.6));
+  PROMISE(@"three equal components become the grey again",
+          Is([[ofGrey colorUsingColorSpaceName:NSDeviceWhiteColorSpace] whiteComponent], 0.25));
   NSColor* inks = [device colorUsingColorSpaceName:NSDeviceCMYKColorSpace];
   PROMISE(@"RGB becomes its complement in inks",
           Is([inks cyanComponent], 0.1) && Is([inks magentaComponent], 0.4) &&

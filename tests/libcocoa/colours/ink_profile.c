@@ -1,7 +1,6 @@
-// tests/libcocoa/colours/ink_profile.c - a printer with many inks, made with Little CMS.
+// tests/libcocoa/colours/ink_profile.c - a printer with many inks and a scanner, made with Little CMS.
 #include "tests/libcocoa/colours/ink_profile.h"
 
-#include <lcms2.h>
 #include <stdlib.h>
 
 enum { kFewest = 5, kMost = 8 };
@@ -30,6 +29,13 @@ static cmsInt32Number InksOfLab(const cmsUInt16Number in[], cmsUInt16Number out[
   return 1;
 }
 
+static cmsInt32Number LabOfLight(const cmsUInt16Number in[], cmsUInt16Number out[], void* cargo) {
+  (void)cargo;
+  out[0] = in[1];
+  out[1] = out[2] = Encoded(0, -128, 127);
+  return 1;
+}
+
 static int AddTable(cmsHPROFILE profile, cmsTagSignature tag, cmsPipeline* table) {
   int written = table && cmsWriteTag(profile, tag, table);
   cmsPipelineFree(table);
@@ -47,23 +53,24 @@ static cmsPipeline* Table(unsigned from, unsigned to, unsigned points, cmsSAMPLE
   return table;
 }
 
-void* MakeInkProfile(unsigned inks, size_t* size) {
-  static const cmsColorSpaceSignature signatures[] = {cmsSig5colorData, cmsSig6colorData, cmsSig7colorData,
-                                                      cmsSig8colorData};
-  if (inks < kFewest || inks > kMost) return NULL;
+// A profile of that name, as far as the two kinds are alike; NULL if it can't be made.
+static cmsHPROFILE Begun(cmsProfileClassSignature kind, cmsColorSpaceSignature space, const char* name) {
   cmsHPROFILE profile = cmsCreateProfilePlaceholder(NULL);
   if (!profile) return NULL;
   cmsSetProfileVersion(profile, 4.3);
-  cmsSetDeviceClass(profile, cmsSigOutputClass);
-  cmsSetColorSpace(profile, signatures[inks - kFewest]);
+  cmsSetDeviceClass(profile, kind);
+  cmsSetColorSpace(profile, space);
   cmsSetPCS(profile, cmsSigLabData);
-  cmsMLU* name = cmsMLUalloc(NULL, 1);
-  cmsMLUsetASCII(name, "en", "US", "Many Inks");
-  int made = cmsWriteTag(profile, cmsSigProfileDescriptionTag, name) &&
-             cmsWriteTag(profile, cmsSigMediaWhitePointTag, cmsD50_XYZ()) &&
-             AddTable(profile, cmsSigAToB0Tag, Table(inks, 3, 3, LabOfInks, inks)) &&
-             AddTable(profile, cmsSigBToA0Tag, Table(3, inks, 33, InksOfLab, inks));
-  cmsMLUfree(name);
+  cmsMLU* text = cmsMLUalloc(NULL, 1);
+  cmsMLUsetASCII(text, "en", "US", name);
+  cmsWriteTag(profile, cmsSigProfileDescriptionTag, text);
+  cmsWriteTag(profile, cmsSigMediaWhitePointTag, cmsD50_XYZ());
+  cmsMLUfree(text);
+  return profile;
+}
+
+// Closes the profile. Its bytes; NULL if it was not made whole.
+static void* Finished(cmsHPROFILE profile, int made, size_t* size) {
   cmsUInt32Number needed = 0;
   void* bytes = NULL;
   if (made && cmsSaveProfileToMem(profile, NULL, &needed)) bytes = malloc(needed);
@@ -71,7 +78,24 @@ void* MakeInkProfile(unsigned inks, size_t* size) {
     free(bytes);
     bytes = NULL;
   }
-  cmsCloseProfile(profile);
+  if (profile) cmsCloseProfile(profile);
   *size = needed;
   return bytes;
+}
+
+void* MakeInkProfile(unsigned inks, size_t* size) {
+  static const cmsColorSpaceSignature signatures[] = {cmsSig5colorData, cmsSig6colorData, cmsSig7colorData,
+                                                      cmsSig8colorData};
+  if (inks < kFewest || inks > kMost) return NULL;
+  cmsHPROFILE profile = Begun(cmsSigOutputClass, signatures[inks - kFewest], "Many Inks");
+  int made = profile && AddTable(profile, cmsSigAToB0Tag, Table(inks, 3, 3, LabOfInks, inks)) &&
+             AddTable(profile, cmsSigBToA0Tag, Table(3, inks, 33, InksOfLab, inks));
+  return Finished(profile, made, size);
+}
+
+void* MakeInputProfile(cmsColorSpaceSignature space, size_t* size) {
+  unsigned channels = cmsChannelsOf(space);
+  cmsHPROFILE profile = Begun(cmsSigInputClass, space, "Grey Eye");
+  int made = profile && AddTable(profile, cmsSigAToB0Tag, Table(channels, 3, 3, LabOfLight, channels));
+  return Finished(profile, made, size);
 }

@@ -47,23 +47,6 @@ SCENARIO("a predefined colour outlives every pool", "another object",
   return Shown(red);
 }
 
-SCENARIO("system colours are shared, named and convertible", "5 of 5", "5 of 5") {
-  NSArray* names =
-      [@"control controlText windowBackground selectedText grid" componentsSeparatedByString:@" "];
-  int same = 0;
-  for (NSString* name in names)
-    same += Preset(name) == Preset(name) && [[Preset(name) catalogNameComponent] isEqual:@"System"] &&
-            [Preset(name) colorUsingColorSpaceName:NSCalibratedRGBColorSpace] != nil;
-  return [NSString stringWithFormat:@"%d of 5", same];
-}
-
-SCENARIO("the colour under pages is a system colour", "raises NSInvalidArgumentException",
-         "yes, 0.500 0.500 0.500 1.000 CalibratedRGB") {
-  NSColor* color = [NSColor underPageBackgroundColor];
-  return [NSString stringWithFormat:@"%@, %@", YesNo(color == [NSColor underPageBackgroundColor]),
-                                    Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace])];
-}
-
 SCENARIO("a system colour converts to a space with a profile", "raises NSInvalidArgumentException",
          "0.000 0.000 0.000 1.000 Custom sRGB IEC61966-2.1") {
   return Shown([[NSColor blackColor] isEqual:[NSColor controlTextColor]]
@@ -152,32 +135,55 @@ SCENARIO("a named colour is one object and tells its names", "yes, NSNamedColorS
                                           [one localizedColorNameComponent], nil]);
 }
 
-SCENARIO("a user default changes a system colour at once", "0.100 0.200 0.300 1.000 CalibratedRGB",
-         "0.100 0.200 0.300 1.000 CalibratedRGB") {
-  [NSColor controlColor];
-  [[NSUserDefaults standardUserDefaults] setObject:@"0.1 0.2 0.3" forKey:@"controlColor"];
-  return Shown([[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+SCENARIO("a named colour with another alpha has components", "raises NSInternalInconsistencyException",
+         "0.000 0.000 0.000 0.500 CalibratedRGB, 0.000 0.000 0.000 1.000 CalibratedRGB") {
+  NSColor* named = [NSColor controlTextColor];
+  return Joined([NSArray arrayWithObjects:Shown([named colorWithAlphaComponent:0.5]),
+                                          Shown([named colorWithAlphaComponent:1]), nil]);
 }
 
-SCENARIO(
-    "the system's list can't be edited", "yes, nothing, nothing, nothing",
-    "no, NSColorListNotEditableException, NSColorListNotEditableException, NSColorListNotEditableException") {
-  NSColor* red = [NSColor redColor];
-  NSColorList* system = [NSColorList colorListNamed:@"System"];
-  return Joined([NSArray arrayWithObjects:YesNo([system isEditable]),
-                                          RAISED([system setColor:red forKey:@"controlColor"]),
-                                          RAISED([system insertColor:red key:@"new" atIndex:0]),
-                                          RAISED([system removeColorWithKey:@"gridColor"]), nil]);
+SCENARIO("a named colour that is in a custom space takes another alpha there",
+         "raises NSInternalInconsistencyException", "0.100 0.200 0.300 0.500 Custom sRGB IEC61966-2.1") {
+  NSColorList* list = ListInTable(@"Signals");
+  [list setColor:[NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1] forKey:@"exact"];
+  return Shown([[NSColor colorWithCatalogName:@"Signals" colorName:@"exact"] colorWithAlphaComponent:0.5]);
 }
 
-SCENARIO("a program's own list of that name can be edited", "yes", "yes") {
-  NSColorList* own = [[[NSColorList alloc] initWithName:@"System"] autorelease];
-  [own setColor:[NSColor redColor] forKey:@"mine"];
-  return YesNo([own isEditable] && [[own allKeys] count] == 1);
+SCENARIO("a named colour that stands for a pattern is the pattern with any alpha", "no", "yes") {
+  NSColor* pattern = Pattern();
+  [ListInTable(@"Signals") setColor:pattern forKey:@"tiles"];
+  NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"tiles"];
+  return YesNo([named colorWithAlphaComponent:0.5] == pattern);
 }
 
-SCENARIO("the system's list keeps its keys", "39", "39") {
-  [NSColor redColor];
-  return
-      [NSString stringWithFormat:@"%u", (unsigned)[[[NSColorList colorListNamed:@"System"] allKeys] count]];
+SCENARIO("a name that no list knows is no colour with another alpha", "yes", "no") {
+  NSColor* named = [NSColor colorWithCatalogName:@"Nowhere" colorName:@"Nothing"];
+  return YesNo([named colorWithAlphaComponent:0.5] != nil);
+}
+
+SCENARIO("a named colour's Core Graphics handle has components", "raises NSInvalidArgumentException",
+         "0.000 0.000 0.000 1.000 CalibratedRGB, 0.000 0.000 0.000 0.500 CalibratedRGB") {
+  NSColor* named = [NSColor controlTextColor];
+  NSColor* faint = [named colorWithAlphaComponent:0.5];
+  return Joined([NSArray arrayWithObjects:Shown([NSColor colorWithCGColor:[named CGColor]]),
+                                          Shown([NSColor colorWithCGColor:[faint CGColor]]), nil]);
+}
+
+SCENARIO("a named colour's Core Graphics handle lasts as long as its list holds the colour",
+         "raises NSInvalidArgumentException", "1.000 0.000 0.000 1.000 CalibratedRGB, nil") {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColorList* list = ListInTable(@"Signals");
+  CGColorRef handle = [[NSColor colorWithCatalogName:@"Signals" colorName:@"signal"] CGColor];
+  [pool release];
+  pool = [NSAutoreleasePool new];
+  NSString* held = [Shown([NSColor colorWithCGColor:handle]) retain];
+  [list removeColorWithKey:@"signal"];
+  [pool release];
+  return Joined([NSArray arrayWithObjects:[held autorelease], Shown([NSColor colorWithCGColor:handle]), nil]);
+}
+
+SCENARIO("the handle of a name that no list knows is the name's own", "raises NSInvalidArgumentException",
+         "yes") {
+  NSColor* named = [NSColor colorWithCatalogName:@"Nowhere" colorName:@"Nothing"];
+  return YesNo([NSColor colorWithCGColor:[named CGColor]] == named);
 }

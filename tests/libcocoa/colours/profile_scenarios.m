@@ -3,6 +3,8 @@
 
 #include <lcms2.h>
 
+#include "tests/libcocoa/colours/ink_profile.h"
+
 static NSColorSpace* SpaceOf(NSData* data) {
   return [[[NSColorSpace alloc] initWithICCProfileData:data] autorelease];
 }
@@ -120,6 +122,63 @@ SCENARIO("a profile whose header belies its contents makes no space", "-1/0, -1/
                                           Told(SpaceOf(WithWord(data, 16, "abcd"))), nil]);
 }
 
+static NSColorSpace* OneWay(cmsColorSpaceSignature signature) {
+  size_t size = 0;
+  void* bytes = MakeInputProfile(signature, &size);
+  return SpaceOf([NSData dataWithBytesNoCopy:bytes length:size freeWhenDone:YES]);
+}
+
+static NSColor* OneWayGrey(void) {
+  const CGFloat components[] = {0.25, 0.5, 0.75, 0.125};
+  return [NSColor colorWithColorSpace:OneWay(cmsSigRgbData) components:components count:4];
+}
+
+SCENARIO("a profile that only leads out of its space makes a space", "-1/0", "1/3") {
+  return Told(OneWay(cmsSigRgbData));
+}
+
+// Lab 50 0 0 is .466 in sRGB, by transicc too.
+SCENARIO("a colour of such a space can be converted", "raises NSInvalidArgumentException",
+         "0.466 0.466 0.466 0.125 Custom sRGB IEC61966-2.1, 0.466 0.466 0.466 0.125 DeviceRGB") {
+  return Joined(
+      [NSArray arrayWithObjects:Shown([OneWayGrey() colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]),
+                                Shown([OneWayGrey() colorUsingColorSpaceName:NSDeviceRGBColorSpace]), nil]);
+}
+
+SCENARIO("no colour can be converted into such a space", "nil, nil", "nil, nil") {
+  NSColorSpace* space = OneWay(cmsSigRgbData);
+  NSColor* custom = [NSColor colorWithSRGBRed:0.5 green:0.25 blue:0.125 alpha:1];
+  NSColor* stock = [NSColor colorWithCalibratedRed:0.5 green:0.25 blue:0.125 alpha:1];
+  return Joined([NSArray arrayWithObjects:Shown([custom colorUsingColorSpace:space]),
+                                          Shown([stock colorUsingColorSpace:space]), nil]);
+}
+
+SCENARIO("generic CMYK takes no profile that leads one way", "none", "none") {
+  size_t size = 0;
+  void* bytes = MakeInputProfile(cmsSigCmykData, &size);
+  [[NSData dataWithBytesNoCopy:bytes length:size
+                  freeWhenDone:YES] writeToFile:InScratch(@"inks.icc") atomically:NO];
+  setenv("QVX_CMYK_PROFILE", [InScratch(@"inks.icc") fileSystemRepresentation], 1);
+  return [[NSColorSpace genericCMYKColorSpace] ICCProfileData] ? @"a profile" : @"none";
+}
+
+SCENARIO("a colour of such a space blends, and comes back from an archive", "no, no", "yes, yes") {
+  NSColor* grey = OneWayGrey();
+  NSColor* blend = [grey blendedColorWithFraction:0.5 ofColor:[NSColor whiteColor]];
+  id back =
+      grey ? [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:grey]]
+           : nil;
+  return Joined([NSArray arrayWithObjects:YesNo([[blend colorSpaceName] isEqual:NSCalibratedRGBColorSpace]),
+                                          YesNo(grey && [back isEqual:grey]), nil]);
+}
+
+SCENARIO("profiles of YCbCr, XYZ, Luv, HSV and CMY make no space", "-1/0, -1/0, -1/0, -1/0, -1/0",
+         "nil, nil, nil, nil, nil") {
+  return Joined([NSArray arrayWithObjects:Told(OneWay(cmsSigYCbCrData)), Told(OneWay(cmsSigXYZData)),
+                                          Told(OneWay(cmsSigLuvData)), Told(OneWay(cmsSigHsvData)),
+                                          Told(OneWay(cmsSigCmyData)), nil]);
+}
+
 SCENARIO("spaces from the same data are equal", "unequal, hashes unequal", "equal, hashes equal") {
   NSData* data = ProfileNamed(@"a98.icc");
   NSColorSpace* one = SpaceOf(data);
@@ -141,6 +200,59 @@ SCENARIO("spaces from different data are not equal", "no", "no") {
 
 SCENARIO("a predefined space's own data gives that space", "raises NSInvalidArgumentException", "yes") {
   return YesNo(SpaceOf([[NSColorSpace sRGBColorSpace] ICCProfileData]) == [NSColorSpace sRGBColorSpace]);
+}
+
+static NSArray* SpacesWithMadeProfiles(void) {
+  return [NSArray arrayWithObjects:[NSColorSpace sRGBColorSpace], [NSColorSpace adobeRGB1998ColorSpace],
+                                   [NSColorSpace genericGamma22GrayColorSpace],
+                                   [NSColorSpace genericRGBColorSpace], [NSColorSpace genericGrayColorSpace],
+                                   nil];
+}
+
+static NSData* Redated(NSData* data) {
+  return WithWord(data, 24, "\x07\xe0\x00\x05");
+}
+
+SCENARIO("a profile of a predefined space's colours, but other bytes, gives its own bytes back",
+         "raises NSInvalidArgumentException", "5 equal, 5 with their own bytes, 5 with another object") {
+  int equal = 0;
+  int own = 0;
+  int others = 0;
+  for (NSColorSpace* predefined in SpacesWithMadeProfiles()) {
+    NSData* data = Redated([predefined ICCProfileData]);
+    NSColorSpace* space = SpaceOf(data);
+    equal += [space isEqual:predefined] && [predefined isEqual:space] && [space hash] == [predefined hash];
+    own += [[space ICCProfileData] isEqual:data];
+    others += space != predefined;
+  }
+  return [NSString
+      stringWithFormat:@"%d equal, %d with their own bytes, %d with another object", equal, own, others];
+}
+
+static void WriteAdobe(void) {
+  [[[NSColorSpace adobeRGB1998ColorSpace] ICCProfileData] writeToFile:InScratch(@"adobe.icc") atomically:NO];
+}
+
+SCENARIO("such a profile leaves the predefined space its bytes, even where it comes first",
+         "raises ChildFailed", "yes") {
+  InChild(WriteAdobe);
+  NSData* data = [NSData dataWithContentsOfFile:InScratch(@"adobe.icc")];
+  NSColorSpace* first = SpaceOf(Redated(data));
+  return YesNo(first && [[[NSColorSpace adobeRGB1998ColorSpace] ICCProfileData] isEqual:data]);
+}
+
+SCENARIO("a colour of such a space becomes a colour of the predefined one by name", "raises NSRangeException",
+         "0.250 0.500 0.750 1.000 Custom Generic RGB Profile, 0.250 0.500 0.750 1.000 CalibratedRGB, 0.250 "
+         "0.500 0.750 1.000 CalibratedRGB, itself in the equal space: yes") {
+  const CGFloat components[] = {0.25, 0.5, 0.75, 1};
+  NSColorSpace* space = SpaceOf(Redated([[NSColorSpace genericRGBColorSpace] ICCProfileData]));
+  NSColor* color = [NSColor colorWithColorSpace:space components:components count:4];
+  NSColor* srgb = [NSColor colorWithSRGBRed:1 green:0 blue:0 alpha:1];
+  NSColorSpace* equal = SpaceOf(Redated([[NSColorSpace sRGBColorSpace] ICCProfileData]));
+  return [NSString stringWithFormat:@"%@, %@, %@, itself in the equal space: %@", Shown(color),
+                                    Shown([color colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
+                                    Shown([color colorUsingColorSpace:[NSColorSpace genericRGBColorSpace]]),
+                                    YesNo([srgb colorUsingColorSpace:equal] == srgb)];
 }
 
 SCENARIO("a profile handle makes an equal space", "NULL, unequal", "a handle, equal") {

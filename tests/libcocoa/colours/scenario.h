@@ -7,7 +7,7 @@
 #pragma once
 
 #import "libcocoa/colours/NSColor+CoreGraphics.h"
-#import "libcocoa/colours/NSColor+Named.h"
+#import "libcocoa/colours/NSColor+System.h"
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
 #import "libcocoa/colours/NSColorSpace+Profiles.h"
 

@@ -1,18 +1,40 @@
 // tests/libcocoa/colours/sharing_test.cpp - one conversion from many threads, and nothing that is left
 // behind.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <lcms2.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/libcocoa/colours/colour_calls.h"
+
+namespace {
+
+std::atomic<int> transformsMade = 0;
+
+}  // namespace
+
+// Takes the place of Little CMS's own, which it counts and calls.
+extern "C" cmsHTRANSFORM cmsCreateTransformTHR(cmsContext context, cmsHPROFILE input,
+                                               cmsUInt32Number inputFormat, cmsHPROFILE output,
+                                               cmsUInt32Number outputFormat, cmsUInt32Number intent,
+                                               cmsUInt32Number flags) {
+  ++transformsMade;
+  const auto own =
+      reinterpret_cast<decltype(&cmsCreateTransformTHR)>(dlsym(RTLD_NEXT, "cmsCreateTransformTHR"));
+  return own(context, input, inputFormat, output, outputFormat, intent, flags);
+}
 
 namespace {
 
@@ -81,6 +103,116 @@ TEST(Threads, OpenAndCloseTheSameProfiles) {
     });
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(failed, 0);
+}
+
+// Another profile than the installed one, with the same colours: its maker differs.
+Space spaceByMaker(unsigned maker) {
+  std::vector<char> bytes = profile("a98.icc");
+  bytes.at(48) = static_cast<char>(maker);
+  bytes.at(49) = static_cast<char>(maker + 1);
+  return spaceFromProfile(bytes.data(), bytes.size());
+}
+
+std::vector<Space> spacesByMakers(unsigned count) {
+  std::vector<Space> spaces;
+  for (unsigned i = 0; i < count; ++i) spaces.push_back(spaceByMaker(i));
+  return spaces;
+}
+
+int convertHalf(Space from, Space to) {
+  const std::array<float, kMostComponents> half{0.5F, 0.25F, 0.75F, 1};
+  std::array<float, kMostComponents> converted{};
+  return convertColour(from, half.data(), to, converted.data());
+}
+
+TEST(Threads, MakeEachTransformOfFortyProfilesOnce) {
+  const std::vector<Space> spaces = spacesByMakers(40);
+  const auto convertAll = [&] {
+    int failed = 0;
+    for (const Space from : spaces)
+      for (const Space to : spaces) failed += convertHalf(from, to) == 4 ? 0 : 1;
+    return failed;
+  };
+  EXPECT_EQ(convertAll(), 0);
+  const int made = transformsMade;
+  std::atomic<int> failed = 0;
+  {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 6; ++i) threads.emplace_back([&] { failed += convertAll(); });
+  }
+  EXPECT_EQ(failed, 0);
+  EXPECT_EQ(transformsMade, made);
+  for (const Space each : spaces) releaseSpace(each);
+}
+
+using Pair = std::pair<Space, Space>;
+
+// Each space there and back to sRGB.
+std::vector<Pair> pairsWithSRGB(const std::vector<Space>& spaces) {
+  const Space srgb = predefinedSpace("sRGBColorSpace");
+  std::vector<Pair> pairs;
+  for (const Space each : spaces) {
+    pairs.emplace_back(each, srgb);
+    pairs.emplace_back(srgb, each);
+  }
+  return pairs;
+}
+
+// Each space to each other.
+std::vector<Pair> allPairs(const std::vector<Space>& spaces) {
+  std::vector<Pair> pairs;
+  for (const Space from : spaces)
+    for (const Space to : spaces)
+      if (from != to) pairs.emplace_back(from, to);
+  return pairs;
+}
+
+// The time from start to end of one conversion, in microseconds, while so many threads convert with the
+// pairs, each in an order of its own.
+double microsecondsAmong(const std::vector<Pair>& pairs, unsigned threadCount) {
+  constexpr unsigned kEach = 10000;
+  const auto start = std::chrono::steady_clock::now();
+  {
+    std::vector<std::jthread> threads;
+    for (unsigned t = 0; t < threadCount; ++t)
+      threads.emplace_back([&, t] {
+        std::minstd_rand random(t + 1);
+        for (unsigned i = 0; i < kEach; ++i) {
+          const Pair& pair = pairs[random() % pairs.size()];
+          convertHalf(pair.first, pair.second);
+        }
+      });
+  }
+  const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - start;
+  return took.count() / (kEach * threadCount);
+}
+
+// The median of several rounds of how many times as long six threads take with `many` as four with `few`.
+double slowdown(const std::vector<Pair>& few, const std::vector<Pair>& many) {
+  microsecondsAmong(few, 4);
+  microsecondsAmong(many, 6);
+  std::array<double, 7> ratios{};
+  for (double& each : ratios) {
+    const double alone = microsecondsAmong(few, 4);
+    each = microsecondsAmong(many, 6) / alone;
+  }
+  std::nth_element(ratios.begin(), ratios.begin() + ratios.size() / 2, ratios.end());
+  return ratios[ratios.size() / 2];
+}
+
+// The figures are for the reader of the log. Between all pairs, what is left is what the processor's caches
+// hold: it is the same with one thread.
+TEST(Cost, OfManyProfilesAndThreadsIsReported) {
+  const std::vector<Space> spaces = spacesByMakers(40);
+  const std::vector<Space> ten(spaces.begin(), spaces.begin() + 10);
+  const double withOne = slowdown(pairsWithSRGB(ten), pairsWithSRGB(spaces));
+  const double withAll = slowdown(allPairs(ten), allPairs(spaces));
+  EXPECT_GT(withOne, 0);
+  EXPECT_GT(withAll, 0);
+  std::printf(
+      "6 threads and 40 profiles take, against 4 and 10: to and from sRGB %.2f, between all %.2f times\n",
+      withOne, withAll);
+  for (const Space each : spaces) releaseSpace(each);
 }
 
 TEST(Memory, SpacesAndColoursAreGoneWhenNobodyHoldsThem) {

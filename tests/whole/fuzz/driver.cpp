@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -52,8 +53,9 @@ class Generator {
 
   std::string Next(const std::vector<std::string>& from) {
     std::string input = from[Below(from.size())];
+    const std::size_t longest = std::max(kLongest, input.size());
     for (std::size_t i = Below(6) + 1; i > 0; --i) Mutate(input, from);
-    if (input.size() > kLongest) input.resize(kLongest);
+    if (input.size() > longest) input.resize(longest);
     return input;
   }
 

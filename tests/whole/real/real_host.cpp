@@ -36,9 +36,14 @@ Function Symbol(const char* name) {
 
 }  // namespace
 
+std::string BundlePath() {
+  const char* const other = std::getenv("QVX_BUNDLE");
+  return other != nullptr ? other : BesideExecutable("QVXColor.so");
+}
+
 void StartHost(double version) {
   hostrun::HostOptions options;
-  options.bundle = BesideExecutable("QVXColor.so");
+  options.bundle = BundlePath();
   options.platform = BesideExecutable("libcocoa.so");
   options.identity.version = version;
   const hostrun::Problem problem = hostrun::StartHost(options);

@@ -12,8 +12,11 @@
 
 namespace real {
 
-// Starts the host runner's host with the platform library, the sibling part and the bundle that lie beside
-// the executable. Ends the process with one line if that fails.
+// The bundle that the environment's QVX_BUNDLE names; without it, the one beside the executable.
+std::string BundlePath();
+
+// Starts the host runner's host with that bundle, and the platform library that lies beside the executable.
+// Ends the process with one line if that fails.
 void StartHost(double version = 2015.0);
 
 // A function of a class by its declaration, which must be there.

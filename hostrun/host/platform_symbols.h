@@ -1,4 +1,4 @@
-// hostrun/commands/platform_symbols.h - the names of the platform's symbols that a bundle imports.
+// hostrun/host/platform_symbols.h - the names of the platform's symbols that a bundle imports.
 #pragma once
 
 #include <array>

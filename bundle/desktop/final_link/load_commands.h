@@ -1,0 +1,20 @@
+// bundle/desktop/final_link/load_commands.h - the head of the bundle's file.
+#pragma once
+
+#include <cstdint>
+
+#include "bundle/desktop/final_link/link_information.h"
+
+namespace desktop {
+
+// How many bytes header and load commands take; known before anything has its place.
+std::uint32_t LoadCommandsSize(const SectionCounts& sections, const Imports& imports);
+
+// Header and load commands, with a UUID of zeros.
+Bytes LoadCommands(const Layout& layout, const Imports& imports, const LinkInformation& information,
+                   const SymbolTable& table);
+
+// Gives a whole file the UUID that its contents make.
+void SetUuid(Bytes& file);
+
+}  // namespace desktop

@@ -1,0 +1,326 @@
+// tests/bundle/desktop/final_link_test.cpp - the final link is faithful to an object, or says why not.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include "bundle/desktop/final_link/export_trie.h"
+#include "bundle/desktop/final_link/link.h"
+#include "bundle/desktop/final_link/opcodes.h"
+#include "bundle/desktop/final_link/refusal.h"
+#include "tests/bundle/desktop/small_object.h"
+
+namespace {
+
+using desktop::Bytes;
+
+Bytes Linked(const small::Object& object) {
+  return desktop::Link(object.Bytes(), "_Entry");
+}
+
+// A linked bundle, read at the offsets that the format gives them.
+class Bundle {
+ public:
+  explicit Bundle(const small::Object& object) : bytes_(Linked(object)) {}
+
+  template <typename Record>
+  Record At(std::size_t offset) const {
+    Record record;
+    std::memcpy(&record, &bytes_.at(offset), sizeof record);
+    return record;
+  }
+  std::uint32_t Word(std::size_t offset) const { return At<std::uint32_t>(offset); }
+
+  desktop::SectionHeader Section(const std::string& name) const {
+    std::size_t offset = sizeof(desktop::Header);
+    for (int segment = 0; segment < 2; ++segment) {
+      const auto command = At<desktop::SegmentCommand>(offset);
+      for (std::uint32_t index = 0; index < command.sectionCount; ++index) {
+        const auto section =
+            At<desktop::SectionHeader>(offset + sizeof command + index * sizeof(desktop::SectionHeader));
+        if (name == std::string(section.name.data(), strnlen(section.name.data(), section.name.size()))) {
+          return section;
+        }
+      }
+      offset += command.start.size;
+    }
+    ADD_FAILURE() << "no section " << name;
+    return {};
+  }
+
+ private:
+  Bytes bytes_;
+};
+
+TEST(FinalLink, MovesTextAsOneBlock) {
+  const Bundle bundle(small::GoodObject());
+  const std::uint32_t code = bundle.Section("__text").address;
+  EXPECT_EQ(code % 16, 0U);
+  EXPECT_EQ(bundle.Section("__cstring").address, code + 0x24);
+  EXPECT_EQ(bundle.Section("__eh_frame").address, code + 0x2C);
+}
+
+TEST(FinalLink, EndsCallFrameInformationWithAZeroWord) {
+  EXPECT_EQ(Bundle(small::GoodObject()).Section("__eh_frame").size, 8U);
+}
+
+TEST(FinalLink, MovesPointersInDataWithWhatTheyPointTo) {
+  const Bundle bundle(small::GoodObject());
+  const std::uint32_t data = bundle.Section("__data").address;
+  EXPECT_EQ(bundle.Word(data), bundle.Section("__text").address + 0x20);
+  EXPECT_EQ(bundle.Word(data + 4), bundle.Section("__cstring").address + 4);
+}
+
+TEST(FinalLink, LeavesPointersToLibrariesEmpty) {
+  const Bundle bundle(small::GoodObject());
+  EXPECT_EQ(bundle.Word(bundle.Section("__data").address + 8), 0U);
+}
+
+TEST(FinalLink, KeepsDistancesInTheBlock) {
+  const Bundle bundle(small::GoodObject());
+  const std::uint32_t code = bundle.Section("__text").address;
+  EXPECT_EQ(bundle.Word(code + 0x0E), 0x24U - 5U);
+  EXPECT_EQ(bundle.Word(code + 0x13), 0x20U - 0x17U);
+}
+
+TEST(FinalLink, SendsReadsOfAnImportToItsPointer) {
+  const Bundle bundle(small::GoodObject());
+  const std::uint32_t here = bundle.Section("__text").address + 5;
+  const std::uint32_t pointers = bundle.Section("__nl_symbol_ptr").address;
+  // By library, then by name: the colour space, the guard, strlen.
+  EXPECT_EQ(here + bundle.Word(here + 3), pointers + 4);
+}
+
+TEST(FinalLink, SendsCallsToAStubThatJumpsThroughThePointer) {
+  const Bundle bundle(small::GoodObject());
+  const std::uint32_t end = bundle.Section("__text").address + 0x1C;
+  const std::uint32_t stub = bundle.Section("__symbol_stub").address;
+  EXPECT_EQ(bundle.Section("__symbol_stub").size, 12U);
+  EXPECT_EQ(end + bundle.Word(end - 4), stub);
+  EXPECT_EQ(stub + 5 + bundle.Word(stub + 8), bundle.Section("__nl_symbol_ptr").address + 8);
+}
+
+TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
+  const Bundle bundle(small::GoodObject());
+  const desktop::SectionHeader zeros = bundle.Section("__bss");
+  const desktop::SectionHeader data = bundle.Section("__data");
+  EXPECT_GE(zeros.address, data.address + data.size);
+  EXPECT_EQ(zeros.fileOffset, 0U);
+}
+
+TEST(FinalLink, GivesTheSameBytesForTheSameObject) {
+  EXPECT_EQ(Linked(small::GoodObject()), Linked(small::GoodObject()));
+}
+
+TEST(FinalLink, GivesAnotherUuidForAnotherObject) {
+  const auto uuidOf = [](const Bytes& bundle) {
+    const std::array<std::uint8_t, 8> command = {0x1B, 0, 0, 0, 24, 0, 0, 0};
+    const auto found = std::search(bundle.begin(), bundle.end(), command.begin(), command.end());
+    return Bytes(found + 8, found + 24);
+  };
+  small::Object other = small::GoodObject();
+  other.sections[small::kStrings].bytes[0] = 'S';
+  EXPECT_NE(uuidOf(Linked(small::GoodObject())), uuidOf(Linked(other)));
+}
+
+TEST(FinalLink, LinksAnObjectThatImportsNothing) {
+  small::Object object = small::GoodObject();
+  object.sections.resize(1);
+  object.sections[small::kText].relocations.clear();
+  object.symbols.resize(1);
+  object.indirect.clear();
+  EXPECT_EQ(Bundle(object).Section("__symbol_stub").size, 0U);
+}
+
+TEST(RebaseOpcodes, CountRunsAndStepOverGaps) {
+  const std::vector<std::uint32_t> addresses = {0x1008, 0x100C, 0x1014, 0x1100, 0x1106};
+  EXPECT_EQ(desktop::RebaseOpcodes(addresses, 0x1000), (Bytes{0x11, 0x21, 0x00, 0x42, 0x52, 0x41, 0x51, 0x30,
+                                                              0xE8, 0x01, 0x51, 0x30, 0x02, 0x51, 0x00}));
+}
+
+TEST(RebaseOpcodes, CountLongRunsInANumber) {
+  std::vector<std::uint32_t> addresses;
+  for (std::uint32_t index = 0; index < 200; ++index) addresses.push_back(0x1000 + 4 * index);
+  EXPECT_EQ(desktop::RebaseOpcodes(addresses, 0x1000), (Bytes{0x11, 0x21, 0x00, 0x60, 0xC8, 0x01, 0x00}));
+}
+
+TEST(BindOpcodes, SayLibraryAndPlaceOnlyWhereTheyChange) {
+  desktop::Imports imports;
+  imports.imports = {{"_a", 0, 1, false}, {"_b", 1, 1, false}, {"_c", 2, 2, false}};
+  const std::vector<desktop::Bind> binds = {{0x1004, 0}, {0x1008, 1}, {0x1010, 2}};
+  EXPECT_EQ(desktop::BindOpcodes(binds, imports, 0x1000),
+            (Bytes{0x51, 0x11, 0x40, '_', 'a', 0,    0x71, 0x04, 0x90, 0x40, '_', 'b', 0, 0x90,  //
+                   0x12, 0x40, '_',  'c', 0,   0x71, 0x10, 0x90, 0x00}));
+}
+
+TEST(ExportTrie, HasOneEdgeToOneLeaf) {
+  EXPECT_EQ(desktop::ExportTrie("_E", 0x1234), (Bytes{0, 1, '_', 'E', 0, 6, 3, 0, 0xB4, 0x24, 0}));
+}
+
+// What is refused, and the whole line that says so.
+struct Broken {
+  const char* what;
+  std::function<void(small::Object&)> change;
+  const char* line;
+};
+
+class Refused : public testing::TestWithParam<Broken> {};
+
+TEST_P(Refused, SaysWhatWasWantedAndFound) {
+  small::Object object = small::GoodObject();
+  GetParam().change(object);
+  try {
+    Linked(object);
+    FAIL() << "linked";
+  } catch (const desktop::Refusal& refusal) {
+    EXPECT_STREQ(refusal.what(), GetParam().line);
+  }
+}
+
+small::Section& Text(small::Object& object) {
+  return object.sections[small::kText];
+}
+small::Section& Data(small::Object& object) {
+  return object.sections[small::kData];
+}
+
+const Broken kBroken[] = {
+    {"AnotherFormat", [](auto& o) { o.header.magic = 0xFEEDFACF; },
+     "wanted the magic number 0xFEEDFACE, found 0xFEEDFACF"},
+    {"AnotherProcessor", [](auto& o) { o.header.processor = 12; }, "wanted processor 7 (i386), found 12"},
+    {"ALinkedFile", [](auto& o) { o.header.fileType = desktop::FileType::Bundle; },
+     "wanted file type 1 (object), found 8"},
+    {"AnInitialiser",
+     [](auto& o) {
+       Data(o).name = "__mod_init_func";
+       Data(o).flags = 9;
+     },
+     "wanted a section of code, constants, data or pointers, found __DATA,__mod_init_func of kind 9; nothing "
+     "may run "
+     "on loading"},
+    {"ThreadVariables", [](auto& o) { Data(o).flags = 17; },
+     "wanted a section of code, constants, data or pointers, found __DATA,__data of kind 17; nothing may run "
+     "on "
+     "loading"},
+    {"CoalescedCode", [](auto& o) { Text(o).flags = 11; },
+     "wanted coalesced contents in __TEXT,__eh_frame only, found __TEXT,__text"},
+    {"TooManySections",
+     [](auto& o) {
+       while (o.sections.size() < 256) o.sections.push_back({"__DATA", "__more", 0, 0x1000});
+     },
+     "wanted at most 255 sections, found 257"},
+    {"AnotherSegment", [](auto& o) { Data(o).segment = "__OBJC"; },
+     "wanted code and constants in __TEXT, data in __DATA, found __OBJC,__data"},
+    {"TextBehindData", [](auto& o) { o.sections[small::kFrames].address = 0x100; },
+     "wanted the sections of __TEXT before all others, found __TEXT,__eh_frame behind"},
+    {"TextBehindFrames", [](auto& o) { std::swap(o.sections[small::kFrames].address, Text(o).address); },
+     "wanted the section __TEXT,__text at a multiple of 16, found 0x2C"},
+    {"OverlappingSections", [](auto& o) { o.sections[small::kStrings].address = 0x20; },
+     "wanted sections apart from each other, found __TEXT,__text and __TEXT,__cstring at 0x20"},
+    {"AHugeSection", [](auto& o) { o.sections[small::kBss].zeros = 0x7FFFFFFF; },
+     "wanted the section __DATA,__bss below 0x1000000, found its end at 0x8000003F"},
+    {"AHugeAlignment", [](auto& o) { Data(o).alignment = 200; },
+     "wanted the section __DATA,__data aligned to a page at most, found 2^200"},
+    {"AWeakDefinition", [](auto& o) { o.symbols[small::kHelper].description = 0x80; },
+     "wanted the symbol \"_Helper\" defined or wanted without doubt, found it weak; link the rooms as one "
+     "module "
+     "first"},
+    {"AWeakReference", [](auto& o) { o.symbols[small::kStrlen].description = 0x40; },
+     "wanted the symbol \"_strlen\" defined or wanted without doubt, found it weak; link the rooms as one "
+     "module "
+     "first"},
+    {"ACommonSymbol", [](auto& o) { o.symbols[small::kStrlen].value = 8; },
+     "wanted the symbol \"_strlen\" defined in a section, found it common"},
+    {"AnAbsoluteSymbol", [](auto& o) { o.symbols[small::kHelper].type = 2; },
+     "wanted the symbol \"_Helper\" undefined or in a section, found type 0x2"},
+    {"ADebuggersSymbol", [](auto& o) { o.symbols[small::kHelper].type = 0x24; },
+     "wanted no debugger's symbols, found \"_Helper\""},
+    {"ASymbolOutside", [](auto& o) { o.symbols[small::kHelper].value = 0x24; },
+     "wanted the symbol \"_Helper\" inside of __TEXT,__text, found 0x24"},
+    {"ASymbolInNoSection", [](auto& o) { o.symbols[small::kHelper].section = 9; },
+     "wanted the symbol \"_Helper\" in one of 6 sections, found section 9"},
+    {"AnUnknownImport", [](auto& o) { o.symbols[small::kStrlen].name = "_strdup"; },
+     "wanted a symbol of bundle/platform/symbols.inc or bundle/desktop/runtime_symbols.inc, found "
+     "\"_strdup\"; list it "
+     "if every system from 10.6 on has it"},
+    {"TwoImportsOfAName", [](auto& o) { o.symbols[small::kSpace].name = "_strlen"; },
+     "wanted one symbol of a name, found two of \"_strlen\""},
+    {"ACallToData", [](auto& o) { std::swap(o.symbols[small::kStrlen].name, o.symbols[small::kSpace].name); },
+     "wanted no call to data, found one to \"_NSCalibratedRGBColorSpace\""},
+    {"NoExport", [](auto& o) { o.symbols[small::kEntry].type = desktop::kInSection; },
+     "wanted the exported symbol \"_Entry\", found none"},
+    {"APrivateExport", [](auto& o) { o.symbols[small::kEntry].type |= desktop::kPrivateExternal; },
+     "wanted the exported symbol \"_Entry\", found none"},
+    {"AnotherExport", [](auto& o) { o.symbols[small::kHelper].type |= desktop::kExternal; },
+     "wanted one exported symbol, \"_Entry\", found \"_Helper\""},
+    {"AnExportOfData",
+     [](auto& o) {
+       o.symbols[small::kEntry].section = small::kData + 1;
+       o.symbols[small::kEntry].value = Data(o).address;
+     },
+     "wanted the exported symbol in __TEXT, found it elsewhere"},
+    {"AnUnknownRelocation", [](auto& o) { Data(o).relocations[0] = small::Plain(0, 1, false, false, 5); },
+     "wanted the relocation at 0x0 of __DATA,__data of an address, a distance or a difference, found kind 5"},
+    {"AShortField", [](auto& o) { Data(o).relocations[0] = small::Plain(0, 1, false, false, 0, 1); },
+     "wanted the relocation at 0x0 of __DATA,__data of a field of 4 bytes, found 2"},
+    {"AFieldOutside", [](auto& o) { Data(o).relocations[0] = small::Plain(9, 1, false, false); },
+     "wanted the relocation at 0x9 of __DATA,__data inside of the section's 12 bytes, found its field "
+     "outside"},
+    {"OverlappingFields", [](auto& o) { Data(o).relocations[0] = small::Plain(3, 1, false, false); },
+     "wanted the relocation at 0x3 of __DATA,__data to a target in __TEXT,__text, found 0x2800"},
+    {"TwoRelocationsOfAField",
+     [](auto& o) { Data(o).relocations[0] = small::Plain(8, small::kSpace, false, true); },
+     "wanted one relocation for a field, found two at 0x8 of __DATA,__data"},
+    {"ADifferenceWithoutPair", [](auto& o) { Text(o).relocations.pop_back(); },
+     "wanted the relocation at 0x8 of __TEXT,__text and its pair, found the last one"},
+    {"ADifferenceWithAnother", [](auto& o) { Text(o).relocations[3] = Text(o).relocations[1]; },
+     "wanted the relocation at 0xE of __TEXT,__text followed by its pair, found kind 0"},
+    {"APairAlone", [](auto& o) { Data(o).relocations[1] = small::Scattered(4, 0x24, 1); },
+     "wanted the relocation at 0x4 of __DATA,__data of an address, a distance or a difference, found kind 1"},
+    {"ATargetNowhere", [](auto& o) { Data(o).relocations[1] = small::Scattered(4, 0x99, 0); },
+     "wanted the target of the relocation at 0x4 of __DATA,__data in a section, found 0x99"},
+    {"NoSuchSymbol", [](auto& o) { Data(o).relocations[2] = small::Plain(8, 77, false, true); },
+     "wanted the relocation at 0x8 of __DATA,__data by one of 5 symbols, found symbol 77"},
+    {"NoSuchSection", [](auto& o) { Data(o).relocations[0] = small::Plain(0, 7, false, false); },
+     "wanted the relocation at 0x0 of __DATA,__data by one of 6 sections, found section 7"},
+    {"AnAddressInCode", [](auto& o) { Text(o).relocations[1] = small::Scattered(0x13, 0x20, 0); },
+     "wanted the relocation at 0x13 of __TEXT,__text to be position independent, found an address"},
+    {"AnImportsAddressInCode",
+     [](auto& o) { Text(o).relocations[0] = small::Plain(0x18, small::kStrlen, false, true); },
+     "wanted the relocation at 0x18 of __TEXT,__text to be position independent, found an address"},
+    {"ACallBesideASymbol", [](auto& o) { Text(o).bytes[0x18] = '\xE5'; },
+     "wanted the relocation at 0x18 of __TEXT,__text to call \"_strlen\" itself, found 0x1 added to it"},
+    {"AnAddressBesideASymbol", [](auto& o) { Data(o).bytes[8] = 4; },
+     "wanted the address of \"_NSCalibratedRGBColorSpace\" itself, found 4 added to it"},
+    {"APointerToOurs", [](auto& o) { o.indirect = {small::kHelper}; },
+     "wanted an undefined symbol behind each pointer of __IMPORT,__pointers, found symbol 0x1"},
+    {"APointerToALocal", [](auto& o) { o.indirect = {0x80000000}; },
+     "wanted an undefined symbol behind each pointer of __IMPORT,__pointers, found symbol 0x80000000"},
+    {"PointersWithoutSymbols", [](auto& o) { o.indirect.clear(); },
+     "wanted indirect symbols for 1 pointers of __IMPORT,__pointers, found 0"},
+    {"HalfAPointer", [](auto& o) { o.sections[small::kPointers].bytes.resize(3); },
+     "wanted the section __IMPORT,__pointers of whole pointers without relocations, found 3 bytes and 0 "
+     "relocations"},
+    {"ANameInNoLetters", [](auto& o) { Data(o).name = "a\nb"; },
+     "wanted a section's name in plain letters, found \"a?b\""},
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, Refused, testing::ValuesIn(kBroken),
+                         [](const auto& each) { return std::string(each.param.what); });
+
+TEST(Refused, EveryTruncatedObject) {
+  const Bytes whole = small::GoodObject().Bytes();
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_THROW(desktop::Link(std::span(whole).first(size), "_Entry"), desktop::Refusal) << size;
+  }
+}
+
+TEST(Refused, LoadCommandsThatDoNotEnd) {
+  Bytes bytes = small::GoodObject().Bytes();
+  bytes[sizeof(desktop::Header) + 4] = 0;
+  bytes[sizeof(desktop::Header) + 5] = 0;
+  EXPECT_THROW(desktop::Link(bytes, "_Entry"), desktop::Refusal);
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+// tests/hostrun/macho/file_test.cpp - what is read from a desktop bundle's file, and what is refused.
+#include "hostrun/macho/file.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/hostrun/macho/test_file.h"
+
+namespace {
+
+using namespace hostrun::macho;
+
+// What the reader says of the file; empty: nothing.
+std::string ProblemOf(std::vector<std::uint8_t> bytes) {
+  try {
+    ReadFile(std::move(bytes));
+    return {};
+  } catch (const FormatError& error) {
+    return error.what();
+  }
+}
+std::string ProblemOf(const TestFile& file) {
+  return ProblemOf(file.Bytes());
+}
+
+TEST(DesktopFile, ShowsItsParts) {
+  TestFile made;
+  made.moreCommands =
+      Raw(OldestSystemCommand{{static_cast<std::uint32_t>(Command::OldestSystem), 16}, 0x000A0600, 0});
+  made.moreCount = 1;
+  const File file = ReadFile(made.Bytes());
+  ASSERT_EQ(file.segments.size(), 3U);
+  EXPECT_EQ(file.segments[0].name, "__TEXT");
+  ASSERT_EQ(file.segments[0].sections.size(), 1U);
+  EXPECT_EQ(file.segments[0].sections[0].name, "__eh_frame");
+  EXPECT_EQ(file.segments[1].protection, kRead | kWrite);
+  EXPECT_EQ(file.libraries, std::vector<std::string>{"/usr/lib/libSystem.B.dylib"});
+  EXPECT_EQ(file.oldestSystem, 0x000A0600U);
+  EXPECT_EQ(file.rebases, std::vector<std::uint32_t>{TestFile::kPointer});
+  ASSERT_EQ(file.binds.size(), 1U);
+  EXPECT_EQ(file.binds[0].symbol, "_symbol");
+  EXPECT_EQ(file.binds[0].address, TestFile::kSymbol);
+  EXPECT_EQ(file.binds[0].library, 1);
+  ASSERT_EQ(file.exports.size(), 1U);
+  EXPECT_EQ(file.exports[0].symbol, "_answer");
+  EXPECT_EQ(file.exports[0].address, TestFile::kFunction);
+}
+
+TEST(DesktopFile, SaysNothingOfASystemThatItDoesNotName) {
+  EXPECT_FALSE(ReadFile(TestFile().Bytes()).oldestSystem);
+}
+
+TEST(DesktopFile, IsKnownByItsFirstWord) {
+  EXPECT_TRUE(IsMachO(TestFile().Bytes()));
+  EXPECT_FALSE(IsMachO(std::vector<std::uint8_t>{0x7F, 'E', 'L', 'F'}));
+  EXPECT_FALSE(IsMachO({}));
+}
+
+TEST(DesktopFile, IsRefusedWhereverItIsCutOff) {
+  const std::vector<std::uint8_t> whole = TestFile().Bytes();
+  for (std::size_t size = 0; size < whole.size(); size += size < 600 ? 1 : 61)
+    EXPECT_NE(ProblemOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}), "") << size;
+  EXPECT_EQ(ProblemOf(whole), "");
+}
+
+// Each operation steps the place; the words that it changes tell where it was.
+TEST(DesktopFile, RebasesByEachOperation) {
+  TestFile file;
+  file.rebases = Codes({0x11, 0x21, 0x08,        // to __DATA and 8
+                        0x52,                    // 8, 12
+                        0x30, 0x10,              // 16 on
+                        0x60, 0x02,              // 32, 36
+                        0x42,                    // two words on
+                        0x70, 0x08,              // 48, then 8 on
+                        0x80, 0x02, 0x04, 0x00,  // 60, 68
+                        0x51});                  // behind the end
+  std::vector<std::uint32_t> wanted = {8, 12, 32, 36, 48, 60, 68};
+  for (std::uint32_t& address : wanted) address += TestFile::kData;
+  EXPECT_EQ(ReadFile(file.Bytes()).rebases, wanted);
+}
+
+TEST(DesktopFile, BindsByEachOperation) {
+  TestFile file;
+  file.libraries.assign(20, "/usr/lib/libc.dylib");
+  file.binds = Codes({0x20, 17, 0x40}) + Text("_a") + Codes({0x51, 0x71, 0, 0x90}) + Codes({0xA0, 8}) +
+               Codes({0x3E, 0x60, 0x7F}) + Codes({0xB1}) + Codes({0xC0, 2, 4, 0});
+  const File read = ReadFile(file.Bytes());
+  std::vector<std::uint32_t> addresses;
+  for (const Bind& bind : read.binds) addresses.push_back(bind.address - TestFile::kData);
+  EXPECT_EQ(addresses, (std::vector<std::uint32_t>{0, 4, 16, 24, 32}));
+  EXPECT_EQ(read.binds[0].library, 17);
+  EXPECT_EQ(read.binds[0].addend, 0);
+  EXPECT_EQ(read.binds[2].library, -2);
+  EXPECT_EQ(read.binds[2].addend, -1);
+}
+
+TEST(DesktopFile, BindsLazyPointersToo) {
+  TestFile file;
+  file.lazyBinds = Codes({0x71, 12, 0x11, 0x40}) + Text("_a") + Codes({0x90, 0}) +
+                   Codes({0x71, 16, 0x11, 0x40}) + Text("_b") + Codes({0x90, 0, 0});
+  const File read = ReadFile(file.Bytes());
+  ASSERT_EQ(read.binds.size(), 3U);
+  EXPECT_EQ(read.binds[1].symbol, "_a");
+  EXPECT_EQ(read.binds[2].symbol, "_b");
+  EXPECT_EQ(read.binds[2].address, TestFile::kData + 16);
+}
+
+struct Spoilt {
+  const char* name;
+  void (*spoil)(TestFile& file);
+  const char* says;
+};
+
+void PrintTo(const Spoilt& spoilt, std::ostream* out) {
+  *out << spoilt.name;
+}
+
+class SpoiltFile : public testing::TestWithParam<Spoilt> {};
+
+TEST_P(SpoiltFile, IsRefused) {
+  TestFile file;
+  GetParam().spoil(file);
+  EXPECT_EQ(ProblemOf(file), GetParam().says);
+}
+
+std::string Command(std::uint32_t number, const std::string& rest = {}) {
+  return Raw(CommandHead{number, static_cast<std::uint32_t>(8 + rest.size())}) + rest;
+}
+
+const Spoilt kSpoilt[] = {
+    {"Magic", [](TestFile& f) { f.header.magic = 0; },
+     "wanted a bundle for the i386, found a file that is not Mach-O"},
+    {"Wide", [](TestFile& f) { f.header.magic = kMagic64; },
+     "wanted a bundle for the i386, found a 64-bit Mach-O file"},
+    {"Several", [](TestFile& f) { f.header.magic = kMagicOfSeveral; },
+     "wanted a bundle for the i386, found a file for several processors; take the i386's part out of it"},
+    {"Processor", [](TestFile& f) { f.header.processor = 18; },
+     "wanted a bundle for the i386, found a Mach-O file for processor 0x12"},
+    {"Type", [](TestFile& f) { f.header.type = 6; },
+     "wanted a bundle for the i386, found a Mach-O file of type 6"},
+    {"NoSegments",
+     [](TestFile& f) {
+       f.segments.clear();
+       f.libraries.clear();
+     },
+     "wanted a segment, found none"},
+    {"OddPlace", [](TestFile& f) { f.segments[1].address += 4; },
+     "wanted __DATA on whole pages, found another place or size"},
+    {"MoreInFileThanInMemory", [](TestFile& f) { f.segments[1].fileSize = 2 * kPage; },
+     "wanted __DATA with room for its bytes, found too little"},
+    {"OutOfFile", [](TestFile& f) { f.segments[2].fileOffset = 0x10000; },
+     "wanted each segment inside of its 12288 bytes, found 4096 bytes at 0x10000"},
+    {"WrapsAround", [](TestFile& f) { f.segments[2].address = 0xFFFFF000; },
+     "wanted __LINKEDIT with room for its bytes, found too little"},
+    {"Overlap", [](TestFile& f) { f.segments[1].address = 0; },
+     "wanted __DATA behind __TEXT, found a place before its end"},
+    {"OverlapInTheFile", [](TestFile& f) { f.segments[2].fileOffset = kPage; },
+     "wanted __LINKEDIT behind __DATA, found a place before its end"},
+    {"Huge", [](TestFile& f) { f.segments[2].size = 0x10000000; },
+     "wanted segments in proportion to the file, found a span of 0x10002000 bytes"},
+    {"SectionOutside", [](TestFile& f) { f.frames.size = kPage; },
+     "wanted __TEXT,__eh_frame inside of its segment, found 0x900 and 0x1000 bytes"},
+    {"SectionElsewhere", [](TestFile& f) { f.frames.fileOffset = 0; },
+     "wanted __TEXT,__eh_frame at the same place in the file as in memory, found 0x0"},
+    {"Initialisers", [](TestFile& f) { f.frames.flags = kInitialisers; },
+     "wanted a bundle that runs nothing on loading, found __TEXT,__eh_frame with functions to run"},
+    {"ThreadLocal", [](TestFile& f) { f.frames.flags = kFirstThreadLocal; },
+     "wanted a bundle without variables of each thread, found __TEXT,__eh_frame"},
+    {"InitialRoutine",
+     [](TestFile& f) {
+       f.moreCommands = Command(0x11);
+       f.moreCount = 1;
+     },
+     "wanted a bundle that runs nothing on loading, found an initial routine"},
+    {"UnknownCommand",
+     [](TestFile& f) {
+       f.moreCommands = Command(0x80000034);
+       f.moreCount = 1;
+     },
+     "wanted load commands that are known, found one that must be: 0x80000034"},
+    {"ShortCommand",
+     [](TestFile& f) {
+       f.moreCommands = Raw(CommandHead{0x99, 4});
+       f.moreCount = 1;
+     },
+     "wanted load commands of whole words, found one of 4 bytes"},
+    {"TooManyCommands", [](TestFile& f) { f.moreCount = 1; },
+     "wanted the load commands inside of its 0 bytes, found 8 bytes at 0x0"},
+    {"WeakBinds", [](TestFile& f) { f.weakBinds = Codes({0}); },
+     "wanted a bundle without weak definitions, found binds to them"},
+    {"UnknownRebase", [](TestFile& f) { f.rebases = Codes({0xF0}); },
+     "wanted known operations in the rebase information, found the operation 0xf0"},
+    {"RebaseOfAnotherKind", [](TestFile& f) { f.rebases = Codes({0x12}); },
+     "wanted pointers only in the rebase information, found the kind 2"},
+    {"RebaseBeforeAnySegment", [](TestFile& f) { f.rebases = Codes({0x51}); },
+     "wanted a segment in the rebase information, found a change before any"},
+    {"RebaseInNoSegment",
+     [](TestFile& f) {
+       f.rebases = Codes({0x23, 0, 0x51});
+     },
+     "wanted one of 3 segments in the rebase information, found number 3"},
+    {"RebaseOverTheEdge",
+     [](TestFile& f) {
+       f.rebases = Codes({0x21, 0xFD, 0x1F, 0x51});
+     },
+     "wanted words inside of the segment __DATA in the rebase information, found one at 0xffd of 0x1000"},
+    {"RebaseForEver",
+     [](TestFile& f) {
+       f.rebases = Codes({0x21, 0, 0x80, 0xFF, 0xFF, 0xFF, 0x7F, 0xFC, 0xFF, 0xFF, 0xFF, 0x0F});
+     },
+     "wanted no more changes than the file has words in the rebase information, found more"},
+    {"RebaseCutOff", [](TestFile& f) { f.rebases = Codes({0x21}); },
+     "wanted the rebase information inside of its 1 bytes, found 1 bytes at 0x1"},
+    {"LongNumber", [](TestFile& f) { f.rebases = Codes({0x21}) + std::string(12, '\xFF'); },
+     "wanted numbers of at most 64 bits in the rebase information, found a longer one"},
+    {"BindToNoSymbol",
+     [](TestFile& f) {
+       f.binds = Codes({0x71, 0, 0x90});
+     },
+     "wanted a symbol in the bind information, found a bind before any"},
+    {"BindToNoLibrary", [](TestFile& f) { f.binds = Codes({0x12}); },
+     "wanted one of 1 libraries in the bind information, found number 2"},
+    {"BindOfThreads", [](TestFile& f) { f.binds = Codes({0xD0}); },
+     "wanted known operations in the bind information, found the operation 0xd0"},
+    {"LongName", [](TestFile& f) { f.binds = Codes({0x40}) + std::string(2000, 'x'); },
+     "wanted names of at most 1024 bytes in the bind information, found a longer one"},
+    {"ExportInACircle",
+     [](TestFile& f) {
+       f.exports = Codes({0, 1}) + Text("_a") + Codes({0});
+     },
+     "wanted each node once in the tree of exports, found a second way to 0x0"},
+    {"ExportOutside",
+     [](TestFile& f) {
+       f.exports = Codes({4, 0, 0x80, 0x80, 0x02, 0});
+     },
+     "wanted  inside of the segments, found 0x8000"},
+    {"ExportOfAnotherKind",
+     [](TestFile& f) {
+       f.exports = Codes({2, 8, 0, 0});
+     },
+     "wanted plain symbols in the tree of exports, found  with the flags 0x8"},
+    {"NodeOutside",
+     [](TestFile& f) {
+       f.exports = Codes({0, 1}) + Text("_a") + Codes({0x7F});
+     },
+     "wanted the tree of exports inside of its 6 bytes, found 0 bytes at 0x7f"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Files, SpoiltFile, testing::ValuesIn(kSpoilt),
+                         [](const auto& one) { return one.param.name; });
+
+}  // namespace

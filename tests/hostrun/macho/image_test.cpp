@@ -1,0 +1,200 @@
+// tests/hostrun/macho/image_test.cpp - a desktop bundle in this process's memory.
+#include "hostrun/macho/image.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "tests/hostrun/macho/test_file.h"
+
+namespace {
+
+using namespace hostrun::macho;
+
+int symbol = 0;
+
+void* FindTheSymbol(const std::string& name) {
+  return name == "_symbol" ? &symbol : nullptr;
+}
+
+std::uint32_t WordAt(const Image& image, std::uint32_t offset) {
+  std::uint32_t word = 0;
+  std::memcpy(&word, image.memory().data() + offset, sizeof word);
+  return word;
+}
+
+std::uint32_t AddressOf(const void* place) {
+  return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(place));
+}
+
+// The rights of the page at an address, as the system shows them: "r-xp". Empty: no such page.
+std::string RightsAt(const void* place) {
+  std::ifstream maps("/proc/self/maps");
+  for (std::string line; std::getline(maps, line);) {
+    std::istringstream in(line);
+    unsigned long begin = 0;
+    unsigned long end = 0;
+    char dash = 0;
+    std::string rights;
+    in >> std::hex >> begin >> dash >> end >> rights;
+    const auto at = reinterpret_cast<std::uintptr_t>(place);
+    if (at >= begin && at < end) return rights;
+  }
+  return {};
+}
+
+// What mapping the file says; empty: nothing.
+std::string ProblemOf(const TestFile& file) {
+  try {
+    const Image image(ReadFile(file.Bytes()), &FindTheSymbol);
+    return {};
+  } catch (const FormatError& error) {
+    return error.what();
+  }
+}
+
+TEST(DesktopImage, RunsItsFunctions) {
+  const Image image(ReadFile(TestFile().Bytes()), &FindTheSymbol);
+  const auto answer = reinterpret_cast<int (*)()>(image.Exported("_answer"));
+  ASSERT_NE(answer, nullptr);
+  EXPECT_EQ(answer(), TestFile::kAnswer);
+  EXPECT_EQ(image.Exported("_other"), nullptr);
+}
+
+TEST(DesktopImage, HasItsOwnAddresses) {
+  const Image image(ReadFile(TestFile().Bytes()), &FindTheSymbol);
+  EXPECT_EQ(WordAt(image, TestFile::kPointer), AddressOf(image.Exported("_answer")));
+}
+
+TEST(DesktopImage, HasItsSymbols) {
+  TestFile file;
+  file.binds = Codes({0x11, 0x40}) + Text("_symbol") + Codes({0x60, 8, 0x71, 4, 0x90});
+  const Image image(ReadFile(file.Bytes()), &FindTheSymbol);
+  EXPECT_EQ(WordAt(image, TestFile::kSymbol), AddressOf(&symbol) + 8);
+}
+
+TEST(DesktopImage, IsRefusedWithoutASymbol) {
+  TestFile file;
+  file.binds = Codes({0x11, 0x40}) + Text("_other") + Codes({0x71, 4, 0x90});
+  EXPECT_EQ(ProblemOf(file), "wanted symbols of the platform and the language's run-time only, found _other");
+}
+
+TEST(DesktopImage, ProtectsEachSegment) {
+  const Image image(ReadFile(TestFile().Bytes()), &FindTheSymbol);
+  EXPECT_EQ(RightsAt(image.memory().data() + TestFile::kText), "r-xp");
+  EXPECT_EQ(RightsAt(image.memory().data() + TestFile::kData), "rw-p");
+  EXPECT_EQ(RightsAt(image.memory().data() + TestFile::kLinkEdit), "r--p");
+  ASSERT_EQ(image.writable().size(), 1U);
+  EXPECT_EQ(image.writable()[0].data(), image.memory().data() + TestFile::kData);
+}
+
+TEST(DesktopImage, GoesWithItsObject) {
+  const void* memory = nullptr;
+  {
+    const Image image(ReadFile(TestFile().Bytes()), &FindTheSymbol);
+    memory = image.memory().data();
+    EXPECT_NE(RightsAt(memory), "");
+  }
+  EXPECT_EQ(RightsAt(memory), "");
+}
+
+TEST(DesktopImage, SharesNothingWithAnother) {
+  const File file = ReadFile(TestFile().Bytes());
+  const Image first(file, &FindTheSymbol);
+  auto second = std::make_unique<Image>(file, &FindTheSymbol);
+  ASSERT_NE(first.memory().data(), second->memory().data());
+  EXPECT_EQ(WordAt(*second, TestFile::kPointer), AddressOf(second->Exported("_answer")));
+  second->writable()[0][0] = 0;
+  EXPECT_EQ(WordAt(first, TestFile::kPointer), AddressOf(first.Exported("_answer")));
+  second.reset();
+  EXPECT_EQ(reinterpret_cast<int (*)()>(first.Exported("_answer"))(), TestFile::kAnswer);
+}
+
+// The desktop's stack pointer is register 5; here it is 4.
+TEST(DesktopFrames, HaveThisSystemsRegisters) {
+  const Image image(ReadFile(TestFile().Bytes()), &FindTheSymbol);
+  const std::string wanted = CommonRecord(Codes({0x0C, 4, 4, 0x88, 1}));
+  EXPECT_EQ(std::memcmp(image.memory().data() + TestFile::kFrames, wanted.data(), wanted.size()), 0);
+  const std::string function = FunctionRecord(Codes({0x41, 0x0E, 8, 0x85, 2}));
+  EXPECT_EQ(std::memcmp(image.memory().data() + TestFile::kFrames + wanted.size() + 12, function.data() + 12,
+                        function.size() - 12),
+            0);
+}
+
+struct Instructions {
+  const char* name;
+  std::initializer_list<unsigned> desktop;
+  std::initializer_list<unsigned> here;  // empty: refused
+};
+
+void PrintTo(const Instructions& instructions, std::ostream* out) {
+  *out << instructions.name;
+}
+
+class FrameInstructions : public testing::TestWithParam<Instructions> {};
+
+TEST_P(FrameInstructions, AreTranslatedOrRefused) {
+  TestFile file;
+  file.frameBytes = CommonRecord(Codes(GetParam().desktop)) + Raw(std::uint32_t{0});
+  file.frames.size = static_cast<std::uint32_t>(file.frameBytes.size());
+  if (GetParam().here.size() == 0) {
+    EXPECT_NE(ProblemOf(file).find(" in the unwind tables, found "), std::string::npos) << ProblemOf(file);
+    return;
+  }
+  const Image image(ReadFile(file.Bytes()), &FindTheSymbol);
+  const std::string wanted = CommonRecord(Codes(GetParam().here));
+  EXPECT_EQ(std::memcmp(image.memory().data() + TestFile::kFrames, wanted.data(), wanted.size()), 0);
+}
+
+const Instructions kInstructions[] = {
+    {"Offset", {0x84, 2, 0x85, 1, 0x83, 3}, {0x85, 2, 0x84, 1, 0x83, 3}},
+    {"Restore", {0xC4, 0xC5, 0xC6}, {0xC5, 0xC4, 0xC6}},
+    {"OffsetExtended", {0x05, 5, 1, 0x11, 4, 0x7F}, {0x05, 4, 1, 0x11, 5, 0x7F}},
+    {"RestoreUndefinedSame", {0x06, 4, 0x07, 5, 0x08, 4}, {0x06, 5, 0x07, 4, 0x08, 5}},
+    {"Register", {0x09, 4, 5}, {0x09, 5, 4}},
+    {"DefineCfa", {0x0C, 5, 4, 0x0D, 4, 0x12, 5, 1}, {0x0C, 4, 4, 0x0D, 5, 0x12, 4, 1}},
+    {"Numbers", {0x0E, 5, 0x0E, 4, 0x13, 5, 0x2E, 4}, {0x0E, 5, 0x0E, 4, 0x13, 5, 0x2E, 4}},
+    {"Places", {0x02, 5, 0x03, 5, 4, 0x04, 4, 5, 4, 5, 0x44}, {0x02, 5, 0x03, 5, 4, 0x04, 4, 5, 4, 5, 0x44}},
+    {"States", {0x0A, 0x0B}, {0x0A, 0x0B}},
+    {"StateOfNobody", {0x0B}, {}},
+    {"Expression", {0x0F, 1, 0x74}, {}},
+    {"UnknownInstruction", {0x3F}, {}},
+    {"UnknownRegister", {0x0C, 17, 4}, {}},
+    {"LongRegister", {0x0C, 0x84, 0, 4}, {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Instructions, FrameInstructions, testing::ValuesIn(kInstructions),
+                         [](const auto& one) { return one.param.name; });
+
+TEST(DesktopFrames, NeedAnEndThatTheUnwinderMeets) {
+  TestFile file;
+  file.frameBytes.resize(file.frameBytes.size() - 4);
+  file.frames.size -= 4;
+  EXPECT_EQ(ProblemOf(file), "") << "zeros behind the section are an end";
+  file.frameBytes += Raw(std::uint32_t{1});
+  EXPECT_EQ(ProblemOf(file), "wanted an end in the unwind tables, found more bytes behind the last entry");
+}
+
+TEST(DesktopFrames, AreRefusedWhereTheyLeadOutside) {
+  TestFile file;
+  file.frameBytes = CommonRecord({}) + Raw(std::uint32_t{0x1000});
+  file.frames.size = static_cast<std::uint32_t>(file.frameBytes.size());
+  EXPECT_EQ(ProblemOf(file),
+            "wanted entries of whole words in the unwind tables, found one of 0x1000 bytes at 0x914");
+  TestFile orphan;
+  orphan.frameBytes = FunctionRecord({}) + Raw(std::uint32_t{0});
+  orphan.frames.size = static_cast<std::uint32_t>(orphan.frameBytes.size());
+  EXPECT_EQ(ProblemOf(orphan),
+            "wanted entries behind their common one in the unwind tables, found one at 0x900");
+}
+
+TEST(DesktopFrames, AreRefusedWhereNobodyMayReadThem) {
+  TestFile file;
+  file.segments[0].protection = 0;
+  EXPECT_EQ(ProblemOf(file), "wanted unwind tables that can be read, found protected ones");
+}
+
+}  // namespace
