@@ -69,11 +69,11 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   AddBlockRows(bundle);
   AddExceptionRows(bundle);
   AddColourSpaceRows(bundle);
-  for (const long colours : {1L, 10L, 100L, 100'000L}) AddListScaleRows(bundle, colours);
+  for (const long colours : {1L, 10L, 100L}) AddListScaleRows(bundle, colours);
   if (scale == Scale::kNone) return;
   AddLargeStringRows(bundle);
   AddLargeBlockRows(bundle);
-  AddListScaleRows(bundle, 1'000);
+  for (const long colours : {1'000L, 100'000L}) AddListScaleRows(bundle, colours);
   for (const long live : {1L, 1'000L, 100'000L, 1'000'000L}) {
     if (scale == Scale::kQuick && live > 100'000) continue;
     AddScaleRows(bundles.Load(platform, file), live);

@@ -43,7 +43,7 @@ void AddListScaleRows(Bundle& bundle, long colours) {
     return Row{.name = what + " of " + size,
                .limit = isLonger ? what + " of 100 colours" : "",
                .target = isLonger ? 3.0 : 0.0,
-               .counted = colours <= 100 || colours == 100'000,
+               .counted = colours <= 100,
                .guard = colours == 1 ? Guard::kScripted : Guard::kNo,
                .series = what,
                .size = colours};
