@@ -1,15 +1,18 @@
-# Makes a smaller copy of ICU's library of data, for packages: the language data of English only. Where ICU looks for
-# another language it goes on to its root data, and the character sets of files are converted by the C library.
+# Makes a smaller copy of ICU's library of data, for packages: the language data of English only, without the converters
+# of character sets and the dictionaries that find words in East Asian texts. Where ICU looks for another language it
+# goes on to its root data, and the character sets of files are converted by the C library.
 #
 #   cmake -Dlibrary=FILE -Dout=FILE -Dcompiler=GCC -Dobjcopy=OBJCOPY -P icu_data.cmake
 cmake_minimum_required(VERSION 3.25)
 if(EXISTS ${out} AND ${out} IS_NEWER_THAN ${library} AND ${out} IS_NEWER_THAN ${CMAKE_CURRENT_LIST_FILE})
   return()
 endif()
-find_program(icupkg icupkg PATHS /usr/sbin)
-if(NOT icupkg)
-  message(FATAL_ERROR "wanted icupkg, which comes with the Debian package icu-devtools, found none; run tools/bootstrap")
-endif()
+foreach(program icupkg derb genrb)
+  find_program(${program} ${program} PATHS /usr/sbin)
+  if(NOT ${program})
+    message(FATAL_ERROR "wanted ${program}, which comes with the Debian package icu-devtools, found none; run tools/bootstrap")
+  endif()
+endforeach()
 cmake_path(GET library FILENAME name)
 string(REGEX REPLACE "^libicudata\\.so\\.([0-9]+)$" "\\1" version "${name}")
 cmake_path(GET out PARENT_PATH folder)
@@ -25,11 +28,24 @@ string(REPLACE "\n" ";" items "${items}")
 set(unused ${items})
 # Languages have two or three letters; what follows an underscore is their script or country.
 list(FILTER unused INCLUDE REGEX
-  "^((curr|lang|region|unit|zone|coll|brkitr|rbnf|translit)/)?[a-z][a-z][a-z]?(_[A-Za-z0-9_]*)?\\.res$|\\.cnv$")
+  "^((curr|lang|region|unit|zone|coll|brkitr|rbnf|translit)/)?[a-z][a-z][a-z]?(_[A-Za-z0-9_]*)?\\.res$|\\.cnv$|\\.dict$")
 list(FILTER unused EXCLUDE REGEX "^([a-z]+/)?en(_[A-Za-z0-9_]*)?\\.res$")
+list(APPEND unused brkitr/root.res)
 list(JOIN unused "\n" unused)
 file(WRITE ${removed} "${unused}\n")
-execute_process(COMMAND ${icupkg} -r ${removed} ${whole} ${smaller} COMMAND_ERROR_IS_FATAL ANY)
+
+# The root data of text boundaries names the dictionaries: it is made again without them.
+set(items ${folder}/items/brkitr)
+file(MAKE_DIRECTORY ${items})
+execute_process(COMMAND ${icupkg} -x brkitr/root.res -d ${folder}/items ${whole} COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${derb} -d ${items} -s ${items} root.res COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+file(READ ${items}/root.txt boundaries)
+string(REGEX REPLACE "[^\n]*\\.dict\"[^\n]*\n" "" boundaries "${boundaries}")
+file(WRITE ${items}/root.txt "${boundaries}")
+execute_process(COMMAND ${genrb} -q -s ${items} -d ${items} root.txt COMMAND_ERROR_IS_FATAL ANY)
+file(WRITE ${folder}/added.txt "brkitr/root.res\n")
+execute_process(COMMAND ${icupkg} -r ${removed} -a ${folder}/added.txt -s ${folder}/items ${whole} ${smaller}
+  COMMAND_ERROR_IS_FATAL ANY)
 
 set(symbol icudt${version}_dat)
 file(WRITE ${folder}/data.S "
