@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # tests/whole/tools/build.sh SOURCE - tools/build in trees that were copied, moved or made read-only. The trees hold the
-# project's own tools and a project of two files, so that a build takes a moment.
+# project's own tools and a project of three files, so that a build takes a moment.
 set -uo pipefail
 source=$(realpath "$1")
 work=$(mktemp -d)
@@ -34,19 +34,24 @@ END
 cat >first/CMakeLists.txt <<'END'
 cmake_minimum_required(VERSION 3.25)
 project(Place LANGUAGES NONE)
-foreach(name place again)
-  add_custom_command(OUTPUT ${name} DEPENDS ${PROJECT_SOURCE_DIR}/input VERBATIM
+file(GLOB inputs CONFIGURE_DEPENDS input*)
+foreach(name place again more)
+  add_custom_command(OUTPUT ${name} DEPENDS ${inputs} VERBATIM
     COMMAND ${CMAKE_COMMAND} -E echo ${PROJECT_SOURCE_DIR} > ${name})
 endforeach()
-add_custom_target(all_places ALL DEPENDS place again)
+add_custom_target(all_places ALL DEPENDS place again more)
 END
 touch first/input
 
 build first || { cat said; exit 1; }
-said 'build: files to build: 2' || fail "a first build says how many files it makes: $(cat said)"
+said 'build: files to build: 3' || fail "a first build says how many files it makes: $(cat said)"
 [ "$(cat first/build/place)" = "$work/first" ] || fail "a build is made for the folder that it stands in"
 build first || fail "a second build succeeds"
 [ -s said ] && fail "nothing is said when nothing is built: $(cat said)"
+
+touch first/input_more first/CMakeLists.txt
+build first
+said 'build: files to build: 3' || fail "what CMake does first is not counted: $(cat said)"
 
 state first >before
 cp -r first copy
@@ -68,7 +73,7 @@ build link && [ ! -s said ] || fail "a tree reached by a link is the same tree: 
 # On a terminal the status line comes and goes.
 touch moved/input
 script -qec "$work/moved/tools/build" /dev/null >said </dev/null || fail "a build on a terminal succeeds"
-said '[2/2]' || fail "a terminal shows how far the build is: $(cat -v said)"
+said '[3/3]' || fail "a terminal shows how far the build is: $(cat -v said)"
 [ "$(tail -c 4 said)" = $'\r\033[K' ] || fail "the status line is gone at the end: $(cat -v said)"
 
 # Root may write everywhere; then somebody else tries.
