@@ -2,6 +2,8 @@
 //
 // Each check runs in a process of its own: a bundle that crashes or hangs fails that check and no other. For
 // each host version one process loads the platform and the bundle; the checks run in copies of it.
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -9,12 +11,14 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <numeric>
+#include <optional>
 
 #include "hostrun/commands/check_parts.h"
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/isolated.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
 #include "hostrun/language/program.h"
 
 namespace hostrun {
@@ -28,6 +32,10 @@ struct CheckOptions {
   double timeLimit = 10;  // seconds for one check
   bool json = false;
   bool onlyFailed = false;
+  bool verbose = false;
+
+  // A person at a terminal waits for what failed; a file or a tool gets everything.
+  bool LeavesOutPassed() const { return onlyFailed || (!json && !verbose && isatty(STDOUT_FILENO) != 0); }
 };
 
 using nlohmann::ordered_json;
@@ -90,7 +98,7 @@ class Reporter {
 
   void Take(const Result& result) {
     ++counts_.at(IndexOf(result.status));
-    if (result.status != Status::Passed || !options_.onlyFailed) {
+    if (result.status != Status::Passed || !options_.LeavesOutPassed()) {
       if (options_.json) {
         list_.push_back(ToJson(result));
       } else {
@@ -99,6 +107,18 @@ class Reporter {
       }
     }
     ShowProgress(result.name);
+  }
+
+  // The one finding after which nothing else can be checked. Gives the exit status.
+  int FinishEarly(const std::string& bundle, const Result& finding) {
+    if (options_.json) {
+      Take(finding);
+      return Finish(bundle);
+    }
+    const std::string status = Padded(kStatusNames[IndexOf(finding.status)], 10);
+    std::printf("%s%s: %s\n", paint_(Style::Bad, status).c_str(), finding.name.c_str(),
+                finding.reason.c_str());
+    return kExitFailed;
   }
 
   // The tally is the last line. Gives the exit status.
@@ -110,7 +130,7 @@ class Reporter {
       for (std::size_t i = 0; i < counts_.size(); ++i) tally[kStatusNames[i]] = counts_[i];
       const ordered_json answer = {
           {"bundle", bundle}, {"checks", std::move(list_)}, {"tally", std::move(tally)}};
-      std::printf("%s\n", JsonText(answer, 2).c_str());
+      WriteOutput(JsonText(answer, 2) + "\n");
     } else {
       std::string text = Counted(Total(), "check");
       for (std::size_t i = 0; i < counts_.size(); ++i) {
@@ -132,11 +152,11 @@ class Reporter {
     const std::string status = Padded(kStatusNames[IndexOf(result.status)], 10);
     std::printf("%s%s\n", paint_(style, status).c_str(), result.name.c_str());
     if (!result.reason.empty()) std::printf("          %s\n", result.reason.c_str());
-    std::fflush(stdout);
+    FlushOutput();
   }
 
   // Only where nothing else shows that something is going on.
-  bool ShowsProgress() const { return progress_ && (options_.json || options_.onlyFailed); }
+  bool ShowsProgress() const { return progress_ && (options_.json || options_.LeavesOutPassed()); }
   void ShowProgress(const std::string& name) {
     if (!ShowsProgress()) return;
     std::fprintf(stderr, "\r\033[K%s, %zu failed: %.60s", Counted(Total(), "check").c_str(), NotPassed(),
@@ -167,9 +187,13 @@ class Checker {
 
   const std::string& bundle() const { return host_.bundle; }
 
-  // Loads nothing, and starts no host.
-  void CheckTheFile() {
-    RunWanted(FileChecks(host_.bundle), {}, [this](const Result& result) { reporter_.Take(result); });
+  // Loads nothing, and starts no host. Gives what makes every other check pointless: it is no bundle at all.
+  std::optional<Result> CheckTheFile() {
+    const std::vector<BundleCheck> checks = FileChecks(host_.bundle);
+    const Result format = RunOne(checks.front(), CheckName(checks.front().kind, {}));
+    if (format.status != Status::Passed) return format;
+    RunWanted(checks, {}, [this](const Result& result) { reporter_.Take(result); });
+    return {};
   }
 
   // On a host of that version, in a process of its own. Where the bundle can't be entered, the rest is
@@ -202,16 +226,20 @@ class Checker {
     return options_.filter.empty() || name.find(options_.filter) != std::string::npos;
   }
 
-  // Each in a process of its own; `take` gets the results in order.
+  // In a process of its own.
+  Result RunOne(const BundleCheck& check, const std::string& name) const {
+    const Clock::time_point start = Clock::now();
+    const Outcome outcome = RunIsolated(limit_, [&check](const SendLine&) { return check.check(); });
+    const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - start).count();
+    return {name, outcome.status, outcome.reason, took};
+  }
+
+  // `take` gets the results in order.
   template <class Take>
   void RunWanted(const std::vector<BundleCheck>& checks, const std::string& version, Take take) const {
     for (const BundleCheck& check : checks) {
       const std::string name = CheckName(check.kind, version, check.subject);
-      if (!Wanted(name)) continue;
-      const Clock::time_point start = Clock::now();
-      const Outcome outcome = RunIsolated(limit_, [&check](const SendLine&) { return check.check(); });
-      const auto took = std::chrono::duration_cast<milliseconds>(Clock::now() - start).count();
-      take(Result{name, outcome.status, outcome.reason, took});
+      if (Wanted(name)) take(RunOne(check, name));
     }
   }
 
@@ -238,7 +266,8 @@ int Check(const CheckOptions& options) {
   std::error_code error;
   if (!std::filesystem::exists(checker.bundle(), error))
     return Refuse(kCommand, checker.bundle() + ": wanted a bundle, found no such file");
-  checker.CheckTheFile();
+  if (const std::optional<Result> fatal = checker.CheckTheFile())
+    return reporter.FinishEarly(checker.bundle(), *fatal);
   if (options.version != nullptr && options.version->count() > 0) {
     checker.CheckOn(options.version->as<std::string>());
   } else {
@@ -263,7 +292,9 @@ Action CheckCommand(CLI::App& app) {
       ->option_text("SECONDS (10)")
       ->check(CLI::Range(0.1, 3600.0));
   app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  app.add_flag("--only-failed", options->onlyFailed, "Leave out what passed");
+  CLI::Option* const onlyFailed =
+      app.add_flag("--only-failed", options->onlyFailed, "Leave out what passed, as at a terminal");
+  app.add_flag("--verbose", options->verbose, "At a terminal, show also what passed")->excludes(onlyFailed);
   app.footer(
       "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "
       "2015.0.\n\n"

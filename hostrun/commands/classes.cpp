@@ -3,13 +3,17 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <sstream>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
+#include "hostrun/commands/docs_text.h"
 #include "hostrun/commands/layout.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/program.h"
 
@@ -18,10 +22,12 @@ namespace {
 
 struct ClassesOptions {
   HostOptions host;
-  std::string wanted;  // CLASS or CLASS.MEMBER; empty: every class of the bundle
+  std::string wanted;  // CLASS, CLASS.MEMBER or MEMBER; empty: every class of the bundle
   bool all = false;    // also the classes that are not the bundle's
   bool json = false;
   bool layout = false;
+  bool flags = false;
+  std::string descriptions;  // file
 };
 
 using nlohmann::ordered_json;
@@ -30,25 +36,20 @@ constexpr const char* kCommand = "hostrun classes";
 constexpr double kNewestHost = 2015.0;
 constexpr double kOldestHost = 2011.0;
 
-// What was asked for: classes, or a member of one.
+// What was asked for: classes, or a member of each of them.
 struct Selection {
   std::vector<const Class*> classes;
   std::string member;
 };
 
-// The names that begin like the wanted one, or else all of them; at most eight, as a list for people.
+// What was meant, or else the first names.
 std::string Suggest(const std::string& wanted, const std::vector<std::string>& names) {
   constexpr std::size_t kMost = 8;
-  std::vector<std::string> near;
-  for (const std::string& name : names) {
-    const auto shared = std::min<std::size_t>({3, wanted.size(), name.size()});
-    const bool listed = std::find(near.begin(), near.end(), name) != near.end();
-    if (!listed && SameName(name.substr(0, shared), wanted.substr(0, shared))) near.push_back(name);
-  }
-  const std::vector<std::string>& shown = near.empty() ? names : near;
-  std::string text;
-  for (std::size_t i = 0; i < shown.size() && i < kMost; ++i) text += (i == 0 ? "" : ", ") + shown[i];
-  return text + (shown.size() > kMost ? ", ..." : "");
+  const std::string meant = DidYouMean(wanted, names);
+  if (!meant.empty()) return meant;
+  std::string text = "; there are ";
+  for (std::size_t i = 0; i < names.size() && i < kMost; ++i) text += (i == 0 ? "" : ", ") + names[i];
+  return text + (names.size() > kMost ? ", ..." : "");
 }
 
 std::vector<std::string> MemberNames(const Class& cls) {
@@ -63,6 +64,12 @@ std::vector<std::string> MemberNames(const Class& cls) {
   }
   for (const Constant& constant : cls.constants) names.push_back(constant.name);
   return names;
+}
+
+bool HasMember(const Class& cls, const std::string& wanted) {
+  const std::vector<std::string> members = MemberNames(cls);
+  return std::any_of(members.begin(), members.end(),
+                     [&](const std::string& name) { return SameName(name, wanted); });
 }
 
 // Throws std::runtime_error for a class or member that does not exist.
@@ -86,18 +93,22 @@ Selection Select(const ClassesOptions& options) {
         wanted.empty() ? options.all || cls->origin == Origin::Bundle : SameName(cls->name, wanted);
     if (meant) selection.classes.push_back(cls);
   }
+  // What is no class may be a member of some.
+  if (selection.classes.empty() && dot == std::string::npos) {
+    std::copy_if(known.begin(), known.end(), std::back_inserter(selection.classes),
+                 [&](const Class* cls) { return HasMember(*cls, wanted); });
+    if (!selection.classes.empty()) selection.member = wanted;
+  }
   if (selection.classes.empty() && !wanted.empty()) {
-    throw std::runtime_error("wanted a class, found " + wanted + ", which this host does not know; try " +
-                             Suggest(wanted, names));
+    throw std::runtime_error("wanted a class or a member, found " + wanted +
+                             ", which this host does not know" + Suggest(wanted, names));
   }
   if (dot != std::string::npos) {
     selection.member = options.wanted.substr(dot + 1);
-    const std::vector<std::string> members = MemberNames(*selection.classes.front());
-    const auto same = [&](const std::string& name) { return SameName(name, selection.member); };
-    if (std::none_of(members.begin(), members.end(), same)) {
-      throw std::runtime_error("wanted a member of " + selection.classes.front()->name + ", found " +
-                               selection.member + ", which it has not; try " +
-                               Suggest(selection.member, members));
+    const Class& cls = *selection.classes.front();
+    if (!HasMember(cls, selection.member)) {
+      throw std::runtime_error("wanted a member of " + cls.name + ", found " + selection.member +
+                               ", which it does not have" + Suggest(selection.member, MemberNames(cls)));
     }
   }
   return selection;
@@ -105,10 +116,68 @@ Selection Select(const ClassesOptions& options) {
 
 // --- the browser
 
-// Prints classes and members for people. `paint` outlives it.
+// What the reference says about a member, to be read below its declaration.
+class Descriptions {
+ public:
+  // A file that can't be read gives no descriptions: the browser works without.
+  explicit Descriptions(const std::string& file) {
+    try {
+      classes_ = ReadDescriptions(file);
+    } catch (const std::exception&) {
+      classes_.clear();
+    }
+  }
+
+  // `key` is a method's declaration, or the name of anything else. With what holds for the whole group.
+  void Print(const Class& cls, const std::string& key) const {
+    ForEachMember(cls, [&](const GroupText& group, const MemberText& member) {
+      if (member.declaration != key) return;
+      for (const std::string& paragraph : member.said.paragraphs) Paragraph("", paragraph);
+      const auto field = [](const char* label, const std::optional<std::string>& own,
+                            const std::optional<std::string>& groups) {
+        if (own || groups) Paragraph(label, own ? *own : *groups);
+      };
+      field("Nil gives: ", member.said.nil, group.said.nil);
+      field("Raises: ", member.said.raises, group.said.raises);
+      field("Mind: ", member.said.note, group.said.note);
+    });
+  }
+
+ private:
+  template <class Visit>
+  void ForEachMember(const Class& cls, Visit visit) const {
+    for (const ClassText& text : classes_) {
+      if (text.name != cls.name) continue;
+      for (const GroupText& group : text.groups) {
+        for (const MemberText& member : group.members) visit(group, member);
+      }
+    }
+  }
+
+  // In lines of at most 78 characters, indented.
+  static void Paragraph(const char* label, const std::string& text) {
+    constexpr std::size_t kWidth = 78;
+    std::string line = "  ";
+    std::istringstream words(label + text);
+    for (std::string word; words >> word;) {
+      std::erase(word, '`');
+      if (line.size() + word.size() >= kWidth) {
+        std::printf("%s\n", line.c_str());
+        line = "  ";
+      }
+      line += (line.size() > 2 ? " " : "") + word;
+    }
+    std::printf("%s\n", line.c_str());
+  }
+
+  std::vector<ClassText> classes_;
+};
+
+// Prints classes and members for people. `paint` and `descriptions` outlive it.
 class Browser {
  public:
-  explicit Browser(const Painter& paint) : paint_(paint) {}
+  Browser(const Painter& paint, const Descriptions& descriptions, bool flags)
+      : paint_(paint), descriptions_(descriptions), flags_(flags) {}
 
   void ShowClass(const Class& cls) {
     std::string line = paint_(Style::Strong, cls.name);
@@ -116,8 +185,8 @@ class Browser {
     line += NameOf(cls.origin);
     if (cls.origin == Origin::Bundle) {
       line += ": layout " + std::to_string(cls.layoutVersion) + ", " + std::to_string(cls.dataSize) +
-              " bytes of class data at " + std::to_string(cls.dataOffset) + ", flags " +
-              std::to_string(cls.flags);
+              " bytes of class data at " + std::to_string(cls.dataOffset);
+      if (flags_) line += ", flags " + std::to_string(cls.flags);
     }
     std::printf("%s\n", line.c_str());
     std::vector<Row> rows;
@@ -151,16 +220,21 @@ class Browser {
     std::string remark;
   };
 
-  static Row RowOf(const Property& property) {
-    std::string remark = "flags " + std::to_string(property.flags);
-    if (property.setter.function == nullptr) remark += ", read only";
-    if (property.shared) remark += ", shared";
+  static void Add(std::string& remarks, const std::string& remark) {
+    remarks += (remarks.empty() ? "" : ", ") + remark;
+  }
+
+  Row RowOf(const Property& property) const {
+    std::string remark = flags_ ? "flags " + std::to_string(property.flags) : "";
+    if (property.setter.function == nullptr) Add(remark, "read only");
+    if (property.shared) Add(remark, "shared");
     return {property.name + " as " + property.typeName, remark};
   }
 
-  static Row RowOf(const Method& method) {
-    const std::string remark = "flags " + std::to_string(method.flags);
-    return {method.declaration, KindOf(method) == "constructor" ? remark + ", constructor" : remark};
+  Row RowOf(const Method& method) const {
+    std::string remark = flags_ ? "flags " + std::to_string(method.flags) : "";
+    if (KindOf(method) == "constructor") Add(remark, "constructor");
+    return {method.declaration, remark};
   }
 
   void MethodGroup(const char* title, const std::deque<Method>& methods) {
@@ -181,6 +255,10 @@ class Browser {
     }
     for (const Row& row : rows) {
       const std::size_t padding = row.declaration.size() < kWidest ? width : row.declaration.size() + 2;
+      if (row.remark.empty()) {
+        std::printf("    %s\n", row.declaration.c_str());
+        continue;
+      }
       std::printf("    %s%s\n", Padded(row.declaration, padding).c_str(),
                   paint_(Style::Faint, row.remark).c_str());
     }
@@ -198,7 +276,8 @@ class Browser {
     Heading(cls, property.name, property.shared ? "shared property" : "property");
     Line("declaration", property.name + " as " + property.typeName);
     Line("access", property.setter.function == nullptr ? "read only" : "read and write");
-    Line("flags", std::to_string(property.flags));
+    if (flags_) Line("flags", std::to_string(property.flags));
+    descriptions_.Print(cls, property.name);
   }
 
   void ShowMember(const Class& cls, const Method& method) {
@@ -216,7 +295,8 @@ class Browser {
     }
     const Type& result = *method.signature.result;
     Line("gives", result.kind == Kind::Nothing ? "nothing" : result.name);
-    Line("flags", std::to_string(method.flags));
+    if (flags_) Line("flags", std::to_string(method.flags));
+    descriptions_.Print(cls, method.declaration);
   }
 
   void ShowMember(const Class& cls, const Constant& constant) {
@@ -224,9 +304,12 @@ class Browser {
     Line("declaration", constant.declaration);
     Line("type", constant.type->name);
     Line("value", LiteralText(constant.value));
+    descriptions_.Print(cls, constant.name);
   }
 
   const Painter& paint_;
+  const Descriptions& descriptions_;
+  bool flags_;
 };
 
 // --- record words
@@ -309,7 +392,7 @@ int ShowLayout(const Selection& selection, const BothLayouts& layouts, bool json
       ShowMemberWords(paint, *cls, selection.member, sides, version);
     }
   }
-  if (json) std::printf("%s\n", list.dump(2).c_str());
+  if (json) WriteOutput(list.dump(2) + "\n");
   return kExitFine;
 }
 
@@ -341,7 +424,7 @@ int ShowJson(const Selection& selection) {
   const ordered_json answer = {{"hostVersion", TheHostIdentity().version},
                                {"layout", announced == 0 ? ordered_json() : ordered_json(announced)},
                                {"classes", std::move(list)}};
-  std::printf("%s\n", answer.dump(2).c_str());
+  WriteOutput(answer.dump(2) + "\n");
   return kExitFine;
 }
 
@@ -354,7 +437,8 @@ int Show(const ClassesOptions& options) {
   if (options.layout) return ShowLayout(selection, layouts, options.json);
   if (options.json) return ShowJson(selection);
   const Painter paint(TakesColour(stdout));
-  Browser browser(paint);
+  const Descriptions descriptions(options.descriptions);
+  Browser browser(paint, descriptions, options.flags);
   for (const Class* const cls : selection.classes) {
     if (cls != selection.classes.front()) std::printf("\n");
     if (selection.member.empty()) {
@@ -379,14 +463,18 @@ int Classes(const ClassesOptions& options) {
 Action ClassesCommand(CLI::App& app) {
   const auto options = std::make_shared<ClassesOptions>();
   AddHostOptions(app, options->host);
-  app.add_option("class", options->wanted, "A class, or one member of it with all that is known of it")
-      ->option_text("CLASS[.MEMBER]");
+  options->descriptions = FindDescriptions();
+  app.add_option("class", options->wanted,
+                 "A class, or a member, of one class or of each that has it, with its description")
+      ->option_text("CLASS | CLASS.MEMBER | MEMBER");
+  app.add_flag("--flags", options->flags, "Also the flags that are registered");
   app.add_flag("--all", options->all, "Also the classes that the host and the sibling part bring");
   app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
   app.add_flag("--layout", options->layout,
                "The words of the definition records, in the current and the old layout");
   app.footer(
-      "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n"
+      "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n  hostrun classes "
+      "getRGB\n"
       "  hostrun classes NSColorSpaceQVX --layout --host-version 2013.0\n\n"
       "Exit status: 0 fine, 2 an error of use, no such class or member, or a bundle that does not load.");
   return [options] { return Classes(*options); };

@@ -3,7 +3,6 @@
 
 #include <cmath>
 
-#include "hostrun/host/functions.h"
 #include "hostrun/host/text.h"
 
 namespace hostrun {
@@ -25,17 +24,6 @@ const char* NameOf(Origin origin) {
 std::string KindOf(const Method& method) {
   if (method.shared) return "shared method";
   return SameName(method.signature.name, "Constructor") ? "constructor" : "method";
-}
-
-std::string LiteralText(const Value& value) {
-  if (value.IsNil()) return "Nil";
-  if (value.kind() != Kind::String) return ExactText(value);
-  std::string text = "\"";
-  for (const char c : Utf8Of(value.string())) {
-    if (c == '"') text += '"';
-    text += c;
-  }
-  return text + '"';
 }
 
 ordered_json ToJson(const Value& value) {

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "hostrun/host/functions.h"  // LiteralText
 #include "hostrun/host/registry.h"
 
 namespace hostrun {
@@ -12,9 +13,6 @@ namespace hostrun {
 // "bundle", "sibling" or "host".
 const char* NameOf(Origin origin);
 std::string KindOf(const Method& method);  // "method", "shared method", "constructor"
-
-// A constant value as a program would write it.
-std::string LiteralText(const Value& value);
 
 // The keys are those that docs/hostrun.md names. Members keep the order of registration.
 nlohmann::ordered_json ToJson(const Value& value);

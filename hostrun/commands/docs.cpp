@@ -1,13 +1,11 @@
 // hostrun/commands/docs.cpp - "hostrun docs": the reference of the bundle's classes as one HTML file.
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <stdexcept>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/docs_members.h"
 #include "hostrun/commands/docs_page.h"
+#include "hostrun/commands/output_file.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/exceptions.h"
@@ -24,16 +22,6 @@ struct DocsOptions {
   std::string descriptions;
 };
 
-// Beside the build folder of a source tree, or where an installation puts documents.
-std::string FindDescriptions() {
-  std::error_code error;
-  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-  const auto folder = self.parent_path();
-  const auto installed = (folder / QVX_DOC_FROM_BIN / "reference.txt").lexically_normal();
-  if (!error && std::filesystem::exists(installed, error)) return installed.native();
-  return (folder / "../docs/reference.txt").lexically_normal().native();
-}
-
 int Write(const DocsOptions& options) {
   const std::vector<ClassText> texts = ReadDescriptions(options.descriptions);
   const std::vector<std::string> mismatches = Mismatches(texts, options.descriptions);
@@ -43,17 +31,14 @@ int Write(const DocsOptions& options) {
                   std::to_string(mismatches.size()) + " differences above; nothing is written");
   }
   std::size_t count = 0;
-  for (const Class* const cls : BundleClasses()) count += MembersOf(*cls).size();
+  for (const ClassText& text : texts) {
+    if (const Class* const cls = ClassOf(text)) count += MembersOf(*cls).size();
+  }
   const std::string subtitle =
-      "Every member of the bundle's classes, from its registered records: " + std::to_string(count) +
-      " members. Registered on host version " + NumberText(TheHostIdentity().version, 7) + ", layout " +
-      std::to_string(AnnouncedLayout()) + ".";
-  std::ofstream file(options.out, std::ios::binary);
-  file << ReferencePage(texts, PredefinedColours(), subtitle);
-  file.close();
-  if (!file)
-    throw std::runtime_error(options.out +
-                             ": wanted to write the reference, found a file that can't be written");
+      "Every member of the bundle's classes and of the host's that they need, from the registered records: " +
+      std::to_string(count) + " members. Registered on host version " +
+      NumberText(TheHostIdentity().version, 7) + ", layout " + std::to_string(AnnouncedLayout()) + ".";
+  WriteFile(options.out, ReferencePage(texts, PredefinedColours(), subtitle));
   std::fprintf(stderr, "hostrun: %zu members described in %s\n", count, options.out.c_str());
   return kExitFine;
 }
@@ -63,6 +48,7 @@ int Docs(const DocsOptions& options) {
     const Problem problem = StartHost(options.host);
     return problem ? Refuse(*problem) : Write(options);
   } catch (const HostException& exception) {
+    WritePlatformLogOf(exception.object());
     return Refuse("hostrun docs: " + DescribeException(exception.object()));
   } catch (const std::exception& error) {
     return Refuse(error.what());
@@ -75,7 +61,8 @@ Action DocsCommand(CLI::App& app) {
   const auto options = std::make_shared<DocsOptions>();
   options->descriptions = FindDescriptions();
   AddHostOptions(app, options->host);
-  app.add_option("--out", options->out, "The page to write")->option_text("FILE.html (reference.html)");
+  app.add_option("--out,--output", options->out, "The page to write")
+      ->option_text("FILE.html (reference.html)");
   app.add_option("--descriptions", options->descriptions, "The text that describes the members")
       ->option_text("FILE.txt");
   app.footer(

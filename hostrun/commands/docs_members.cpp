@@ -85,6 +85,23 @@ std::string Member::Defaults() const {
   return text.empty() ? text : text + " where left out";
 }
 
+std::string Member::ParameterNames() const {
+  std::string text;
+  if (method == nullptr) return text;
+  for (const Parameter& parameter : method->signature.parameters) {
+    text += (text.empty() ? "" : ", ") + parameter.name;
+    if (parameter.paramArray) text += "...";
+    if (!parameter.paramArray && parameter.type->kind == Kind::Array) text += "()";
+  }
+  return text;
+}
+
+const Class* ClassOf(const ClassText& text) {
+  const Class* const cls = TheRegistry().FindClass(text.name);
+  const bool known = cls != nullptr && cls->defined && (cls->origin != Origin::Bundle) == text.ofHost;
+  return known ? cls : nullptr;
+}
+
 std::vector<const Class*> BundleClasses() {
   std::vector<const Class*> classes;
   for (const auto& cls : TheRegistry().classes()) {
@@ -118,9 +135,9 @@ std::vector<std::string> Mismatches(const std::vector<ClassText>& texts, const s
     }
   }
   for (const ClassText& text : texts) {
-    const bool known = std::any_of(classes.begin(), classes.end(),
-                                   [&text](const Class* cls) { return cls->name == text.name; });
-    if (!known) {
+    const Class* const cls = ClassOf(text);
+    if (text.ofHost && cls != nullptr) Comparison(*cls, text, fileName, found).Compare();
+    if (!text.ofHost && cls == nullptr) {
       found.push_back(fileName + ":" + std::to_string(text.line) + ": a description of " + text.name +
                       ", which is not registered");
     }

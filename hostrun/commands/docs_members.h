@@ -27,12 +27,16 @@ struct Member {
   const char* Kind() const;
   // As a program reads it, without what only the host needs.
   std::string Signature() const;
+  // What tells it from its overloads: "red, green, blue"; empty for what is no method.
+  std::string ParameterNames() const;
   // "alpha is 1.0 where it is left out"; empty without defaults.
   std::string Defaults() const;
 };
 
 // Every class that the bundle registered, in the order of registration.
 std::vector<const Class*> BundleClasses();
+// The registered class that a text is about; null where this host does not bring it.
+const Class* ClassOf(const ClassText& text);
 std::vector<Member> MembersOf(const Class& cls);
 
 // A line for each member without a description, each description without a member, each member described

@@ -8,33 +8,12 @@
 
 #include "hostrun/commands/docs_members.h"
 #include "hostrun/commands/docs_style.h"
+#include "hostrun/commands/xml.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {
-
-std::string Escaped(std::string_view text) {
-  std::string html;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        html += "&amp;";
-        break;
-      case '<':
-        html += "&lt;";
-        break;
-      case '>':
-        html += "&gt;";
-        break;
-      case '"':
-        html += "&quot;";
-        break;
-      default:
-        html += c;
-    }
-  }
-  return html;
-}
 
 // `...` is code.
 std::string Prose(std::string_view text) {
@@ -42,7 +21,7 @@ std::string Prose(std::string_view text) {
   bool code = false;
   for (std::size_t at = 0; at <= text.size();) {
     const std::size_t tick = std::min(text.find('`', at), text.size());
-    html += Escaped(text.substr(at, tick - at));
+    html += XmlEscaped(text.substr(at, tick - at));
     if (tick < text.size()) html += code ? "</code>" : "<code>";
     code = !code;
     at = tick + 1;
@@ -61,7 +40,7 @@ std::string Fields(const Said& said, const std::string& defaults = {}) {
   const auto row = [&rows](const char* label, const std::string& html) {
     rows += std::string("<div><dt>") + label + "</dt><dd>" + html + "</dd></div>\n";
   };
-  if (!defaults.empty()) row("Defaults", Escaped(defaults));
+  if (!defaults.empty()) row("Defaults", XmlEscaped(defaults));
   if (said.nil) row("Nil gives", Prose(*said.nil));
   if (said.raises) row("Raises", Prose(*said.raises));
   std::string html = rows.empty() ? rows : "<dl>\n" + rows + "</dl>\n";
@@ -69,20 +48,34 @@ std::string Fields(const Said& said, const std::string& defaults = {}) {
   return html;
 }
 
-// The keywords of a declaration are shown faintly, so that its names stand out.
-std::string Signature(const std::string& declaration) {
+std::string Program(const char* title, const std::string& program) {
+  if (program.empty()) return {};
+  return std::string("<figure><figcaption>") + title + "</figcaption>\n<pre><code>" + XmlEscaped(program) +
+         "</code></pre></figure>\n";
+}
+
+// The keywords of a declaration are shown faintly, so that its names stand out; a class leads to its text.
+std::string Signature(const std::string& declaration, const std::vector<ClassText>& texts) {
   static constexpr std::array<std::string_view, 3> kWords = {"as", "byref", "paramarray"};
   std::string html;
   for (std::size_t at = 0; at < declaration.size();) {
     std::size_t end = at;
     while (end < declaration.size() && std::isalnum(static_cast<unsigned char>(declaration[end])) != 0) ++end;
     if (end == at) {
-      html += Escaped(declaration.substr(at++, 1));
+      html += XmlEscaped(declaration.substr(at++, 1));
       continue;
     }
     const std::string word = declaration.substr(at, end - at);
+    const auto cls = std::find_if(texts.begin(), texts.end(), [&word](const ClassText& text) {
+      return SameName(text.name, word) && ClassOf(text) != nullptr;
+    });
+    if (cls != texts.end()) {
+      html += "<a href=\"#" + cls->name + "\">" + word + "</a>";
+      at = end;
+      continue;
+    }
     const bool quiet = std::find(kWords.begin(), kWords.end(), word) != kWords.end();
-    html += quiet ? "<i>" + word + "</i>" : Escaped(word);
+    html += quiet ? "<i>" + word + "</i>" : XmlEscaped(word);
     at = end;
   }
   return html;
@@ -98,8 +91,8 @@ std::string SwatchHtml(const ColourCard& card) {
   const std::string css = "rgb(" + Percent(card.red) + " " + Percent(card.green) + " " + Percent(card.blue) +
                           " / " + Percent(card.alpha) + ")";
   const std::string detail = card.components.empty() ? card.space : card.space + " " + card.components;
-  return R"(<div class="swatch"><span style="--c:)" + css + R"("></span><b>)" + Escaped(value) +
-         "</b><small>" + Escaped(detail) + "</small></div>\n";
+  return R"(<div class="swatch"><span style="--c:)" + css + R"("></span><b>)" + XmlEscaped(value) +
+         "</b><small>" + XmlEscaped(detail) + "</small></div>\n";
 }
 
 class Page {
@@ -113,32 +106,37 @@ class Page {
     return std::string("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n") +
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n" +
            "<meta name=\"color-scheme\" content=\"light dark\">\n<title>QVXColor reference</title>\n<style>" +
-           kDocsStyle + "</style>\n</head>\n<body>\n<header>\n<h1>QVXColor reference</h1>\n<p>" +
-           Escaped(subtitle) +
+           kDocsStyle + "</style>\n</head>\n<body>\n" +
+           "<a class=\"skip\" href=\"#main\">Skip to the members</a>\n<header>\n<h1>QVXColor "
+           "reference</h1>\n<p>" +
+           XmlEscaped(subtitle) +
            "</p>\n<label for=\"search\">Search</label>\n<input id=\"search\" type=\"search\" "
            "autocomplete=\"off\" " +
            "spellcheck=\"false\" placeholder=\"Name, type or word ( / leads here)\">\n" +
            "<output id=\"count\" for=\"search\" aria-live=\"polite\"></output>\n</header>\n<nav "
-           "aria-label=\"Members\">\n" +
-           contents_ + "</nav>\n<main>\n" + main_ +
+           "aria-label=\"Members\">\n<details id=\"contents\" open>\n<summary>Contents</summary>\n" +
+           contents_ + "</details>\n</nav>\n<main id=\"main\" tabindex=\"-1\">\n" + main_ +
            "<p id=\"none\" hidden>No member has all of these words.</p>\n</main>\n<script>" + kDocsScript +
            "</script>\n</body>\n</html>\n";
   }
 
  private:
   void AddClass(const ClassText& text) {
-    for (const Class* const cls : BundleClasses()) {
-      if (cls->name != text.name) continue;
-      members_.clear();
-      for (const Member& member : MembersOf(*cls)) members_[member.Key()] = member;
+    const Class* const cls = ClassOf(text);
+    if (cls == nullptr) return;
+    members_.clear();
+    overloads_.clear();
+    for (const Member& member : MembersOf(*cls)) {
+      members_[member.Key()] = member;
+      ++overloads_[member.Name()];
     }
     main_ += R"(<section class="class" id=")" + text.name + "\">\n<h2>" + text.name + "</h2>\n" +
-             Paragraphs(text.said);
+             Paragraphs(text.said) + Program("First steps", text.said.program);
     contents_ += R"(<section><h2><a href="#)" + text.name + R"(">)" + text.name + "</a></h2>\n";
     for (const GroupText& group : text.groups) {
-      main_ += "<section class=\"group\">\n<h3>" + Escaped(group.title) + "</h3>\n" + Paragraphs(group.said) +
-               Fields(group.said);
-      contents_ += "<h3>" + Escaped(group.title) + "</h3>\n<ul>\n";
+      main_ += "<section class=\"group\">\n<h3>" + XmlEscaped(group.title) + "</h3>\n" +
+               Paragraphs(group.said) + Fields(group.said) + Program("Example", group.said.program);
+      contents_ += "<h3>" + XmlEscaped(group.title) + "</h3>\n<ul>\n";
       for (const MemberText& member : group.members) AddMember(text, member);
       main_ += "</section>\n";
       contents_ += "</ul>\n";
@@ -152,20 +150,23 @@ class Page {
     std::string id = cls.name + "." + member.Name();
     const int uses = ++ids_[id];
     if (uses > 1) id += "-" + std::to_string(uses);
-    main_ += "<article id=\"" + Escaped(id) + "\" data-in=\"" + cls.name + "\">\n<h4><a href=\"#" +
-             Escaped(id) + "\">" + Escaped(member.Name()) + "</a> <span class=\"kind\">" + member.Kind() +
-             "</span></h4>\n";
+    std::string name = XmlEscaped(member.Name());
+    if (overloads_[member.Name()] > 1)
+      name += " <small>(" + XmlEscaped(member.ParameterNames()) + ")</small>";
+    main_ += "<article id=\"" + XmlEscaped(id) + "\" data-in=\"" + cls.name + "\">\n<h4><a href=\"#" +
+             XmlEscaped(id) + "\">" + name + "</a> <span class=\"kind\">" + member.Kind() + "</span></h4>\n";
     const auto card = cards_.find(member.Name());
     if (member.method != nullptr && member.method->shared && card != cards_.end())
       main_ += SwatchHtml(*card->second);
-    main_ += "<pre><code>" + Signature(member.Signature()) + "</code></pre>\n" + Paragraphs(text.said) +
-             Fields(text.said, member.Defaults()) + "</article>\n";
-    contents_ += "<li><a href=\"#" + Escaped(id) + "\">" + Escaped(member.Name()) + "</a></li>\n";
+    main_ += "<pre><code>" + Signature(member.Signature(), texts_) + "</code></pre>\n" +
+             Paragraphs(text.said) + Fields(text.said, member.Defaults()) + "</article>\n";
+    contents_ += "<li><a href=\"#" + XmlEscaped(id) + "\">" + name + "</a></li>\n";
   }
 
   const std::vector<ClassText>& texts_;
   std::map<std::string, const ColourCard*> cards_;
   std::map<std::string, Member> members_;  // of the class in work
+  std::map<std::string, int> overloads_;   // of the class in work: how many by that name
   std::map<std::string, int> ids_;
   std::string main_;
   std::string contents_;

@@ -31,7 +31,7 @@ input {
   width: min(32rem, 100%); font: inherit; padding: 0.35rem 0.7rem; border: 1px solid var(--edge); border-radius: 6px;
   background: var(--paper); color: var(--ink);
 }
-input:focus-visible, a:focus-visible { outline: 2px solid var(--link); outline-offset: 2px; }
+input:focus-visible, a:focus-visible, summary:focus-visible { outline: 2px solid var(--link); outline-offset: 2px; }
 input::placeholder { color: var(--soft); opacity: 1; }
 output { margin-left: 0.8rem; color: var(--soft); font-size: 0.85rem; }
 nav {
@@ -68,12 +68,44 @@ dd { margin: 0; }
 }
 .swatch b { font: 600 0.9rem ui-monospace, "DejaVu Sans Mono", monospace; }
 .swatch small { color: var(--soft); }
+figure { margin: 0.8rem 0; border-left: 4px solid var(--link); padding: 0.1rem 0 0.1rem 0.8rem; }
+figcaption { color: var(--soft); font-size: 0.85rem; }
+h4 small, nav small { font-size: 0.85em; font-weight: 400; color: var(--soft); }
+pre a { text-decoration: underline; text-underline-offset: 2px; }
+main:focus { outline: none; }
+summary { cursor: pointer; font-size: 1rem; padding: 0.4rem 0; }
+.skip {
+  position: absolute; left: 0.5rem; top: -10rem; z-index: 2; padding: 0.4rem 0.8rem; border-radius: 6px;
+  background: var(--panel); border: 1px solid var(--link);
+}
+.skip:focus { top: 0.5rem; }
 [hidden] { display: none !important; }
+@media (min-width: 52.01rem) { summary { display: none; } }
 @media (max-width: 52rem) {
-  body { grid-template-columns: minmax(0, 1fr); }
-  nav { display: none; }
+  html { scroll-padding-top: 9rem; }
+  header p { display: none; }
+  body { grid-template-columns: minmax(0, 1fr); grid-template-rows: auto auto 1fr; }
+  nav { position: static; max-height: none; padding: 0.5rem 1rem; border-bottom: 1px solid var(--edge); }
+  nav li a { padding: 0.3rem 0; }
   main { padding: 0 1rem 3rem; border-left: 0; }
   output { display: block; margin: 0.3rem 0 0; }
+}
+@media (max-height: 36rem) {
+  html { scroll-padding-top: 1rem; }
+  header { position: static; }
+}
+@media print {
+  :root {
+    --paper: #ffffff; --panel: #ffffff; --edge: #bbbbbb; --ink: #000000; --soft: #444444; --link: #000000;
+    --code: #f2f2f2; --note: #ffffff; --note-edge: #888888;
+  }
+  body { display: block; font-size: 10pt; }
+  header { position: static; padding: 0 0 0.5rem; }
+  nav, input, output, .skip { display: none; }
+  main { max-width: none; padding: 0; border: 0; }
+  article, figure, .note, .swatch { break-inside: avoid; }
+  h2, h3, h4 { break-after: avoid; }
+  .swatch span { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
 }
 )css";
 
@@ -107,6 +139,16 @@ function search() {
   document.getElementById('none').hidden = shown > 0;
   count.value = words.length ? shown + ' of ' + articles.length + ' members' : articles.length + ' members';
 }
+
+// Beside the members the contents are always open; above them they open on demand.
+const contents = document.getElementById('contents');
+const beside = matchMedia('(min-width: 52.01rem)');
+const fold = () => { contents.open = beside.matches; };
+beside.addEventListener('change', fold);
+fold();
+contents.addEventListener('click', event => {
+  if (event.target.closest('a') && !beside.matches) contents.open = false;
+});
 
 box.addEventListener('input', search);
 document.addEventListener('keydown', event => {

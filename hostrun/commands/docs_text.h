@@ -13,6 +13,7 @@ struct Said {
   std::optional<std::string> nil;     // what an empty instance or nil gives
   std::optional<std::string> raises;  // which host exceptions
   std::optional<std::string> note;    // what a reader would not expect
+  std::string program;                // that shows it; lines with their ends, empty for none
 };
 
 struct MemberText {
@@ -30,12 +31,16 @@ struct GroupText {
 struct ClassText {
   std::string name;
   int line = 0;
+  bool ofHost = false;  // the host brings it, and may not
   Said said;
   std::vector<GroupText> groups;
 };
 
 // Both throw std::runtime_error: file, line, what was wanted and what was found.
 std::vector<ClassText> ParseDescriptions(const std::string& fileName, const std::string& text);
+// The file that comes with hostrun: beside the build folder of a source tree, or where an installation puts
+// documents.
+std::string FindDescriptions();
 std::vector<ClassText> ReadDescriptions(const std::string& fileName);
 
 }  // namespace hostrun

@@ -15,6 +15,8 @@
 #include <exception>
 #include <optional>
 
+#include "hostrun/host/output.h"
+
 namespace hostrun {
 namespace {
 
@@ -117,7 +119,7 @@ std::string DescribeEnd(int status) {
 
 Outcome RunIsolated(std::chrono::milliseconds limit, const std::function<Problem(const SendLine&)>& body,
                     const std::function<void(const std::string&)>& onLine) {
-  std::fflush(nullptr);
+  FlushOutput();
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0)
     return {Status::Failed, std::string("wanted a pipe, found: ") + std::strerror(errno)};

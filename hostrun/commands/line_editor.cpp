@@ -3,12 +3,22 @@
 
 #include <editline/readline.h>
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <clocale>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <string_view>
 
 namespace hostrun {
 namespace {
@@ -25,22 +35,76 @@ void NoteInterrupt(int) {
   interrupted = 1;
 }
 
-// While a line is typed, an interrupt drops that line; while a program runs, it ends the process.
-class InterruptDropsLine {
- public:
-  InterruptDropsLine() {
-    interrupted = 0;
-    struct sigaction action {};
-    action.sa_handler = &NoteInterrupt;
-    sigaction(SIGINT, &action, &before_);
-  }
-  InterruptDropsLine(const InterruptDropsLine&) = delete;
-  InterruptDropsLine& operator=(const InterruptDropsLine&) = delete;
-  ~InterruptDropsLine() { sigaction(SIGINT, &before_, nullptr); }
+// --- pastes: a terminal that is asked to marks their beginning and their end
 
- private:
-  struct sigaction before_ {};
-};
+bool knowsPastes = false;
+bool pasting = false;
+std::string waiting;  // bytes that are read and not yet handed on
+
+void TellPastes(bool wanted) {
+  if (!knowsPastes) return;
+  std::fputs(wanted ? "\033[?2004h" : "\033[?2004l", stdout);
+  std::fflush(stdout);
+}
+
+// The next byte, or -1 at the end of the input or for an interrupt.
+int NextByte(int terminal) {
+  if (!waiting.empty()) {
+    const auto byte = static_cast<unsigned char>(waiting.front());
+    waiting.erase(0, 1);
+    return byte;
+  }
+  for (;;) {
+    unsigned char byte = 0;
+    const ssize_t count = read(terminal, &byte, 1);
+    if (count == 1) return byte;
+    if (count == 0 || errno != EINTR || interrupted != 0) return -1;
+  }
+}
+
+// Behind an escape: takes the rest of a mark, and nothing else.
+bool TakeMark(int terminal) {
+  constexpr std::string_view kBegin = "[200~";
+  constexpr std::string_view kEnd = "[201~";
+  constexpr int kGap = 50;  // ms between the bytes of one key
+  std::string taken = std::move(waiting);
+  waiting.clear();
+  while (kBegin.starts_with(taken.substr(0, kBegin.size())) ||
+         kEnd.starts_with(taken.substr(0, kEnd.size()))) {
+    if (taken.size() >= kBegin.size()) {
+      pasting = taken.starts_with(kBegin);
+      waiting = taken.substr(kBegin.size());
+      return true;
+    }
+    pollfd one{terminal, POLLIN, 0};
+    char byte = 0;
+    if (poll(&one, 1, kGap) <= 0 || read(terminal, &byte, 1) != 1) break;
+    taken += byte;
+  }
+  waiting = taken;
+  return false;
+}
+
+// The next character, however many bytes it has.
+int NextCharacter(std::FILE* in) {
+  const int terminal = fileno(in);
+  std::mbstate_t state{};
+  for (;;) {
+    const int byte = NextByte(terminal);
+    if (byte < 0) return -1;
+    if (byte == '\033' && TakeMark(terminal)) continue;
+    if (byte == '\n' || byte == '\r') TellPastes(false);
+    const char c = static_cast<char>(byte);
+    wchar_t character = 0;
+    const std::size_t used = std::mbrtowc(&character, &c, 1, &state);
+    if (used == static_cast<std::size_t>(-2)) continue;
+    if (used == static_cast<std::size_t>(-1)) {
+      state = {};
+      return '?';
+    }
+    return static_cast<int>(character);
+  }
+}
 
 // The candidates, one per call; the library frees what it is given.
 char* NextCandidate(const char* beginning, int state) {
@@ -76,11 +140,26 @@ std::string HistoryFile() {
   return error ? std::string() : (folder / "hostrun" / "history").native();
 }
 
+// A file that has grown to twice what is kept is written anew, beside and renamed.
+void ShortenHistory(const std::string& file) {
+  std::ifstream in(file);
+  const auto lines = std::count(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>(), '\n');
+  if (lines <= 2 * kKeptLines) return;
+  const std::string beside = file + "." + std::to_string(getpid());
+  std::error_code error;
+  if (write_history(beside.c_str()) == 0) std::filesystem::rename(beside, file, error);
+}
+
 }  // namespace
 
 LineEditor::LineEditor(Complete complete) {
   static char breaks[] = " \t\n\"(),=+-*/\\<>&:^";
   Completer() = std::move(complete);
+  // The library looks at the locale and at this function once, when it is first used.
+  // Letters are what the user's locale says they are, or else UTF-8.
+  const char* const locale = std::setlocale(LC_CTYPE, "");
+  if (locale == nullptr || MB_CUR_MAX == 1) std::setlocale(LC_CTYPE, "C.UTF-8");
+  rl_getc_function = &NextCharacter;
   rl_readline_name = "hostrun";
   rl_completer_word_break_characters = breaks;
   rl_attempted_completion_function = &CompleteWord;
@@ -88,21 +167,29 @@ LineEditor::LineEditor(Complete complete) {
   using_history();
   stifle_history(kKeptLines);
   const std::string file = HistoryFile();
-  if (!file.empty()) read_history(file.c_str());
-}
-
-LineEditor::~LineEditor() {
-  const std::string file = HistoryFile();
-  if (!file.empty()) write_history(file.c_str());
+  if (!file.empty()) {
+    read_history(file.c_str());
+    ShortenHistory(file);
+  }
+  const char* const terminal = std::getenv("TERM");
+  knowsPastes = terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
 LineEditor::Input LineEditor::Read(const char* prompt) {
-  const InterruptDropsLine guard;
+  interrupted = 0;
+  const InterruptHandler guard(&NoteInterrupt);  // drops the line
+  TellPastes(true);
   const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt), &std::free);
-  if (interrupted != 0) return {End::Cancelled, {}};
-  if (line == nullptr) return {End::EndOfInput, {}};
-  if (*line != 0) add_history(line.get());
-  return {End::Line, line.get()};
+  if (interrupted != 0 || line == nullptr) {
+    TellPastes(false);
+    return {interrupted != 0 ? End::Cancelled : End::EndOfInput, {}};
+  }
+  if (*line != 0) {
+    add_history(line.get());
+    const std::string file = HistoryFile();
+    if (!file.empty()) append_history(0, file.c_str());  // the library counts those before the last
+  }
+  return {End::Line, line.get(), pasting};
 }
 
 }  // namespace hostrun

@@ -9,13 +9,16 @@
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/line_editor.h"
-#include "hostrun/commands/show.h"
+#include "hostrun/commands/repl_commands.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/show.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
+#include "hostrun/language/code.h"
 #include "hostrun/language/program.h"
 #include "hostrun/language/session.h"
 
@@ -23,24 +26,19 @@ namespace hostrun {
 namespace {
 
 constexpr const char* kCommand = "hostrun repl";
-constexpr const char* kPrompt = "> ";
 constexpr const char* kMorePrompt = "... ";
 
 // --- completion
 
+constexpr std::string_view kKeywords[] = {
+    "And",  "As",    "ByRef",  "Case",  "Catch", "Const",  "Continue", "Dim",     "Do",   "DownTo",
+    "Each", "Else",  "ElseIf", "End",   "Enum",  "Exit",   "False",    "Finally", "For",  "Function",
+    "If",   "In",    "Is",     "IsA",   "Loop",  "Mod",    "New",      "Next",    "Nil",  "Not",
+    "Or",   "Print", "Quit",   "Raise", "ReDim", "Return", "Select",   "Static",  "Step", "Sub",
+    "Then", "To",    "True",   "Try",   "Until", "Var",    "Wend",     "While",   "Xor"};
+
 void AddMembers(std::set<std::string>& names, const Class& cls, bool shared) {
-  for (const Class* c = &cls; c != nullptr; c = c->super) {
-    for (const Property& property : c->properties) {
-      if (property.shared == shared) names.insert(property.name);
-    }
-    for (const Method& method : shared ? c->sharedMethods : c->methods) {
-      const bool hidden =
-          method.signature.name.starts_with('_') || SameName(method.signature.name, "Constructor");
-      if (!hidden) names.insert(method.signature.name);
-    }
-    if (!shared) continue;
-    for (const Constant& constant : c->constants) names.insert(constant.name);
-  }
+  for (const std::string& name : MemberNamesOf(cls, shared)) names.insert(name);
 }
 
 // Whole words, with what stands before a dot, in alphabetical order.
@@ -49,9 +47,8 @@ std::vector<std::string> Complete(const Binder& binder, const std::string& begin
   const std::size_t dot = beginning.rfind('.');
   const std::string owner = dot == std::string::npos ? "" : beginning.substr(0, dot);
   if (dot == std::string::npos) {
-    for (const auto& cls : TheRegistry().classes()) {
-      if (cls->defined && !cls->name.starts_with('_')) names.insert(cls->name);
-    }
+    names.insert(std::begin(kKeywords), std::end(kKeywords));
+    for (const std::string& name : ClassNames()) names.insert(name);
     for (const Method& function : TheRegistry().functions()) names.insert(function.signature.name);
     for (const std::string& name : binder.Names()) names.insert(name);
   } else if (const Type* const type = binder.TypeOfName(owner); type != nullptr) {
@@ -79,14 +76,18 @@ class Loop {
         }) {}
 
   const Binder& binder() const { return session_.binder(); }
-  const char* prompt() const { return open_.empty() ? kPrompt : kMorePrompt; }
+  // With the number that errors give the line.
+  std::string prompt() const {
+    return open_.empty() ? std::to_string(session_.nextLine()) + "> " : kMorePrompt;
+  }
   int status() const { return session_.status(); }
 
-  // False: the program asked to end.
-  bool Take(const std::string& line) {
+  // False: the program asked to end. `pasted`: an empty line may belong to a block, else it gives up on one
+  // that is not closed.
+  bool Take(const std::string& line, bool pasted) {
+    if (open_.empty() && line.starts_with(':')) return RunReplCommand(line);
     open_ += line + "\n";
-    // An empty line gives up on a block that is not closed.
-    return Run(!line.empty() || open_ == "\n");
+    return Run(!line.empty() || pasted || open_ == "\n");
   }
   void Drop() { open_.clear(); }
   // At the end of the input: a block that is still open is run as it stands, so that its error is shown.
@@ -108,17 +109,24 @@ class Loop {
   std::string open_;  // lines of a block that is not closed
 };
 
+// An interrupt ends what is running, not the process.
+void AskToInterrupt(int) {
+  interruptAsked = 1;
+}
+
 int ReadTerminal(Loop& loop) {
+  const InterruptHandler guard(&AskToInterrupt);
   LineEditor editor([&loop](const std::string& beginning) { return Complete(loop.binder(), beginning); });
-  std::printf("hostrun on a host of version %g. Tab completes, Ctrl-D ends.\n", TheHostIdentity().version);
+  std::printf("hostrun on a host of version %g. Tab completes, :help explains, Ctrl-D ends.\n",
+              TheHostIdentity().version);
   for (;;) {
     std::fflush(stdout);
-    const LineEditor::Input input = editor.Read(loop.prompt());
+    const LineEditor::Input input = editor.Read(loop.prompt().c_str());
     if (input.end == LineEditor::End::EndOfInput) break;
     if (input.end == LineEditor::End::Cancelled) {
       std::printf("\n");
       loop.Drop();
-    } else if (!loop.Take(input.line)) {
+    } else if (!loop.Take(input.line, input.pasted)) {
       return loop.status();
     }
   }
@@ -129,9 +137,7 @@ int ReadTerminal(Loop& loop) {
 
 int ReadPipe(Loop& loop) {
   for (std::string line; std::getline(std::cin, line);) {
-    // Blocks in a file may hold empty lines.
-    if (line.empty()) line = " ";
-    if (!loop.Take(line)) return loop.status();
+    if (!loop.Take(line, true)) return loop.status();
   }
   loop.Finish();
   return loop.status();
@@ -152,7 +158,9 @@ Action ReplCommand(CLI::App& app) {
   app.footer(
       "Type statements or expressions; a value that stands alone is shown. What is declared stays, and may "
       "be declared\n"
-      "anew. Blocks go over several lines; at a terminal an empty line gives one up. Errors do not end the "
+      "anew. Blocks go over several lines; at a terminal an empty line gives one up. :help, :doc "
+      "CLASS.MEMBER and\n"
+      ":quit are for the repl itself; Ctrl-C interrupts. Errors do not end the "
       "session.\n"
       "Without a terminal, lines are read from stdin and there is no prompt.\n\n"
       "Example:\n  echo 'NSColorQVX.orangeColor' | hostrun repl\n\n"

@@ -18,18 +18,52 @@ namespace {
 int RunSource(const Source& source) {
   try {
     return RunProgram(Compile(source), source);
-  } catch (const ProgramError& error) {
-    return Refuse(source.Describe(error.at(), error.what()));
+  } catch (const ProgramErrors& errors) {
+    return Refuse(source.Describe(errors));
   }
 }
 
+constexpr const char* kStandardInput = "-";
+
+Source SourceOf(const RunOptions& options) {
+  if (options.statements.empty()) {
+    return options.program == kStandardInput ? Source::FromStandardInput()
+                                             : Source::FromFile(options.program);
+  }
+  std::string text;
+  for (const std::string& line : options.statements) text += line + "\n";
+  return {"-e", std::move(text)};
+}
+
+std::vector<std::string> ArgumentsOf(const RunOptions& options) {
+  std::vector<std::string> arguments = options.arguments;
+  if (!options.statements.empty() && !options.program.empty())
+    arguments.insert(arguments.begin(), options.program);
+  return arguments;
+}
+
 }  // namespace
+
+bool NamesNoProgram(const std::string& program) {
+  return program != kStandardInput && !std::filesystem::path(program).has_extension() &&
+         !std::filesystem::exists(program);
+}
+
+int RefuseNoProgram(const std::string& program, const std::string& hint) {
+  return Refuse(program + ": wanted a program file or a command, found neither" + hint +
+                "; hostrun --help lists the commands");
+}
 
 void AddRunOptions(CLI::App& app, RunOptions& options) {
   AddHostOptions(app, options.host);
   app.add_flag("--leaks", options.leaksAreErrors,
                "End with status 1 when anything is still alive at the end");
-  app.add_option("program", options.program, "The program to run")->option_text("PROGRAM.bas")->required();
+  app.add_option("-e,--execute", options.statements,
+                 "Run these statements instead of a program file; may be repeated, each is a line")
+      ->option_text("STATEMENTS")
+      ->allow_extra_args(false);
+  app.add_option("program", options.program, "The program to run; - reads it from standard input")
+      ->option_text("PROGRAM.bas");
   app.add_option("arguments", options.arguments,
                  "What Arguments gives the program; behind -- also what begins with a dash")
       ->option_text("[ARGUMENT...]");
@@ -37,16 +71,19 @@ void AddRunOptions(CLI::App& app, RunOptions& options) {
 
 int Run(const RunOptions& options) {
   try {
-    // Most likely a command that is spelled wrong.
-    if (!std::filesystem::path(options.program).has_extension() &&
-        !std::filesystem::exists(options.program)) {
-      return Refuse(options.program +
-                    ": wanted a program file or a command, found neither; hostrun --help lists the commands");
+    if (options.statements.empty() && options.program.empty()) {
+      return Refuse(
+          "hostrun: a program is required: wanted PROGRAM.bas, - or -e STATEMENTS, found none; hostrun "
+          "--help "
+          "says more");
     }
-    const Source source = Source::FromFile(options.program);
-    const Problem problem = StartHost(options.host);
+    if (options.statements.empty() && NamesNoProgram(options.program))
+      return RefuseNoProgram(options.program, "");
+    const Source source = SourceOf(options);
+    Problem problem = StartHost(options.host);
+    if (!problem && options.started) problem = options.started();
     if (problem) return Refuse(*problem);
-    SetProgramArguments(options.arguments);
+    SetProgramArguments(ArgumentsOf(options));
     int status = kExitFine;
     {
       const PoolScope pool;

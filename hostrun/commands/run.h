@@ -3,22 +3,31 @@
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "hostrun/host/host.h"
+#include "hostrun/host/problem.h"
 
 namespace hostrun {
 
 struct RunOptions {
   HostOptions host;
   bool leaksAreErrors = false;
-  std::string program;
+  std::vector<std::string> statements;  // instead of a program
+  std::string program;                  // with statements: the first argument
   std::vector<std::string> arguments;
+  std::function<Problem()> started;  // where set, called once the bundle has registered; may refuse the run
 };
 
 // The options of a run, for a command that runs a program. `options` outlives the use of `app`.
 void AddRunOptions(CLI::App& app, RunOptions& options);
+
+// Neither a file nor something that could be the name of one: most likely a command that is spelled wrong.
+bool NamesNoProgram(const std::string& program);
+// Says so; `hint` says what may have been meant. Gives the exit status.
+int RefuseNoProgram(const std::string& program, const std::string& hint);
 
 // Starts the host, runs the program and reports on stderr what it leaves alive. Gives the exit status.
 int Run(const RunOptions& options);

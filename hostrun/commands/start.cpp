@@ -5,8 +5,11 @@
 #include <string_view>
 
 #include "hostrun/host/bundle.h"
+#include "hostrun/host/exceptions.h"
 #include "hostrun/host/platform_library.h"
+#include "hostrun/host/platform_log.h"
 #include "hostrun/host/service_list.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/sibling/sibling.h"
 
 namespace hostrun {
@@ -18,13 +21,18 @@ constexpr const char* kNoPlatform = "none";
 std::string CheckServiceName(const std::string& name) {
   bool known = false;
   std::string meant;
+  std::vector<std::string> names;
   ForEachService([&]<class>(std::string_view bundleName, std::string_view hostName) {
+    names.emplace_back(hostName);
     if (hostName == name) known = true;
     if (bundleName == name) meant = hostName;
   });
   if (known) return {};
   const std::string problem = "wanted the name of a service, found " + name;
-  return meant.empty() ? problem : problem + "; the host's name for it is " + meant;
+  if (!meant.empty()) return problem + "; the host's name for it is " + meant;
+  std::string list;
+  for (const std::string& each : names) list += (list.empty() ? "" : ", ") + each;
+  return problem + DidYouMean(name, names) + "; there are " + list;
 }
 
 }  // namespace
@@ -61,6 +69,9 @@ void AddHostOptions(CLI::App& app, HostOptions& options) {
          "--no-sibling", [&options] { options.sibling = false; },
          "Run without NSExceptionQVX, NSImageQVX and the instance cache")
       ->group(group);
+  app.add_flag("--platform-log", options.platformLog,
+               "Show at once what the platform logs, also of exceptions that are caught")
+      ->group(group);
 }
 
 Problem StartWithoutBundle(const HostOptions& options) {
@@ -68,6 +79,7 @@ Problem StartWithoutBundle(const HostOptions& options) {
   RegisterHostClasses();
   if (options.platform == kNoPlatform) return {};
   Problem problem = LoadPlatform(options.platform);
+  if (!problem && !options.platformLog) HoldPlatformLog();
   if (!problem && options.sibling) problem = InstallSibling();
   return problem;
 }

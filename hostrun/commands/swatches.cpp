@@ -107,6 +107,7 @@ int Swatches(const SwatchesOptions& options) {
     const PoolScope pool;  // for what is autoreleased outside of calls into the bundle
     return Draw(options);
   } catch (const HostException& exception) {
+    WritePlatformLogOf(exception.object());
     return Refuse("hostrun swatches: " + DescribeException(exception.object()));
   } catch (const std::exception& error) {
     return Refuse(error.what());
@@ -118,7 +119,7 @@ int Swatches(const SwatchesOptions& options) {
 Action SwatchesCommand(CLI::App& app) {
   const auto options = std::make_shared<SwatchesOptions>();
   AddHostOptions(app, options->host);
-  app.add_option("--out", options->out, "The picture to write, as .png or .svg")
+  app.add_option("--out,--output", options->out, "The picture to write, as .png or .svg")
       ->option_text("FILE (swatches.png)");
   app.add_option("--columns", options->columns, "Colours in a row")
       ->option_text("N (5)")

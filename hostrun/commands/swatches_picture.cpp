@@ -1,47 +1,34 @@
-// hostrun/commands/swatches_picture.cpp - draws cards of colours as a PNG or SVG picture.
+// hostrun/commands/swatches_picture.cpp - lays out cards of colours, and writes them as a PNG or SVG picture.
 #include "hostrun/commands/swatches_picture.h"
 
-#include <cairo/cairo-svg.h>
 #include <cairo/cairo.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
 #include "bundle/host/types.h"
+#include "hostrun/commands/output_file.h"
+#include "hostrun/commands/swatches_fit.h"
 #include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {
 
-constexpr const char* kFont = "DejaVu Sans";
 constexpr double kMargin = 24;
 constexpr double kGap = 14;
 constexpr double kTitleHeight = 40;
 constexpr double kLineHeight = 16;  // of the subtitle
 constexpr double kHeaderGap = 8;
 constexpr double kSubtitleSize = 12;
-constexpr double kCardWidth = 216;
-constexpr double kSwatchHeight = 72;
-constexpr double kCardHeight = 136;
-constexpr double kCorner = 8;
 constexpr double kInset = 10;
-constexpr double kSquare = 9;  // of the checkerboard
 constexpr double kSmallestText = 8.5;
-constexpr double kCheckerLight = 1.0;
-constexpr double kCheckerDark = 0.82;
 
-struct Rgb {
-  double red;
-  double green;
-  double blue;
-};
-constexpr Rgb kPaper{0.957, 0.961, 0.969};
-constexpr Rgb kCard{1, 1, 1};
-constexpr Rgb kEdge{0.80, 0.82, 0.85};
 constexpr Rgb kStrong{0.11, 0.12, 0.15};
 constexpr Rgb kSoft{0.33, 0.36, 0.41};
 
@@ -70,23 +57,28 @@ Rgb Over(const ColourCard& card, double ground) {
   return {mix(card.red), mix(card.green), mix(card.blue)};
 }
 
-struct Free {
-  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-  void operator()(cairo_t* pen) const { cairo_destroy(pen); }
-};
-using Surface = std::unique_ptr<cairo_surface_t, Free>;
+constexpr char32_t kSymbols = 0x2400;  // for the control characters, in their order; then others
+constexpr char32_t kDelete = 0x7F;
+constexpr char32_t kDeleteSymbol = 0x2421;
 
-// Where everything is.
-struct Layout {
-  double width = 0;
-  double height = 0;
-  double top = 0;  // of the first row of cards
-  std::vector<std::string> subtitle;
-};
+// A control character as the symbol that stands for it: a name is one line.
+std::string WithoutControls(const std::string& text) {
+  std::u32string characters = Decode(text, qvx::kEncodingUTF8);
+  for (char32_t& c : characters) {
+    if (c < U' ') c += kSymbols;
+    if (c == kDelete) c = kDeleteSymbol;
+  }
+  return Encode(characters, qvx::kEncodingUTF8);
+}
 
-class Drawing {
+// Makes texts fit their room, as wide as the picture's font makes them.
+class Fitter {
  public:
-  explicit Drawing(cairo_surface_t* surface) : pen_(cairo_create(surface)) {
+  // `drawn` here, with this machine's font: what that lacks matters.
+  explicit Fitter(bool drawn)
+      : drawn_(drawn),
+        surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1)),
+        pen_(cairo_create(surface_.get())) {
     // Widths then grow in step with the size of the text.
     cairo_font_options_t* const options = cairo_font_options_create();
     cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
@@ -95,11 +87,9 @@ class Drawing {
     cairo_font_options_destroy(options);
   }
 
-  cairo_status_t Status() const { return cairo_status(pen_.get()); }
-
-  // The words of a subtitle in as many lines as it takes.
-  std::vector<std::string> Lines(const std::string& text, double width) {
-    Font(kSubtitleSize, false);
+  // The words of a text in as many lines as it takes.
+  std::vector<std::string> Lines(const std::string& text, double size, double width) {
+    Font(size, false);
     std::vector<std::string> lines;
     std::istringstream words(text);
     for (std::string word; words >> word;) {
@@ -112,38 +102,38 @@ class Drawing {
     return lines;
   }
 
-  void Draw(const SwatchPicture& picture, const Layout& layout) {
-    Colour(kPaper);
-    cairo_paint(pen_.get());
-    const double inside = layout.width - 2 * kMargin;
-    Text(kMargin, kMargin + 18, picture.title, 20, true, kStrong, inside);
-    double line = kMargin + kTitleHeight;
-    for (const std::string& text : layout.subtitle) {
-      Text(kMargin, line, text, kSubtitleSize, false, kSoft, inside);
-      line += kLineHeight;
+  // Made smaller first, then cut.
+  FittedText Fit(double x, double y, const std::string& whole, double size, bool bold, const Rgb& colour,
+                 double width) {
+    Font(size, bold);
+    std::u32string characters = Decode(WithoutControls(whole), qvx::kEncodingUTF8);
+    if (drawn_) ReplaceMissing(characters);
+    std::string text = Encode(characters, qvx::kEncodingUTF8);
+    const double natural = WidthOf(text);
+    if (natural > width) {
+      size = std::max(kSmallestText, size * width / natural);
+      cairo_set_font_size(pen_.get(), size);
     }
-    for (std::size_t i = 0; i < picture.cards.size(); ++i) {
-      const std::size_t row = i / static_cast<std::size_t>(picture.columns);
-      const std::size_t column = i % static_cast<std::size_t>(picture.columns);
-      Card(picture.cards[i], kMargin + static_cast<double>(column) * (kCardWidth + kGap),
-           layout.top + static_cast<double>(row) * (kCardHeight + kGap));
+    while (WidthOf(text) > width + 0.5 && !characters.empty()) {
+      characters.pop_back();
+      text = Encode(characters + U"…", qvx::kEncodingUTF8);
     }
+    return {x, y, text, size, bold, colour};
   }
+
+  // Letters that the font does not have.
+  const std::set<char32_t>& missing() const { return missing_; }
 
  private:
-  void Colour(const Rgb& c, double alpha = 1) {
-    cairo_set_source_rgba(pen_.get(), c.red, c.green, c.blue, alpha);
-  }
+  struct Free {
+    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+    void operator()(cairo_t* pen) const { cairo_destroy(pen); }
+  };
 
-  void Rounded(double x, double y, double width, double height) {
-    constexpr double kQuarter = 1.5707963267948966;
-    cairo_t* const pen = pen_.get();
-    cairo_new_path(pen);
-    cairo_arc(pen, x + width - kCorner, y + kCorner, kCorner, -kQuarter, 0);
-    cairo_arc(pen, x + width - kCorner, y + height - kCorner, kCorner, 0, kQuarter);
-    cairo_arc(pen, x + kCorner, y + height - kCorner, kCorner, kQuarter, 2 * kQuarter);
-    cairo_arc(pen, x + kCorner, y + kCorner, kCorner, 2 * kQuarter, 3 * kQuarter);
-    cairo_close_path(pen);
+  void Font(double size, bool bold) {
+    cairo_select_font_face(pen_.get(), kSwatchFont, CAIRO_FONT_SLANT_NORMAL,
+                           bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(pen_.get(), size);
   }
 
   double WidthOf(const std::string& text) {
@@ -152,119 +142,105 @@ class Drawing {
     return extents.x_advance;
   }
 
-  void Font(double size, bool bold) {
-    cairo_select_font_face(pen_.get(), kFont, CAIRO_FONT_SLANT_NORMAL,
-                           bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(pen_.get(), size);
+  bool FontHas(char32_t c) {
+    if (c < kDelete) return true;
+    const std::string letter = Encode(std::u32string(1, c), qvx::kEncodingUTF8);
+    cairo_glyph_t* glyphs = nullptr;
+    int count = 0;
+    cairo_scaled_font_text_to_glyphs(cairo_get_scaled_font(pen_.get()), 0, 0, letter.c_str(),
+                                     static_cast<int>(letter.size()), &glyphs, &count, nullptr, nullptr,
+                                     nullptr);
+    const bool has = count > 0 && glyphs[0].index != 0;
+    cairo_glyph_free(glyphs);
+    return has;
   }
 
-  // Text that fits: made smaller first, then cut.
-  void Text(double x, double y, std::string text, double size, bool bold, const Rgb& colour, double width) {
-    cairo_t* const pen = pen_.get();
-    Font(size, bold);
-    const double natural = WidthOf(text);
-    if (natural > width) cairo_set_font_size(pen, std::max(kSmallestText, size * width / natural));
-    std::u32string characters = Decode(text, qvx::kEncodingUTF8);
-    while (WidthOf(text) > width + 0.5 && !characters.empty()) {
-      characters.pop_back();
-      text = Encode(characters + U"…", qvx::kEncodingUTF8);
-    }
-    Colour(colour);
-    cairo_move_to(pen, x, y);
-    cairo_show_text(pen, text.c_str());
-  }
-
-  void Checkerboard(double x, double y) {
-    cairo_t* const pen = pen_.get();
-    Colour({kCheckerLight, kCheckerLight, kCheckerLight});
-    cairo_paint(pen);
-    Colour({kCheckerDark, kCheckerDark, kCheckerDark});
-    for (int row = 0; row * kSquare < kSwatchHeight; ++row) {
-      for (int column = row % 2; column * kSquare < kCardWidth; column += 2) {
-        cairo_rectangle(pen, x + column * kSquare, y + row * kSquare, kSquare, kSquare);
+  // Symbols of control characters that the font does not have become ^I and the like; others are noted.
+  void ReplaceMissing(std::u32string& characters) {
+    std::u32string replaced;
+    for (const char32_t c : characters) {
+      if (FontHas(c)) {
+        replaced += c;
+      } else if (c >= kSymbols && c < kSymbols + U' ') {
+        replaced += {U'^', U'@' + (c - kSymbols)};
+      } else if (c == kDeleteSymbol) {
+        replaced += U"^?";
+      } else {
+        replaced += c;
+        missing_.insert(c);
       }
     }
-    cairo_fill(pen);
+    characters = std::move(replaced);
   }
 
-  void Swatch(const ColourCard& card, double x, double y) {
-    cairo_t* const pen = pen_.get();
-    cairo_save(pen);
-    Rounded(x, y, kCardWidth, kCardHeight);
-    cairo_clip(pen);
-    cairo_rectangle(pen, x, y, kCardWidth, kSwatchHeight);
-    cairo_clip(pen);
-    if (card.drawable) {
-      if (Shown(card.alpha) < 1) Checkerboard(x, y);
-      Colour({Shown(card.red), Shown(card.green), Shown(card.blue)}, Shown(card.alpha));
-      cairo_paint(pen);
-    } else {
-      Colour(kEdge);
-      cairo_set_line_width(pen, 2);
-      constexpr int kStripe = 12;
-      for (int i = -static_cast<int>(kSwatchHeight); i < static_cast<int>(kCardWidth); i += kStripe) {
-        const double at = i;
-        cairo_move_to(pen, x + at, y + kSwatchHeight);
-        cairo_line_to(pen, x + at + kSwatchHeight, y);
-      }
-      cairo_stroke(pen);
-    }
-    Colour(kEdge);
-    cairo_set_line_width(pen, 1);
-    cairo_move_to(pen, x, y + kSwatchHeight - 0.5);
-    cairo_rel_line_to(pen, kCardWidth, 0);
-    cairo_stroke(pen);
-    cairo_restore(pen);
-  }
-
-  void Card(const ColourCard& card, double x, double y) {
-    cairo_t* const pen = pen_.get();
-    Rounded(x, y, kCardWidth, kCardHeight);
-    Colour(kCard);
-    cairo_fill(pen);
-    Swatch(card, x, y);
-    Rounded(x, y, kCardWidth, kCardHeight);
-    Colour(kEdge);
-    cairo_set_line_width(pen, 1);
-    cairo_stroke(pen);
-
-    const double width = kCardWidth - 2 * kInset;
-    const Ink ink = InkOn(card);
-    const Rgb onSwatch = ink.white ? Rgb{1, 1, 1} : Rgb{0, 0, 0};
-    std::string value = card.drawable ? card.hex : "no RGB form";
-    if (card.drawable && card.alpha < 1) value += "  alpha " + ComponentText(card.alpha);
-    Text(x + kInset, y + kSwatchHeight - kInset, value, 13, true, card.drawable ? onSwatch : kStrong, width);
-    double line = y + kSwatchHeight + 20;
-    Text(x + kInset, line, card.name, 12, true, kStrong, width);
-    Text(x + kInset, line += 18, card.space, 10.5, false, kSoft, width);
-    // A named colour holds no components of its own: what it is resolved to is shown in their place.
-    std::string components = card.components;
-    if (components.empty() && card.drawable) {
-      components = "\u2192 " + ComponentText(card.red) + " " + ComponentText(card.green) + " " +
-                   ComponentText(card.blue) + " " + ComponentText(card.alpha);
-    }
-    Text(x + kInset, line + 16, components, 10.5, false, kSoft, width);
-  }
-
+  bool drawn_;
+  std::unique_ptr<cairo_surface_t, Free> surface_;
   std::unique_ptr<cairo_t, Free> pen_;
+  std::set<char32_t> missing_;
 };
 
-void Check(cairo_status_t status, const std::string& file) {
-  if (status == CAIRO_STATUS_SUCCESS) return;
-  throw std::runtime_error(file + ": wanted to write a picture, found: " + cairo_status_to_string(status));
+FittedCard FitCard(Fitter& fitter, const ColourCard& card, double x, double y) {
+  const double width = kCardWidth - 2 * kInset;
+  FittedCard fitted{x, y, WithoutControls(card.name), {}, Shown(card.alpha), {}};
+  if (card.drawable) fitted.colour = Rgb{Shown(card.red), Shown(card.green), Shown(card.blue)};
+  const auto add = [&](double at, const std::string& text, double size, bool bold, const Rgb& colour) {
+    fitted.texts.push_back(fitter.Fit(kInset, at, text, size, bold, colour, width));
+  };
+  const Rgb onSwatch = InkOn(card).white ? Rgb{1, 1, 1} : Rgb{0, 0, 0};
+  std::string value = card.drawable ? card.hex : "no RGB form";
+  if (card.drawable && card.alpha < 1) value += "  alpha " + ComponentText(card.alpha);
+  add(kSwatchHeight - kInset, value, 13, true, card.drawable ? onSwatch : kStrong);
+  double line = kSwatchHeight + 20;
+  add(line, card.name, 12, true, kStrong);
+  add(line += 18, card.space, 10.5, false, kSoft);
+  // A named colour holds no components of its own: what it is resolved to is shown in their place.
+  std::string components = card.components;
+  if (components.empty() && card.drawable) {
+    components = "\u2192 " + ComponentText(card.red) + " " + ComponentText(card.green) + " " +
+                 ComponentText(card.blue) + " " + ComponentText(card.alpha);
+  }
+  add(line + 16, components, 10.5, false, kSoft);
+  return fitted;
 }
 
-Layout LayoutOf(const SwatchPicture& picture) {
-  const Surface scratch(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1));
+FittedPicture FitPicture(Fitter& fitter, const SwatchPicture& picture) {
   const auto columns = static_cast<std::size_t>(picture.columns);
   const std::size_t rows = (picture.cards.size() + columns - 1) / columns;
-  Layout layout;
-  layout.width = 2 * kMargin + picture.columns * (kCardWidth + kGap) - kGap;
-  layout.subtitle = Drawing(scratch.get()).Lines(picture.subtitle, layout.width - 2 * kMargin);
-  layout.top =
-      kMargin + kTitleHeight + static_cast<double>(layout.subtitle.size()) * kLineHeight + kHeaderGap;
-  layout.height = layout.top + static_cast<double>(rows) * (kCardHeight + kGap) - kGap + kMargin;
-  return layout;
+  FittedPicture fitted;
+  fitted.width = 2 * kMargin + picture.columns * (kCardWidth + kGap) - kGap;
+  fitted.title = WithoutControls(picture.title);
+  const double inside = fitted.width - 2 * kMargin;
+  fitted.texts.push_back(fitter.Fit(kMargin, kMargin + 18, picture.title, 20, true, kStrong, inside));
+  double line = kMargin + kTitleHeight;
+  for (const std::string& text : fitter.Lines(picture.subtitle, kSubtitleSize, inside)) {
+    fitted.texts.push_back(fitter.Fit(kMargin, line, text, kSubtitleSize, false, kSoft, inside));
+    line += kLineHeight;
+  }
+  const double top = line + kHeaderGap;
+  for (std::size_t i = 0; i < picture.cards.size(); ++i) {
+    fitted.cards.push_back(FitCard(fitter, picture.cards[i],
+                                   kMargin + static_cast<double>(i % columns) * (kCardWidth + kGap),
+                                   top + static_cast<double>(i / columns) * (kCardHeight + kGap)));
+  }
+  fitted.height = top + static_cast<double>(rows) * (kCardHeight + kGap) - kGap + kMargin;
+  return fitted;
+}
+
+// One line for people. An SVG is drawn with whatever fonts its reader has.
+void SayWhatIsMissing(const std::set<char32_t>& letters) {
+  constexpr std::size_t kMost = 8;
+  if (letters.empty()) return;
+  std::string text;
+  std::size_t count = 0;
+  for (const char32_t c : letters) {
+    if (count++ == kMost) break;
+    char code[16];
+    std::snprintf(code, sizeof code, " (U+%04X)", static_cast<unsigned>(c));
+    text += (text.empty() ? "" : ", ") + Encode(std::u32string(1, c), qvx::kEncodingUTF8) + code;
+  }
+  if (letters.size() > kMost) text += " and " + std::to_string(letters.size() - kMost) + " more";
+  std::fprintf(stderr, "hostrun: the font %s has no %s; boxes are drawn in their place, an .svg shows them\n",
+               kSwatchFont, text.c_str());
 }
 
 }  // namespace
@@ -283,19 +259,11 @@ void WriteSwatchPicture(const SwatchPicture& picture, const std::string& file) {
     throw std::runtime_error(file + ": wanted a file name that ends in .png or .svg, found " +
                              (extension.empty() ? "none of them" : extension));
   }
-  const Layout layout = LayoutOf(picture);
   const bool vector = extension == ".svg";
-  const Surface surface(vector
-                            ? cairo_svg_surface_create(file.c_str(), layout.width, layout.height)
-                            : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(layout.width),
-                                                         static_cast<int>(layout.height)));
-  Check(cairo_surface_status(surface.get()), file);
-  Drawing drawing(surface.get());
-  drawing.Draw(picture, layout);
-  Check(drawing.Status(), file);
-  if (!vector) Check(cairo_surface_write_to_png(surface.get(), file.c_str()), file);
-  cairo_surface_finish(surface.get());
-  Check(cairo_surface_status(surface.get()), file);
+  Fitter fitter(!vector);
+  const FittedPicture fitted = FitPicture(fitter, picture);
+  WriteFile(file, vector ? SvgOf(fitted) : PngOf(fitted));
+  SayWhatIsMissing(fitter.missing());
 }
 
 }  // namespace hostrun

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "hostrun/host/output.h"
 #include "hostrun/language/program.h"
 
 namespace hostrun {
@@ -67,7 +68,7 @@ int Refuse(std::string_view command, std::string_view line) {
 }
 
 int Refuse(std::string_view line) {
-  std::fflush(stdout);
+  FlushOutput();
   std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
   return kExitUse;
 }

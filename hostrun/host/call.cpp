@@ -6,6 +6,7 @@
 
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/platform_library.h"
+#include "hostrun/host/platform_log.h"
 
 extern "C" {
 std::uint64_t runner_call_words(qvx::REALproc function, const std::uint32_t* words, std::uint32_t count);
@@ -69,6 +70,7 @@ Value CallAcross(const Method& method, const ArgumentWords& words) {
   const bool replaced = native != nullptr && NativePointerOf(self) != native;
   if (replaced && nativeReplaced != nullptr) nativeReplaced(self, native);
   ThrowPendingException();
+  WritePlatformLog();
   return result;
 }
 
@@ -87,16 +89,20 @@ Value CallObserved(const Method& method, const ArgumentWords& words) {
 // A constructor or destructor that somebody sees.
 class ObservedLife {
  public:
-  ObservedLife(const Class& cls, bool constructor) : class_(cls), constructor_(constructor) {
-    if (observer != nullptr && cls.origin == Origin::Bundle) observer->EnterLife(class_, constructor_);
+  ObservedLife(Object* object, const Class& cls, bool constructor)
+      : object_(object), class_(cls), constructor_(constructor) {
+    if (observer != nullptr && cls.origin == Origin::Bundle)
+      observer->EnterLife(object_, class_, constructor_);
   }
   ObservedLife(const ObservedLife&) = delete;
   ObservedLife& operator=(const ObservedLife&) = delete;
   ~ObservedLife() {
-    if (observer != nullptr && class_.origin == Origin::Bundle) observer->LeaveLife(class_, constructor_);
+    if (observer != nullptr && class_.origin == Origin::Bundle)
+      observer->LeaveLife(object_, class_, constructor_);
   }
 
  private:
+  Object* object_;
   const Class& class_;
   bool constructor_;
 };
@@ -163,7 +169,7 @@ void CallLifecycle(const Class& cls, void (*function)(qvx::REALobject), Object* 
     function(HandleOf(object));
     return;
   }
-  const ObservedLife life(cls, cls.definition != nullptr && function == cls.definition->constructor);
+  const ObservedLife life(object, cls, cls.definition != nullptr && function == cls.definition->constructor);
   try {
     Cross(cls.name, [&] {
       function(HandleOf(object));

@@ -26,9 +26,9 @@ class CallObserver {
   // Either a result or an exception.
   virtual void Leave(const Method& method, const ArgumentWords& words, const Value* result,
                      Object* exception) = 0;
-  // The constructor or destructor of a definition.
-  virtual void EnterLife(const Class& cls, bool constructor) = 0;
-  virtual void LeaveLife(const Class& cls, bool constructor) = 0;
+  // The constructor or destructor of a definition, on an instance of it.
+  virtual void EnterLife(Object* object, const Class& cls, bool constructor) = 0;
+  virtual void LeaveLife(Object* object, const Class& cls, bool constructor) = 0;
 };
 // Null: nobody.
 void SetCallObserver(CallObserver* observer);

@@ -2,8 +2,11 @@
 #include "hostrun/host/exceptions.h"
 
 #include <array>
+#include <cstdio>
 
 #include "hostrun/host/call.h"
+#include "hostrun/host/output.h"
+#include "hostrun/host/platform_log.h"
 #include "hostrun/host/records.h"
 #include "hostrun/host/registry.h"
 
@@ -56,6 +59,7 @@ constexpr std::array kDescendants = {
     "TypeMismatchException",         "IllegalCastException",
     "InvalidArgumentException",      "DivisionByZeroException",
     "StackOverflowException",        "IOException",
+    "KeyNotFoundException",
 };
 
 }  // namespace
@@ -100,6 +104,7 @@ void RaiseHostException(std::string_view className, std::string_view message) {
 void ThrowException(ObjectRef exception) {
   std::vector<TraceLine>& trace = Data(exception.get()).trace;
   if (trace.empty() && TraceSource()) TraceSource()(trace);
+  Data(exception.get()).platformLog += TakePlatformLog();
   throw HostException(std::move(exception));
 }
 
@@ -114,6 +119,11 @@ void ThrowPendingException() {
 
 void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source) {
   TraceSource() = std::move(source);
+}
+
+void WritePlatformLogOf(Object* exception) {
+  FlushOutput();
+  std::fputs(Data(exception).platformLog.c_str(), stderr);
 }
 
 std::string DescribeException(Object* exception) {

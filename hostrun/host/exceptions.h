@@ -25,6 +25,7 @@ struct ExceptionData {
   StringRef message;
   std::int32_t errorNumber = 0;
   std::vector<TraceLine> trace;  // innermost first; empty until it is thrown
+  std::string platformLog;       // what the platform logged in the calls that it came out of
 };
 
 // A host exception on its way through the runner.
@@ -53,6 +54,9 @@ void ThrowPendingException();
 
 // Fills the trace of an exception that is thrown for the first time.
 void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source);
+
+// Writes to stderr what the platform logged of it: nobody caught it.
+void WritePlatformLogOf(Object* exception);
 
 // "Class: message", as for an uncaught one.
 std::string DescribeException(Object* exception);

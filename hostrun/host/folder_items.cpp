@@ -171,6 +171,7 @@ Object* NewFolderItem(const std::string& path) {
 }
 
 std::string FolderItemPath(Object* item) {
+  if (item == nullptr) RaiseHostException("NilObjectException", "The folder item is nil.");
   return PathIn(item).native();
 }
 

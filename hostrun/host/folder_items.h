@@ -13,6 +13,7 @@ namespace hostrun {
 void RegisterFolderItemClass();
 
 Object* NewFolderItem(const std::string& path);
+// NilObjectException without an item.
 std::string FolderItemPath(Object* item);
 
 // Without `leafName`: the item itself, if it exists. With it: the item's parent folder, if that exists, and

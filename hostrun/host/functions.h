@@ -20,5 +20,7 @@ std::string NumberText(double number, int digits);
 std::string DisplayText(const Value& value);
 // A value as CStr shows it: as many digits as it takes to read the same number back.
 std::string ExactText(const Value& value);
+// A value as a program would write it: exact, text in quotes.
+std::string LiteralText(const Value& value);
 
 }  // namespace hostrun

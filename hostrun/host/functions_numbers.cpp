@@ -101,10 +101,14 @@ double Rnd() {
   return std::uniform_real_distribution<double>(0, 1)(engine);
 }
 
-double Microseconds() {
-  using std::chrono::duration;
-  using std::chrono::steady_clock;
-  return duration<double, std::micro>(steady_clock::now().time_since_epoch()).count();
+// Since some moment in the past; the clock never goes back.
+template <class Unit>
+double Elapsed() {
+  const auto since = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration<double, Unit>(since).count();
+}
+std::int32_t Ticks() {
+  return static_cast<std::int32_t>(static_cast<std::int64_t>(Elapsed<std::ratio<1, 60>>()));
 }
 
 std::uint32_t Channel(double value) {
@@ -176,7 +180,9 @@ void RegisterNumberFunctions() {
   add("CLong(x as double) as integer", &CLong);
   add("CInt64(x as double) as int64", &CInt64);
   add("Rnd as double", &Rnd);
-  add("Microseconds as double", &Microseconds);
+  add("Microseconds as double", &Elapsed<std::micro>);
+  add("Milliseconds as double", &Elapsed<std::milli>);
+  add("Ticks as integer", &Ticks);
   add("RGB(red as integer, green as integer, blue as integer) as color", &Rgb);
   add("HSV(hue as double, saturation as double, value as double) as color", &Hsv);
   add("CMY(cyan as double, magenta as double, yellow as double) as color", &Cmy);

@@ -120,22 +120,41 @@ HostString* ReplaceAll(HostString* s, HostString* find, HostString* with) {
   return Replaced(s, find, with, true);
 }
 
-Object* Split(HostString* source, HostString* delimiter) {
-  ObjectRef array = ObjectRef::Adopt(NewArray(*TypeOf(Kind::String), -1));
-  std::vector<Value>& items = ArrayDataOf(array.get()).items;
+// What stands between the marks; each character alone where there is no mark, nothing in an empty text.
+std::vector<std::string> FieldsOf(HostString* source, HostString* delimiter) {
+  std::vector<std::string> fields;
   const std::string text = Utf8Of(source);
   const std::string mark = Utf8Of(delimiter);
-  if (text.empty()) return array.Detach();
+  if (text.empty()) return fields;
   if (mark.empty()) {
-    for (const char32_t c : CodePointsOf(source)) items.push_back(Value::Adopt(FromCodePoints({&c, 1})));
-    return array.Detach();
+    for (const char32_t c : CodePointsOf(source)) fields.push_back(Encode({&c, 1}, qvx::kEncodingUTF8));
+    return fields;
   }
   std::size_t start = 0;
   for (std::size_t at = 0; (at = text.find(mark, start)) != std::string::npos; start = at + mark.size()) {
-    items.push_back(Value::Text(text.substr(start, at - start)));
+    fields.push_back(text.substr(start, at - start));
   }
-  items.push_back(Value::Text(text.substr(start)));
+  fields.push_back(text.substr(start));
+  return fields;
+}
+
+Object* Split(HostString* source, HostString* delimiter) {
+  ObjectRef array = ObjectRef::Adopt(NewArray(*TypeOf(Kind::String), -1));
+  for (const std::string& field : FieldsOf(source, delimiter)) {
+    ArrayDataOf(array.get()).items.push_back(Value::Text(field));
+  }
   return array.Detach();
+}
+
+// From 1; empty where there is no such field.
+HostString* NthField(HostString* source, HostString* delimiter, std::int32_t number) {
+  const std::vector<std::string> fields = FieldsOf(source, delimiter);
+  if (number < 1 || static_cast<std::size_t>(number) > fields.size()) return nullptr;
+  return NewString(fields[static_cast<std::size_t>(number) - 1]);
+}
+
+std::int32_t CountFields(HostString* source, HostString* delimiter) {
+  return static_cast<std::int32_t>(FieldsOf(source, delimiter).size());
 }
 
 HostString* Join(Object* array, HostString* delimiter) {
@@ -199,24 +218,35 @@ double Val(HostString* s) {
   return error == std::errc() && std::isfinite(number) ? number : 0;
 }
 
+Value ValueOf(double number) {
+  return Value::Double(number);
+}
+Value ValueOf(std::int64_t number) {
+  return Value::Int64(number);
+}
+
 // "0" a digit always, "#" a digit if there is one, "." the point, "," thousands, "%" times 100, "-" or "+"
 // the sign.
-HostString* Format(double number, HostString* pattern) {
+// Number: double, or std::int64_t so that none of its digits gets lost.
+template <class Number>
+HostString* Format(Number number, HostString* pattern) {
   const std::string form = Utf8Of(pattern);
   const std::size_t first = form.find_first_of("0#.,");
-  if (first == std::string::npos) return NewString(NumberText(number, kShownDigits) + form);
+  if (first == std::string::npos) return NewString(ExactText(ValueOf(number)) + form);
   const std::size_t last = form.find_last_of("0#.,") + 1;
   const std::string digits = form.substr(first, last - first);
   const std::size_t point = std::min(digits.find('.'), digits.size());
   const std::string whole = digits.substr(0, point);
   const std::string fraction = point < digits.size() ? digits.substr(point + 1) : std::string();
-  if (form.find('%') != std::string::npos) number *= 100;
+  // Wide enough for every digit of both kinds.
+  const long double scaled =
+      static_cast<long double>(number) * (form.find('%') != std::string::npos ? 100 : 1);
 
   const std::size_t lastRequired = fraction.find_last_of('0');
   const std::size_t required = lastRequired == std::string::npos ? 0 : lastRequired + 1;
   std::array<char, 512> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%.*f",
-                static_cast<int>(std::min<std::size_t>(fraction.size(), 100)), std::fabs(number));
+  std::snprintf(buffer.data(), buffer.size(), "%.*Lf",
+                static_cast<int>(std::min<std::size_t>(fraction.size(), 100)), std::fabs(scaled));
   std::string text = buffer.data();
   const std::size_t dot = std::min(text.find('.'), text.size());
   std::string after = dot < text.size() ? text.substr(dot + 1) : std::string();
@@ -230,7 +260,7 @@ HostString* Format(double number, HostString* pattern) {
   }
   std::string prefix = form.substr(0, first);
   const bool zero = text.find_first_of("123456789") == std::string::npos;
-  const bool negative = std::signbit(number) && !zero;
+  const bool negative = std::signbit(scaled) && !zero;
   if (const std::size_t sign = prefix.find_first_of("+-"); sign != std::string::npos) {
     const bool plus = prefix[sign] == '+';
     prefix.replace(sign, 1, negative ? "-" : plus ? "+" : "");
@@ -318,6 +348,17 @@ std::string ExactText(const Value& value) {
   return {buffer.data(), end};
 }
 
+std::string LiteralText(const Value& value) {
+  if (value.IsNil()) return "Nil";
+  if (value.kind() != Kind::String) return ExactText(value);
+  std::string text = "\"";
+  for (const char c : Utf8Of(value.string())) {
+    if (c == '"') text += '"';
+    text += c;
+  }
+  return text + '"';
+}
+
 void RegisterTextFunctions() {
   Registry& registry = TheRegistry();
   const auto add = [&registry](const char* declaration, auto function) {
@@ -338,6 +379,8 @@ void RegisterTextFunctions() {
   add("Replace(source as string, find as string, replacement as string) as string", &Replace);
   add("ReplaceAll(source as string, find as string, replacement as string) as string", &ReplaceAll);
   add("Split(source as string, delimiter as string = \" \") as string()", &Split);
+  add("NthField(source as string, delimiter as string, number as integer) as string", &NthField);
+  add("CountFields(source as string, delimiter as string) as integer", &CountFields);
   add("Join(parts() as string, delimiter as string = \" \") as string", &Join);
   add("Hex(number as int64) as string", &InBase<16>);
   add("Bin(number as int64) as string", &InBase<2>);
@@ -347,10 +390,12 @@ void RegisterTextFunctions() {
   add("StrComp(a as string, b as string, mode as integer = 1) as integer", &StrComp);
   add("Val(s as string) as double", &Val);
   add("CDbl(s as string) as double", &Val);
-  add("Format(number as double, pattern as string) as string", &Format);
+  add("Format(number as int64, pattern as string) as string", &Format<std::int64_t>);
+  add("Format(number as double, pattern as string) as string", &Format<double>);
   add("Str(number as int64) as string", &StrInteger);
   add("Str(number as double) as string", &StrDouble);
-  add("Str(number as double, pattern as string) as string", &Format);
+  add("Str(number as int64, pattern as string) as string", &Format<std::int64_t>);
+  add("Str(number as double, pattern as string) as string", &Format<double>);
   add("Str(value as variant) as string", &StrVariant);
   add("CStr(value as variant) as string", &CStr);
   add("ConvertEncoding(s as string, encoding as integer) as string", &ConvertEncoding);

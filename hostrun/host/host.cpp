@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostrun/host/arrays.h"
+#include "hostrun/host/dictionaries.h"
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/folder_items.h"
 #include "hostrun/host/functions.h"
@@ -12,6 +13,7 @@
 #include "hostrun/host/objects.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/strings.h"
+#include "hostrun/host/text_files.h"
 
 namespace hostrun {
 namespace {
@@ -47,6 +49,8 @@ void RegisterHostClasses() {
   ArrayClass();
   RegisterMemoryBlockClass();
   RegisterFolderItemClass();
+  RegisterTextFileClass();
+  RegisterDictionaryClass();
   RegisterTextFunctions();
   RegisterNumberFunctions();
 }

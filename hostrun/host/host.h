@@ -13,6 +13,7 @@ struct HostOptions {
   std::string bundle;    // file
   std::string platform;  // file; "none" for a bundle that needs none
   bool sibling = true;
+  bool platformLog = false;  // the platform's log lines are written at once, and none is dropped
 };
 
 // Registers what every host knows. To be called once, before anything else.

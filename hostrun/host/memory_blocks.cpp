@@ -109,19 +109,14 @@ void Save(Object* self, const std::string& path) {
   if (!out) FileTrouble("write", path);
 }
 
-std::string PathOf(Object* item) {
-  if (item == nullptr) RaiseHostException("NilObjectException", "The folder item is nil.");
-  return FolderItemPath(item);
-}
-
 Object* LoadFromItem(Object* item) {
-  return Load(PathOf(item));
+  return Load(FolderItemPath(item));
 }
 Object* LoadFromPath(HostString* path) {
   return Load(Utf8Of(path));
 }
 void SaveToItem(Object* self, Object* item) {
-  Save(self, PathOf(item));
+  Save(self, FolderItemPath(item));
 }
 void SaveToPath(Object* self, HostString* path) {
   Save(self, Utf8Of(path));

@@ -83,9 +83,23 @@ struct RoutineDeclaration {
   Position end;
 };
 
-// The whole program: the statements of its own level, and its routines in the order of the text.
+// An enumeration: names of whole numbers.
+struct EnumDeclaration {
+  struct Member {
+    Position at;
+    std::string name;
+    ExpressionPtr value;  // null: one more than the member before it, or 0
+  };
+  Position at;
+  std::string name;
+  std::vector<Member> members;
+};
+
+// The whole program: the statements of its own level, and its routines and enumerations in the
+// order of the text.
 struct ProgramText {
   Block body;
+  std::vector<EnumDeclaration> enums;
   std::vector<RoutineDeclaration> routines;
 };
 

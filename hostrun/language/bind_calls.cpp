@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "hostrun/host/registry.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/code_arrays.h"
@@ -242,6 +243,7 @@ CodePtr Binder::BindCall(const Expression& call) {
     return IndexInto(callee.at, MakeVariable(callee.at, *variable), arguments);
   }
   if (routinesByName_.contains(lower)) return BindNamedCall(callee, arguments);
+  if (lower == "if") return BindChoice(callee, arguments);
   if (lower == "array") return std::make_unique<ArrayLiteral>(callee.at, BindArguments(arguments));
   if (lower == "ubound" && arguments.size() == 1) {
     CodePtr array = BindValue(*arguments[0]);
@@ -256,8 +258,9 @@ CodePtr Binder::BindCall(const Expression& call) {
   const Type* const type = TypeNamed(callee.name);
   const bool known = type->kind != Kind::Object || (type->cls->defined && !callee.name.starts_with('_'));
   if (!known)
-    Fail(callee.at, "wanted a function, an array or a class before '(', found " + callee.name +
-                        ", which is not declared");
+    FailUnknown(callee.at, callee.name,
+                "wanted a function, an array or a class before '(', found " + callee.name +
+                    ", which is not declared");
   if (arguments.size() != 1)
     Fail(callee.at,
          "wanted one value to see as " + type->name + ", found " + std::to_string(arguments.size()));
@@ -271,6 +274,11 @@ CodePtr Binder::BindCall(const Expression& call) {
 CodePtr Binder::BindMember(const Expression& member, const std::vector<const Expression*>* arguments) {
   const Expression& object = *member.children[0];
   if (Class* const cls = ClassOf(object)) return BindSharedMember(member, *cls, arguments);
+  const Variable* const named = object.kind == Expression::Kind::Name ? FindVariable(object.name) : nullptr;
+  if (named != nullptr && named->where == Variable::Where::Enumeration) {
+    if (arguments != nullptr) Fail(member.at, member.name + " is a constant and takes no arguments");
+    return BindEnumerationMember(member);
+  }
   CodePtr code = BindValue(object);
   switch (code->type->kind) {
     case Kind::Object:
@@ -284,6 +292,8 @@ CodePtr Binder::BindMember(const Expression& member, const std::vector<const Exp
       }
       Fail(member.at,
            "wanted Red, Green, Blue, Alpha, Hue, Saturation or Value of a Color, found " + member.name);
+    case Kind::String:
+      return BindTextMember(member, std::move(code), arguments);
     case Kind::Variant:
       Fail(member.at,
            "wanted an object of a known class, found a Variant; write Class(value)." + member.name);
@@ -313,7 +323,7 @@ CodePtr Binder::BindInstanceMember(const Expression& member, CodePtr object,
     Fail(member.at, member.name + " belongs to the class: write " + cls.name + "." + member.name);
   }
   Fail(member.at, "wanted a method or a property of " + cls.name + ", found " + member.name +
-                      ", which it does not have");
+                      ", which it does not have" + DidYouMean(member.name, MemberNamesOf(cls, false)));
 }
 
 CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
@@ -333,17 +343,51 @@ CodePtr Binder::BindSharedMember(const Expression& member, Class& cls,
     Fail(member.at, member.name + " belongs to instances of " + cls.name + ": wanted an object before '.'");
   }
   Fail(member.at, "wanted a shared method or a constant of " + cls.name + ", found " + member.name +
-                      ", which it does not have");
+                      ", which it does not have" + DidYouMean(member.name, MemberNamesOf(cls, true)));
+}
+
+std::vector<std::string> Binder::MembersOf(const std::string& enumeration) const {
+  std::vector<std::string> names;
+  const std::string prefix = LowerName(enumeration) + ".";
+  for (const auto& [lower, variable] : scopes_.front()) {
+    if (lower.starts_with(prefix)) names.push_back(variable.name.substr(prefix.size()));
+  }
+  return names;
+}
+
+CodePtr Binder::BindEnumerationMember(const Expression& member) {
+  const std::string& enumeration = member.children[0]->name;
+  const Variable* const constant = FindVariable(enumeration + "." + member.name);
+  if (constant == nullptr) {
+    Fail(member.at, "wanted a member of " + enumeration + ", found " + member.name +
+                        ", which it does not have" + DidYouMean(member.name, MembersOf(enumeration)));
+  }
+  return MakeVariable(member.at, *constant);
+}
+
+CodePtr Binder::BindTextMember(const Expression& member, CodePtr text,
+                               const std::vector<const Expression*>* arguments) {
+  if (!SameName(member.name, "length") && !SameName(member.name, "count")) {
+    Fail(member.at, "wanted Length or Count of a String, found " + member.name +
+                        "; the functions of language.md take a text as their argument");
+  }
+  if (arguments != nullptr && !arguments->empty())
+    Fail(member.at,
+         member.name + " of a String wants no arguments, found " + std::to_string(arguments->size()));
+  const Method& length = *TheRegistry().FunctionsNamed("len").front();
+  Arguments only;
+  only.push_back(std::move(text));
+  return CallOneOf(member, {{&length.signature, &length, nullptr}}, nullptr, std::move(only));
 }
 
 CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array,
                                 const std::vector<const Expression*>* arguments) {
   const ArrayMember* const found = FindArrayMember(member.name);
   if (found == nullptr) {
-    Fail(member.at,
-         "wanted a member of an array, found " + member.name +
-             "; there are UBound, LastIndex, Count, Append, Add, Insert, AddAt, Remove, RemoveAt, RemoveAll, "
-             "IndexOf, Pop and Sort");
+    Fail(member.at, "wanted a member of an array, found " + member.name +
+                        "; there are UBound, LastIndex, Count, Length, Append, Add, Insert, AddAt, Remove, "
+                        "RemoveAt, RemoveAll, "
+                        "IndexOf, Pop and Sort");
   }
   const Type& type = *array->type;
   const std::size_t given = arguments == nullptr ? 0 : arguments->size();
@@ -360,6 +404,24 @@ CodePtr Binder::BindArrayMember(const Expression& member, CodePtr array,
                                   "argument " + std::to_string(i + 1) + " of " + member.name));
   }
   return std::make_unique<ArrayCall>(member.at, *found, std::move(array), std::move(bound));
+}
+
+// Of the two values the one that is not chosen is not evaluated.
+CodePtr Binder::BindChoice(const Expression& at, const std::vector<const Expression*>& arguments) {
+  if (arguments.size() != 3) {
+    Fail(at.at,
+         "If(...) wants a condition and two values, found " + Plural(std::to_string(arguments.size())));
+  }
+  CodePtr condition = BindCondition(*arguments[0]);
+  CodePtr whenTrue = BindValue(*arguments[1]);
+  CodePtr whenFalse = BindValue(*arguments[2]);
+  const Type* type = CommonType(*whenTrue->type, *whenFalse->type);
+  if (ConversionCost(*whenTrue, *type) < 0 || ConversionCost(*whenFalse, *type) < 0) {
+    type = TypeOf(Kind::Variant);
+  }
+  return std::make_unique<Choice>(at.at, type, std::move(condition),
+                                  MakeConversion(std::move(whenTrue), type),
+                                  MakeConversion(std::move(whenFalse), type));
 }
 
 CodePtr Binder::BindNew(const Expression& made) {

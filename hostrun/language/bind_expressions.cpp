@@ -1,5 +1,6 @@
 // hostrun/language/bind_expressions.cpp - settles expressions.
 #include "hostrun/host/registry.h"
+#include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/code_conversions.h"
@@ -16,12 +17,38 @@ const Binder::Variable* Binder::FindVariable(const std::string& name) const {
     const auto found = scope->find(lower);
     if (found != scope->end()) return &found->second;
   }
+  if (refused_.contains(lower)) throw Consequence();
   return nullptr;
+}
+
+std::vector<std::string> Binder::TypeNames() const {
+  std::vector<std::string> names = ClassNames();
+  for (const Kind kind : {Kind::Boolean, Kind::Integer, Kind::Int64, Kind::Single, Kind::Double, Kind::Color,
+                          Kind::String, Kind::Variant}) {
+    names.push_back(TypeOf(kind)->name);
+  }
+  return names;
+}
+
+std::vector<std::string> Binder::KnownNames() const {
+  std::vector<std::string> names;
+  for (const Scope& scope : scopes_) {
+    for (const auto& [lower, variable] : scope) names.push_back(variable.name);
+  }
+  for (const auto& [lower, routine] : routinesByName_) names.push_back(routine->signature.name);
+  for (const Method& function : TheRegistry().functions()) names.push_back(function.signature.name);
+  for (const std::string& name : ClassNames()) names.push_back(name);
+  return names;
+}
+
+void Binder::FailUnknown(Position at, const std::string& name, const std::string& message) {
+  if (collecting_) refused_.insert(LowerName(name));
+  Fail(at, message + DidYouMean(name, KnownNames()));
 }
 
 Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type,
                                   Variable::Where where) {
-  const auto [place, added] = scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}});
+  const auto [place, added] = scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}, name});
   if (!added) Fail(at, "wanted a new name, found " + name + ", which is declared in this block already");
   return place->second;
 }
@@ -32,6 +59,17 @@ Binder::Variable& Binder::DeclareVariable(Position at, const std::string& name, 
   std::vector<const Type*>& slots = local ? routine_->locals : program_.globals;
   variable.slot = slots.size();
   slots.push_back(type);
+  return variable;
+}
+
+std::size_t Binder::NewGlobal(const Type* type) {
+  program_.globals.push_back(type);
+  return program_.globals.size() - 1;
+}
+
+Binder::Variable& Binder::DeclareStatic(Position at, const std::string& name, const Type* type) {
+  Variable& variable = Declare(at, name, type, Variable::Where::Static);
+  variable.slot = NewGlobal(type);
   return variable;
 }
 
@@ -50,26 +88,36 @@ PlacePtr Binder::MakePlace(Position at, const Variable& variable) {
     case Variable::Where::Local:
       return std::make_unique<LocalVariable>(at, variable.type, variable.slot);
     case Variable::Where::Global:
+    case Variable::Where::Static:
       return std::make_unique<GlobalVariable>(at, variable.type, variable.slot);
     case Variable::Where::Reference:
       return std::make_unique<ReferenceParameter>(at, variable.type, variable.slot);
     case Variable::Where::Constant:
+    case Variable::Where::Enumeration:
       break;
   }
   return nullptr;
 }
 
-Class& Binder::WantClass(Position at, const std::string& name) {
+Class& Binder::WantClass(Position at, const std::string& name) const {
   Class* const cls = name.starts_with('_') ? nullptr : TheRegistry().FindClass(name);
-  if (cls == nullptr) Fail(at, "wanted a class, found " + name + ", which is none that this host knows");
+  if (cls == nullptr) {
+    Fail(at, "wanted a class, found " + name + ", which is none that this host knows" +
+                 DidYouMean(name, ClassNames()));
+  }
   return *cls;
 }
 
-const Type* Binder::TypeFor(const TypeName& name) {
+const Type* Binder::TypeFor(const TypeName& name) const {
+  const Variable* const variable = FindVariable(name.name);
+  if (variable != nullptr && variable->where == Variable::Where::Enumeration) {
+    return name.array ? ArrayOf(variable->type) : variable->type;
+  }
   const Type* type = TypeNamed(name.name);
   if (type->kind == Kind::Object) {
     if (name.name.starts_with('_') || !type->cls->defined) {
-      Fail(name.at, "wanted a type, found " + name.name + ", which is none that this host knows");
+      Fail(name.at, "wanted a type, found " + name.name + ", which is none that this host knows" +
+                        DidYouMean(name.name, TypeNames()));
     }
   }
   return name.array ? ArrayOf(type) : type;
@@ -117,14 +165,18 @@ CodePtr Binder::BindValue(const Expression& expression) {
 
 // A name alone: a variable, or a call without arguments.
 CodePtr Binder::BindName(const Expression& name) {
-  if (const Variable* const variable = FindVariable(name.name)) return MakeVariable(name.at, *variable);
+  if (const Variable* const variable = FindVariable(name.name)) {
+    if (variable->where != Variable::Where::Enumeration) return MakeVariable(name.at, *variable);
+    Fail(name.at, "wanted a value, found the enumeration " + name.name + "; name one of its members");
+  }
   const std::string lower = LowerName(name.name);
   if (routinesByName_.contains(lower) || !TheRegistry().FunctionsNamed(lower).empty())
     return BindNamedCall(name, {});
   if (TheRegistry().FindClass(name.name) != nullptr) {
     Fail(name.at, "wanted a value, found the class " + name.name + "; name one of its members");
   }
-  Fail(name.at, "wanted a variable, a function or a class, found " + name.name + ", which is not declared");
+  FailUnknown(name.at, name.name,
+              "wanted a variable, a function or a class, found " + name.name + ", which is not declared");
 }
 
 CodePtr Binder::BindBinary(const Expression& binary) {
@@ -135,7 +187,7 @@ CodePtr Binder::BindBinary(const Expression& binary) {
   CodePtr made = MakeBinary(binary.at, binary.name, std::move(left), std::move(right));
   if (!made) {
     std::string message = "'" + binary.name + "' does not work on " + l + " and " + r;
-    if (binary.name == "+" && (l == "String" || r == "String"))
+    if (binary.name == "&" || (binary.name == "+" && (l == "String" || r == "String")))
       message += "; Str(...) makes text of a number";
     Fail(binary.at, message);
   }
@@ -178,11 +230,14 @@ PlacePtr Binder::BindPlace(const Expression& expression) {
   if (expression.kind == Expression::Kind::Name) {
     const Variable* const variable = FindVariable(expression.name);
     if (variable == nullptr) {
-      Fail(expression.at,
-           "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
+      FailUnknown(
+          expression.at, expression.name,
+          "wanted a variable before '=', found " + expression.name + ", which is not declared as one");
     }
-    if (variable->where == Variable::Where::Constant) {
-      Fail(expression.at, "wanted a variable before '=', found the constant " + expression.name);
+    if (variable->where == Variable::Where::Constant || variable->where == Variable::Where::Enumeration) {
+      const bool constant = variable->where == Variable::Where::Constant;
+      Fail(expression.at, std::string("wanted a variable before '=', found the ") +
+                              (constant ? "constant " : "enumeration ") + expression.name);
     }
   }
   if (expression.kind == Expression::Kind::Member && ClassOf(*expression.children[0]) == nullptr) {

@@ -32,8 +32,16 @@ struct Binder::Snapshot {
   bool kept = false;
 };
 
+void Binder::ForgetEnumeration(const std::string& lower) {
+  std::erase_if(scopes_.front(), [&lower](const auto& known) {
+    return known.first == lower || known.first.starts_with(lower + ".");
+  });
+}
+
 StepBlock Binder::BindPart(const ProgramText& text) {
   Snapshot before(*this);
+  for (const EnumDeclaration& declaration : text.enums) ForgetEnumeration(LowerName(declaration.name));
+  for (const EnumDeclaration& declaration : text.enums) DeclareEnumeration(declaration);
   for (const RoutineDeclaration& routine : text.routines) routinesByName_.erase(LowerName(routine.name));
   for (const RoutineDeclaration& routine : text.routines) DeclareRoutine(routine);
   StepBlock body;

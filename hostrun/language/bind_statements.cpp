@@ -16,12 +16,54 @@ Binder::ScopeGuard::~ScopeGuard() {
   binder_.scopes_.pop_back();
 }
 
-// Routines are declared first: they may be called before the line that they stand on.
+void Binder::Collecting(const std::function<void()>& bind, const std::vector<std::string>& declared) {
+  if (!collecting_) return bind();
+  try {
+    return bind();
+  } catch (const ProgramError& error) {
+    errors_.push_back(error);
+  } catch (const Consequence&) {
+    // What it follows from stands among the errors.
+  }
+  for (const std::string& name : declared) refused_.insert(LowerName(name));
+}
+
+// Enumerations and routines are declared first: they may be called before the line that they stand on.
 BoundProgram Binder::Bind(const ProgramText& text) {
-  for (const RoutineDeclaration& declaration : text.routines) DeclareRoutine(declaration);
+  collecting_ = true;
+  for (const EnumDeclaration& declaration : text.enums) {
+    Collecting([&] { DeclareEnumeration(declaration); }, {declaration.name});
+  }
+  std::vector<std::pair<const RoutineDeclaration*, Routine*>> routines;
+  for (const RoutineDeclaration& declaration : text.routines) {
+    const auto declare = [&] {
+      DeclareRoutine(declaration);
+      routines.emplace_back(&declaration, program_.routines.back().get());
+    };
+    Collecting(declare, {declaration.name});
+  }
   BindInto(program_.body, text.body);
-  for (std::size_t i = 0; i < text.routines.size(); ++i) BindRoutine(text.routines[i], *program_.routines[i]);
+  for (const auto& [declaration, routine] : routines) {
+    Collecting([&] { BindRoutine(*declaration, *routine); });
+    routine_ = nullptr;
+  }
+  if (!errors_.empty()) throw ProgramErrors(std::move(errors_));
   return std::move(program_);
+}
+
+void Binder::DeclareEnumeration(const EnumDeclaration& declaration) {
+  const Type* const type = TypeOf(Kind::Integer);
+  Declare(declaration.at, declaration.name, type, Variable::Where::Enumeration);
+  std::int64_t next = 0;
+  for (const EnumDeclaration::Member& member : declaration.members) {
+    if (member.value) {
+      const CodePtr value = Convert(BindConstant(*member.value, member.name), type, member.name);
+      next = ConstantValue(*value).integer();
+    }
+    Variable& constant =
+        Declare(member.at, declaration.name + "." + member.name, type, Variable::Where::Constant);
+    constant.value = Value::Integer(static_cast<std::int32_t>(next++));
+  }
 }
 
 void Binder::DeclareRoutine(const RoutineDeclaration& declaration) {
@@ -82,7 +124,9 @@ StepBlock Binder::BindBlock(const Block& block) {
 }
 
 void Binder::BindInto(StepBlock& into, const Block& block) {
-  for (const StatementPtr& statement : block) statement->Bind(*this, into);
+  for (const StatementPtr& statement : block) {
+    Collecting([&] { statement->Bind(*this, into); }, statement->DeclaredNames());
+  }
 }
 
 int Binder::FindLoop(std::string_view word) const {

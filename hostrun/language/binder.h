@@ -1,8 +1,10 @@
 // hostrun/language/binder.h - settles every name, type and call of a program before it runs.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,8 +21,8 @@ struct BoundProgram {
 };
 
 // Settles one program: which variable, method or type each name means, which form of a method each call
-// takes, how each value is converted. Every failure is a ProgramError. Classes and functions come from
-// TheRegistry().
+// takes, how each value is converted. Every failure is a ProgramError; of a whole program, ProgramErrors.
+// Classes and functions come from TheRegistry().
 class Binder {
  public:
   // The whole program, once. What it gives refers to nothing of `text`.
@@ -40,11 +42,14 @@ class Binder {
 
   // What a name of the program stands for.
   struct Variable {
-    enum class Where : std::uint8_t { Local, Global, Reference, Constant };
+    // Static: among the globals, where it outlives its block. Enumeration: no value, its members are
+    // constants named "enumeration.member".
+    enum class Where : std::uint8_t { Local, Global, Static, Reference, Constant, Enumeration };
     Where where;
     const Type* type;
     std::size_t slot;  // among the locals or the globals; a constant has none
     Value value;       // Constant
+    std::string name;  // as declared
   };
   // Opens a scope; at its end its counted variables are noted as ending with `block`. Null: they end
   // otherwise.
@@ -78,10 +83,22 @@ class Binder {
 
   [[noreturn]] static void Fail(Position at, const std::string& message) { throw ProgramError(at, message); }
 
-  // Null: no variable, constant or parameter of that name. Valid until the next declaration.
+  // Thrown where a name is used whose declaration was refused: that was reported already.
+  struct Consequence {};
+  // Runs `bind`; while a whole program is settled, an error in it is noted and lets the next part be looked
+  // at.
+  // `declared`: the names that it would have declared.
+  void Collecting(const std::function<void()>& bind, const std::vector<std::string>& declared = {});
+
+  // Null: no variable, constant or parameter of that name. Valid until the next declaration. May throw
+  // Consequence.
   const Variable* FindVariable(const std::string& name) const;
   // A new name in the innermost scope, with a slot of its own; refused where the scope has that name.
   Variable& DeclareVariable(Position at, const std::string& name, const Type* type);
+  // The same, among the globals also in a routine: it keeps its value from one call to the next.
+  Variable& DeclareStatic(Position at, const std::string& name, const Type* type);
+  // A slot among the globals that no name means.
+  std::size_t NewGlobal(const Type* type);
   // `value` is constant code.
   void DeclareConstant(Position at, const std::string& name, const Code& value);
   // Code that reads it.
@@ -89,8 +106,8 @@ class Binder {
   // The same as a place. Precondition: no constant.
   static PlacePtr MakePlace(Position at, const Variable& variable);
   // The type or class that is named; refused where this host has none of that name.
-  static const Type* TypeFor(const TypeName& name);
-  static Class& WantClass(Position at, const std::string& name);
+  const Type* TypeFor(const TypeName& name) const;
+  Class& WantClass(Position at, const std::string& name) const;
   // The number of the innermost loop of that word, or of any with "loop"; 0: there is none.
   int FindLoop(std::string_view word) const;
   // Null: the program's own level.
@@ -138,6 +155,11 @@ class Binder {
                            const std::vector<const Expression*>* arguments);
   CodePtr BindArrayMember(const Expression& member, CodePtr array,
                           const std::vector<const Expression*>* arguments);
+  CodePtr BindTextMember(const Expression& member, CodePtr text,
+                         const std::vector<const Expression*>* arguments);
+  CodePtr BindChoice(const Expression& at, const std::vector<const Expression*>& arguments);  // If(...)
+  std::vector<std::string> MembersOf(const std::string& enumeration) const;
+  CodePtr BindEnumerationMember(const Expression& member);
   CodePtr BindNamedCall(const Expression& name, const std::vector<const Expression*>& arguments);
   CodePtr BindNew(const Expression& made);
   // array(index): one argument.
@@ -152,10 +174,21 @@ class Binder {
   // object.Member(arguments) on the left of "="; null: no such.
   PlacePtr BindAssignsCall(const Expression& call);
 
-  // Routines (bind_statements.cpp).
+  // Routines and enumerations (bind_statements.cpp).
+  void DeclareEnumeration(const EnumDeclaration& declaration);
+  void ForgetEnumeration(const std::string& lower);  // with its members
   void DeclareRoutine(const RoutineDeclaration& declaration);
   void BindRoutine(const RoutineDeclaration& declaration, Routine& routine);
 
+  // Fails: a name that stands for nothing. While a whole program is settled, once for each name.
+  [[noreturn]] void FailUnknown(Position at, const std::string& name, const std::string& message);
+  // All that a name alone can stand for.
+  std::vector<std::string> KnownNames() const;
+  std::vector<std::string> TypeNames() const;
+
+  bool collecting_ = false;
+  std::vector<ProgramError> errors_;
+  std::set<std::string> refused_;  // names that were not declared, or not rightly
   std::vector<Scope> scopes_{1};
   std::multimap<std::string, Routine*> routinesByName_;
   Routine* routine_ = nullptr;  // null: the program's own level

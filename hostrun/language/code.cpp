@@ -23,10 +23,16 @@ void TurnRunLoopIfDue() {
   TurnRunLoop();
 }
 
+inline void EndIfInterrupted() {
+  if (interruptAsked != 0) throw InterruptRequest();
+}
+
 }  // namespace
 
 Flow StepBlock::RunSteps(Activation& activation) const {
+  if (steps.empty()) EndIfInterrupted();
   for (const StepPtr& step : steps) {
+    EndIfInterrupted();
     Note(step->at);
     const Flow flow = step->Run(activation);
     TurnRunLoopIfDue();

@@ -6,6 +6,7 @@
 // a QuitRequest.
 #pragma once
 
+#include <csignal>
 #include <memory>
 #include <string>
 #include <vector>
@@ -126,6 +127,10 @@ inline Machine machine;
 inline void Note(Position at) {
   currentPosition = at;
 }
+
+// Set by a signal handler: what runs is to end before its next statement, with an InterruptRequest.
+inline volatile std::sig_atomic_t interruptAsked = 0;
+struct InterruptRequest {};
 
 // Thrown: the program asked to end, with that exit status.
 struct QuitRequest {

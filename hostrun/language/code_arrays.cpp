@@ -20,34 +20,18 @@ Object* WantArray(const Value& value, Position at) {
 
 // The type that fits all items.
 const Type* CommonType(const std::vector<CodePtr>& items) {
-  const Type* common = nullptr;
-  for (const CodePtr& item : items) {
-    const Type* const type = item->type;
-    if (common == nullptr || common->kind == Kind::Nil) {
-      common = type;
-    } else if (type != common && type->kind != Kind::Nil) {
-      if (type->IsNumber() && common->IsNumber()) {
-        const bool whole = type->IsInteger() && common->IsInteger();
-        common = TypeOf(whole ? Kind::Int64 : Kind::Double);
-      } else if (type->kind == Kind::Object && common->kind == Kind::Object) {
-        if (common->cls->IsA(*type->cls))
-          common = type;
-        else if (!type->cls->IsA(*common->cls))
-          common = TypeOf(Kind::Variant);
-      } else {
-        common = TypeOf(Kind::Variant);
-      }
-    }
-  }
-  return common == nullptr || common->kind == Kind::Nil ? TypeOf(Kind::Variant) : common;
+  const Type* common = TypeOf(Kind::Nil);
+  for (const CodePtr& item : items) common = CommonType(*common, *item->type);
+  return common->kind == Kind::Nil ? TypeOf(Kind::Variant) : common;
 }
 
 using Op = ArrayMember::Operation;
-constexpr std::array<ArrayMember, 14> kMembers = {{
+constexpr std::array<ArrayMember, 15> kMembers = {{
     {"ubound", Op::UpperBound, "", Kind::Integer},
     {"lastindex", Op::UpperBound, "", Kind::Integer},
     {"lastrowindex", Op::UpperBound, "", Kind::Integer},
     {"count", Op::Count, "", Kind::Integer},
+    {"length", Op::Count, "", Kind::Integer},
     {"append", Op::Append, "e", Kind::Nothing},
     {"add", Op::Append, "e", Kind::Nothing},
     {"insert", Op::Insert, "ie", Kind::Nothing},

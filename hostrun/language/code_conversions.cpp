@@ -2,10 +2,13 @@
 #include "hostrun/language/code_conversions.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "hostrun/host/arrays.h"
+#include "hostrun/host/functions.h"
 #include "hostrun/language/code_arrays.h"
 #include "hostrun/language/code_operators.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
 namespace {
@@ -138,6 +141,21 @@ int NumberCost(const Type& from, const Type& to) {
   return kNarrowing + 1;
 }
 
+// A number that is known already must be one of the type.
+void WantFit(const Code& constant, const Type& to) {
+  if (!constant.type->IsNumber() || !to.IsInteger()) return;
+  const Value value = ConstantValue(constant);
+  const bool narrow = to.kind == Kind::Integer;
+  const auto least = static_cast<double>(narrow ? INT32_MIN : INT64_MIN);
+  const double most = narrow ? 2147483648.0 : 9223372036854775808.0;  // the first that is too large
+  const double number = std::trunc(value.AsReal());
+  const bool fits = value.kind() == Kind::Double || narrow ? number >= least && number < most : true;
+  if (fits) return;
+  throw ProgramError(constant.at, "wanted a number that an " + to.name + " can hold, found " +
+                                      ExactText(value) +
+                                      (narrow ? "; Int64 and Double hold more" : "; Double holds more"));
+}
+
 }  // namespace
 
 int ConversionCost(const Code& from, const Type& to) {
@@ -165,6 +183,7 @@ CodePtr MakeConversion(CodePtr from, const Type* to) {
     return from;
   }
   const bool constant = from->IsConstant();
+  if (constant) WantFit(*from, *to);
   CodePtr made;
   if (type->kind == Kind::Variant) {
     made = std::make_unique<FromVariant>(std::move(from), to);
@@ -177,6 +196,18 @@ CodePtr MakeConversion(CodePtr from, const Type* to) {
   }
   if (!constant || type->kind == Kind::Variant) return made;
   return std::make_unique<ConstantCode>(made->at, to, ConstantValue(*made));
+}
+
+const Type* CommonType(const Type& a, const Type& b) {
+  if (&a == &b || b.kind == Kind::Nil) return &a;
+  if (a.kind == Kind::Nil) return &b;
+  if (a.IsNumber() && b.IsNumber())
+    return TypeOf(a.IsInteger() && b.IsInteger() ? Kind::Int64 : Kind::Double);
+  if (a.kind == Kind::Object && b.kind == Kind::Object) {
+    if (a.cls->IsA(*b.cls)) return &b;
+    if (b.cls->IsA(*a.cls)) return &a;
+  }
+  return TypeOf(Kind::Variant);
 }
 
 CodePtr MakeCast(Position at, CodePtr from, const Type* to) {

@@ -190,7 +190,7 @@ class Comparison final : public Binary {
   Relation relation_;
 };
 
-// "+" of two Strings.
+// "+" and "&" of two Strings.
 class Concatenation final : public Binary {
  public:
   using Binary::Binary;
@@ -339,7 +339,7 @@ CodePtr Unfolded(Position at, const std::string& op, CodePtr l, CodePtr r) {
   if (relation) return MakeComparison(at, *relation, std::move(l), std::move(r));
   // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the caller owns it
   if (a.IsNumber() && b.IsNumber()) return MakeArithmetic(at, op, std::move(l), std::move(r));
-  if (op == "+" && a.kind == Kind::String && b.kind == Kind::String) {
+  if ((op == "+" || op == "&") && a.kind == Kind::String && b.kind == Kind::String) {
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the caller owns it
     return std::make_unique<Concatenation>(at, TypeOf(Kind::String), std::move(l), std::move(r));
   }

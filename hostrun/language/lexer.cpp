@@ -26,8 +26,16 @@ class Lexer {
  public:
   explicit Lexer(const Source& source) : text_(source.text()) {}
 
-  std::vector<Token> Run() {
-    while (at_ < text_.size()) Next();
+  std::vector<Token> Run(std::vector<ProgramError>& errors) {
+    if (text_.starts_with("#!")) SkipToLineEnd();  // what makes the file a command
+    while (at_ < text_.size()) {
+      try {
+        Next();
+      } catch (const ProgramError& error) {
+        errors.push_back(error);
+        SkipToLineEnd();
+      }
+    }
     Add(TokenKind::EndOfLine, at_, at_);
     Add(TokenKind::EndOfFile, at_, at_);
     return std::move(tokens_);
@@ -71,6 +79,12 @@ class Lexer {
     return true;
   }
 
+  // "a"&b: what touches the end of a value on its left is the operator, anything else begins a literal.
+  bool JoinsTexts() const {
+    const char before = at_ == 0 ? ' ' : text_[at_ - 1];
+    return before == '"' || before == ')' || IsNameCharacter(before);
+  }
+
   void Next() {
     const char c = Peek();
     if (c == '\n') {
@@ -84,7 +98,7 @@ class Lexer {
       String();
     } else if (IsDigit(c) || (c == '.' && IsDigit(Peek(1)))) {
       Number();
-    } else if (c == '&' && IsNameStart(Peek(1))) {
+    } else if (c == '&' && IsNameStart(Peek(1)) && !JoinsTexts()) {
       Radix();
     } else if (IsNameStart(c)) {
       if (!TakeContinuation()) Name();
@@ -145,6 +159,10 @@ class Lexer {
       token.literal = narrow == whole ? Value::Integer(narrow) : Value::Int64(whole);
       return;
     }
+    if (!real) {
+      Fail(start, "wanted a whole number of at most 9223372036854775807, found " + std::string(digits) +
+                      "; with .0 it is a Double");
+    }
     if (std::from_chars(digits.data(), digits.data() + digits.size(), number).ec != std::errc()) {
       Fail(start, "wanted a number that a Double can hold, found " + std::string(digits));
     }
@@ -157,7 +175,8 @@ class Lexer {
     const char kind = static_cast<char>(LowerCase(static_cast<unsigned char>(Peek(1))));
     const int base = kind == 'h' || kind == 'c' ? 16 : kind == 'b' ? 2 : kind == 'o' ? 8 : 0;
     if (base == 0)
-      Fail(start, "wanted &h, &b, &o or &c and digits, found '&" + std::string(1, Peek(1)) + "'");
+      Fail(start, "wanted &h, &b, &o or &c and digits, found '&" + std::string(1, Peek(1)) +
+                      "'; to join texts, write a blank behind &");
     at_ += 2;
     const std::size_t first = at_;
     while (IsNameCharacter(Peek())) ++at_;
@@ -166,7 +185,7 @@ class Lexer {
     const auto [stop, error] = std::from_chars(text_.data() + first, end, bits, base);
     if (first == at_ || stop != end || error != std::errc()) {
       Fail(start, "wanted digits of base " + std::to_string(base) + ", found '" +
-                      text_.substr(start, at_ - start) + "'");
+                      text_.substr(start, at_ - start) + "'; to join texts, write a blank behind &");
     }
     Token& token = Add(TokenKind::Literal, start, at_);
     if (kind == 'c') {
@@ -180,7 +199,8 @@ class Lexer {
   }
 
   void Operator() {
-    static constexpr std::array<std::string_view, 8> kTwo = {"<=", ">=", "<>", "+=", "-=", "*=", "/=", "\\="};
+    static constexpr std::array<std::string_view, 9> kTwo = {
+        "<=", ">=", "<>", "+=", "-=", "*=", "/=", "\\=", "&="};
     const std::size_t start = at_;
     for (const std::string_view two : kTwo) {
       if (text_.compare(at_, 2, two) == 0) {
@@ -189,9 +209,10 @@ class Lexer {
         return;
       }
     }
-    static constexpr std::string_view kOne = "+-*/\\^=<>(),.:";
+    static constexpr std::string_view kOne = "+-*/\\^=<>(),.:&";
     if (kOne.find(Peek()) == std::string_view::npos) {
       const auto byte = static_cast<unsigned char>(Peek());
+      if (byte == '#') Fail(at_, "wanted a statement, found '#': all of a program is compiled; write If");
       Fail(at_, byte < 0x20 ? "wanted a statement, found a control character"
                             : std::string("wanted a statement, found '") + Peek() + "'");
     }
@@ -208,8 +229,8 @@ class Lexer {
 
 }  // namespace
 
-std::vector<Token> Tokenize(const Source& source) {
-  return Lexer(source).Run();
+std::vector<Token> Tokenize(const Source& source, std::vector<ProgramError>& errors) {
+  return Lexer(source).Run(errors);
 }
 
 }  // namespace hostrun

@@ -20,8 +20,8 @@ struct Token {
   Value literal;
 };
 
-// All words of the text, in order; comments and continued lines are gone. Throws ProgramError. The last token
-// is EndOfFile, with an EndOfLine before it.
-std::vector<Token> Tokenize(const Source& source);
+// All words of the text, in order; comments and continued lines are gone. The last token is EndOfFile, with
+// an EndOfLine before it. What can't be read is added to `errors`, and its line left there.
+std::vector<Token> Tokenize(const Source& source, std::vector<ProgramError>& errors);
 
 }  // namespace hostrun

@@ -17,9 +17,10 @@ namespace hostrun {
 // stack.
 class Parser {
  public:
-  explicit Parser(const Source& source) : tokens_(Tokenize(source)) {}
+  explicit Parser(const Source& source) : tokens_(Tokenize(source, errors_)) {}
 
-  // The whole text is a program.
+  // The whole text is a program. Throws ProgramErrors: a statement that can't be read does not keep those
+  // behind it from being read.
   ProgramText ParseProgram();
   // The whole text is one expression.
   ExpressionPtr ParseLoneExpression();
@@ -48,6 +49,8 @@ class Parser {
   void WantEndOfStatement(const std::string& after);
   // "End" and the word; `opened` is where the block begins.
   void WantEnd(std::string_view word, Position opened);
+  // To the end of the block that `word` begins: for what is no statement of this language.
+  void SkipBlock(std::string_view word);
   // A name that is no word of the language.
   std::string WantName(const std::string& what);
   // Throws ProgramError: `wanted`, and what stands here instead.
@@ -81,9 +84,17 @@ class Parser {
   std::vector<ExpressionPtr> ParseArguments();
 
   void ParseStatements(Block& into);
+  // Runs `read`; where it fails, notes the error and goes on with the next line.
+  template <class Read>
+  void Recovering(Read read);
+  bool TakeEndOfLostBlock();
   RoutineDeclaration ParseRoutine();
+  bool AtEnum() const;
+  EnumDeclaration ParseEnum();
   RoutineParameter ParseParameter();
 
+  std::vector<ProgramError> errors_;
+  int lostBlocks_ = 0;  // whose beginning could not be read; their ends are still to come
   std::vector<Token> tokens_;
   std::size_t at_ = 0;
   int depth_ = 0;  // of nested blocks and brackets

@@ -11,10 +11,10 @@ namespace {
 constexpr int kDeepest = 400;
 
 // Words that can't begin an expression: their appearance ends one.
-constexpr std::array<std::string_view, 30> kReserved = {
-    "and",  "or",     "xor", "mod",   "is",     "isa",   "then", "to",    "downto",  "step",
-    "else", "elseif", "end", "next",  "wend",   "loop",  "case", "catch", "finally", "until",
-    "as",   "dim",    "var", "const", "select", "while", "for",  "do",    "try",     "return"};
+constexpr std::array<std::string_view, 31> kReserved = {
+    "and",    "or",    "xor",    "mod",    "is",    "isa",  "then",  "to",      "downto", "step", "else",
+    "elseif", "end",   "next",   "wend",   "loop",  "case", "catch", "finally", "until",  "as",   "dim",
+    "var",    "const", "static", "select", "while", "for",  "do",    "try",     "return"};
 
 // Words that no variable may have as its name.
 bool IsReserved(const std::string& lower) {
@@ -41,7 +41,7 @@ constexpr std::array<Level, 5> kLevels = {{
     {{"or", "xor"}},
     {{"and"}},
     {{"=", "<>", "<", ">", "<=", ">=", "is", "isa"}},
-    {{"+", "-"}},
+    {{"+", "-", "&"}},
     {{"*", "/", "\\", "mod"}},
 }};
 constexpr int kComparison = 2;

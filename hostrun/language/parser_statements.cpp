@@ -10,6 +10,12 @@ namespace {
 // Deeper nesting would take the stack of whoever walks it.
 constexpr int kDeepestBlock = 200;
 
+bool BeginsBlock(std::string_view word) {
+  constexpr std::string_view kWords[] = {"if",  "for", "while",    "do",  "select",
+                                         "try", "sub", "function", "enum"};
+  return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
+}
+
 }  // namespace
 
 std::string Parser::LineOf(Position at) {
@@ -39,26 +45,87 @@ Block Parser::ParseBlock(std::initializer_list<std::string_view> ends) {
   return block;
 }
 
+template <class Read>
+void Parser::Recovering(Read read) {
+  const int depth = depth_;
+  const Token& first = Peek();
+  try {
+    read();
+  } catch (const ProgramError& error) {
+    depth_ = depth;
+    // At the end of the program a block is open, most likely one whose end was not understood.
+    if (Peek().kind != TokenKind::EndOfFile || errors_.empty()) errors_.push_back(error);
+    if (error.at().line == first.at.line && BeginsBlock(first.lower)) ++lostBlocks_;
+    while (Peek().kind != TokenKind::EndOfLine && Peek().kind != TokenKind::EndOfFile) Take();
+  }
+}
+
+// The end of a block whose beginning could not be read says nothing new.
+bool Parser::TakeEndOfLostBlock() {
+  if (lostBlocks_ == 0 || !(AtWord("end") || AtWord("next") || AtWord("wend") || AtWord("loop")))
+    return false;
+  --lostBlocks_;
+  while (!AtEndOfStatement()) Take();
+  return true;
+}
+
 // One statement with its end, or an empty one.
 void Parser::ParseStatements(Block& into) {
   if (AtEndOfStatement()) {
     Take();
     return;
   }
-  into.push_back(ParseStatement());
-  WantEndOfStatement("it");
+  Recovering([&] {
+    if (TakeEndOfLostBlock()) return;
+    into.push_back(ParseStatement());
+    WantEndOfStatement("it");
+  });
+}
+
+void Parser::SkipBlock(std::string_view word) {
+  while (Peek().kind != TokenKind::EndOfFile && !(AtWord("end") && AtWord(word, 1))) Take();
 }
 
 ProgramText Parser::ParseProgram() {
   ProgramText program;
   while (Peek().kind != TokenKind::EndOfFile) {
     if (AtWord("sub") || AtWord("function")) {
-      program.routines.push_back(ParseRoutine());
+      Recovering([&] { program.routines.push_back(ParseRoutine()); });
+    } else if (AtEnum()) {
+      Recovering([&] { program.enums.push_back(ParseEnum()); });
     } else {
       ParseStatements(program.body);
     }
   }
+  if (!errors_.empty()) throw ProgramErrors(std::move(errors_));
   return program;
+}
+
+// A variable may have this name.
+bool Parser::AtEnum() const {
+  return AtWord("enum") && Peek(1).kind == TokenKind::Name;
+}
+
+EnumDeclaration Parser::ParseEnum() {
+  EnumDeclaration declaration;
+  declaration.at = Peek(1).at;
+  Take();
+  declaration.name = WantName("a name after 'Enum'");
+  WantEndOfStatement("the name of an enumeration");
+  while (Peek().kind != TokenKind::EndOfFile && !AtEndOf({"end enum"})) {
+    if (AtEndOfStatement()) {
+      Take();
+      continue;
+    }
+    EnumDeclaration::Member& member = declaration.members.emplace_back();
+    member.at = Peek().at;
+    member.name = WantName("a member of " + declaration.name + " or 'End Enum'");
+    if (TakeOperator("=")) member.value = ParseExpression();
+    WantEndOfStatement("a member of an enumeration");
+  }
+  WantEnd("enum", declaration.at);
+  WantEndOfStatement("'End Enum'");
+  return declaration;
 }
 
 ExpressionPtr Parser::ParseLoneExpression() {
@@ -66,6 +133,7 @@ ExpressionPtr Parser::ParseLoneExpression() {
   ExpressionPtr expression = ParseExpression();
   while (Peek().kind == TokenKind::EndOfLine) Take();
   if (Peek().kind != TokenKind::EndOfFile) Fail("the end of the expression");
+  if (!errors_.empty()) throw ProgramErrors(std::move(errors_));
   return expression;
 }
 
@@ -146,6 +214,7 @@ StatementPtr Parser::ParseNestedStatement() {
 
 StatementPtr Parser::ParseStatement() {
   if (AtWord("sub") || AtWord("function")) Fail("a routine outside of every block");
+  if (AtEnum()) Fail("an enumeration outside of every block");
   return ParseAnyStatement(*this);
 }
 

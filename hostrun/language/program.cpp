@@ -8,6 +8,7 @@
 #include <new>
 
 #include "hostrun/host/exceptions.h"
+#include "hostrun/host/output.h"
 #include "hostrun/language/parser.h"
 
 namespace hostrun {
@@ -52,7 +53,6 @@ int RunBody(const BoundProgram& program, Activation& activation, const Source& s
   } catch (const QuitRequest& request) {
     return request.status;
   } catch (const HostException& exception) {
-    std::fflush(stdout);
     ReportUncaught(source, exception.object());
     return kExitException;
   }
@@ -69,10 +69,9 @@ void ReportUncaught(const Source& source, Object* exception) {
   const auto& data = PayloadOf<ExceptionData>(exception);
   const std::vector<TraceLine>& trace = data.trace;
   const TraceLine where = trace.empty() ? TraceLine() : trace.front();
-  std::string text =
-      source.Describe({where.line, where.column}, "uncaught " + DescribeException(exception) + " (error " +
-                                                      std::to_string(data.errorNumber) + ")") +
-      "\n";
+  std::string what = "uncaught " + DescribeException(exception);
+  if (data.errorNumber != 0) what += " (error " + std::to_string(data.errorNumber) + ")";
+  std::string text = source.Describe({where.line, where.column}, what) + "\n";
   for (std::size_t i = 0; i + 1 < trace.size(); ++i) {
     if (i == kShownTrace) {
       text += "  and " + std::to_string(trace.size() - 1 - i) + " more calls\n";
@@ -80,10 +79,12 @@ void ReportUncaught(const Source& source, Object* exception) {
     }
     text += "  in " + trace[i].routine + ", called from line " + std::to_string(trace[i + 1].line) + "\n";
   }
+  WritePlatformLogOf(exception);
   std::fputs(text.c_str(), stderr);
 }
 
 void BeginRunning() {
+  interruptAsked = 0;
   machine.stackLimit = StackLimit();
   SetTraceSource(&FillTrace);
 }
@@ -92,7 +93,7 @@ void EndRunning() {
   machine.result = Value();
   machine.calls.clear();
   SetTraceSource(nullptr);
-  std::fflush(stdout);
+  FlushOutput();
 }
 
 int RunProgram(const BoundProgram& program, const Source& source) {

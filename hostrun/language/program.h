@@ -12,7 +12,7 @@ inline constexpr int kExitFine = 0;
 inline constexpr int kExitException = 1;  // an uncaught host exception, or a leak where that is an error
 inline constexpr int kExitUse = 2;        // an error of use, syntax or binding
 
-// Parses and binds; throws ProgramError.
+// Parses and binds; throws ProgramErrors.
 BoundProgram Compile(const Source& source);
 
 // Runs it to its end, reports an uncaught exception on stderr and empties all of its variables. Gives the
@@ -23,7 +23,8 @@ int RunProgram(const BoundProgram& program, const Source& source);
 // get traces and calls are counted against the stack.
 void BeginRunning();
 void EndRunning();
-// Writes the exception, its line of `source` and the calls that led there to stderr.
+// Writes what the platform logged of the exception, the exception, its line of `source` and the calls that
+// led there to stderr.
 void ReportUncaught(const Source& source, Object* exception);
 
 }  // namespace hostrun

@@ -52,7 +52,7 @@ Session::State Session::Run(const std::string& text, bool more) {
       alone = ParseAlone(part, error);
     }
     const Expression* expression = alone.get();
-    if (program && program->routines.empty() && program->body.size() == 1) {
+    if (program && program->routines.empty() && program->enums.empty() && program->body.size() == 1) {
       expression = program->body.front()->AsExpression();
     }
     BeginRunning();
@@ -74,19 +74,28 @@ Session::State Session::Guarded(const std::function<State()>& run) {
     } catch (const std::bad_alloc&) {
       RaiseHostException("OutOfMemoryException", "Not enough memory.");
     }
+  } catch (const InterruptRequest&) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s\n", Source(name_, whole_).Describe(currentPosition, "interrupted").c_str());
+    return State::Failed;
   } catch (const QuitRequest& request) {
     status_ = request.status;
     return State::Ended;
   } catch (const HostException& exception) {
-    std::fflush(stdout);
     ReportUncaught(Source(name_, whole_), exception.object());
     return State::Failed;
   }
 }
 
+// What the last part has declared begins with the defaults of its types.
+void Session::AddGlobals() {
+  const std::vector<const Type*>& types = binder_.globals();
+  while (globals_.size() < types.size()) globals_.push_back(Value::DefaultOf(*types[globals_.size()]));
+}
+
 Session::State Session::RunText(const ProgramText& text) {
   const StepBlock body = binder_.BindPart(text);
-  globals_.resize(binder_.globals().size());
+  AddGlobals();
   Activation activation{nullptr, globals_.data()};
   body.Run(activation);
   return State::Done;
@@ -94,7 +103,7 @@ Session::State Session::RunText(const ProgramText& text) {
 
 Session::State Session::RunExpression(const Expression& expression) {
   const CodePtr code = binder_.BindPart(expression);
-  globals_.resize(binder_.globals().size());
+  AddGlobals();
   Activation activation{nullptr, globals_.data()};
   const Value value = code->Eval(activation);
   if (code->type->kind != Kind::Nothing) show_(value);

@@ -28,12 +28,14 @@ class Session {
   // error. A value that stands alone is shown.
   State Run(const std::string& text, bool more);
 
-  int status() const { return status_; }  // of Quit
+  int status() const { return status_; }       // of Quit
+  int nextLine() const { return lines_ + 1; }  // the number that errors give the next line
   const Binder& binder() const { return binder_; }
 
  private:
   State RunText(const ProgramText& text);
   State RunExpression(const Expression& expression);
+  void AddGlobals();
   State Guarded(const std::function<State()>& run);
 
   std::string name_;

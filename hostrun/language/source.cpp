@@ -1,10 +1,12 @@
 // hostrun/language/source.cpp - a program's text, and errors that point into it.
 #include "hostrun/language/source.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 
 namespace hostrun {
@@ -14,6 +16,30 @@ constexpr std::uintmax_t kLargestProgram = 16U << 20U;
 constexpr std::size_t kLongestShownLine = 200;
 
 }  // namespace
+
+namespace {
+
+// In the order of the text; of each line the first alone, as what follows is often a consequence.
+std::vector<ProgramError> Tidied(std::vector<ProgramError> errors) {
+  std::stable_sort(errors.begin(), errors.end(), [](const ProgramError& a, const ProgramError& b) {
+    return std::pair(a.at().line, a.at().column) < std::pair(b.at().line, b.at().column);
+  });
+  const auto end =
+      std::unique(errors.begin(), errors.end(),
+                  [](const ProgramError& a, const ProgramError& b) { return a.at().line == b.at().line; });
+  errors.erase(end, errors.end());
+  return errors;
+}
+
+}  // namespace
+
+ProgramErrors::ProgramErrors(std::vector<ProgramError> errors)
+    : ProgramError(*std::min_element(errors.begin(), errors.end(),
+                                     [](const ProgramError& a, const ProgramError& b) {
+                                       return std::pair(a.at().line, a.at().column) <
+                                              std::pair(b.at().line, b.at().column);
+                                     })),
+      all_(Tidied(std::move(errors))) {}
 
 Source::Source(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) {
   if (text_.starts_with("\xEF\xBB\xBF")) text_.erase(0, 3);
@@ -42,6 +68,20 @@ Source Source::FromFile(const std::string& path) {
   return {path, std::move(text)};
 }
 
+Source Source::FromStandardInput() {
+  constexpr const char* kName = "standard input";
+  std::string text;
+  char part[4096];
+  while (text.size() <= kLargestProgram && std::cin.read(part, sizeof part).gcount() > 0) {
+    text.append(part, static_cast<std::size_t>(std::cin.gcount()));
+  }
+  if (text.size() > kLargestProgram) {
+    throw std::runtime_error(std::string(kName) + ": wanted a program, found more than " +
+                             std::to_string(kLargestProgram) + " bytes");
+  }
+  return {kName, std::move(text)};
+}
+
 std::string_view Source::Line(std::int32_t number) const {
   if (number < 1 || static_cast<std::size_t>(number) > starts_.size()) return {};
   const std::size_t start = starts_[static_cast<std::size_t>(number) - 1];
@@ -64,6 +104,18 @@ std::string Source::Describe(Position at, std::string_view message) const {
     if ((static_cast<unsigned char>(c) & 0xC0U) != 0x80) out += c == '\t' ? '\t' : ' ';
   }
   return out + '^';
+}
+
+std::string Source::Describe(const ProgramErrors& errors) const {
+  constexpr std::size_t kMostShown = 20;
+  std::string text;
+  for (std::size_t i = 0; i < errors.all().size() && i < kMostShown; ++i) {
+    text += (i == 0 ? "" : "\n") + Describe(errors.all()[i].at(), errors.all()[i].what());
+  }
+  if (errors.all().size() > kMostShown) {
+    text += "\nand " + std::to_string(errors.all().size() - kMostShown) + " more errors";
+  }
+  return text;
 }
 
 }  // namespace hostrun

@@ -20,6 +20,17 @@ class ProgramError : public std::runtime_error {
   Position at_;
 };
 
+// All that is wrong with a program, in the order of its text. As a ProgramError it is the first of them.
+class ProgramErrors : public ProgramError {
+ public:
+  // At least one; of each line only the first is kept.
+  explicit ProgramErrors(std::vector<ProgramError> errors);
+  const std::vector<ProgramError>& all() const { return all_; }
+
+ private:
+  std::vector<ProgramError> all_;
+};
+
 // A program's text with its name. Line ends of any kind become "\n", a byte order mark goes.
 class Source {
  public:
@@ -27,6 +38,8 @@ class Source {
   Source(std::string name, std::string text);
   // Throws std::runtime_error with one clear line when the file can't be read.
   static Source FromFile(const std::string& path);
+  // The same of all that standard input gives.
+  static Source FromStandardInput();
 
   const std::string& name() const { return name_; }
   const std::string& text() const { return text_; }
@@ -35,6 +48,8 @@ class Source {
 
   // "file:line:column: message", the line, and a caret below the column.
   std::string Describe(Position at, std::string_view message) const;
+  // The same of every error, up to 20 of them.
+  std::string Describe(const ProgramErrors& errors) const;
 
  private:
   std::string name_;

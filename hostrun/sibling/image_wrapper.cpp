@@ -44,7 +44,6 @@ void LoadFile(Object* self, const std::string& path) {
 }
 
 void ConstructFromItem(Object* self, Object* item) {
-  if (item == nullptr) RaiseHostException("NilObjectException", "The folder item is nil.");
   LoadFile(self, FolderItemPath(item));
 }
 

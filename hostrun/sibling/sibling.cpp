@@ -53,6 +53,7 @@ Problem InstallSibling() {
   SetNativeReplaced(&ForgetReplaced);
   RegisterExceptionWrapper();
   RegisterImageWrapper();
+  RegisterPasteboardTypes();
   const PlatformId metaclass = ClassOf(exceptionClass);
   Problem problem = AddMethod(metaclass, "GetInstancesDictionaryQVX", &GetInstancesDictionary, "^v8@0:4");
   if (!problem) problem = AddMethod(metaclass, "PrepareNSExceptionQVX", &PrepareException, "v8@0:4");

@@ -1,6 +1,6 @@
 // hostrun/sibling/sibling.h - the sibling part that bundles of this family expect beside them: the host
-// classes "NSExceptionQVX" and "NSImageQVX", the shared instance cache, and three class methods on
-// NSException.
+// classes "NSExceptionQVX", "NSImageQVX" and "Pasteboard", the shared instance cache, and three class methods
+// on NSException.
 #pragma once
 
 #include "hostrun/host/objects.h"
@@ -23,6 +23,7 @@ void Unwrap(Object* instance);
 
 void RegisterExceptionWrapper();  // exception_wrapper.cpp
 void RegisterImageWrapper();      // image_wrapper.cpp
+void RegisterPasteboardTypes();   // pasteboard_types.cpp
 // The host object of a platform exception, with one reference for the caller.
 Object* NewExceptionWrapper(PlatformId exception);
 

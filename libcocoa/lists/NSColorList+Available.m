@@ -180,12 +180,6 @@ static NSArray* Visible(NSArray* stock) {
   }
 }
 
-+ (void)_setDefaultSystemColorList:(NSColorList*)list {
-  static QVXMethod stock;
-  StartColors();
-  ((void (*)(id, SEL, id))QVXStockClassMethod("NSColorList", _cmd, &stock))(self, _cmd, list);
-}
-
 + (void)_setThemeSystemColorList:(NSColorList*)list {
   static QVXMethod stock;
   StartColors();

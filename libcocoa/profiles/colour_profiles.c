@@ -25,7 +25,7 @@ struct QVXProfile {
 enum { kHeaderSize = 128, kSmallestProfile = 132, kBuckets = 64 };
 
 // What Little CMS may ask for to open a profile and to make its transforms, in bytes. A curve of a few bytes
-// takes 8 KiB; of the 47 profiles that Debian's packages have none took a fourth of this.
+// takes 8 KiB; every profile of seven Debian packages that describes a space gets by with it.
 enum { kMemoryAtLeast = 2 * 1024 * 1024, kMemoryPerByte = 32 };
 
 // Guards the buckets, every reference count and the numbers. Never held while Little CMS works.

@@ -11,7 +11,7 @@
 
 enum { kShards = 16, kChains = 64 };
 
-// How much memory the transforms may take together. One between RGB profiles takes about 60 KiB.
+// How much memory the transforms may take together. One between RGB profiles takes 51 KiB.
 static const int64_t kMostMemory = 128 * 1024 * 1024;
 
 typedef struct Entry {

@@ -90,7 +90,7 @@ StatementPtr ParseCallOrAssignment(Parser& parser) {
   if (parser.Peek().kind != TokenKind::Name && !parser.AtOperator("(")) parser.Fail("a statement");
   ExpressionPtr first = parser.ParsePostfix();
   if (parser.TakeOperator("=")) return MakeAssignment(parser, at, std::move(first), "");
-  for (const std::string_view op : {"+=", "-=", "*=", "/=", "\\="}) {
+  for (const std::string_view op : {"+=", "-=", "*=", "/=", "\\=", "&="}) {
     if (parser.TakeOperator(op)) return MakeAssignment(parser, at, std::move(first), op.substr(0, 1));
   }
   auto statement = std::make_unique<CallStatement>(at);

@@ -92,7 +92,7 @@ struct Raise final : Statement {
   ExpressionPtr exception;
 
   void Bind(Binder& binder, StepBlock& into) const override {
-    const Type* const base = &Binder::WantClass(at, "RuntimeException").type;
+    const Type* const base = &binder.WantClass(at, "RuntimeException").type;
     into.Add<RaiseStep>(at, binder.BindConverted(*exception, base, "Raise"));
   }
 };
@@ -120,8 +120,8 @@ struct Try final : Statement {
  private:
   static CatchBranch BindCatch(Binder& binder, const Catch& branch) {
     CatchBranch bound{nullptr, nullptr, {}};
-    Class& base = Binder::WantClass(branch.at, "RuntimeException");
-    Class& cls = branch.type.name.empty() ? base : Binder::WantClass(branch.type.at, branch.type.name);
+    Class& base = binder.WantClass(branch.at, "RuntimeException");
+    Class& cls = branch.type.name.empty() ? base : binder.WantClass(branch.type.at, branch.type.name);
     if (!cls.IsA(base)) Binder::Fail(branch.type.at, "Catch wants an exception's class, found " + cls.name);
     bound.cls = &cls;
     const Binder::ScopeGuard scope(binder, &bound.body);

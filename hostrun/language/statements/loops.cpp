@@ -136,11 +136,12 @@ struct LoopOverVariable : Statement {
   // The variable that is named, or a new one of the type that is given, or else of type `fallback`.
   PlacePtr LoopVariable(Binder& binder, const Type* fallback) const {
     const Binder::Variable* variable = type.name.empty() ? binder.FindVariable(name) : nullptr;
-    if (variable != nullptr && variable->where == Binder::Variable::Where::Constant) {
+    if (variable != nullptr && (variable->where == Binder::Variable::Where::Constant ||
+                                variable->where == Binder::Variable::Where::Enumeration)) {
       Binder::Fail(at, "wanted a variable after For, found the constant " + name);
     }
     if (variable == nullptr) {
-      variable = &binder.DeclareVariable(at, name, type.name.empty() ? fallback : Binder::TypeFor(type));
+      variable = &binder.DeclareVariable(at, name, type.name.empty() ? fallback : binder.TypeFor(type));
     }
     return Binder::MakePlace(at, *variable);
   }

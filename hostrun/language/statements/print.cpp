@@ -1,9 +1,11 @@
 // hostrun/language/statements/print.cpp - Print.
 #include "hostrun/language/statements/print.h"
 
-#include <cstdio>
-
+#include "hostrun/host/arrays.h"
 #include "hostrun/host/functions.h"
+#include "hostrun/host/output.h"
+#include "hostrun/host/registry.h"
+#include "hostrun/host/show.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/parser.h"
 #include "hostrun/language/statements/statements.h"
@@ -12,6 +14,10 @@ namespace hostrun {
 namespace {
 
 std::function<void(const std::vector<Value>&)> printObserver;
+
+bool IsArray(const Value& value) {
+  return value.object() != nullptr && value.object()->cls == &ArrayClass();
+}
 
 class PrintStep final : public Step {
  public:
@@ -22,12 +28,12 @@ class PrintStep final : public Step {
     for (const CodePtr& item : items_) {
       if (&item != &items_.front()) line += ' ';
       const Value value = item->Eval(activation);
-      line += DisplayText(value);
+      line += IsArray(value) ? ReadableText(value, false) : DisplayText(value);
       if (printObserver) observed.push_back(value);
     }
     line += '\n';
     if (printObserver) printObserver(observed);
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    WriteOutput(line);
     return Flow::Next;
   }
 

@@ -13,6 +13,7 @@ StatementPtr ParseAnyStatement(Parser& parser) {
       if (parser.AtWord(form.word) && !(form.alsoName && named)) return form.parse(parser);
     }
   }
+  RefuseLackingStatement(parser);
   return ParseCallOrAssignment(parser);
 }
 

@@ -31,6 +31,9 @@ std::span<const StatementForm> JumpStatements();
 std::span<const StatementForm> ExceptionStatements();
 std::span<const StatementForm> PrintStatements();
 
+// Fails where a statement begins that other dialects have and this one lacks, and says what to use instead.
+void RefuseLackingStatement(Parser& parser);
+
 // The statement that begins where the parser stands. What begins with no word of the tables is an assignment
 // or a call. Throws ProgramError.
 StatementPtr ParseAnyStatement(Parser& parser);

@@ -1,4 +1,4 @@
-// hostrun/language/statements/variables.cpp - Dim, Const and ReDim.
+// hostrun/language/statements/variables.cpp - Dim, Static, Const and ReDim.
 #include "hostrun/host/arrays.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/code_arrays.h"
@@ -30,7 +30,7 @@ struct Declaration : Statement {
   }
 };
 
-struct Dim final : Declaration {
+struct Dim : Declaration {
   using Declaration::Declaration;
 
   void Bind(Binder& binder, StepBlock& into) const override {
@@ -43,10 +43,10 @@ struct Dim final : Declaration {
     }
   }
 
- private:
+ protected:
   // The first value, of the variable's type.
   static CodePtr BindInitial(Binder& binder, const Declarator& declarator) {
-    const Type* type = declarator.type.name.empty() ? nullptr : Binder::TypeFor(declarator.type);
+    const Type* type = declarator.type.name.empty() ? nullptr : binder.TypeFor(declarator.type);
     if (declarator.initial) {
       CodePtr initial = binder.BindValue(*declarator.initial);
       initial->at = declarator.initial->at;
@@ -72,6 +72,37 @@ struct Dim final : Declaration {
   }
 };
 
+// Runs a step the first time that it is reached.
+class OnceStep final : public Step {
+ public:
+  OnceStep(Position position, std::size_t done, StepPtr step)
+      : Step(position), done_(done), step_(std::move(step)) {}
+  Flow Run(Activation& activation) const override {
+    if (activation.globals[done_].boolean()) return Flow::Next;
+    step_->Run(activation);
+    activation.globals[done_] = Value::Boolean(true);
+    return Flow::Next;
+  }
+
+ private:
+  std::size_t done_;  // among the globals
+  StepPtr step_;
+};
+
+struct Static final : Dim {
+  using Dim::Dim;
+
+  void Bind(Binder& binder, StepBlock& into) const override {
+    for (const Declarator& declarator : declarators) {
+      CodePtr initial = BindInitial(binder, declarator);
+      const Binder::Variable& variable = binder.DeclareStatic(declarator.at, declarator.name, initial->type);
+      StepPtr assign =
+          MakeAssign(declarator.at, Binder::MakePlace(declarator.at, variable), std::move(initial));
+      into.Add<OnceStep>(declarator.at, binder.NewGlobal(TypeOf(Kind::Boolean)), std::move(assign));
+    }
+  }
+};
+
 // Nothing of it runs: its names stand for their values.
 struct Const final : Declaration {
   using Declaration::Declaration;
@@ -83,7 +114,7 @@ struct Const final : Declaration {
       }
       CodePtr code = binder.BindConstant(*declarator.initial, "the constant " + declarator.name);
       if (!declarator.type.name.empty()) {
-        code = Binder::Convert(std::move(code), Binder::TypeFor(declarator.type), declarator.name);
+        code = Binder::Convert(std::move(code), binder.TypeFor(declarator.type), declarator.name);
       }
       binder.DeclareConstant(declarator.at, declarator.name, *code);
     }
@@ -194,6 +225,7 @@ StatementPtr ParseReDim(Parser& parser) {
 constexpr StatementForm kForms[] = {
     {"dim", &ParseDeclaration<Dim>},
     {"var", &ParseDeclaration<Dim>},
+    {"static", &ParseDeclaration<Static>},
     {"const", &ParseDeclaration<Const>},
     {"redim", &ParseReDim},
 };

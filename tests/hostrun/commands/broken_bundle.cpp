@@ -1,6 +1,7 @@
 // tests/hostrun/commands/broken_bundle.cpp - a bundle that breaks the contract in one place, for the tests of
 // "hostrun check". The environment's BROKEN_BUNDLE_FAULT says in which; without one it keeps the contract.
 // What concerns the file is given by macros and options of the build.
+#include <dlfcn.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -34,6 +35,15 @@ REALobject New(const char* name) {
   return Service<REALobject (*)(const char*)>("PluginNewInstance")(name);
 }
 
+// By the platform, which the file does not need otherwise.
+void Log(const char* text) {
+  const auto makeText = reinterpret_cast<void* (*)(const void*, const char*, std::uint32_t)>(
+      dlsym(RTLD_DEFAULT, "CFStringCreateWithCString"));
+  const auto log = reinterpret_cast<void (*)(void*, ...)>(dlsym(RTLD_DEFAULT, "NSLog"));
+  constexpr std::uint32_t kUtf8 = 0x08000100;
+  log(makeText(nullptr, text, kUtf8));
+}
+
 void Construct(REALobject self) {
   if (Has("FullInstance")) std::memset(reinterpret_cast<char*>(self) + 24, 1, sizeof(void*));
 }
@@ -50,7 +60,8 @@ void Read(REALobject, double* out) {
 
 void Use(REALobject, REALobject other) {
   if (Has("KeepsArgument") && other != nullptr) Service<void (*)(REALobject)>("REALLockObject")(other);
-  if (Has("Crash")) std::abort();
+  if (Has("Logs") || Has("LogsAndCrashes")) Log("last words");
+  if (Has("Crash") || Has("LogsAndCrashes")) std::abort();
   while (Has("Hang")) sleep(1);
   if (Has("Raises")) {
     const REALobject exception = New("UnsupportedOperationException");

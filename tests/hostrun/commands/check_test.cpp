@@ -153,7 +153,7 @@ std::string KindOf(const std::string& check) {
 }
 
 TEST(Check, MakesNoCheckThatNothingCanFail) {
-  std::set<std::string> failed = {"file/format"};  // RefusesAFileThatIsNoBundle
+  std::set<std::string> failed = {"file/format"};  // StopsAtWhatIsNoBundleAtAll
   for (const Fault& fault : kFaults) {
     for (const std::string& one : fault.failing) {
       const bool skipped = one.starts_with("skipped ");
@@ -183,12 +183,20 @@ TEST(Check, PassesTheBundleOfThisBuildOnEveryHost) {
   EXPECT_EQ(finished.out, Tally(FILE_CHECKS + kHosts * HOST_CHECKS) + "\n");
 }
 
-TEST(Check, RefusesAFileThatIsNoBundleAndSaysSoOnce) {
-  const Finished finished = RunHostrun(CheckArguments(TemporaryFile("text.so", "no bundle")));
-  EXPECT_EQ(finished.status, 1);
-  EXPECT_NE(finished.out.find("failed    file/format\n"), std::string::npos) << finished.out;
-  EXPECT_NE(finished.out.find("found a file that is neither ELF nor Mach-O"), std::string::npos);
-  EXPECT_EQ(LastLine(finished.out), "10 checks, 0 passed, 9 failed, 1 skipped");
+TEST(Check, StopsAtWhatIsNoBundleAtAllAndSaysSoInOneLine) {
+  const std::pair<std::string, std::string> files[] = {
+      {TemporaryFile("text.so", "no bundle"), "found a file that is neither ELF nor Mach-O"},
+      {"/", "found a file that is neither ELF nor Mach-O"},
+      {"/bin/true", "found a 64-bit ELF file"}};
+  for (const auto& [file, found] : files) {
+    const Finished finished = RunHostrun(CheckArguments(file));
+    EXPECT_EQ(finished.status, 1);
+    EXPECT_EQ(Lines(finished.out).size(), 1U) << finished.out;
+    EXPECT_TRUE(finished.out.starts_with("failed    file/format: " + file + ": wanted ")) << finished.out;
+    EXPECT_NE(finished.out.find(found), std::string::npos) << finished.out;
+    EXPECT_EQ(finished.err, "");
+    EXPECT_EQ(json::parse(RunHostrun(CheckArguments(file, {"--json"})).out)["tally"]["failed"], 1);
+  }
 }
 
 TEST(Check, GivesALinePerCheckAndATallyAsTheLastLine) {

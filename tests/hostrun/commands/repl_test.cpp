@@ -35,6 +35,10 @@ TEST(Repl, KeepsWhatWasDeclared) {
   EXPECT_EQ(Typed("Dim x As Integer = 5\nx = x + 1\nx\n").out, "6\n");
 }
 
+TEST(Repl, KeepsNumbersWithAFraction) {
+  EXPECT_EQ(Typed("Dim x As Double = 1.5\nx\nx = x * 2\nx\nDim y As Double\ny\n").out, "1.5\n3\n0\n");
+}
+
 TEST(Repl, KeepsSubsAndFunctions) {
   EXPECT_EQ(Typed("Function Twice(n As Integer) As Integer\n  Return n * 2\nEnd Function\nTwice(4)\n").out,
             "8\n");
@@ -61,8 +65,7 @@ TEST(Repl, SurvivesErrorsAndPointsAtThem) {
       "input:2:10: wanted a type, found Missing, which is none that this host knows\n"
       "  Dim x As Missing\n"
       "           ^\n"
-      "input:4:1: uncaught OutOfBoundsException: Index 3 is outside of an array whose upper bound is -1. "
-      "(error 0)\n"
+      "input:4:1: uncaught OutOfBoundsException: Index 3 is outside of an array whose upper bound is -1.\n"
       "  a(3)\n"
       "  ^\n");
 }
@@ -83,6 +86,28 @@ TEST(Repl, ReportsABlockThatIsNeverClosed) {
   const Finished finished = Typed("If True Then\n");
   EXPECT_NE(finished.err.find("wanted 'End If' for line 1"), std::string::npos) << finished.err;
   EXPECT_EQ(finished.status, 0);
+}
+
+TEST(Repl, ShowsWhatTheReferenceSays) {
+  const Finished member = Typed(":doc NSColorQVX.colorValue\n");
+  EXPECT_EQ(member.out.rfind("NSColorQVX.colorValue\n  The colour as the host's own `Color`", 0), 0U)
+      << member.out;
+  EXPECT_EQ(member.err, "");
+  const Finished cls = Typed(":doc nscolorqvx\n");
+  EXPECT_EQ(cls.out.rfind("NSColorQVX\n  A colour of the platform.", 0), 0U) << cls.out;
+  EXPECT_NE(cls.out.find(" colorValue"), std::string::npos) << cls.out;
+  EXPECT_EQ(Typed(":doc NSColorQVX.colorValu\n").err,
+            ":doc: wanted a member of NSColorQVX, found colorValu, which it does not have; did you mean "
+            "colorValue?\n");
+  EXPECT_NE(Typed(":doc NSColourQVX\n").err.find("did you mean NSColorQVX"), std::string::npos);
+  EXPECT_NE(Typed(":doc\n").err.find(":doc: wanted a class or CLASS.MEMBER"), std::string::npos);
+}
+
+TEST(Repl, ExplainsItselfAndEnds) {
+  EXPECT_NE(Typed(":help\n").out.find(":doc CLASS[.MEMBER]"), std::string::npos);
+  EXPECT_EQ(Typed(":quit\nPrint \"not reached\"\n").out, "");
+  EXPECT_EQ(Typed(":hlep\n1\n").err,
+            ":hlep: wanted :doc, :help or :quit, found another command; did you mean :help?\n");
 }
 
 TEST(Repl, EndsWithTheStatusOfQuit) {

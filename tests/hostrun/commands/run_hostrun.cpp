@@ -37,14 +37,28 @@ const Folder& TheFolder() {
   return folder;
 }
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 void Redirect(const std::string& path, int flags, int to) {
   const int file = open(path.c_str(), flags | O_CLOEXEC, 0600);
   if (file < 0 || dup2(file, to) < 0) _exit(126);
+}
+
+Finished RunOnto(const std::string& out, const std::vector<std::string>& arguments, const std::string& input,
+                 const std::vector<std::string>& environment) {
+  const std::string in = TemporaryFile("stdin", input);
+  const std::string err = TheFolder().File("stderr");
+  const pid_t child = fork();
+  if (child == 0) {
+    Redirect(in, O_RDONLY, STDIN_FILENO);
+    Redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
+    Redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
+    BecomeHostrun(arguments, environment);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  // What takes nothing would give zeros for ever.
+  const bool readable = std::filesystem::is_regular_file(out);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readable ? ReadFile(out) : std::string(),
+          ReadFile(err)};
 }
 
 }  // namespace
@@ -63,19 +77,11 @@ void BecomeHostrun(const std::vector<std::string>& arguments, const std::vector<
 
 Finished RunHostrun(const std::vector<std::string>& arguments, const std::string& input,
                     const std::vector<std::string>& environment) {
-  const std::string in = TemporaryFile("stdin", input);
-  const std::string out = TheFolder().File("stdout");
-  const std::string err = TheFolder().File("stderr");
-  const pid_t child = fork();
-  if (child == 0) {
-    Redirect(in, O_RDONLY, STDIN_FILENO);
-    Redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
-    Redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
-    BecomeHostrun(arguments, environment);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out), ReadFile(err)};
+  return RunOnto(TheFolder().File("stdout"), arguments, input, environment);
+}
+
+Finished RunHostrunOntoFullDisk(const std::vector<std::string>& arguments) {
+  return RunOnto("/dev/full", arguments, {}, {});
 }
 
 std::string BuiltFile(const std::string& name) {
@@ -90,6 +96,11 @@ std::string TemporaryFile(const std::string& name, const std::string& text) {
 std::string Tally(std::size_t checks, std::size_t failed) {
   return std::to_string(checks) + " checks, " + std::to_string(checks - failed) + " passed, " +
          std::to_string(failed) + " failed";
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 std::vector<std::string> Lines(const std::string& text) {

@@ -17,6 +17,9 @@ struct Finished {
 Finished RunHostrun(const std::vector<std::string>& arguments, const std::string& input = {},
                     const std::vector<std::string>& environment = {});
 
+// The same, with a standard output that takes nothing, as on a full disk.
+Finished RunHostrunOntoFullDisk(const std::vector<std::string>& arguments);
+
 // Replaces this process, with extra variables in its environment.
 [[noreturn]] void BecomeHostrun(const std::vector<std::string>& arguments,
                                 const std::vector<std::string>& environment);
@@ -32,6 +35,9 @@ std::string TemporaryFile(const std::string& name, const std::string& text);
 inline constexpr std::size_t kSoundChecks = FILE_CHECKS + 10;
 // The tally of checks that all passed but for so many.
 std::string Tally(std::size_t checks, std::size_t failed = 0);
+
+// What a file holds; empty where there is none.
+std::string ReadFile(const std::string& path);
 
 // The lines of a text.
 std::vector<std::string> Lines(const std::string& text);

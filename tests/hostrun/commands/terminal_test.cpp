@@ -46,8 +46,8 @@ TEST(Terminal, ColoursHeadingsUnlessTheUserObjects) {
 }
 
 TEST(Terminal, ColoursTheStatusOfEachCheck) {
-  AtTerminal terminal(
-      {"check", "--platform", "none", "--host-version", "2015.0", BuiltFile("broken/NoRelro.so")});
+  AtTerminal terminal({"check", "--platform", "none", "--host-version", "2015.0", "--verbose",
+                       BuiltFile("broken/NoRelro.so")});
   EXPECT_EQ(terminal.Status(), 1);
   EXPECT_NE(terminal.screen().find("\033[32mpassed    \033[0mfile/format"), std::string::npos)
       << terminal.screen();
@@ -69,8 +69,13 @@ TEST(Terminal, ShowsProgressWhereNothingElseShowsThatTimePasses) {
 
 TEST(Terminal, ShowsNoProgressOnADumbOneOrBesideTheLinesThemselves) {
   EXPECT_EQ(ScreenOf(CheckSound("--only-failed"), {"TERM=dumb"}), Tally(kSoundChecks) + "\r\n");
-  EXPECT_EQ(ScreenOf({"check", "--filter", "file/", "--host-version", "2015.0"}).find("checks, 0 failed: "),
-            std::string::npos);
+  EXPECT_EQ(ScreenOf(CheckSound("--verbose")).find("checks, 0 failed: "), std::string::npos);
+}
+
+TEST(Terminal, ShowsOfAPassedCheckNothingButTheTallyUnlessAsked) {
+  const std::vector<std::string> plain = {"TERM=dumb"};
+  EXPECT_EQ(ScreenOf(CheckSound("--time-limit=9"), plain), Tally(kSoundChecks) + "\r\n");
+  EXPECT_NE(ScreenOf(CheckSound("--verbose"), plain).find("passed    file/format\r\n"), std::string::npos);
 }
 
 TEST(Terminal, ShowsAColourAsABlockWhereTheTerminalCan) {
@@ -128,6 +133,81 @@ TEST(Terminal, DropsALineWhenItIsInterrupted) {
   terminal.Type(kInterrupt);
   ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
   terminal.Type("Print 2 + 3\n");
+  EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, TakesLettersBeyondAscii) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Print \"äöü€\".Length, \"äöü€\"\n");
+  EXPECT_TRUE(terminal.Shows("\r\n4 äöü€\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, InterruptsWhatIsRunningAndKeepsTheSession) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Dim kept As Integer = 42\n");
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Print \"begun\" : While True : Wend\n");
+  ASSERT_TRUE(terminal.Shows("\r\nbegun\r\n")) << terminal.screen();
+  terminal.Type(kInterrupt);
+  ASSERT_TRUE(terminal.Shows("input:2:")) << terminal.screen();
+  ASSERT_TRUE(terminal.Shows("interrupted")) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts("3> "));
+  terminal.Type("kept\n");
+  EXPECT_TRUE(terminal.Shows("\r\n42\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, NumbersThePromptAsErrorsDo) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts("1> "));
+  terminal.Type("Print 1\n");
+  ASSERT_TRUE(terminal.Prompts("2> ")) << terminal.screen();
+  terminal.Type("Print missing\n");
+  EXPECT_TRUE(terminal.Shows("input:2:7: ")) << terminal.screen();
+}
+
+TEST(Terminal, TakesAPastedBlockWithEmptyLines) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Shows("\033[?2004h"));
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("\033[200~For i As Integer = 6 To 7\n\n  Print i * 10\n\nNext\n\033[201~");
+  EXPECT_TRUE(terminal.Shows("\r\n60\r\n70\r\n")) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts("6> "));
+  terminal.Type("If True Then\n");
+  ASSERT_TRUE(terminal.Prompts("... "));
+  terminal.Type("\n");
+  EXPECT_TRUE(terminal.Shows("wanted 'End If'")) << terminal.screen();
+}
+
+TEST(Terminal, KeepsEachLineOfTwoSessionsAtOnce) {
+  const std::vector<std::string> own = {"XDG_STATE_HOME=" + TemporaryFile("", "") + "two"};
+  {
+    AtTerminal one({"repl"}, own);
+    AtTerminal two({"repl"}, own);
+    ASSERT_TRUE(one.Prompts());
+    ASSERT_TRUE(two.Prompts());
+    one.Type("11 * 11\n");
+    ASSERT_TRUE(one.Shows("\r\n121\r\n")) << one.screen();
+    ASSERT_TRUE(one.Prompts());
+    two.Type("12 * 12\n");
+    ASSERT_TRUE(two.Shows("\r\n144\r\n")) << two.screen();
+    ASSERT_TRUE(two.Prompts());
+    // Both are killed: nothing is left to be written at their end.
+  }
+  AtTerminal next({"repl"}, own);
+  ASSERT_TRUE(next.Prompts());
+  next.Type(std::string(kUp) + "\n");
+  EXPECT_TRUE(next.Shows("\r\n144\r\n")) << next.screen();
+  ASSERT_TRUE(next.Prompts());
+  next.Type(std::string(kUp) + kUp + kUp + "\n");  // behind 12 * 12, which was run again
+  EXPECT_TRUE(next.Shows("\r\n121\r\n")) << next.screen();
+}
+
+TEST(Terminal, CompletesKeywords) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Pri\t 2 + 3\n");
   EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();
 }
 

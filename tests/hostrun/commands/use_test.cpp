@@ -61,7 +61,8 @@ TEST(Use, ACommandThatIsSpelledWrongIsToldFromAProgram) {
   const Finished finished = RunHostrun({"clases"});
   EXPECT_EQ(finished.status, 2);
   EXPECT_EQ(finished.err,
-            "clases: wanted a program file or a command, found neither; hostrun --help lists the commands\n");
+            "clases: wanted a program file or a command, found neither; did you mean classes?; hostrun "
+            "--help lists the commands\n");
 }
 
 TEST(Use, TheExitStatusesOfARunAreThoseThatTheHelpNames) {

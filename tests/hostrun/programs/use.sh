@@ -34,9 +34,113 @@ wants 2 'found a folder' "$hostrun" "$folder"
 wants 2 'program is required' "$hostrun"
 wants 2 '--frobnicate' "$hostrun" --frobnicate "$fine"
 wants 2 '--host-version' "$hostrun" --host-version new "$fine"
+wants 2 'found --bogus' "$hostrun" --bogus "$fine"
+wants 2 'found --bundel; did you mean --bundle?' "$hostrun" --bundel x "$fine"
+wants 2 'chekc: wanted a program file or a command, found neither; did you mean check?' "$hostrun" chekc
+wants 2 'found REALLockObjekt; did you mean REALLockObject' "$hostrun" --without REALLockObjekt "$fine"
+wants 2 '; there are REAL' "$hostrun" --without Foo "$fine"
 wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nonsense "$fine"
 wants 2 "found REALnewInstance; the host's name for it is PluginNewInstance" "$hostrun" --without REALnewInstance "$fine"
 wants 0 '' "$hostrun" --help
+wants 0 '' "$hostrun" help
+wants 2 'hostrun help: wanted one command, found clases; hostrun --help lists the commands' "$hostrun" help clases
+wants 2 'hostrun help: wanted one command, found check; hostrun --help lists the commands' "$hostrun" help trace check
+cmp -s <("$hostrun" help trace) <("$hostrun" trace --help) || {
+  echo "wanted of help trace what trace --help says, found another text"
+  failed=1
+}
+
+# Several errors in one run: each statement is looked at, and nothing is told twice.
+errors_of() {
+  wants 2 '' "$hostrun" "$folder/$1"
+  if [ "$(sed -n "s|^$folder/$1:||p" "$folder/err")" != "$2" ]; then
+    printf 'wanted the errors\n%s\nfound\n%s\n' "$2" "$(cat "$folder/err")"
+    failed=1
+  fi
+}
+cat >"$folder/several.bas" <<'END'
+Dim a As Integr
+Print a, a + 1
+Print missing
+Print missing
+If True Then
+  Print also_missing
+  Dim s As String = 5
+End If
+Print s
+Sub Fine(x As Integer)
+  Print x.y
+End Sub
+Fine "text"
+END
+errors_of several.bas '1:10: wanted a type, found Integr, which is none that this host knows; did you mean Integer?
+3:7: wanted a variable, a function or a class, found missing, which is not declared
+6:9: wanted a variable, a function or a class, found also_missing, which is not declared
+7:21: s wants String, found Integer
+11:11: wanted an object before '"'.y'"', found Integer
+13:6: argument 1 (x) of Fine wants Integer, found String'
+cat >"$folder/syntax.bas" <<'END'
+Print 1 +
+If x = Then
+  Print "open
+  While True
+    Print )
+  Wend
+End If
+For i = 1 Two 3
+  Print i
+Next
+Class Thing
+  Dim x As Integer
+End Class
+Print &hZZ
+END
+errors_of syntax.bas "1:10: wanted an expression, found the end of the line
+2:8: wanted an expression, found 'Then'
+3:9: wanted a closing '\"' on this line, found its end
+5:11: wanted an expression, found ')'
+8:11: wanted 'To' or 'DownTo' after the first value, found 'Two'
+11:1: wanted a statement, found 'Class': classes can't be declared here; use Subs, Functions and a Dictionary for what belongs together
+14:7: wanted digits of base 16, found '&hZZ'; to join texts, write a blank behind &"
+for i in $(seq 30); do echo "Print missing$i"; done >"$folder/many.bas"
+wants 2 'many.bas:1:7' "$hostrun" "$folder/many.bas"
+if [ "$(grep -c 'not declared' "$folder/err")" != 20 ] || [ "$(tail -n 1 "$folder/err")" != 'and 10 more errors' ]; then
+  echo "wanted 20 errors and the number of the others, found: $(tail -n 3 "$folder/err")"
+  failed=1
+fi
+echo 'Raise New RuntimeException("plain")' >"$folder/plain.bas"
+wants 1 'plain.bas:1:1: uncaught RuntimeException: plain' "$hostrun" "$folder/plain.bas"
+if grep -q '(error' "$folder/err"; then
+  echo 'wanted no error number where it is 0'
+  failed=1
+fi
+
+# Programs from elsewhere than a file.
+says() {
+  if [ "$(cat "$folder/out")" != "$1" ]; then
+    printf 'wanted on stdout:\n%s\nfound:\n%s\n' "$1" "$(cat "$folder/out")"
+    failed=1
+  fi
+}
+wants 0 '' "$hostrun" -e 'Dim x As Integer = 6' -e 'Print x * 7, Arguments(0), Arguments.Count' first second
+says '42 first 2'
+wants 2 '-e:1:7: wanted a variable' "$hostrun" -e 'Print missing'
+wants 0 '' bash -c 'printf "Print 6 * 7, Arguments(0)\n" | "$0" - first' "$hostrun"
+says '42 first'
+wants 2 'standard input:2:7: wanted an expression' bash -c 'printf "Print 1\nPrint )\n" | "$0" -' "$hostrun"
+printf '#!%s\nPrint "a command", Arguments(0)\n' "$hostrun" >"$folder/command"
+chmod +x "$folder/command"
+wants 0 '' "$folder/command" given
+says 'a command given'
+wants 2 'command:2:7: wanted a variable' bash -c 'printf "#!hostrun\nPrint missing\n" >"$1"; "$0" "$1"' "$hostrun" "$folder/command"
+
+# Lines from standard input.
+printf 'Print Input("name? ") & "!"\nWhile Not EndOfInput\n  Print Input.Length\nWend\nPrint "[" & Input & "]"\n' >"$folder/ask.bas"
+wants 0 '' bash -c 'printf "Ada\r\n\nabc" | "$0" "$1"' "$hostrun" "$folder/ask.bas"
+says 'name? Ada!
+0
+3
+[]'
 
 # Bundles that are none.
 wants 2 'No such file or directory' "$hostrun" --bundle "$folder/missing.so" "$fine"

@@ -12,7 +12,7 @@ Print "con" + "cat" + "enation", "a ""quoted"" word"
 
 Dim i As Integer = 3.99
 Dim d As Double = 3
-Dim far As Integer = 1e20
+Dim huge As Double = 1e20, far As Integer = huge
 Dim wide As Int64 = 5000000000
 Dim single As Single = 0.1
 Dim flag As Boolean

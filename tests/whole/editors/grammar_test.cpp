@@ -131,7 +131,10 @@ std::vector<std::filesystem::path> Programs(const char* folder) {
 void ExpectColouredAsRead(const std::filesystem::path& program) {
   const hostrun::Source source = hostrun::Source::FromFile(program.string());
   std::map<std::int32_t, std::vector<hostrun::Token>> lines;
-  for (hostrun::Token& token : hostrun::Tokenize(source)) lines[token.at.line].push_back(std::move(token));
+  std::vector<hostrun::ProgramError> errors;
+  for (hostrun::Token& token : hostrun::Tokenize(source, errors))
+    lines[token.at.line].push_back(std::move(token));
+  ASSERT_TRUE(errors.empty()) << program << ": " << errors.front().what();
   for (auto& [number, tokens] : lines) {
     const std::string line(source.Line(number));
     const std::vector<Span> spans = TheGrammar().Line(line);

@@ -1,5 +1,6 @@
 # tests/whole/present/browser.py PAGE FOLDER MEMBERS - drives chromium through chromedriver: types into the search box of the reference,
-# looks at what is shown of that many members, in light and dark, wide and narrow; leaves screenshots in FOLDER.
+# looks at what is shown of that many members, in light and dark, at three widths and printed, and reads the page with the
+# keyboard alone; leaves screenshots and the printed pages in FOLDER.
 import base64
 import json
 import pathlib
@@ -11,6 +12,9 @@ import time
 import urllib.request
 
 KEY_ESCAPE = "\ue00c"
+KEY_TAB = "\ue004"
+KEY_ENTER = "\ue007"
+KEY_SHIFT = "\ue008"
 ELEMENT = "element-6066-11e4-a52e-4f735466cecf"
 FLAGS = [
     "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
@@ -47,6 +51,18 @@ class Browser:
 
     def type(self, css, text):
         self.post("/element/" + self.find(css) + "/value", {"text": text})
+
+    # Keys go to what has the focus.
+    def press(self, *keys):
+        actions = [{"type": "keyDown", "value": key} for key in keys]
+        actions += [{"type": "keyUp", "value": key} for key in reversed(keys)]
+        self.post("/actions", {"actions": [{"type": "key", "id": "keys", "actions": actions}]})
+
+    def focus(self):
+        return self.script("const e = document.activeElement; return e.id || e.getAttribute('href') || e.tagName;")
+
+    def print(self, file):
+        file.write_bytes(base64.b64decode(self.post("/print", {"background": False})))
 
     def emulate(self, scheme):
         self.post("/goog/cdp/execute", {"cmd": "Emulation.setEmulatedMedia",
@@ -144,12 +160,66 @@ def check(browser, page, folder, members):
         browser.screenshot(folder / f"colours-{scheme}.png")
     expect("light and dark differ", True, grounds["light"] != grounds["dark"])
 
-    browser.size(390, 800)
-    expect("nothing is wider than a narrow window", True,
-           browser.script("return document.documentElement.scrollWidth <= window.innerWidth;"))
-    browser.screenshot(folder / "narrow.png")
+    for scheme in ("light", "dark"):
+        browser.emulate(scheme)
+        for width in (390, 768, 1280):
+            browser.size(width, 900)
+            browser.open("about:blank")
+            browser.open(page.as_uri())
+            expect(f"nothing is wider than a window of {width}", True,
+                   browser.script("return document.documentElement.scrollWidth <= window.innerWidth;"))
+            expect(f"the contents are open at {width} where they stand beside the members", width > 832,
+                   browser.script("return document.getElementById('contents').open;"))
+            browser.screenshot(folder / f"width-{width}-{scheme}.png")
+    browser.print(folder / "printed.pdf")
     expect("the page asks for nothing else", 0, browser.script("return performance.getEntriesByType('resource').length;"))
     expect("the console is silent", [], browser.console())
+
+
+# Every step is a key.
+def read_with_the_keyboard(browser, page, folder):
+    browser.emulate("light")
+    browser.size(1280, 900)
+    browser.open("about:blank")
+    browser.open(page.as_uri())
+    browser.press(KEY_TAB)
+    expect("the first Tab offers to skip", "#main", browser.focus())
+    expect("and shows that", True, browser.script("return document.activeElement.getBoundingClientRect().top >= 0;"))
+    browser.press(KEY_ENTER)
+    expect("Enter skips to the members", "main", browser.focus())
+    browser.press(KEY_TAB)
+    expect("the next link is one of the members'", True,
+           browser.script("return !!document.activeElement.closest('main') && document.activeElement.tagName === 'A';"))
+    browser.press("/")
+    expect("/ leads to the search box", "search", browser.focus())
+    for letter in "getHSV brightness":
+        browser.press(letter)
+    expect("what is typed is searched for", 2, len(browser.script(SHOWN)))
+    browser.press(KEY_TAB)
+    browser.press(KEY_TAB)
+    expect("the contents follow, with what is left", "#NSColorQVX.getHSV", browser.focus())
+    expect("the focus can be seen", True,
+           browser.script("return getComputedStyle(document.activeElement).outlineStyle !== 'none';"))
+    browser.press(KEY_ENTER)
+    expect("Enter leads to the member", "#NSColorQVX.getHSV", browser.script("return location.hash;"))
+    expect("which is not below the heading", True, browser.script(
+        "const a = document.getElementById('NSColorQVX.getHSV').getBoundingClientRect();"
+        "return a.top >= document.querySelector('header').getBoundingClientRect().bottom - 1 && a.top < innerHeight;"))
+    browser.press(KEY_SHIFT, KEY_TAB)
+
+    browser.size(390, 800)
+    browser.open("about:blank")
+    browser.open(page.as_uri())
+    for _ in range(3):
+        browser.press(KEY_TAB)
+    expect("at the width of a phone the third stop is the contents", "SUMMARY", browser.focus())
+    browser.press(KEY_ENTER)
+    expect("Enter opens them", True, browser.script("return document.getElementById('contents').open;"))
+    browser.screenshot(folder / "contents-390.png")
+    browser.press(KEY_TAB)
+    expect("the first class comes first", "#NSColorQVX", browser.focus())
+    browser.press(KEY_ENTER)
+    expect("its link closes them again", False, browser.script("return document.getElementById('contents').open;"))
 
 
 def free_port():
@@ -180,6 +250,7 @@ def main():
             browser = Browser(driver, profile)
             try:
                 check(browser, page, folder, members)
+                read_with_the_keyboard(browser, page, folder)
             finally:
                 browser.close()
         finally:

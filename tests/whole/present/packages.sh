@@ -20,11 +20,15 @@ rm -rf "$work/packages"
   exit 1
 }
 deb=$(echo "$work"/packages/*.deb)
-tarball=$(echo "$work"/packages/*.tar.gz)
+tarball=$(echo "$work"/packages/*.tar.xz)
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$source/CMakeLists.txt")
 
 [ "$(dpkg-deb -f "$deb" Package Version Architecture | cut -d' ' -f2 | paste -sd' ')" = "qvxcolor $version amd64" ] ||
   fail "the .deb says what it is: $(dpkg-deb -f "$deb" Package Version Architecture | paste -sd' ')"
+for package in "$deb" "$tarball"; do
+  size=$(stat -c %s "$package")
+  [ "$size" -le 18000000 ] || fail "a package has at most 18 MB: $(basename "$package") has $size bytes"
+done
 dpkg-deb -f "$deb" Depends | grep -q libc6-i386 || fail "the .deb wants the 32-bit C run-time"
 
 # The run-time of the machine, where the 32-bit loader finds it without a configuration.
@@ -57,7 +61,7 @@ inside() {
 try() {
   local name=$1 root=$2 prefix=$3 program found
   local hostrun=$prefix/bin/hostrun documents=$prefix/share/doc/qvxcolor
-  for wanted in LICENSE NOTICE CHANGELOG.md README.md reference.txt third-party/libgnustep-base1.28 examples/first-colors.bas; do
+  for wanted in copyright changelog LICENSE NOTICE CHANGELOG.md README.md reference.txt third-party/libgnustep-base1.28 examples/first-colors.bas; do
     [ -s "$root$documents/$wanted" ] || fail "$name has $wanted"
   done
   if grep -rlqF -e "$source" -e "$build" "$root$prefix"; then
@@ -89,7 +93,7 @@ try() {
     found=$(inside "$root" "$hostrun" --version)
     [ "$found" = "hostrun $version" ] || fail "$name says its version: wanted hostrun $version, found $found"
     # The library that the trace puts before the platform lies among the private ones.
-    inside "$root" "$hostrun" trace --output /tmp/trace.txt "$documents/examples/first-colors.bas" >"$work/out" 2>"$work/err" &&
+    inside "$root" "$hostrun" trace --out /tmp/trace.txt "$documents/examples/first-colors.bas" >"$work/out" 2>"$work/err" &&
       cmp -s "$source/examples/first-colors.out" "$work/out" || { fail "$name traces a program"; cat "$work/err"; }
     grep -qF 'sends +[NSColor colorWithDeviceRed: 1 green: 0.5' "$root/tmp/trace.txt" ||
       fail "$name shows the messages: $(head -n 5 "$root/tmp/trace.txt")"
@@ -110,7 +114,7 @@ for name in deb tarball; do
   mkdir -p "$root/usr/bin"
   case $name in
     deb) dpkg-deb -x "$deb" "$root" && prefix=/usr ;;
-    tarball) mkdir -p "$root/opt" && tar -xzf "$tarball" -C "$root/opt" && prefix=/opt/$(ls "$root/opt") ;;
+    tarball) mkdir -p "$root/opt" && tar -xJf "$tarball" -C "$root/opt" && prefix=/opt/$(ls "$root/opt") ;;
   esac
   try "the $name" "$root" "$prefix"
 done

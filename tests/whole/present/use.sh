@@ -45,7 +45,7 @@ check "columns set the width" 0 "46 colours" swatches --out narrow.png --columns
 holds "two columns are narrower than five" test "$(png_width narrow.png)" -lt "$(png_width all.png)"
 check "the predefined colours are drawn as SVG" 0 "46 colours drawn in all.svg" swatches --out all.svg
 holds "an SVG is an SVG" grep -q '<svg ' all.svg
-holds "red is drawn as red" grep -qE 'rgb\(100%, *0%, *0%\)' all.svg
+holds "red is drawn as red" grep -q 'fill="#ff0000"' all.svg
 
 cat >list.bas <<PROGRAM
 Dim list As New NSColorListQVX
@@ -58,9 +58,32 @@ Print "value", list.colorWithKey("see-through").colorValue, &c112233
 PROGRAM
 check "a program's printed colours are drawn" 0 "3 colours drawn in printed.svg" swatches --out printed.svg list.bas
 holds "the program still prints" grep -q '^first: NSColorQVX$' out
-holds "a half transparent colour is drawn so" grep -qE 'rgb\(0%, *100%, *20.*0\.5' printed.svg
+holds "a half transparent colour is drawn so" grep -q 'fill="#00ff33" fill-opacity="0.5"' printed.svg
 check "the colours of a list file are drawn" 0 "2 colours drawn in list.svg" swatches --out list.svg Warm.clr
-holds "the same colour from the file" grep -qE 'rgb\(0%, *100%, *20.*0\.5' list.svg
+holds "the same colour from the file" grep -q 'fill="#00ff33" fill-opacity="0.5"' list.svg
+
+cat >names.bas <<'PROGRAM'
+Print "a" + Chr(9) + "tab, a" + Chr(10) + "line & a <sign>", &cFF0000
+Print "a name that is far too long for the card that it stands on, so that it is cut", &c00FF00
+PROGRAM
+check "any name can be drawn" 0 "2 colours drawn in names.svg" swatches --out names.svg names.bas
+holds "control characters are shown as symbols" grep -q '>a␉tab, a␊line &amp; a &lt;sign&gt;</text>' names.svg
+holds "the whole name is the card's title" grep -q '<title>a name that is far .* so that it is cut</title>' names.svg
+holds "and is cut on the card" grep -q '>a name that is far too .*…</text>' names.svg
+holds "it is well formed" python3 -c 'import sys, xml.dom.minidom as m; m.parse(sys.argv[1])' names.svg
+check "a picture of it can be drawn" 0 "2 colours drawn in names.png" swatches --out names.png names.bas
+holds "and nothing is missing in it" silent
+printf 'Print "\xf3\xb0\x80\x80", &cFF0000\n' >private.bas
+check "a letter that the font does not have is said" 0 "has no 󰀀 (U+F0000); boxes are drawn" swatches --out private.png private.bas
+check "what reads an SVG has fonts of its own" 0 "1 colour drawn" swatches --out private.svg private.bas
+holds "so that nothing is said" silent
+cat >many.bas <<'PROGRAM'
+For i As Integer = 1 To 500
+  Print "colour number " + Str(i), NSColorQVX.colorWithSRGB(i / 500, 0.5, 0.123456, 0.75)
+Next
+PROGRAM
+check "many colours are drawn" 0 "500 colours drawn in many.svg" swatches --out many.svg many.bas
+holds "in less than 300 KB" test "$(stat -c %s many.svg)" -lt 300000
 
 echo 'Print "no colour"' >none.bas
 check "a program without colours is refused" 2 "wanted a program that prints colours, found none printed" swatches none.bas
@@ -77,13 +100,19 @@ echo junk >junk.clr
 check "a file that is no list is refused" 2 "junk.clr: wanted a colour-list file, found something" swatches junk.clr
 check "another source is refused" 2 "wanted a colour list (.clr) or a program (.bas), found neither" swatches all.png
 check "another format is refused" 2 "wanted a file name that ends in .png or .svg, found .gif" swatches --out all.gif
-check "a folder that is not there is refused" 2 "wanted to write a picture, found" swatches --out absent/all.png
+check "a folder that is not there is refused" 2 "absent/all.png: wanted a file to write to, found: No such file or directory" swatches --out absent/all.png
 check "no columns are refused" 2 "--columns" swatches --columns 0
 check "a bundle that is not there is refused" 2 "absent.so" swatches --bundle absent.so
 
 # ---- docs ----
 check "the reference is written" 0 "$members members described in page.html" docs --descriptions "$reference" --out page.html
 holds "every member has its article" test "$(count '<article ' page.html)" = "$members"
+holds "each class has its first steps and each group an example" test "$(count '<figure>' page.html)" = \
+  "$(grep -cE '^\[(first steps|example)\]' "$reference")"
+holds "overloads are told apart" grep -q '>getHSV <small>(hue, saturation, brightness, alpha)</small></a></li>' page.html
+holds "types lead to their class" grep -q 'as</i> <a href="#NSColorSpaceQVX">NSColorSpaceQVX</a>' page.html
+holds "the host's classes are there" test "$(count 'data-in="MemoryBlock"' page.html)" = 21
+check "a host without them gets a page without them" 0 "$((members - 3)) members described" docs --no-sibling --descriptions "$reference" --out small.html
 holds "46 members have a swatch" test "$(count 'class="swatch"' page.html)" = 46
 holds "overloads have addresses of their own" grep -q 'id="NSColorQVX.getHSV-2"' page.html
 holds "defaults come from the declarations" grep -q '<dt>Defaults</dt><dd>alpha is 1 where left out' page.html
@@ -107,8 +136,10 @@ printf '[member too soon]\n' >early.txt
 check "a member needs a group" 2 "early.txt:1: wanted a [group TITLE] before a member" docs --descriptions early.txt --out no.html
 printf '[class A]\nnil: one\ntwo\n' >run-on.txt
 check "a field's next line must be indented" 2 "run-on.txt:3: wanted a blank line" docs --descriptions run-on.txt --out no.html
+printf '[class A]\n[example]\nPrint 1\n' >example.txt
+check "an example belongs to a group" 2 "example.txt:2: wanted [example] after the text of a group" docs --descriptions example.txt --out no.html
 check "missing descriptions are refused" 2 "absent.txt: wanted the descriptions of the members" docs --descriptions absent.txt
-check "a page that can't be written is refused" 2 "wanted to write the reference" docs --descriptions "$reference" --out absent/page.html
+check "a page that can't be written is refused" 2 "absent/page.html: wanted a file to write to, found: No such file or directory" docs --descriptions "$reference" --out absent/page.html
 
 # ---- hostrun itself ----
 "$hostrun" --version >out 2>err

@@ -1,4 +1,4 @@
-// hostrun/commands/show.h - values as people read them.
+// hostrun/host/show.h - values as people read them.
 #pragma once
 
 #include <string>

@@ -1,11 +1,10 @@
-// hostrun/commands/show.cpp - values as people read them.
-#include "hostrun/commands/show.h"
+// hostrun/host/show.cpp - values as people read them.
+#include "hostrun/host/show.h"
 
 #include <array>
 #include <cstdio>
 #include <optional>
 
-#include "hostrun/commands/describe.h"
 #include "hostrun/host/arrays.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/exceptions.h"
