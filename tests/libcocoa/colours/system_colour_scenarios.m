@@ -153,6 +153,28 @@ SCENARIO("such a list may be one that the user can't write", "raises NSColorList
                                           nil]);
 }
 
+// A theme with a single colour, as GNUstep asks it.
+@interface RedGridTheme : NSObject
+@end
+
+@implementation RedGridTheme
+- (NSColorList*)colors {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"System"] autorelease];
+  [list setColor:[NSColor redColor] forKey:@"gridColor"];
+  return list;
+}
+@end
+
+SCENARIO("what a theme's list lacks has the light values", "",
+         "1.000 0.000 0.000 1.000 CalibratedRGB, all") {
+  [NSColor gridColor];
+  [[NSNotificationCenter defaultCenter] postNotificationName:@"GSThemeDidActivateNotification"
+                                                      object:[[RedGridTheme new] autorelease]];
+  return Joined([NSArray
+      arrayWithObjects:Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
+                       LightBut("gridColor"), nil]);
+}
+
 SCENARIO("the colour under pages is there when such a list lacks it", "raises NSInvalidArgumentException",
          "0.590 0.590 0.590 1.000 CalibratedRGB") {
   InChild(WriteSystem);
