@@ -6,7 +6,7 @@
 namespace command_tests {
 namespace {
 
-const char* const kCommands[] = {"classes", "check", "trace", "repl", "docs", "swatches"};
+const char* const kCommands[] = {"classes", "check", "trace", "repl", "docs", "swatches", "completion", "manual"};
 
 TEST(Use, EachCommandHelpsWithAnExampleAndItsExitStatus) {
   for (const std::string command : kCommands) {
