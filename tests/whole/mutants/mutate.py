@@ -53,21 +53,22 @@ def located(mutant, source, seen):
                  source[:mutant.start] + mutant.text + source[mutant.end:], fingerprint(*place, str(seen[place])))
 
 
-def draw(room, count, seed, built):
-    """The first `count` of the room's mutants in the seed's order."""
-    folder, _, line = room.partition(":")
-    folders = [folder] if folder else list(HOUSES)
-    found = []
-    for path in sorted(built):
-        if not any(path == f or path.startswith(f.rstrip("/") + "/") for f in folders):
-            continue
-        source = (ROOT / path).read_text(encoding="utf-8")
-        seen = {}
-        found += [located(m, source, seen) for m in operators.mutants_of(path, source)]
-    if not found:
-        sys.exit(f"mutate: wanted a folder or a file with sources that are built, found {room}")
-    found = [d for d in found if not line or d.line == int(line)]
-    return sorted(found, key=lambda d: fingerprint(seed, d.identity))[:count]
+def draw(rooms, count, seed, built):
+    """The first `count` of the rooms' mutants in the seed's order."""
+    found = {}
+    for room in rooms:
+        folder, _, line = room.partition(":")
+        inside = [p for p in built if p == folder or p.startswith(folder.rstrip("/") + "/")]
+        if not inside:
+            sys.exit(f"mutate: wanted a folder or a file with sources that are built, found {room}")
+        for path in inside:
+            source = (ROOT / path).read_text(encoding="utf-8")
+            seen = {}
+            for mutant in operators.mutants_of(path, source):
+                drawn = located(mutant, source, seen)
+                if not line or drawn.line == int(line):
+                    found[drawn.identity] = drawn
+    return sorted(found.values(), key=lambda d: fingerprint(seed, d.identity))[:count]
 
 
 def objects_of_sources():
@@ -195,9 +196,13 @@ class Journal:
             file.write(json.dumps(self.known[identity]) + "\n")
 
 
+def state_of_files(names):
+    return fingerprint(*(name + hashlib.sha256((ROOT / name).read_bytes()).hexdigest() for name in sorted(names)))
+
+
 def state_of_tests():
-    files = sorted(p for p in (ROOT / "tests").rglob("*") if p.is_file() and p.suffix != ".pyc" and p.name != "equivalents.txt")
-    return fingerprint(*(str(p.relative_to(ROOT)) + fingerprint(p.read_bytes().hex()) for p in files))
+    files = (p for p in (ROOT / "tests").rglob("*") if p.is_file() and p.name != "equivalents.txt")
+    return state_of_files(str(p.relative_to(ROOT)) for p in files)
 
 
 def shown(drawn, result):
@@ -219,14 +224,14 @@ def tally(pairs):
 
 def main():
     parser = argparse.ArgumentParser(prog="mutate", description="Mutation test; see the head of tools/mutate.")
-    parser.add_argument("room", nargs="?", default="")
+    parser.add_argument("room", nargs="?", default=",".join(HOUSES))
     parser.add_argument("count", nargs="?", type=int, default=30)
     parser.add_argument("seed", nargs="?", default=datetime.date.today().strftime("%Y%m%d"))
     parser.add_argument("--limit", type=float, help="seconds after which a mutant counts as noticed")
     parser.add_argument("--again", action="store_true", help="forget what the journal knows of these mutants")
     options = parser.parse_args()
     rooms, judged, objects = read_rooms(), read_equivalents(), objects_of_sources()
-    chosen = draw(options.room, options.count, options.seed, objects)
+    chosen = draw(options.room.split(","), options.count, options.seed, objects)
     WORK.mkdir(parents=True, exist_ok=True)
     journal = Journal(state_of_tests())
     results = {}
@@ -243,9 +248,14 @@ def main():
     limits = {}
     with concurrent.futures.ThreadPoolExecutor(2) as workers:
         for steps in {json.dumps(steps_of(d.path, rooms)) for d in left}:
-            sound = run_mutant(json.loads(steps), bound, None)
-            if sound["verdict"] != "survived":
-                sys.exit(f"mutate: wanted tests that pass without a mutant, {sound['by']} fails:\n{sound['said']}")
+            # Known from an earlier run where neither tests nor sources changed since.
+            unchanged = fingerprint(steps, journal.tests, state_of_files(objects))
+            sound = journal.find(unchanged)
+            if not sound:
+                sound = run_mutant(json.loads(steps), bound, None)
+                if sound["verdict"] != "survived":
+                    sys.exit(f"mutate: wanted tests that pass without a mutant, {sound['by']} fails:\n{sound['said']}")
+                journal.add(unchanged, sound)
             limits[steps] = options.limit or 120 + 10 * sound["seconds"]
         running = {}
         for d in left:
