@@ -37,6 +37,7 @@ constexpr Command kCommands[] = {
     {"check", "Checks a bundle: its file, its records, every function.", &hostrun::CheckCommand},
     {"check-syntax", "Says what is wrong with programs, without running them.", &hostrun::CheckSyntaxCommand},
     {"trace", "Runs a program and shows each call as it crosses.", &hostrun::TraceCommand},
+    {"debug", "Runs a program statement by statement.", &hostrun::DebugCommand},
     {"repl", "Runs statements as they are typed and shows values.", &hostrun::ReplCommand},
     {"docs", "Writes the reference of the registered classes as one HTML page.", &hostrun::DocsCommand},
     {"swatches", "Draws colours in a picture.", &hostrun::SwatchesCommand},
