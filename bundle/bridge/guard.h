@@ -39,12 +39,12 @@ class FrameExit {
   Body& body_;
 };
 
-// Runs `body.Run()` inside an exception frame and answers what it answers or, after a delivered exception,
-// what `body.Ended(exception)` answers. Never inlined: the function that _setjmp belongs to holds nothing
-// that changes before the delivery. The host may enter the bundle on any 4-byte aligned stack; from here on
-// it is aligned to 16 bytes. The callers' is not: they leave nothing to do while a C++ exception unwinds.
+// InFrame, below, for a body by value or by reference. Never inlined: the function that _setjmp belongs to
+// holds nothing that changes before the delivery. The host may enter the bundle on any 4-byte aligned stack;
+// from here on it is aligned to 16 bytes. The callers' is not: they leave nothing to do while a C++ exception
+// unwinds.
 template <typename Body>
-[[gnu::noinline, gnu::force_align_arg_pointer]] auto InFrame(Body body) {
+[[gnu::noinline, gnu::force_align_arg_pointer]] auto EnterFrame(Body body) {
   ObjCExceptionFrame frame;
   objc_exception_try_enter(&frame);
   if (_setjmp(frame.buffer) == 0) {
@@ -52,6 +52,18 @@ template <typename Body>
     return body.Run();
   }
   return body.Ended(objc_exception_extract(&frame));
+}
+
+// Runs `body.Run()` inside an exception frame and answers what it answers or, after a delivered exception,
+// what `body.Ended(exception)` answers. More than two words stay where they stand: a copy of several words at
+// once waits until each of them is written, and everything behind it waits too.
+template <typename Body>
+auto InFrame(Body body) {
+  if constexpr (sizeof(Body) <= 2 * sizeof(void*)) {
+    return EnterFrame<Body>(body);
+  } else {
+    return EnterFrame<Body&>(body);
+  }
 }
 
 // The end of a body that a delivered exception has left: gives back what it held, then raises or drops an
