@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::int32_t kListed = 10;       // lines at a time
 constexpr std::int32_t kListedBefore = 4;  // the one that is meant
+constexpr std::size_t kShownCalls = 20;    // besides the outermost
 
 void Say(const std::string& line) {
   WriteOutput(line + "\n");
@@ -186,6 +187,7 @@ std::string DebugConsole::PlaceOf(std::size_t stop) const {
 
 void DebugConsole::ShowHalt(const Debugger::Halt& halt) {
   frame_ = 0;
+  if (halt.why == Debugger::kInterrupted) Say("");  // behind the ^C that the terminal shows
   if (halt.elsewhere || !halt.why.empty()) {
     Say(PlaceOf(frame().stop) + (halt.why.empty() ? "" : ": " + halt.why));
   }
@@ -328,6 +330,10 @@ std::optional<DebugConsole::Going> DebugConsole::Globals(const std::string&) {
 std::optional<DebugConsole::Going> DebugConsole::Backtrace(const std::string&) {
   const std::vector<Debugger::Frame>& frames = debugger_.frames();
   for (std::size_t i = 0; i < frames.size(); ++i) {
+    if (i >= kShownCalls && i + 1 < frames.size()) continue;
+    if (i + 1 == frames.size() && i > kShownCalls) {
+      Say("  and " + std::to_string(i - kShownCalls) + " more calls, up to");
+    }
     Say(std::string(i == frame_ ? ">" : " ") + " #" + std::to_string(i) + " " +
         PlaceOf(frames[frames.size() - 1 - i].stop));
   }

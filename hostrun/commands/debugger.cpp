@@ -95,10 +95,16 @@ void Debugger::Arrive(std::size_t stop, Activation& activation) {
   if (!why.empty() || StepEnds()) AskHowToGoOn(why);
 }
 
+void Debugger::Return(std::size_t stop, Activation& activation) {
+  if (aside_) return;
+  frames_.resize(machine.calls.size() + 1);
+  frames_.back() = {stop, &activation};
+}
+
 void Debugger::Idle() {
   if (pauseAsked == 0) return;
   if (aside_) throw InterruptRequest();
-  AskHowToGoOn("interrupted");
+  AskHowToGoOn(kInterrupted);
 }
 
 void Debugger::InputInterrupted() {
@@ -119,7 +125,7 @@ void Debugger::Raised(Object* exception) {
 }
 
 std::string Debugger::WhyAt(std::size_t stop, Activation& activation) {
-  if (pauseAsked != 0) return "interrupted";
+  if (pauseAsked != 0) return kInterrupted;
   for (const Breakpoint& breakpoint : breakpoints_) {
     if (breakpoint.stop != stop) continue;
     std::string why = WhyOf(breakpoint, activation);
@@ -137,7 +143,7 @@ std::string Debugger::WhyOf(const Breakpoint& breakpoint, Activation& activation
   } catch (const HostException& exception) {
     return why + ", whose condition raised " + DescribeException(exception.object());
   } catch (const InterruptRequest&) {
-    return "interrupted";
+    return kInterrupted;
   }
 }
 
@@ -232,7 +238,7 @@ std::optional<std::string> Debugger::Evaluate(const Frame& frame, const std::str
   } catch (const HostException& exception) {
     throw std::runtime_error("uncaught " + DescribeException(exception.object()));
   } catch (const InterruptRequest&) {
-    throw std::runtime_error("interrupted");
+    throw std::runtime_error(kInterrupted);
   } catch (const QuitRequest&) {
     throw std::runtime_error("wanted a value, found the end of the program; it is still halted");
   } catch (const std::bad_alloc&) {

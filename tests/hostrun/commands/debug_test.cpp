@@ -49,6 +49,24 @@ TEST(Debug, HaltsBeforeTheFirstStatement) {
   EXPECT_EQ(OutOf("\nPrint 1\n", ""), "debugged.bas:2\n >    2  Print 1\n");
 }
 
+TEST(Debug, AppearsAsItsPageShowsIt) {
+  std::string commands;
+  std::string wanted;
+  bool inSession = false;
+  for (const std::string& line : Lines(ReadFile(SOURCE_FOLDER "/docs/hostrun.md"))) {
+    if (inSession && line == "```") break;
+    if (inSession) (line.starts_with("(debug) ") ? commands : wanted) += line + "\n";
+    if (line == "$ hostrun debug examples/palette.bas") inSession = true;
+  }
+  for (std::size_t at = 0; (at = commands.find("(debug) ", at)) != std::string::npos;) commands.erase(at, 8);
+  const std::string welcome = "The program is halted before its first statement. help lists the commands.\n";
+  ASSERT_TRUE(wanted.starts_with(welcome)) << wanted;
+  const std::string folder = SOURCE_FOLDER "/";
+  std::string out = RunHostrun({"debug", folder + "examples/palette.bas"}, commands).out;
+  for (std::size_t at = 0; (at = out.find(folder)) != std::string::npos;) out.erase(at, folder.size());
+  EXPECT_EQ(out, wanted.substr(welcome.size()));
+}
+
 TEST(Debug, RunsTheProgramToItsEnd) {
   const Finished finished = Debugged("Print 1\nPrint 2\n", "continue\n");
   EXPECT_EQ(finished.out, "debugged.bas:1\n >    1  Print 1\n1\n2\n" + std::string(kEnd));
@@ -389,6 +407,36 @@ TEST(Debug, StepsFromAnExceptionToItsHandler) {
   const std::string said = OutOf(kRaises, "exceptions raised\ncontinue\nnext\n");
   const std::string wanted = "debugged.bas:8\n >    8    Print \"caught\"\n";
   EXPECT_TRUE(said.ends_with(wanted)) << said;
+}
+
+TEST(Debug, KnowsThatTheConditionOfALoopStandsOutsideOfItsStatements) {
+  for (const std::string loop : {"While Good()\n", "Do While Good()\n", "Do\n"}) {
+    const std::string end = loop == "Do\n" ? "Loop Until Not Good()\n" : loop[0] == 'W' ? "Wend\n" : "Loop\n";
+    const std::string program =
+        "Dim rounds As Integer\n"                                       // 1
+        "Function Good() As Boolean\n"                                  // 2
+        "  If rounds = 2 Then Raise New RuntimeException(\"third\")\n"  // 3
+        "  Return True\n"                                               // 4
+        "End Function\n" +                                              // 5
+        loop +                                                          // 6
+        "  Try\n"                                                       // 7
+        "    rounds += 1\n"                                             // 8
+        "  Catch e As RuntimeException\n"                               // 9
+        "  End Try\n" +                                                 // 10
+        end;
+    const std::string said = Debugged(program, "continue\nbacktrace\n").out;
+    EXPECT_NE(said.find("debugged.bas:3 in Good: uncaught RuntimeException: third\n"), std::string::npos)
+        << said;
+    EXPECT_NE(said.find("\n  #1 debugged.bas:6\n"), std::string::npos) << said;
+  }
+}
+
+TEST(Debug, ShowsOfManyCallsTheInnermostAndTheOutermost) {
+  const std::string said = OutOf("Sub Down(n As Integer)\n  If n > 0 Then Down n - 1\nEnd Sub\nDown 30\n",
+                                 "break 2 if n = 0\ncontinue\nbacktrace\n");
+  EXPECT_NE(said.find("\n  #19 debugged.bas:2 in Down\n  and 11 more calls, up to\n  #31 debugged.bas:4\n"),
+            std::string::npos)
+      << said;
 }
 
 TEST(Debug, HaltsAtAPlatformException) {
