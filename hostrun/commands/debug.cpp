@@ -68,9 +68,9 @@ Action DebugCommand(CLI::App& app) {
                                                                   {"raised", Debugger::StopOn::Raised},
                                                                   {"uncaught", Debugger::StopOn::Uncaught}};
   app.add_option("--stop-on", options->stopOn,
-                 "Which exceptions halt the program: raised (every one), uncaught or never")
+                 "Which exceptions halt the program; without this, those that nobody catches")
       ->transform(CLI::CheckedTransformer(kStopOn))
-      ->option_text("WHICH (uncaught)");
+      ->option_text("raised | uncaught | never");
   app.footer(
       "Halts before the first statement and takes commands: break, step, next, finish, continue, print, "
       "locals,\n"

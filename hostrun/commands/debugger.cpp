@@ -172,10 +172,10 @@ void Debugger::AskHowToGoOn(const std::string& why) {
   DropReturned();
   const std::size_t depth = machine.calls.size();
   const Routine* const routine = stops_.all()[frames_.back().stop].routine;
-  pauseAsked = 0;
   asking_ = true;
   going_ = halted_({why, depth != fromDepth_ || routine != fromRoutine_});
   asking_ = false;
+  pauseAsked = 0;  // also one that came while it was halted
   fromDepth_ = depth;
   fromRoutine_ = routine;
   if (going_ == Going::End) throw QuitRequest{0};

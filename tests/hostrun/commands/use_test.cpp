@@ -6,8 +6,8 @@
 namespace command_tests {
 namespace {
 
-const char* const kCommands[] = {"classes", "check", "check-syntax", "debug",
-                                 "trace",   "repl",  "docs",         "swatches"};
+const char* const kCommands[] = {"classes", "check", "check-syntax", "debug",      "trace",
+                                 "repl",    "docs",  "swatches",     "completion", "manual"};
 
 TEST(Use, EachCommandHelpsWithAnExampleAndItsExitStatus) {
   for (const std::string command : kCommands) {

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# tests/whole/present/use.sh HOSTRUN REFERENCE MEMBERS - what "hostrun swatches" and "hostrun docs" do and what they refuse.
+# tests/whole/present/use.sh HOSTRUN REFERENCE - what "hostrun swatches" and "hostrun docs" do and what they refuse.
 set -uo pipefail
 hostrun=$(realpath "$1")
 reference=$(realpath "$2")
-members=$3
+members=$(grep -c '^\[member ' "$reference")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
