@@ -205,6 +205,7 @@ std::vector<std::size_t> Debugger::StopsOfRoutine(const std::string& name) const
     }
   }
   std::vector<std::size_t> found;
+  found.reserve(first.size());
   for (const auto& [routine, stop] : first) found.push_back(stop);
   std::sort(found.begin(), found.end());
   return found;
@@ -254,6 +255,7 @@ std::vector<Debugger::Shown> Debugger::Variables(const Frame& frame, bool ofRout
     inner.try_emplace(LowerName(variable.name), &variable);
   }
   std::vector<const Binder::Variable*> chosen;
+  chosen.reserve(inner.size());
   for (const auto& [lower, variable] : inner) chosen.push_back(variable);
   // As they were declared; a static of a routine stands among the globals.
   std::sort(chosen.begin(), chosen.end(), [](const Binder::Variable* a, const Binder::Variable* b) {
