@@ -185,6 +185,11 @@ std::string DebugConsole::PlaceOf(std::size_t stop) const {
   return where.routine == nullptr ? place : place + " in " + where.routine->signature.name;
 }
 
+std::string DebugConsole::TextOf(const Debugger::Breakpoint& point) const {
+  const std::string place = PlaceOf(point.stop);
+  return point.condition.empty() ? place : place + " if " + point.condition;
+}
+
 void DebugConsole::ShowHalt(const Debugger::Halt& halt) {
   frame_ = 0;
   if (halt.why == Debugger::kInterrupted) Say("");  // behind the ^C that the terminal shows
@@ -230,8 +235,7 @@ void DebugConsole::ShowVariables(bool ofRoutine) {
 
 void DebugConsole::ListBreakpoints() const {
   for (const Debugger::Breakpoint& point : debugger_.breakpoints()) {
-    Say(NumberOf(point.number) + "  " + PlaceOf(point.stop) +
-        (point.condition.empty() ? "" : " if " + point.condition));
+    Say(NumberOf(point.number) + "  " + TextOf(point));
   }
   if (debugger_.breakpoints().empty()) Say("no breakpoints");
 }
@@ -267,8 +271,7 @@ std::optional<DebugConsole::Going> DebugConsole::Break(const std::string& rest) 
   }
   for (const std::size_t stop : stops) {
     const Debugger::Breakpoint& made = debugger_.AddBreakpoint(stop, condition);
-    Say("breakpoint " + std::to_string(made.number) + ": " + PlaceOf(stop) +
-        (condition.empty() ? "" : " if " + condition) + moved);
+    Say("breakpoint " + std::to_string(made.number) + ": " + TextOf(made) + moved);
   }
   return std::nullopt;
 }

@@ -263,6 +263,7 @@ std::vector<Debugger::Shown> Debugger::Variables(const Frame& frame, bool ofRout
            std::tuple(b->from, b->where == Where::Static, b->slot);
   });
   std::vector<Shown> shown;
+  shown.reserve(chosen.size());
   const Aside aside(*this);
   for (const Binder::Variable* const variable : chosen) {
     const Value value = Binder::MakePlace({}, *variable)->Eval(*frame.activation);
