@@ -64,6 +64,7 @@ int Debug(const DebugOptions& options) {
 Action DebugCommand(CLI::App& app) {
   const auto options = std::make_shared<DebugOptions>();
   AddRunOptions(app, options->run);
+  app.get_option("program")->description("The program to run");
   static const std::map<std::string, Debugger::StopOn> kStopOn = {{"never", Debugger::StopOn::Never},
                                                                   {"raised", Debugger::StopOn::Raised},
                                                                   {"uncaught", Debugger::StopOn::Uncaught}};

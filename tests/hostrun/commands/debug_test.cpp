@@ -257,6 +257,7 @@ TEST(Debug, TakesNoProgramFromStandardInput) {
   EXPECT_EQ(finished.status, 2);
   EXPECT_EQ(finished.err,
             "hostrun debug: wanted a program file, found -: standard input is for the commands\n");
+  EXPECT_EQ(RunHostrun({"debug", "--help"}).out.find("- reads it"), std::string::npos);
 }
 
 }  // namespace
