@@ -200,4 +200,10 @@ void SetUuid(Bytes& file) {
   std::memcpy(&file[UuidOffset(file)], uuid.data(), uuid.size());
 }
 
+std::array<std::uint8_t, 16> UuidOf(const Bytes& file) {
+  std::array<std::uint8_t, 16> uuid{};
+  std::memcpy(uuid.data(), &file[UuidOffset(file)], uuid.size());
+  return uuid;
+}
+
 }  // namespace desktop

@@ -1,6 +1,7 @@
 // bundle/desktop/final_link/load_commands.h - the head of the bundle's file.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "bundle/desktop/final_link/link_information.h"
@@ -16,5 +17,8 @@ Bytes LoadCommands(const Layout& layout, const Imports& imports, const LinkInfor
 
 // Gives a whole file the UUID that its contents make.
 void SetUuid(Bytes& file);
+
+// The UUID of a file that begins with our own load commands.
+std::array<std::uint8_t, 16> UuidOf(const Bytes& file);
 
 }  // namespace desktop
