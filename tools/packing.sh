@@ -55,3 +55,8 @@ pack_deb() {
   dpkg-deb --root-owner-group --threads-max=1 -Zxz -z6 --build "$1" "$2" >/dev/null
   rm -r "$1/DEBIAN"
 }
+
+# sum_packages FOLDER: writes the sums of what lies in FOLDER, as its SHA256SUMS.
+sum_packages() {
+  (cd "$1" && rm -f SHA256SUMS && sha256sum -- * >../SHA256SUMS && mv ../SHA256SUMS .)
+}

@@ -14,12 +14,6 @@ namespace desktop {
 
 namespace {
 
-Name16 Name(std::string_view text) {
-  Name16 name{};
-  text.copy(name.data(), name.size());
-  return name;
-}
-
 template <typename Record>
 void Append(Bytes& bytes, const Record& record) {
   const auto* const first = reinterpret_cast<const std::uint8_t*>(&record);

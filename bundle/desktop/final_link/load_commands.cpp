@@ -26,12 +26,6 @@ std::uint32_t LoadLibrarySize(const std::string& path) {
   return sizeof(LoadLibraryCommand) + (static_cast<std::uint32_t>(path.size()) + 1 + 3) / 4 * 4;
 }
 
-Name16 Name(std::string_view text) {
-  Name16 name{};
-  text.copy(name.data(), name.size());
-  return name;
-}
-
 class CommandWriter {
  public:
   template <typename Record>
@@ -158,6 +152,12 @@ std::uint64_t Hash(const Bytes& bytes, std::uint64_t start) {
 }
 
 }  // namespace
+
+Name16 Name(std::string_view text) {
+  Name16 name{};
+  text.copy(name.data(), name.size());
+  return name;
+}
 
 std::uint32_t LoadCommandsSize(const SectionCounts& sections, const Imports& imports) {
   std::uint32_t size = sizeof(Header) + kSegmentCount * sizeof(SegmentCommand) + kOtherSizes;

@@ -3,10 +3,14 @@
 
 #include <array>
 #include <cstdint>
+#include <string_view>
 
 #include "bundle/desktop/final_link/link_information.h"
 
 namespace desktop {
+
+// A segment's or a section's name, of at most 16 letters.
+Name16 Name(std::string_view text);
 
 // How many bytes header and load commands take; known before anything has its place.
 std::uint32_t LoadCommandsSize(const SectionCounts& sections, const Imports& imports);
