@@ -2,6 +2,7 @@
 #
 # Sets SOURCE_DATE_EPOCH, the one time that everything in a package bears, unless it is set already: that of the commit, or
 # of the day that CHANGELOG.md names for the newest version where the tree is no clone, or git is not installed.
+# shellcheck shell=bash disable=SC2034 # read by the tools
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export LC_ALL=C TZ=UTC
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
