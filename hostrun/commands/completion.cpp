@@ -1,178 +1,51 @@
-// hostrun/commands/completion.cpp - what bash, zsh and fish complete.
-#include <sstream>
-#include <stdexcept>
+// hostrun/commands/completion.cpp - what the beginning of a word may become.
+#include "hostrun/commands/completion.h"
 
-#include "hostrun/commands/guides.h"
+#include <iterator>
+#include <set>
+#include <string_view>
+
+#include "hostrun/host/registry.h"
+#include "hostrun/host/suggest.h"
+#include "hostrun/host/text.h"
 
 namespace hostrun {
 namespace {
 
-std::string Joined(const std::vector<std::string>& words, const char* between) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
-  return text;
-}
+constexpr std::string_view kKeywords[] = {
+    "And",  "As",    "ByRef",  "Case",  "Catch", "Const",  "Continue", "Dim",     "Do",   "DownTo",
+    "Each", "Else",  "ElseIf", "End",   "Enum",  "Exit",   "False",    "Finally", "For",  "Function",
+    "If",   "In",    "Is",     "IsA",   "Loop",  "Mod",    "New",      "Next",    "Nil",  "Not",
+    "Or",   "Print", "Quit",   "Raise", "ReDim", "Return", "Select",   "Static",  "Step", "Sub",
+    "Then", "To",    "True",   "Try",   "Until", "Var",    "Wend",     "While",   "Xor"};
 
-std::vector<std::string> CommandNames(const std::vector<Guide>& guides) {
-  std::vector<std::string> names;
-  for (std::size_t i = 1; i < guides.size(); ++i) names.push_back(guides[i].name);
-  return names;
-}
-
-// A text in single quotes, for all three shells. Fish reads a backslash there; no description has one.
-std::string Quoted(const std::string& text) {
-  std::string quoted = "'";
-  for (const char letter : text) quoted += letter == '\'' ? "'\\''" : std::string(1, letter);
-  return quoted + "'";
-}
-
-// ---- bash
-
-std::string Bash(const std::vector<Guide>& guides) {
-  std::ostringstream out;
-  out << "# What bash completes for hostrun; made by \"hostrun completion bash\".\n"
-         "_hostrun() {\n"
-         "  local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command= words=\n"
-         "  COMPREPLY=()\n"
-         "  if [ \"$COMP_CWORD\" -gt 1 ]; then command=${COMP_WORDS[1]}; fi\n"
-         "  case $command in\n"
-         "    help) if [ \"$COMP_CWORD\" = 2 ]; then words='"
-      << Joined(CommandNames(guides), " ") << "'; fi ;;\n";
-  for (std::size_t i = 1; i <= guides.size(); ++i) {
-    // hostrun itself comes last, for what is no command.
-    const Guide& guide = guides[i % guides.size()];
-    std::vector<std::string> dashed;
-    std::vector<std::string> files;
-    std::vector<std::string> others;
-    std::vector<std::string> choice;
-    for (const OptionGuide& option : OptionsOf(guide)) {
-      dashed.insert(dashed.end(), option.names.begin(), option.names.end());
-      if (option.names.empty() && !option.value.words.empty()) choice = option.value.words;
-      if (option.value.text.empty() || option.names.empty()) continue;
-      auto& takers = option.value.file ? files : others;
-      takers.insert(takers.end(), option.names.begin(), option.names.end());
-    }
-    out << "    " << (guide.name.empty() ? "*" : guide.name) << ")\n      case $previous in\n";
-    // What the shell completes by itself are names of files.
-    if (!files.empty()) out << "        " << Joined(files, " | ") << ") return ;;\n";
-    if (!others.empty()) out << "        " << Joined(others, " | ") << ") compopt +o default; return ;;\n";
-    out << "      esac\n      case $word in\n        -*) words='" << Joined(dashed, " ") << "' ;;\n";
-    if (!choice.empty()) out << "        *) words='" << Joined(choice, " ") << "' ;;\n";
-    if (guide.name.empty()) {
-      out << "        *) if [ \"$COMP_CWORD\" = 1 ]; then words='help " << Joined(CommandNames(guides), " ")
-          << "'; fi ;;\n";
-    }
-    out << "      esac\n      ;;\n";
-  }
-  out << "  esac\n"
-         "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n"
-         "  # A program may be named where a command may.\n"
-         "  if [ \"$COMP_CWORD\" = 1 ] && [[ $word != -* ]]; then\n"
-         "    local file\n"
-         "    while IFS= read -r file; do COMPREPLY+=(\"$file\"); done < <(compgen -f -- \"$word\")\n"
-         "    compopt -o filenames\n"
-         "  fi\n"
-         "}\n"
-         "complete -o default -F _hostrun hostrun\n";
-  return out.str();
-}
-
-// ---- zsh
-
-// A description inside of an option's brackets.
-std::string Bracketed(const std::string& text) {
-  std::string escaped;
-  for (const char letter : text) {
-    if (letter == '[' || letter == ']' || letter == ':' || letter == '\\') escaped += '\\';
-    escaped += letter;
-  }
-  return escaped;
-}
-
-std::string ZshAction(const Operand& value) {
-  if (value.file) return ":_files";
-  if (!value.words.empty()) return ":(" + Joined(value.words, " ") + ")";
-  return ": ";
-}
-
-std::string Zsh(const std::vector<Guide>& guides) {
-  std::ostringstream out;
-  out << "#compdef hostrun\n"
-         "# What zsh completes for hostrun; made by \"hostrun completion zsh\".\n"
-         "_hostrun() {\n"
-         "  local -a commands=(\n    'help:Explains a command.'\n";
-  for (std::size_t i = 1; i < guides.size(); ++i) {
-    out << "    " << Quoted(guides[i].name + ":" + Bracketed(guides[i].purpose)) << "\n";
-  }
-  out << "  )\n"
-         "  local command=\n"
-         "  if (( CURRENT == 2 )) && [[ $words[2] != -* ]]; then _describe -t commands command commands; fi\n"
-         "  if (( CURRENT > 2 )); then command=$words[2]; fi\n"
-         "  case $command in\n"
-         "    help) _describe -t commands command commands ;;\n";
-  for (std::size_t i = 1; i <= guides.size(); ++i) {
-    const Guide& guide = guides[i % guides.size()];
-    out << "    " << (guide.name.empty() ? "*" : guide.name) << ")\n";
-    // The command itself is one of the words.
-    if (!guide.name.empty()) out << "      shift words\n      (( CURRENT-- ))\n";
-    out << "      _arguments -s";
-    for (const OptionGuide& option : OptionsOf(guide)) {
-      for (const std::string& name : option.names) {
-        std::string row = "*" + name + "[" + Bracketed(option.description) + "]";
-        if (!option.value.text.empty()) row += ":" + Bracketed(option.value.text) + ZshAction(option.value);
-        out << " \\\n        " << Quoted(row);
-      }
-      if (option.names.empty())
-        out << " \\\n        " << Quoted("*:" + Bracketed(option.value.text) + ZshAction(option.value));
-    }
-    out << "\n      ;;\n";
-  }
-  out << "  esac\n"
-         "}\n"
-         "if [[ $funcstack[1] == _hostrun ]]; then _hostrun \"$@\"; else compdef _hostrun hostrun; fi\n";
-  return out.str();
-}
-
-// ---- fish
-
-std::string Fish(const std::vector<Guide>& guides) {
-  std::ostringstream out;
-  const std::string all = "help " + Joined(CommandNames(guides), " ");
-  out << "# What fish completes for hostrun; made by \"hostrun completion fish\".\n"
-      << "complete -c hostrun -n __fish_is_first_token -a help -d 'Explains a command.'\n";
-  for (std::size_t i = 1; i < guides.size(); ++i) {
-    out << "complete -c hostrun -n __fish_is_first_token -a " << guides[i].name << " -d "
-        << Quoted(guides[i].purpose) << "\n";
-  }
-  out << "complete -c hostrun -n '__fish_seen_subcommand_from help' -f -a '"
-      << Joined(CommandNames(guides), " ") << "'\n";
-  for (const Guide& guide : guides) {
-    const std::string when = guide.name.empty() ? "'not __fish_seen_subcommand_from " + all + "'"
-                                                : "'__fish_seen_subcommand_from " + guide.name + "'";
-    for (const OptionGuide& option : OptionsOf(guide)) {
-      if (option.names.empty()) {
-        if (!option.value.words.empty())
-          out << "complete -c hostrun -n " << when << " -f -a '" << Joined(option.value.words, " ") << "'\n";
-        continue;
-      }
-      out << "complete -c hostrun -n " << when;
-      for (const std::string& name : option.names) {
-        out << (name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1));
-      }
-      if (!option.value.text.empty()) out << (option.value.file ? " -r -F" : " -x");
-      out << " -d " << Quoted(option.description) << "\n";
-    }
-  }
-  return out.str();
+void AddMembers(std::set<std::string>& names, const Class& cls, bool shared) {
+  for (const std::string& name : MemberNamesOf(cls, shared)) names.insert(name);
 }
 
 }  // namespace
 
-std::string Completion(const std::string& shell, const std::vector<Guide>& guides) {
-  if (shell == "bash") return Bash(guides);
-  if (shell == "zsh") return Zsh(guides);
-  if (shell == "fish") return Fish(guides);
-  throw std::invalid_argument("wanted bash, zsh or fish, found " + shell);
+std::vector<std::string> CompleteWord(const Binder& binder, const std::string& beginning) {
+  std::set<std::string> names;
+  const std::size_t dot = beginning.rfind('.');
+  const std::string owner = dot == std::string::npos ? "" : beginning.substr(0, dot);
+  if (dot == std::string::npos) {
+    names.insert(std::begin(kKeywords), std::end(kKeywords));
+    for (const std::string& name : ClassNames()) names.insert(name);
+    for (const Method& function : TheRegistry().functions()) names.insert(function.signature.name);
+    for (const std::string& name : binder.Names()) names.insert(name);
+  } else if (const Type* const type = binder.TypeOfName(owner); type != nullptr) {
+    if (type->kind == Kind::Object) AddMembers(names, *type->cls, false);
+  } else if (const Class* const cls = TheRegistry().FindClass(owner); cls != nullptr) {
+    AddMembers(names, *cls, true);
+  }
+  const std::string prefix = dot == std::string::npos ? "" : owner + ".";
+  std::vector<std::string> found;
+  for (const std::string& name : names) {
+    const std::string whole = prefix + name;
+    if (SameName(whole.substr(0, beginning.size()), beginning)) found.push_back(whole);
+  }
+  return found;
 }
 
 }  // namespace hostrun
