@@ -1,5 +1,5 @@
-/* tests/whole/crashes/crash_host.c - a host that hands the bundle an object that is none, and reports the crash: where it
- * was, counted from where the bundle lies. That is what a host's crash report is to hold.
+/* tests/whole/crashes/crash_host.c - a host that hands the bundle an object that is none, and reports the
+ * crash: where it was, counted from where the bundle lies. That is what a host's crash report is to hold.
  *
  *   crash_host BUNDLE PLATFORM-LIBRARY [DESKTOP-LOADER]
  */
@@ -39,7 +39,8 @@ static void* resolve(const char* name) {
 
 static void report(int number, siginfo_t* info, void* context) {
   const uintptr_t at = (uintptr_t)((ucontext_t*)context)->uc_mcontext.gregs[REG_EIP];
-  printf("signal %d for %p, in the bundle at %#lx\n", number, info->si_addr, (unsigned long)(at - bundle_start));
+  printf("signal %d for %p, in the bundle at %#lx\n", number, info->si_addr,
+         (unsigned long)(at - bundle_start));
   fflush(stdout);
   _Exit(3);
 }
@@ -47,7 +48,8 @@ static void report(int number, siginfo_t* info, void* context) {
 /* Whichever file it is, its header is at its start, and that at the start of a page. */
 static uintptr_t start_of(const void* entry) {
   uintptr_t page = (uintptr_t)entry & ~(uintptr_t)(PAGE - 1);
-  while (memcmp((const void*)page, "\177ELF", 4) != 0 && memcmp((const void*)page, "\316\372\355\376", 4) != 0)
+  while (memcmp((const void*)page, "\177ELF", 4) != 0 &&
+         memcmp((const void*)page, "\316\372\355\376", 4) != 0)
     page -= PAGE;
   return page;
 }
