@@ -29,6 +29,7 @@ struct Command {
 constexpr Command kCommands[] = {
     {"classes", "Shows the registered classes and their members.", &hostrun::ClassesCommand},
     {"check", "Checks a bundle: its file, its records, every function.", &hostrun::CheckCommand},
+    {"check-syntax", "Says what is wrong with programs, without running them.", &hostrun::CheckSyntaxCommand},
     {"trace", "Runs a program and shows each call as it crosses.", &hostrun::TraceCommand},
     {"repl", "Runs statements as they are typed and shows values.", &hostrun::ReplCommand},
     {"docs", "Writes the reference of the registered classes as one HTML page.", &hostrun::DocsCommand},
@@ -85,7 +86,7 @@ int Dispatch(int argc, char** argv) {
   }
   std::string footer = "Commands (hostrun help COMMAND says more):\n";
   for (const Command& command : kCommands) {
-    footer += "  " + hostrun::Padded(command.name, 10) + command.purpose + "\n";
+    footer += "  " + hostrun::Padded(command.name, 14) + command.purpose + "\n";
   }
   app.footer(
       footer +

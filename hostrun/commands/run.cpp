@@ -23,8 +23,6 @@ int RunSource(const Source& source) {
   }
 }
 
-constexpr const char* kStandardInput = "-";
-
 Source SourceOf(const RunOptions& options) {
   if (options.statements.empty()) {
     return options.program == kStandardInput ? Source::FromStandardInput()

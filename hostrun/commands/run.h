@@ -12,6 +12,9 @@
 
 namespace hostrun {
 
+// Where a program is named: it comes from standard input.
+inline constexpr const char* kStandardInput = "-";
+
 struct RunOptions {
   HostOptions host;
   bool leaksAreErrors = false;

@@ -6,7 +6,7 @@
 namespace command_tests {
 namespace {
 
-const char* const kCommands[] = {"classes", "check", "trace", "repl", "docs", "swatches"};
+const char* const kCommands[] = {"classes", "check", "check-syntax", "trace", "repl", "docs", "swatches"};
 
 TEST(Use, EachCommandHelpsWithAnExampleAndItsExitStatus) {
   for (const std::string command : kCommands) {
@@ -43,6 +43,8 @@ TEST(Use, AMissingFileIsRefusedByItsName) {
       {"--bundle", "nowhere.so", TemporaryFile("fine.bas", "Print 1\n")},
       {"trace", "nowhere.bas"},
       {"check", "nowhere.so"},
+      {"check-syntax", "nowhere.bas"},
+      {"check-syntax", "--json", "nowhere.bas"},
       {"classes", "--bundle", "nowhere.so"},
       {"repl", "--bundle", "nowhere.so"},
       {"docs", "--descriptions", "nowhere.txt"},

@@ -27,6 +27,8 @@ ANSWERS = {
     "check": [["check", "--json", "--host-version", "2011.0"],
               ["check", "--json", "--only-failed", str(broken / "NoEntryPoint.so")],
               ["check", "--json", "README.md"]],
+    "check-syntax": [["check-syntax", "--json", *examples],
+                     ["check-syntax", "--json", "tests/hostrun/programs/errors/missing_then.bas"]],
     "classes": [["classes", "--json"], ["classes", "--json", "--all"], ["classes", "--json", "--host-version", "2011.0"],
                 ["classes", "--json", "NSColorQVX.colorWithDeviceRGB"], ["classes", "--json", "NSGrayColorSpaceModel"],
                 ["classes", "--json", "hueComponent"]],

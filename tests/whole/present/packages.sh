@@ -13,11 +13,7 @@ fail() {
   failures=$((failures + 1))
 }
 
-rm -rf "$work/packages"
-(cd "$build" && cpack -B "$work/cpack" -D CPACK_OUTPUT_FILE_PREFIX="$work/packages") >"$work/log" 2>&1 || {
-  cat "$work/log"
-  exit 1
-}
+"$source/tools/package_linux" "$build" "$work/packages" || exit 1
 deb=$(echo "$work"/packages/*.deb)
 tarball=$(echo "$work"/packages/*.tar.xz)
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$source/CMakeLists.txt")
@@ -60,7 +56,7 @@ inside() {
 try() {
   local name=$1 root=$2 prefix=$3 program found
   local hostrun=$prefix/bin/hostrun documents=$prefix/share/doc/qvxcolor
-  for wanted in copyright changelog LICENSE NOTICE CHANGELOG.md README.md reference.txt third-party/libgnustep-base1.28 examples/first-colors.bas; do
+  for wanted in copyright changelog.gz LICENSE NOTICE CHANGELOG.md README.md reference.txt third-party/libgnustep-base1.28 examples/first-colors.bas; do
     [ -s "$root$documents/$wanted" ] || fail "$name has $wanted"
   done
   if grep -rlqF -e "$source" -e "$build" "$root$prefix"; then
