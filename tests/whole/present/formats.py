@@ -28,7 +28,7 @@ ANSWERS = {
               ["check", "--json", "--only-failed", str(broken / "NoEntryPoint.so")],
               ["check", "--json", "README.md"]],
     "check-syntax": [["check-syntax", "--json", *examples],
-                     ["check-syntax", "--json", "tests/hostrun/programs/errors/missing_then.bas"]],
+                     ["check-syntax", "--json", "tests/hostrun/programs/errors/ampersand_letter.bas"]],
     "classes": [["classes", "--json"], ["classes", "--json", "--all"], ["classes", "--json", "--host-version", "2011.0"],
                 ["classes", "--json", "NSColorQVX.colorWithDeviceRGB"], ["classes", "--json", "NSGrayColorSpaceModel"],
                 ["classes", "--json", "hueComponent"]],
