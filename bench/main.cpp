@@ -31,22 +31,6 @@ std::vector<Counted>& AllCounted() {
   return counted;
 }
 
-PrescribedCalls CallsFor(const Platform& platform) {
-  PrescribedCalls calls = {};
-  calls.send = reinterpret_cast<decltype(calls.send)>(platform.objc_msgSend);
-  calls.sendForFloat = reinterpret_cast<decltype(calls.sendForFloat)>(platform.objc_msgSend_fpret);
-  calls.enterFrame = platform.objc_exception_try_enter;
-  calls.exitFrame = platform.objc_exception_try_exit;
-  calls.stringLength = reinterpret_cast<decltype(calls.stringLength)>(platform.CFStringGetLength);
-  calls.stringBytes = reinterpret_cast<decltype(calls.stringBytes)>(platform.CFStringGetCString);
-  calls.buildString = reinterpret_cast<decltype(calls.buildString)>(Resolve("REALBuildString"));
-  calls.setStringEncoding =
-      reinterpret_cast<decltype(calls.setStringEncoding)>(Resolve("REALSetStringEncoding"));
-  calls.newBlock = reinterpret_cast<decltype(calls.newBlock)>(Resolve("newMemoryBlock"));
-  calls.blockPointer = reinterpret_cast<decltype(calls.blockPointer)>(Resolve("memoryBlockGetPtr"));
-  return calls;
-}
-
 namespace {
 
 enum class Scale { kNone, kQuick, kFull };
@@ -74,7 +58,7 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   AddLargeStringRows(bundle);
   AddLargeBlockRows(bundle);
   for (const long colours : {1'000L, 100'000L}) AddListScaleRows(bundle, colours);
-  for (const long live : {1L, 1'000L, 100'000L, 1'000'000L}) {
+  for (const long live : {10L, 1'000L, 100'000L, 1'000'000L}) {
     if (scale == Scale::kQuick && live > 100'000) continue;
     AddScaleRows(bundles.Load(platform, file), live);
   }

@@ -7,6 +7,7 @@
 #   lib/qvxcolor/usr/lib/*.so.*         the 32-bit libraries that they need, all but the C and C++ run-time
 #   lib/qvxcolor/usr/{lib,share}/GNUstep   what GNUstep reads at run-time; libcocoa.so looks for it beside GNUstep's libraries
 #   share/doc/qvxcolor                  documents, examples, licences
+#   share/man, share/bash-completion ...  the manual page, and what shells complete
 set(CMAKE_INSTALL_DOCDIR share/doc/qvxcolor CACHE PATH "documents, examples and licences")
 include(GNUInstallDirs)
 set(private_folder ${CMAKE_INSTALL_LIBDIR}/qvxcolor)
@@ -43,8 +44,28 @@ file(READ LICENSE licence)
 file(READ NOTICE notice)
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/copyright CONTENT "@licence@\n@notice@" @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
-set(compressed_changelog ${PROJECT_BINARY_DIR}/changelog.gz)
-install(CODE "execute_process(
-  COMMAND gzip -9nc \"${PROJECT_SOURCE_DIR}/CHANGELOG.md\"
-  OUTPUT_FILE \"${compressed_changelog}\" COMMAND_ERROR_IS_FATAL ANY)")
-install(FILES ${compressed_changelog} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# compressed(SOURCE FILE): FILE, made of SOURCE, without a name or a time in it.
+function(compressed source file)
+  add_custom_command(OUTPUT ${file} DEPENDS ${source} COMMAND gzip -9nc ${source} > ${file} VERBATIM)
+endfunction()
+
+# The manual page, and what shells complete, as hostrun itself knows its options.
+set(manual_folder ${PROJECT_BINARY_DIR}/manual)
+file(MAKE_DIRECTORY ${manual_folder})
+set(manual_page ${manual_folder}/hostrun.1)
+add_custom_command(OUTPUT ${manual_page} DEPENDS hostrun COMMAND $<TARGET_FILE:hostrun> manual > ${manual_page} VERBATIM)
+compressed(${manual_page} ${manual_page}.gz)
+compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${manual_folder}/changelog.gz)
+set(completions)
+foreach(shell bash zsh fish)
+  add_custom_command(OUTPUT ${manual_folder}/hostrun.${shell} DEPENDS hostrun VERBATIM
+    COMMAND $<TARGET_FILE:hostrun> completion ${shell} > ${manual_folder}/hostrun.${shell})
+  list(APPEND completions ${manual_folder}/hostrun.${shell})
+endforeach()
+add_custom_target(manual ALL DEPENDS ${manual_page}.gz ${manual_folder}/changelog.gz ${completions})
+install(FILES ${manual_page}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${manual_folder}/changelog.gz DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${manual_folder}/hostrun.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME hostrun)
+install(FILES ${manual_folder}/hostrun.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions RENAME _hostrun)
+install(FILES ${manual_folder}/hostrun.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)

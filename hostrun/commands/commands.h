@@ -16,6 +16,7 @@ using Action = std::function<int()>;
 Action CheckCommand(CLI::App& app);
 Action CheckSyntaxCommand(CLI::App& app);
 Action ClassesCommand(CLI::App& app);
+Action DebugCommand(CLI::App& app);
 Action DocsCommand(CLI::App& app);
 Action ReplCommand(CLI::App& app);
 Action RunCommand(CLI::App& app);

@@ -2,8 +2,8 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <iostream>
 #include <memory>
+#include <optional>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/completion.h"
@@ -14,6 +14,7 @@
 #include "hostrun/host/call.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/show.h"
+#include "hostrun/host/standard_input.h"
 #include "hostrun/language/code.h"
 #include "hostrun/language/program.h"
 #include "hostrun/language/session.h"
@@ -75,7 +76,10 @@ void AskToInterrupt(int) {
 
 int ReadTerminal(Loop& loop) {
   const InterruptHandler guard(&AskToInterrupt);
-  LineEditor editor([&loop](const std::string& beginning) { return CompleteWord(loop.binder(), beginning); });
+  SetInputInterrupted(&EndIfInterrupted);
+  LineEditor editor("history", [&loop](const std::string& beginning, bool) {
+    return CompleteWord(loop.binder(), beginning);
+  });
   std::printf("hostrun on a host of version %g. Tab completes, :help explains, Ctrl-D ends.\n",
               TheHostIdentity().version);
   for (;;) {
@@ -95,8 +99,8 @@ int ReadTerminal(Loop& loop) {
 }
 
 int ReadPipe(Loop& loop) {
-  for (std::string line; std::getline(std::cin, line);) {
-    if (!loop.Take(line, true)) return loop.status();
+  while (const std::optional<std::string> line = ReadInputLine()) {
+    if (!loop.Take(*line, true)) return loop.status();
   }
   loop.Finish();
   return loop.status();

@@ -9,6 +9,7 @@
 
 #include "hostrun/host/host.h"
 #include "hostrun/host/problem.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
 
@@ -21,6 +22,8 @@ struct RunOptions {
   std::vector<std::string> statements;  // instead of a program
   std::string program;                  // with statements: the first argument
   std::vector<std::string> arguments;
+  // Where set, runs the program, and gives its exit status; may throw ProgramErrors.
+  std::function<int(const Source& source)> execute;
   std::function<Problem()> started;  // where set, called once the bundle has registered; may refuse the run
 };
 

@@ -106,6 +106,48 @@ TEST(Classes, AnswersToolsInJson) {
   EXPECT_EQ(answer["classes"][2]["constants"][0]["value"], -1);
 }
 
+std::vector<std::string> KeysOf(const json& object) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : object.items()) keys.push_back(key);
+  return keys;
+}
+
+TEST(Classes, GivesToolsTheKeysThatAreDocumented) {
+  const json answer = json::parse(RunHostrun({"classes", "--all", "--json"}).out);
+  for (json cls : answer["classes"]) {
+    for (const char* const list : {"properties", "methods", "sharedMethods", "constants"}) cls.erase(list);
+    EXPECT_EQ(KeysOf(cls), (std::vector<std::string>{"dataOffset", "dataSize", "flags", "kind", "layout",
+                                                     "name", "origin", "super"}));
+    EXPECT_EQ(cls["kind"], "class");
+  }
+  json list = answer["classes"][1];
+  ASSERT_EQ(list["origin"], "bundle");
+  EXPECT_EQ(list["methods"].size(), 11U);
+  list.erase("methods");
+  EXPECT_EQ(list, (json{{"name", "NSColorListQVX"},
+                        {"kind", "class"},
+                        {"origin", "bundle"},
+                        {"super", nullptr},
+                        {"layout", 13},
+                        {"flags", 4},
+                        {"dataSize", 16},
+                        {"dataOffset", 24},
+                        {"properties", json::array()},
+                        {"sharedMethods", json::array()},
+                        {"constants", json::array()}}));
+  EXPECT_EQ(answer["classes"][0]["properties"][1], (json{{"name", "blackComponent"},
+                                                         {"kind", "property"},
+                                                         {"type", "double"},
+                                                         {"flags", 6},
+                                                         {"parameter", 0},
+                                                         {"readOnly", true}}));
+  EXPECT_EQ(answer["classes"][2]["constants"][0], (json{{"name", "NSUnknownColorSpaceModel"},
+                                                        {"kind", "constant"},
+                                                        {"declaration", "NSUnknownColorSpaceModel=-1"},
+                                                        {"type", "Integer"},
+                                                        {"value", -1}}));
+}
+
 TEST(Classes, AlsoShowsTheHostsOwnClassesWhenAsked) {
   const json answer = json::parse(RunHostrun({"classes", "--all", "--json"}).out);
   std::vector<std::string> origins;

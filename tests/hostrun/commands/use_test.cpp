@@ -6,7 +6,8 @@
 namespace command_tests {
 namespace {
 
-const char* const kCommands[] = {"classes", "check", "check-syntax", "trace", "repl", "docs", "swatches"};
+const char* const kCommands[] = {"classes", "check", "check-syntax", "debug",      "trace",
+                                 "repl",    "docs",  "swatches",     "completion", "manual"};
 
 TEST(Use, EachCommandHelpsWithAnExampleAndItsExitStatus) {
   for (const std::string command : kCommands) {
@@ -46,6 +47,7 @@ TEST(Use, AMissingFileIsRefusedByItsName) {
       {"check-syntax", "nowhere.bas"},
       {"check-syntax", "--json", "nowhere.bas"},
       {"classes", "--bundle", "nowhere.so"},
+      {"debug", "nowhere.bas"},
       {"repl", "--bundle", "nowhere.so"},
       {"docs", "--descriptions", "nowhere.txt"},
       {"swatches", "nowhere.clr"}};
