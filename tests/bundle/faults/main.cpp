@@ -33,7 +33,7 @@ constexpr unsigned kSecondsPerFunction = 300;
 
 // What the processes share: figures, and what each is doing.
 struct Shared {
-  unsigned long long cases, events, offsets, faults, pairs, violations;
+  unsigned long long cases, events, offsets, faults, pairs, reports, violations;
   unsigned long long used[64];  // by allowance
   char doing[1024];
 };
@@ -106,8 +106,11 @@ class FunctionRun {
         const Observation observed = Make(each, plan, true, StackOffsetFor(plan));
         ++shared->faults;
         Judge(each, plan, baseline, observed);
-        if (pairs_ && newForPairs && faultable <= kMostEventsForPairs) {
+        if (!pairs_ || !newForPairs) continue;
+        if (faultable <= kMostEventsForPairs) {
           RunPairs(each, plan.front(), baseline, observed);
+        } else {
+          RunWhileReporting(each, plan.front(), baseline, observed);
         }
       }
     }
@@ -117,14 +120,43 @@ class FunctionRun {
   void RunPairs(const Case& each, const PlannedFault& first, const Observation& baseline,
                 const Observation& withFirst) {
     for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
-      for (const Fault fault : FaultsAt(withFirst.steps[i])) {
-        const Plan plan{first, {i, fault}};
-        Note(each, plan, StackOffsetFor(plan));
-        const Observation observed = Make(each, plan, false, StackOffsetFor(plan));
-        ++shared->pairs;
-        Judge(each, plan, baseline, observed);
-      }
+      shared->pairs += RunSecond(each, first, i, baseline, withFirst);
     }
+  }
+
+  // Every second fault at the events that only the first one brings: making the exception, telling the host,
+  // giving back what the call holds. The same events after the same fault tell nothing new.
+  void RunWhileReporting(const Case& each, const PlannedFault& first, const Observation& baseline,
+                         const Observation& withFirst) {
+    std::multiset<std::string> expected;
+    for (std::size_t i = first.event + 1; i < baseline.steps.size(); ++i)
+      expected.insert(baseline.steps[i].text);
+    const Step& at = withFirst.steps[first.event];
+    std::vector<std::size_t> brought;
+    std::string report = NameOf(first.fault);
+    for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
+      const Step& step = withFirst.steps[i];
+      const auto found = expected.find(step.text);
+      const bool usual = found != expected.end();
+      if (usual) expected.erase(found);
+      if (usual && step.delivered == at.delivered && step.raised == at.raised) continue;
+      brought.push_back(i);
+      report += "\n" + step.text;
+    }
+    if (!reports_.insert(report).second) return;
+    for (const std::size_t i : brought) shared->reports += RunSecond(each, first, i, baseline, withFirst);
+  }
+
+  // Every fault at that event after the first. Answers how many.
+  std::size_t RunSecond(const Case& each, const PlannedFault& first, std::size_t event,
+                        const Observation& baseline, const Observation& withFirst) {
+    const std::vector<Fault> faults = FaultsAt(withFirst.steps[event]);
+    for (const Fault fault : faults) {
+      const Plan plan{first, {event, fault}};
+      Note(each, plan, StackOffsetFor(plan));
+      Judge(each, plan, baseline, Make(each, plan, false, StackOffsetFor(plan)));
+    }
+    return faults.size();
   }
 
   void Judge(const Case& each, const Plan& plan, const Observation& baseline, const Observation& observed) {
@@ -157,6 +189,7 @@ class FunctionRun {
   bool pairs_;
   std::set<std::string> tracesOfVersion_;
   std::set<std::string> traces_;
+  std::set<std::string> reports_;
   std::map<std::string, std::size_t> known_;
   std::vector<std::pair<std::string, std::size_t>> findings_;
 };
@@ -288,16 +321,17 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
     sum.offsets += area[i].offsets;
     sum.faults += area[i].faults;
     sum.pairs += area[i].pairs;
+    sum.reports += area[i].reports;
     sum.violations += area[i].violations;
     for (std::size_t j = 0; j < Allowances().size(); ++j) sum.used[j] += area[i].used[j];
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   std::printf(
-      "%zu functions, %llu cases, %llu events, %llu on other stacks, %llu faults, %llu pairs of faults: "
-      "%llu violations, "
+      "%zu functions, %llu cases, %llu events, %llu on other stacks, %llu faults, %llu pairs of faults, "
+      "%llu while reporting: %llu violations, "
       "%zu crashes; %.1f s\n",
-      targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.violations, crashes,
-      took.count());
+      targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.reports, sum.violations,
+      crashes, took.count());
   return sum.violations == 0 && crashes == 0 && (partly || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 
