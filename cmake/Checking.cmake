@@ -29,6 +29,6 @@ endfunction()
 # checked_test(name): a test that takes longer where it is watched.
 function(checked_test name)
   if(QVX_SANITIZE OR QVX_COVERAGE)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 900)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 3600)
   endif()
 endfunction()

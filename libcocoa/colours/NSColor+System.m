@@ -90,10 +90,15 @@ NSColor* QVXLightColor(NSString* name) {
 
 @implementation NSColorList (QVXSystem)
 
-// GNUstep hands its list in while it is still empty, and leaves alone what it finds there later.
+// GNUstep hands its own list in while it is still empty, and then fills it, or the one that a colour folder
+// has, with what is missing there.
 + (void)_setDefaultSystemColorList:(NSColorList*)list {
   static QVXMethod stock;
-  for (int i = 0; i < kLightColors; ++i) [list setColor:Made(&lightColors[i]) forKey:lightColors[i].name];
+  NSColorList* filled = [NSColorList colorListNamed:QVXSystemCatalogue];
+  if (!filled) filled = list;
+  for (int i = 0; i < kLightColors; ++i)
+    if (![filled colorWithKey:lightColors[i].name])
+      [filled setColor:Made(&lightColors[i]) forKey:lightColors[i].name];
   ((void (*)(id, SEL, id))QVXStockClassMethod("NSColorList", _cmd, &stock))(self, _cmd, list);
 }
 

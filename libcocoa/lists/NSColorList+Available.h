@@ -20,5 +20,9 @@ NSString* QVXUserColorFolder(void);
 // All folders where lists are looked for.
 NSArray* QVXColorFolders(void);
 
+// Whether GNUstep is at work on the system's colours on this thread: it fills their list, in memory, even
+// where the program may not.
+BOOL QVXIsFillingSystemList(void);
+
 // Whether the list is the one of the system's colours, which no program may edit.
 BOOL QVXIsSystemList(NSColorList* list);

@@ -89,8 +89,12 @@ NSArray* QVXColorFolders(void) {
   return folders;
 }
 
+BOOL QVXIsFillingSystemList(void) {
+  return maintaining > 0;
+}
+
 BOOL QVXIsSystemList(NSColorList* list) {
-  if (maintaining > 0 || ![kSystem isEqual:[list name]]) return NO;
+  if (![kSystem isEqual:[list name]]) return NO;
   return [[NSColorList availableColorLists] indexOfObjectIdenticalTo:list] != NSNotFound;
 }
 

@@ -17,7 +17,7 @@
 }
 
 - (BOOL)isEditable {
-  return _is_editable && !QVXIsSystemList(self);
+  return QVXIsFillingSystemList() || (_is_editable && !QVXIsSystemList(self));
 }
 
 - (void)qvx_checkEditable:(SEL)selector {

@@ -5,6 +5,7 @@
 #include <alloca.h>
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 #include <vector>
@@ -37,9 +38,9 @@ struct Trace {
 [[gnu::noinline]] void RaiseHere(void* context) {
   Trace& trace = *static_cast<Trace*>(context);
   std::array<void*, 100> found;
-  const auto count = static_cast<std::size_t>(backtrace(found.data(), static_cast<int>(found.size())));
-  for (std::size_t i = 1; i < count; ++i) {
-    trace.expected.push_back(reinterpret_cast<std::uintptr_t>(found[i]));
+  void** const end = found.data() + backtrace(found.data(), static_cast<int>(found.size()));
+  for (void** each = std::find(found.data(), end, __builtin_return_address(0)); each < end; ++each) {
+    trace.expected.push_back(reinterpret_cast<std::uintptr_t>(*each));
   }
   Raise(NewException("Bang", "for a test"));
 }

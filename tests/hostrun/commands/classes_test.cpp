@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/bundle/unit/declarations.h"
 #include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
@@ -20,9 +21,15 @@ TEST(Classes, ShowsEachClassOfTheBundleInTheOrderOfRegistration) {
     if (line.starts_with("  ") && line[2] != ' ') groups.push_back(line.substr(2));
   }
   EXPECT_EQ(headings, (std::vector<std::string>{"NSColorQVX", "NSColorListQVX", "NSColorSpaceQVX"}));
-  EXPECT_EQ(groups, (std::vector<std::string>{"Properties (20)", "Methods (21)", "Shared methods (60)",
-                                              "Methods (11)", "Methods (11)", "Shared methods (15)",
-                                              "Constants (18)"}));
+  const auto group = [](const char* title, const auto& declarations) {
+    return title + (" (" + std::to_string(declarations.size()) + ")");
+  };
+  EXPECT_EQ(groups,
+            (std::vector<std::string>{
+                group("Properties", unit::kColorProperties), group("Methods", unit::kColorMethods),
+                group("Shared methods", unit::ColorSharedMethods()), group("Methods", unit::kListMethods),
+                group("Methods", unit::kSpaceMethods), group("Shared methods", unit::SpaceSharedMethods()),
+                group("Constants", unit::kSpaceConstants)}));
 }
 
 TEST(Classes, ShowsAllThatIsKnownOfAMember) {

@@ -1,6 +1,10 @@
 // tests/libcocoa/colours/system_colour_scenarios.m - the colours of the catalogue "System".
 #import "tests/libcocoa/colours/scenario.h"
 
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 // Every colour of the catalogue that a class method names, and its light value in calibrated RGB.
 static const struct {
   const char* name;
@@ -50,9 +54,11 @@ static BOOL IsRGB(NSColor* color, double red, double green, double blue) {
   return [rgb isEqual:[NSColor colorWithCalibratedRed:red green:green blue:blue alpha:1]];
 }
 
-SCENARIO("system colours have the light values", "", "all") {
+// "all", or the colours but for the one left out that do not have their light values.
+static NSString* LightBut(const char* leftOut) {
   NSMutableArray* others = [NSMutableArray array];
   for (int i = 0; i < kLightCount; i++) {
+    if (leftOut && strcmp(leftOut, kLight[i].name) == 0) continue;
     NSColor* color = Sent(kLight[i].name);
     if (!IsRGB(color, kLight[i].red, kLight[i].green, kLight[i].blue))
       [others addObject:[NSString stringWithFormat:@"%s is %@", kLight[i].name,
@@ -60,6 +66,10 @@ SCENARIO("system colours have the light values", "", "all") {
                                                        colorUsingColorSpaceName:NSCalibratedRGBColorSpace])]];
   }
   return [others count] ? Joined(others) : @"all";
+}
+
+SCENARIO("system colours have the light values", "", "all") {
+  return LightBut(NULL);
 }
 
 SCENARIO("each system colour is one shared object of the catalogue", "31 of 32", "32 of 32") {
@@ -117,6 +127,52 @@ SCENARIO("a list of that name in a colour folder comes before the light values",
          "1.000 0.000 0.000 1.000 CalibratedRGB", "1.000 0.000 0.000 1.000 CalibratedRGB") {
   InChild(WriteSystem);
   return Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
+SCENARIO("what such a list lacks has the light values", "", "all") {
+  InChild(WriteSystem);
+  return LightBut("gridColor");
+}
+
+// From here on this program may read its folder and write nothing: root could write everything.
+static void LoseRights(NSString* list) {
+  chmod([list fileSystemRepresentation], 0444);
+  if (geteuid() != 0) return;
+  chmod(getenv("QVX_SCENARIO_FOLDER"), 0755);
+  if (setuid(65534) != 0) [NSException raise:@"NoOtherUser" format:@"wanted to become another user"];
+}
+
+SCENARIO("such a list may be one that the user can't write", "raises NSColorListNotEditableException",
+         "1.000 0.000 0.000 1.000 CalibratedRGB, all, no, NSColorListNotEditableException") {
+  InChild(WriteSystem);
+  LoseRights([SystemColours() stringByAppendingPathComponent:@"System.clr"]);
+  NSString* grid = Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+  NSColorList* list = [NSColorList colorListNamed:@"System"];
+  return Joined([NSArray arrayWithObjects:grid, LightBut("gridColor"), YesNo([list isEditable]),
+                                          RAISED([list setColor:[NSColor redColor] forKey:@"gridColor"]),
+                                          nil]);
+}
+
+// A theme with a single colour, as GNUstep asks it.
+@interface RedGridTheme : NSObject
+@end
+
+@implementation RedGridTheme
+- (NSColorList*)colors {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"System"] autorelease];
+  [list setColor:[NSColor redColor] forKey:@"gridColor"];
+  return list;
+}
+@end
+
+SCENARIO("what a theme's list lacks has the light values", "",
+         "1.000 0.000 0.000 1.000 CalibratedRGB, all") {
+  [NSColor gridColor];
+  [[NSNotificationCenter defaultCenter] postNotificationName:@"GSThemeDidActivateNotification"
+                                                      object:[[RedGridTheme new] autorelease]];
+  return Joined([NSArray
+      arrayWithObjects:Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
+                       LightBut("gridColor"), nil]);
 }
 
 SCENARIO("the colour under pages is there when such a list lacks it", "raises NSInvalidArgumentException",
