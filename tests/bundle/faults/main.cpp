@@ -35,7 +35,7 @@ constexpr rlim_t kSecondsPerFunction = 300;  // of processor time: how busy the 
 
 // What the processes share: figures, and what each is doing.
 struct Shared {
-  unsigned long long cases, events, offsets, faults, pairs, violations;
+  unsigned long long cases, events, offsets, faults, pairs, reports, violations;
   unsigned long long used[64];  // by allowance
   char doing[1024];
 };
@@ -115,8 +115,11 @@ class FunctionRun {
         const Observation observed = Make(each, plan, true, StackOffsetFor(plan));
         ++shared->faults;
         Judge(each, plan, baseline, observed);
-        if (extent_.pairs && newForPairs && faultable <= kMostEventsForPairs) {
+        if (!extent_.pairs || !newForPairs) continue;
+        if (faultable <= kMostEventsForPairs) {
           RunPairs(each, plan.front(), baseline, observed);
+        } else {
+          RunWhileReporting(each, plan.front(), baseline, observed);
         }
       }
     }
@@ -126,14 +129,43 @@ class FunctionRun {
   void RunPairs(const Case& each, const PlannedFault& first, const Observation& baseline,
                 const Observation& withFirst) {
     for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
-      for (const Fault fault : FaultsAt(withFirst.steps[i])) {
-        const Plan plan{first, {i, fault}};
-        Note(each, plan, StackOffsetFor(plan));
-        const Observation observed = Make(each, plan, false, StackOffsetFor(plan));
-        ++shared->pairs;
-        Judge(each, plan, baseline, observed);
-      }
+      shared->pairs += RunSecond(each, first, i, baseline, withFirst);
     }
+  }
+
+  // Every second fault at the events that only the first one brings: making the exception, telling the host,
+  // giving back what the call holds. The same events after the same fault tell nothing new.
+  void RunWhileReporting(const Case& each, const PlannedFault& first, const Observation& baseline,
+                         const Observation& withFirst) {
+    std::multiset<std::string> expected;
+    for (std::size_t i = first.event + 1; i < baseline.steps.size(); ++i)
+      expected.insert(baseline.steps[i].text);
+    const Step& at = withFirst.steps[first.event];
+    std::vector<std::size_t> brought;
+    std::string report = NameOf(first.fault);
+    for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
+      const Step& step = withFirst.steps[i];
+      const auto found = expected.find(step.text);
+      const bool usual = found != expected.end();
+      if (usual) expected.erase(found);
+      if (usual && step.delivered == at.delivered && step.raised == at.raised) continue;
+      brought.push_back(i);
+      report += "\n" + step.text;
+    }
+    if (!reports_.insert(report).second) return;
+    for (const std::size_t i : brought) shared->reports += RunSecond(each, first, i, baseline, withFirst);
+  }
+
+  // Every fault at that event after the first. Answers how many.
+  std::size_t RunSecond(const Case& each, const PlannedFault& first, std::size_t event,
+                        const Observation& baseline, const Observation& withFirst) {
+    const std::vector<Fault> faults = FaultsAt(withFirst.steps[event]);
+    for (const Fault fault : faults) {
+      const Plan plan{first, {event, fault}};
+      Note(each, plan, StackOffsetFor(plan));
+      Judge(each, plan, baseline, Make(each, plan, false, StackOffsetFor(plan)));
+    }
+    return faults.size();
   }
 
   void Judge(const Case& each, const Plan& plan, const Observation& baseline, const Observation& observed) {
@@ -166,6 +198,7 @@ class FunctionRun {
   const Extent extent_;
   std::set<std::string> tracesTried_;
   std::set<std::string> traces_;
+  std::set<std::string> reports_;
   std::map<std::string, std::size_t> known_;
   std::vector<std::pair<std::string, std::size_t>> findings_;
 };
@@ -298,16 +331,17 @@ int RunAll(const std::vector<Target>& targets, const Extent& extent) {
     sum.offsets += area[i].offsets;
     sum.faults += area[i].faults;
     sum.pairs += area[i].pairs;
+    sum.reports += area[i].reports;
     sum.violations += area[i].violations;
     for (std::size_t j = 0; j < Allowances().size(); ++j) sum.used[j] += area[i].used[j];
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   std::printf(
-      "%zu functions, %llu cases, %llu events, %llu on other stacks, %llu faults, %llu pairs of faults: "
-      "%llu violations, "
+      "%zu functions, %llu cases, %llu events, %llu on other stacks, %llu faults, %llu pairs of faults, "
+      "%llu while reporting: %llu violations, "
       "%zu crashes; %.1f s\n",
-      targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.violations, crashes,
-      took.count());
+      targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.reports, sum.violations,
+      crashes, took.count());
   return sum.violations == 0 && crashes == 0 && (!extent.everyFunction || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 
