@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <stdexcept>
@@ -379,6 +380,60 @@ TEST(StaleFrame, IsSkippedWhenItsFunctionHasReturned) {
   EXPECT_EQ(NameOf(exception), "Bang");
 }
 
+// Leaves the inner of two frames of one function, which takes nothing from then on. Counts deliveries.
+template <std::size_t Outer>
+[[gnu::noinline]] void RaiseAfterTheInnerFrame(int (&delivered)[2]) {
+  ObjCExceptionFrame frames[2];
+  ObjCExceptionFrame& outer = frames[Outer];
+  ObjCExceptionFrame& inner = frames[1 - Outer];
+  objc_exception_try_enter(&outer);
+  if (_setjmp(outer.buffer) != 0) {
+    ++delivered[0];
+    return;
+  }
+  objc_exception_try_enter(&inner);
+  if (_setjmp(inner.buffer) != 0) {
+    ++delivered[1];
+    return;
+  }
+  objc_exception_try_exit(&inner);
+  RaiseBang(nullptr);
+}
+
+TEST(NestedFrames, GiveTheOuterWhatIsRaisedAfterTheInner) {
+  int upwards[2] = {};
+  RaiseAfterTheInnerFrame<0>(upwards);
+  EXPECT_EQ(upwards[0], 1);
+  EXPECT_EQ(upwards[1], 0);
+  int downwards[2] = {};
+  RaiseAfterTheInnerFrame<1>(downwards);
+  EXPECT_EQ(downwards[0], 1);
+  EXPECT_EQ(downwards[1], 0);
+}
+
+// Leaves the outer of two frames of one function. Counts deliveries to either.
+[[gnu::noinline]] void RaiseAfterTheOuterFrame(int& delivered) {
+  ObjCExceptionFrame frames[2];
+  objc_exception_try_enter(&frames[1]);
+  if (_setjmp(frames[1].buffer) != 0) {
+    ++delivered;
+    return;
+  }
+  objc_exception_try_enter(&frames[0]);
+  if (_setjmp(frames[0].buffer) != 0) {
+    ++delivered;
+    return;
+  }
+  objc_exception_try_exit(&frames[1]);
+  RaiseBang(nullptr);
+}
+
+TEST(NestedFrames, AreLeftWithTheOuter) {
+  int delivered = 0;
+  EXPECT_EQ(NameOf(Guarded([&] { RaiseAfterTheOuterFrame(delivered); })), "Bang");
+  EXPECT_EQ(delivered, 0);
+}
+
 TEST(StaleFrame, IsForgottenWhenAnotherIsEnteredAtOrAboveItsPlace) {
   const id exception = Guarded([] {
     for (int i = 0; i < 1000; ++i) LeaveAStaleFrame();
@@ -621,6 +676,37 @@ TEST(Threads, HaveFramesOfTheirOwn) {
   EXPECT_EQ(on_thread, "Bang");
   EXPECT_EQ(caught_on_thread, "Bang");
   EXPECT_EQ(here, nullptr);
+}
+
+// Runs among the destructors of an ending thread, after that of the library: takes the memory that the
+// library has just given back, and raises.
+struct AtTheEnd {
+  std::array<unsigned char, 128> zeros{};  // of the size of the library's first list of frames
+  bool wasDelivered = false, isUntouched = false;
+
+  static void Run(void* self) {
+    auto& end = *static_cast<AtTheEnd*>(self);
+    auto* const block = static_cast<unsigned char*>(std::calloc(1, end.zeros.size()));
+    void* const pool = objc_autoreleasePoolPush();
+    end.wasDelivered = GuardedInC(&RaiseBang, nullptr) != nullptr;
+    objc_autoreleasePoolPop(pool);
+    end.isUntouched = std::memcmp(block, end.zeros.data(), end.zeros.size()) == 0;
+    std::free(block);
+  }
+};
+
+TEST(Threads, MayRaiseWhileTheyEnd) {
+  GuardedInC(&Nothing, nullptr);  // the library has its key: destructors run in the order of the keys
+  pthread_key_t key = 0;
+  ASSERT_EQ(pthread_key_create(&key, &AtTheEnd::Run), 0);
+  AtTheEnd end;
+  PooledThread([&] {
+    GuardedInC(&Nothing, nullptr);
+    pthread_setspecific(key, &end);
+  }).Join();
+  pthread_key_delete(key);
+  EXPECT_TRUE(end.wasDelivered);
+  EXPECT_TRUE(end.isUntouched);
 }
 
 TEST(Threads, RaisePastPlainFunctionsAtTheSameTime) {
