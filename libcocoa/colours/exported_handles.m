@@ -24,7 +24,7 @@ void QVXExportHandle(id object) {
 }
 
 void QVXForgetHandle(id object) {
-  if (__atomic_load_n(&handles, __ATOMIC_ACQUIRE)) return;
+  if (!__atomic_load_n(&handles, __ATOMIC_ACQUIRE)) return;
   pthread_mutex_lock(&lock);
   NSHashRemove(handles, object);
   pthread_mutex_unlock(&lock);
