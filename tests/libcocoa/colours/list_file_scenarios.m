@@ -137,6 +137,9 @@ SCENARIO("prose makes no list", "empty", "nil") {
 SCENARIO("an empty file makes no list", "empty", "nil") {
   return Told(From(PutText(@"palette.clr", @"")));
 }
+SCENARIO("a file that holds less than its size says makes no list", "empty", "nil") {
+  return Told(From(@"/sys/kernel/uevent_seqnum"));  // says 4096
+}
 SCENARIO("a missing file makes no list", "empty", "nil") {
   return Told(From(InScratch(@"missing.clr")));
 }
