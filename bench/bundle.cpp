@@ -90,7 +90,8 @@ void* LoadAndStart(const std::string& path) {
 
 Bundle::Bundle(const Platform& platform, const std::string& file)
     : host_{&platform, kNewHost, {}},
-      instances_(platform.CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr)) {
+      instances_(platform.CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr)),
+      calls_(CallsFor(platform, instances_)) {
   bench::Activate(host_);
   if (const std::span<std::uint8_t> memory = StartDesktop(platform, file); !memory.empty()) {
     begin_ = memory.data();
@@ -103,6 +104,11 @@ Bundle::Bundle(const Platform& platform, const std::string& file)
     begin_ = reinterpret_cast<const void*>(range.begin);
     end_ = reinterpret_cast<const void*>(range.end);
   }
+  for (const qvx::REALclassDefinition* definition : host_.definitions) {
+    qvx::REALclassDefinition& prescribed = host_.prescribed.emplace_back(*definition);
+    prescribed.constructor = reinterpret_cast<void (*)(qvx::REALobject)>(&PrescribedConstructor);
+    prescribed.destructor = reinterpret_cast<void (*)(qvx::REALobject)>(&PrescribedDestructor);
+  }
   // A bundle takes its cache when it first makes an instance.
   OfferInstances(platform, instances_);
   Unlock(NewInstance("NSColorQVX"));
@@ -110,6 +116,7 @@ Bundle::Bundle(const Platform& platform, const std::string& file)
 
 void Bundle::Activate() {
   bench::Activate(host_);
+  PrescribedUse(&calls_);
   SetBundleRange(begin_, end_);
 }
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "bench/host.h"
+#include "bench/prescribed_calls.h"
 
 namespace bench {
 
@@ -25,6 +25,8 @@ class Bundle {
   Host& GetHost() { return host_; }
   const Platform& GetPlatform() const { return *host_.platform; }
   void* Instances() const { return instances_; }
+  // The calls of the prescribed paths, on this platform and with this cache.
+  const PrescribedCalls* Calls() const { return &calls_; }
 
   // The function of a property, method or shared method by its name or the start of its declaration.
   template <typename Signature>
@@ -37,6 +39,7 @@ class Bundle {
 
   Host host_;
   void* instances_;
+  PrescribedCalls calls_;
   const void* begin_ = nullptr;
   const void* end_ = nullptr;
 };

@@ -77,6 +77,27 @@ void Free(HostObject* object) {
   std::free(object);
 }
 
+const qvx::REALclassDefinition* Address(const qvx::REALclassDefinition* definition) {
+  return definition;
+}
+const qvx::REALclassDefinition* Address(const qvx::REALclassDefinition& definition) {
+  return &definition;
+}
+
+template <typename Definitions>
+qvx::REALobject NewInstanceAmong(const Definitions& definitions, const char* className) {
+  auto* const instance = New<Instance>(HostObject::Kind::kInstance);
+  std::memset(instance->data, 0, sizeof instance->data);
+  for (const auto& each : definitions) {
+    const qvx::REALclassDefinition* const definition = Address(each);
+    if (std::strcmp(definition->name, className) != 0) continue;
+    instance->header.definition = definition;
+    definition->constructor(reinterpret_cast<qvx::REALobject>(instance));
+    break;
+  }
+  return reinterpret_cast<qvx::REALobject>(instance);
+}
+
 // ---- Services ----
 
 long double GetRBVersion() {
@@ -228,15 +249,11 @@ qvx::REALproc Host::Find(std::string_view className, std::string_view name) cons
 }
 
 qvx::REALobject NewInstance(const char* className) {
-  auto* const instance = New<Instance>(HostObject::Kind::kInstance);
-  std::memset(instance->data, 0, sizeof instance->data);
-  for (const qvx::REALclassDefinition* definition : active->definitions) {
-    if (std::strcmp(definition->name, className) != 0) continue;
-    instance->header.definition = definition;
-    definition->constructor(reinterpret_cast<qvx::REALobject>(instance));
-    break;
-  }
-  return reinterpret_cast<qvx::REALobject>(instance);
+  return NewInstanceAmong(active->definitions, className);
+}
+
+qvx::REALobject NewPrescribedInstance(const char* className) {
+  return NewInstanceAmong(active->prescribed, className);
 }
 
 void Lock(void* handle) {

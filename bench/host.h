@@ -26,6 +26,8 @@ struct Host {
   const Platform* platform;
   double version;
   std::vector<qvx::REALclassDefinition*> definitions;
+  // The same classes with the constructor and the destructor of the prescribed paths.
+  std::vector<qvx::REALclassDefinition> prescribed{};
   int raised = 0;
 
   // The function of the property, method or shared method whose name or declaration starts so.
@@ -42,6 +44,7 @@ void* NewHostExceptionFor(id exception);
 
 // Direct ways in, for the limits and for what the rows need. What is new has one reference.
 qvx::REALobject NewInstance(const char* className);
+qvx::REALobject NewPrescribedInstance(const char* className);
 void Lock(void* handle);
 void Unlock(void* handle);
 qvx::REALstring BuildString(const void* bytes, std::int32_t length);

@@ -19,10 +19,10 @@ double Nanoseconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_usec) * 1e3;
 }
 
-// The processor time that the program takes for so many turns.
-double TimeOf(long turns) {
+// The processor time that the program of that name takes for so many turns.
+double TimeOf(const std::string& name, long turns) {
   std::string program = BENCH_HOSTRUN;
-  std::string source = BENCH_LOOP;
+  std::string source = std::string(BENCH_PROGRAMS "/") + name;
   std::string argument = std::to_string(turns);
   char* const arguments[] = {program.data(), source.data(), argument.data(), nullptr};
   posix_spawn_file_actions_t actions;
@@ -41,8 +41,7 @@ double TimeOf(long turns) {
 
 }  // namespace
 
-std::vector<double> MeasureHostProgram(int repetitions) {
-  constexpr long kTurns = 200'000;
+std::vector<double> MeasureHostProgram(const std::string& name, long turns, int repetitions) {
   if (access(BENCH_HOSTRUN, X_OK) != 0) {
     std::fprintf(stderr,
                  "bench: no row for a host program: wanted %s, found none; build the target hostrun\n",
@@ -51,8 +50,8 @@ std::vector<double> MeasureHostProgram(int repetitions) {
   }
   std::vector<double> nanoseconds;
   for (int i = 0; i < repetitions; ++i) {
-    const double many = TimeOf(kTurns);
-    nanoseconds.push_back((many - TimeOf(1)) / static_cast<double>(kTurns - 1));
+    const double many = TimeOf(name, turns);
+    nanoseconds.push_back((many - TimeOf(name, 1)) / static_cast<double>(turns - 1));
   }
   return nanoseconds;
 }

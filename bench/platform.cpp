@@ -42,6 +42,8 @@ Platform Functions(void* library, const char* name) {
   Find(library, "CFDictionaryRemoveValue", platform.CFDictionaryRemoveValue);
   Find(library, "CFDictionaryCreateMutable", platform.CFDictionaryCreateMutable);
   Find(library, "CFRelease", platform.CFRelease);
+  Find(library, "NSLog", platform.NSLog);
+  Find(library, "objc_exception_match", platform.objc_exception_match);
   Find(library, "objc_autoreleasePoolPush", platform.objc_autoreleasePoolPush);
   Find(library, "objc_autoreleasePoolPop", platform.objc_autoreleasePoolPop);
   return platform;

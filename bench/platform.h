@@ -26,6 +26,8 @@ struct Platform {
   void (*CFDictionaryRemoveValue)(void*, const void*);
   void* (*CFDictionaryCreateMutable)(const void*, CFIndex, const void*, const void*);
   void (*CFRelease)(const void*);
+  void (*NSLog)(id, ...);
+  int (*objc_exception_match)(Class, id);
   void* (*objc_autoreleasePoolPush)();
   void (*objc_autoreleasePoolPop)(void*);
 

@@ -10,7 +10,6 @@
 #include "bench/allocations.h"
 #include "bench/bundle.h"
 #include "bench/instructions.h"
-#include "bench/prescribed.h"
 
 namespace bench {
 
@@ -25,9 +24,11 @@ struct Row {
   std::string
       limit{};        // the row of the same platform that this one is compared with; empty for a limit itself
   double target = 0;  // the largest ratio to the limit; 0 for none
-  // The row of its prescribed path, empty for none, and the largest ratio to it, in instructions and in time.
+  // The row of its prescribed path, empty for none, and the largest ratio to it, in instructions and in time:
+  // kGetter for getters.
   std::string path{};
   double pathTarget = 1.15;
+  static constexpr double kGetter = 1.10;
   double nanoseconds = 0;    // the largest time where that is the target; 0 for none
   bool counted = true;       // whether its instructions are worth counting
   Guard guard = Guard::kNo;  // whether its instructions have a budget
@@ -99,8 +100,13 @@ void AddRow(Bundle& bundle, Row row, Call call) {
   AllRows().push_back(std::move(row));
 }
 
-// The calls of the prescribed paths, for a platform and the host.
-PrescribedCalls CallsFor(const Platform& platform);
+// Adds a row and, before it, its prescribed path, which is called the same way.
+template <Pooled pooled = Pooled::kNo, typename Path, typename Call>
+void AddRow(Bundle& bundle, Row row, Path path, Call call) {
+  row.path = "prescribed path: " + row.name;
+  AddRow<pooled>(bundle, {.name = row.path, .counted = row.counted}, path);
+  AddRow<pooled>(bundle, std::move(row), call);
+}
 
 // The rows, by theme. A bundle of each platform goes through each.
 void AddGetterRows(Bundle& bundle);

@@ -9,8 +9,8 @@ namespace bench {
 
 namespace {
 
-constexpr std::int32_t kSmall = 3 * 1024;
-constexpr std::int32_t kLarge = 16 * 1024 * 1024;
+constexpr std::int32_t kLargestCounted = 100 * 1024;
+constexpr std::int32_t kMebibyte = 1024 * 1024;
 
 // An sRGB profile of the asked size: the platform's own, with zeros after its tags and its new size in the
 // header. The scripted platform takes any bytes.
@@ -29,9 +29,9 @@ std::vector<unsigned char> Profile(Bundle& bundle, std::int32_t size) {
   return profile;
 }
 
-void AddLimit(Bundle& bundle, const char* name, const std::vector<unsigned char>& profile, bool counted) {
+void AddLimit(Bundle& bundle, const Row& row, const std::vector<unsigned char>& profile) {
   void* (*volatile copy)(void*, const void*, std::size_t) = &std::memcpy;
-  AddRow(bundle, {.name = name, .counted = counted}, [=] {
+  AddRow(bundle, row, [=] {
     void* const memory = std::malloc(profile.size());
     copy(memory, profile.data(), profile.size());
     benchmark::ClobberMemory();
@@ -39,8 +39,7 @@ void AddLimit(Bundle& bundle, const char* name, const std::vector<unsigned char>
   });
 }
 
-void AddOut(Bundle& bundle, const std::string& size, const char* limit, qvx::REALmemoryBlock block,
-            double target, bool counted) {
+void AddOut(Bundle& bundle, const Row& row, qvx::REALmemoryBlock block) {
   auto* const fill =
       bundle.Function<void(qvx::REALobject, qvx::REALmemoryBlock)>("NSColorSpaceQVX", "Constructor(");
   auto* const data =
@@ -48,57 +47,64 @@ void AddOut(Bundle& bundle, const std::string& size, const char* limit, qvx::REA
   const qvx::REALobject space = NewInstance("NSColorSpaceQVX");
   fill(space, block);
   const qvx::REALmemoryBlock first = data(space);
-  if (first == nullptr) throw std::runtime_error("wanted profile data of " + size + ", found none");
+  if (first == nullptr) throw std::runtime_error("wanted " + row.name + ", found none");
   Unlock(first);
-  const Platform& platform = bundle.GetPlatform();
-  const auto selector = [&platform](const char* name) {
-    return const_cast<void*>(static_cast<const void*>(platform.sel_registerName(name)));
-  };
-  const Row path = {.name = "prescribed path: profile data, " + size, .counted = counted};
   AddRow<Pooled::kYes>(
-      bundle, path,
-      [calls = CallsFor(platform), native = NativeOf(space), get = selector("ICCProfileData"),
-       bytes = selector("bytes"),
-       length = selector("length")] { Unlock(PrescribedBlock(&calls, native, get, bytes, length)); });
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = "profile data, " + size,
-                        .limit = limit,
-                        .target = target,
-                        .path = path.name,
-                        .counted = counted,
-                        .guard = Guard::kNo},
-                       [=] { Unlock(data(space)); });
+      bundle, row,
+      [calls = bundle.Calls(), native = NativeOf(space),
+       get = SelectorOf(bundle.GetPlatform(), "ICCProfileData")] {
+        Unlock(PrescribedBlock(calls, native, get));
+      },
+      [=] { Unlock(data(space)); });
 }
 
-void AddIn(Bundle& bundle, const std::string& size, const char* limit, qvx::REALmemoryBlock block,
-           bool counted) {
+void AddIn(Bundle& bundle, const Row& row, qvx::REALmemoryBlock block) {
   auto* const make = bundle.Function<qvx::REALobject(qvx::REALmemoryBlock)>(
       "NSColorSpaceQVX", "ColorSpaceWithICCProfileData(ICCProfileData");
   const Platform& platform = bundle.GetPlatform();
-  AddRow(bundle, {.name = "space from data, " + size, .limit = limit, .counted = counted}, [=, &platform] {
-    // A pool for each call: the data waits in it.
-    const Pool pool(platform);
-    Unlock(make(block));
-  });
+  // A pool for each call: the data waits in it.
+  AddRow(
+      bundle, row,
+      [=, &platform, calls = bundle.Calls(), spaces = platform.objc_getClass("NSColorSpace")] {
+        const Pool pool(platform);
+        Unlock(PrescribedFromBlock(calls, spaces, block));
+      },
+      [=, &platform] {
+        const Pool pool(platform);
+        Unlock(make(block));
+      });
 }
 
-void AddSize(Bundle& bundle, std::int32_t size, const char* name, const char* limit, double target) {
-  const bool counted = size == kSmall;
+void AddSize(Bundle& bundle, std::int32_t size) {
   const std::vector<unsigned char> profile = Profile(bundle, size);
   const qvx::REALmemoryBlock block = NewBlock(profile.data(), static_cast<std::int32_t>(profile.size()));
-  AddLimit(bundle, limit, profile, counted);
-  AddOut(bundle, name, limit, block, target, counted);
-  AddIn(bundle, name, limit, block, counted);
+  const std::string bytes =
+      size < kMebibyte ? std::to_string(size / 1024) + " KiB" : std::to_string(size / kMebibyte) + " MiB";
+  const Row limit = {.name = "malloc + memcpy, " + bytes, .counted = size <= kLargestCounted};
+  AddLimit(bundle, limit, profile);
+  const auto row = [&](const char* what) {
+    return Row{.name = std::string(what) + ", " + bytes,
+               .limit = limit.name,
+               .counted = limit.counted,
+               .series = what,
+               .size = size};
+  };
+  Row out = row("profile data");
+  out.target = size == 16 * kMebibyte ? 1.05 : 0;
+  AddOut(bundle, out, block);
+  AddIn(bundle, row("space from data"), block);
 }
 
 }  // namespace
 
 void AddBlockRows(Bundle& bundle) {
-  AddSize(bundle, kSmall, "3 KiB", "malloc + memcpy, 3 KiB", 0);
+  AddSize(bundle, 3 * 1024);  // about the smallest that a profile can be
+  AddSize(bundle, kLargestCounted);
 }
 
 void AddLargeBlockRows(Bundle& bundle) {
-  AddSize(bundle, kLarge, "16 MiB", "malloc + memcpy, 16 MiB", 1.05);
+  AddSize(bundle, kMebibyte);
+  AddSize(bundle, 16 * kMebibyte);
 }
 
 }  // namespace bench

@@ -8,12 +8,12 @@ namespace bench {
 namespace {
 
 // Calls the body with that many functions between.
-template <int functions, typename Body>
-[[gnu::noinline]] void Beneath(Body& body) {
-  if constexpr (functions == 0) {
+template <typename Body>
+[[gnu::noinline]] void Beneath(long functions, Body& body) {
+  if (functions == 0) {
     body();
   } else {
-    Beneath<functions - 1>(body);
+    Beneath(functions - 1, body);
     asm volatile("");  // no tail call
   }
 }
@@ -32,22 +32,40 @@ void AddExceptionRows(Bundle& bundle) {
                          auto send = [&] { platform.Send<float>(native, whiteComponent); };
                          benchmark::DoNotOptimize(InBareFrame(platform, send));
                        });
-  // What each function between costs is a tenth of the difference.
-  AddRow<Pooled::kYes>(bundle, {.name = "raise past 10 functions into a frame"},
-                       [&platform, native = NativeOf(colour), whiteComponent] {
-                         auto send = [&] { platform.Send<float>(native, whiteComponent); };
-                         auto deeper = [&] { Beneath<9>(send); };
-                         benchmark::DoNotOptimize(InBareFrame(platform, deeper));
-                       });
+  // What each function between costs is the difference, divided by their number.
+  for (const long functions : {10L, 1'000L, 100'000L}) {
+    AddRow<Pooled::kYes>(bundle,
+                         {.name = "raise past " + std::to_string(functions) + " functions into a frame",
+                          .counted = functions <= 1'000,
+                          .series = "raise past functions",
+                          .size = functions},
+                         [&platform, native = NativeOf(colour), whiteComponent, functions] {
+                           auto send = [&] { platform.Send<float>(native, whiteComponent); };
+                           auto deeper = [&] { Beneath(functions - 1, send); };
+                           benchmark::DoNotOptimize(InBareFrame(platform, deeper));
+                         });
+  }
+  const PrescribedCalls* const calls = bundle.Calls();
   auto* const white = bundle.Function<double(qvx::REALobject, std::int32_t)>("NSColorQVX", "whiteComponent");
   AddRow<Pooled::kYes>(
       bundle,
-      {.name = "exception dropped by a getter", .limit = "raise into a frame", .guard = Guard::kScripted},
+      {.name = "exception dropped by a getter",
+       .limit = "raise into a frame",
+       .pathTarget = Row::kGetter,
+       .guard = Guard::kScripted},
+      [=, native = NativeOf(colour), selector = SelectorOf(platform, "whiteComponent")] {
+        benchmark::DoNotOptimize(PrescribedDouble(calls, native, selector));
+      },
       [=] { benchmark::DoNotOptimize(white(colour, 0)); });
   auto* const getWhite = bundle.Function<void(qvx::REALobject, double*)>("NSColorQVX", "getWhite(");
   AddRow<Pooled::kYes>(
       bundle,
       {.name = "exception raised and converted", .limit = "raise into a frame", .guard = Guard::kScripted},
+      [=, native = NativeOf(colour), selector = SelectorOf(platform, "getWhite:alpha:")] {
+        double result;
+        PrescribedWhite(calls, native, selector, &result);
+        benchmark::DoNotOptimize(result);
+      },
       [=] {
         double result;
         getWhite(colour, &result);

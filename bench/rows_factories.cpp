@@ -33,12 +33,16 @@ void AddPredefined(Bundle& bundle) {
 
   AddCachedLimit(bundle, "frame + send + lookup + lock", wrapper,
                  [&platform, colourClass, redColor] { return platform.Send<id>(colourClass, redColor); });
-  AddRow(bundle,
-         {.name = "predefined colour, wrapped",
-          .limit = "frame + send + lookup + lock",
-          .target = 1.25,
-          .guard = Guard::kScripted},
-         [=] { Unlock(predefined()); });
+  AddRow(
+      bundle,
+      {.name = "predefined colour, wrapped",
+       .limit = "frame + send + lookup + lock",
+       .target = 1.25,
+       .guard = Guard::kScripted},
+      [=, calls = bundle.Calls(), selector = SelectorOf(platform, "redColor")] {
+        Unlock(PrescribedWrapper(calls, colourClass, selector, "NSColorQVX"));
+      },
+      [=] { Unlock(predefined()); });
 }
 
 void AddNew(Bundle& bundle) {
@@ -56,16 +60,28 @@ void AddNew(Bundle& bundle) {
     benchmark::DoNotOptimize(colour);
   });
   auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB");
+  const auto prescribed = [calls = bundle.Calls(), colourClass,
+                           device = SelectorOf(platform, "colorWithDeviceRed:green:blue:alpha:")] {
+    return PrescribedFromFour(calls, colourClass, device, 0.1, 0.2, 0.3, 1.0);
+  };
   AddRow<Pooled::kYes>(
       bundle,
       {.name = "new colour, made and freed", .limit = "frame + new native colour", .guard = Guard::kScripted},
-      [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
+      [=] { Unlock(prescribed()); }, [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
   auto* const red = bundle.Function<double(qvx::REALobject, std::int32_t)>("NSColorQVX", "redComponent");
-  AddRow<Pooled::kYes>(bundle, {.name = "colour made, read and freed"}, [make, red] {
-    const qvx::REALobject colour = make(0.25, 0.5, 0.75, 1.0);
-    benchmark::DoNotOptimize(red(colour, 0));
-    Unlock(colour);
-  });
+  AddRow<Pooled::kYes>(
+      bundle, {.name = "colour made, read and freed"},
+      [=, calls = bundle.Calls(), selector = SelectorOf(platform, "redComponent")] {
+        void* const colour = prescribed();
+        void* const native = NativeOf(static_cast<qvx::REALobject>(colour));
+        benchmark::DoNotOptimize(PrescribedDouble(calls, native, selector));
+        Unlock(colour);
+      },
+      [make, red] {
+        const qvx::REALobject colour = make(0.1, 0.2, 0.3, 1.0);
+        benchmark::DoNotOptimize(red(colour, 0));
+        Unlock(colour);
+      });
 }
 
 // Only the scripted platform answers the same colour for the same components.
@@ -78,12 +94,17 @@ void AddWrappedFromDoubles(Bundle& bundle) {
   AddCachedLimit(bundle, "frame + send of four + lookup + lock", wrapper, [&platform, colourClass, selector] {
     return platform.Send<id>(colourClass, selector, 0.1F, 0.2F, 0.3F, 1.0F);
   });
-  AddRow(bundle,
-         {.name = "factory of four doubles, wrapped",
-          .limit = "frame + send of four + lookup + lock",
-          .target = 1.25,
-          .guard = Guard::kScripted},
-         [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
+  AddRow(
+      bundle,
+      {.name = "factory of four doubles, wrapped",
+       .limit = "frame + send of four + lookup + lock",
+       .target = 1.25,
+       .guard = Guard::kScripted},
+      [=, calls = bundle.Calls(),
+       message = SelectorOf(platform, "colorWithCalibratedRed:green:blue:alpha:")] {
+        Unlock(PrescribedFromFour(calls, colourClass, message, 0.1, 0.2, 0.3, 1.0));
+      },
+      [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
 }
 
 void AddFromSpace(Bundle& bundle, std::size_t count) {
@@ -91,11 +112,17 @@ void AddFromSpace(Bundle& bundle, std::size_t count) {
   const qvx::REALobject space = bundle.Function<qvx::REALobject()>("NSColorSpaceQVX", "sRGBColorSpace as")();
   const qvx::REALarray components = NewArrayOfDoubles(std::vector<double>(count, 0.5));
   auto* const make = bundle.Function<FromSpace>("NSColorQVX", "colorWithColorSpace(");
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = "colorWithColorSpace, " + std::to_string(count) + " components",
-                        .limit = "frame + new native colour",
-                        .guard = count == 4 ? Guard::kScripted : Guard::kNo},
-                       [=] { Unlock(make(space, components)); });
+  const Platform& platform = bundle.GetPlatform();
+  AddRow<Pooled::kYes>(
+      bundle,
+      {.name = "colorWithColorSpace, " + std::to_string(count) + " components",
+       .limit = "frame + new native colour",
+       .guard = count == 4 ? Guard::kScripted : Guard::kNo},
+      [=, calls = bundle.Calls(), colourClass = platform.objc_getClass("NSColor"), native = NativeOf(space),
+       selector = SelectorOf(platform, "colorWithColorSpace:components:count:")] {
+        Unlock(PrescribedFromSpace(calls, colourClass, selector, native, components));
+      },
+      [=] { Unlock(make(space, components)); });
 }
 
 }  // namespace

@@ -49,32 +49,42 @@ void AddGetterRows(Bundle& bundle) {
       bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB")(0.25, 0.5, 0.75, 1.0);
   AddLimits(bundle, NativeOf(self));
 
-  auto* const redComponent = bundle.Function<DoubleGetter>("NSColorQVX", "redComponent");
   const Platform& platform = bundle.GetPlatform();
-  AddRow(bundle, {.name = "prescribed path: double getter"},
-         [calls = CallsFor(platform), native = NativeOf(self),
-          selector = platform.sel_registerName("redComponent")] {
-           benchmark::DoNotOptimize(
-               PrescribedDouble(&calls, native, const_cast<void*>(static_cast<const void*>(selector))));
-         });
-  AddRow(bundle,
-         {.name = "double getter",
-          .limit = "frame + send",
-          .target = 1.10,
-          .path = "prescribed path: double getter",
-          .pathTarget = 1.10,
-          .guard = Guard::kBoth},
-         [=] { benchmark::DoNotOptimize(redComponent(self, 0)); });
+  const PrescribedCalls* const calls = bundle.Calls();
+  void* const native = NativeOf(self);
+  const auto selector = [&platform](const char* name) { return SelectorOf(platform, name); };
+
+  auto* const redComponent = bundle.Function<DoubleGetter>("NSColorQVX", "redComponent");
+  AddRow(
+      bundle,
+      {.name = "double getter",
+       .limit = "frame + send",
+       .target = 1.10,
+       .pathTarget = Row::kGetter,
+       .guard = Guard::kBoth},
+      [=, red = selector("redComponent")] { benchmark::DoNotOptimize(PrescribedDouble(calls, native, red)); },
+      [=] { benchmark::DoNotOptimize(redComponent(self, 0)); });
 
   auto* const numberOfComponents =
       bundle.Function<std::int32_t(qvx::REALobject, std::int32_t)>("NSColorQVX", "numberOfComponents");
-  AddRow(bundle, {.name = "integer getter", .limit = "frame + send", .guard = Guard::kBoth},
-         [=] { benchmark::DoNotOptimize(numberOfComponents(self, 0)); });
+  void* const count = selector("numberOfComponents");
+  AddRow(
+      bundle,
+      {.name = "integer getter", .limit = "frame + send", .pathTarget = Row::kGetter, .guard = Guard::kBoth},
+      [=] { benchmark::DoNotOptimize(PrescribedInteger(calls, native, count)); },
+      [=] { benchmark::DoNotOptimize(numberOfComponents(self, 0)); });
 
   auto* const colorValue =
       bundle.Function<qvx::REALcolor(qvx::REALobject, std::int32_t)>("NSColorQVX", "colorValue");
-  AddRow(bundle, {.name = "colour value", .limit = "frame + send by reference", .guard = Guard::kBoth},
-         [=] { benchmark::DoNotOptimize(colorValue(self, 0)); });
+  void* const getRed = selector("getRed:green:blue:alpha:");
+  AddRow(
+      bundle,
+      {.name = "colour value",
+       .limit = "frame + send by reference",
+       .pathTarget = Row::kGetter,
+       .guard = Guard::kBoth},
+      [=] { benchmark::DoNotOptimize(PrescribedColour(calls, native, getRed)); },
+      [=] { benchmark::DoNotOptimize(colorValue(self, 0)); });
 
   auto* const getRGB =
       bundle.Function<void(qvx::REALobject, double*, double*, double*)>("NSColorQVX", "getRGB");
@@ -83,14 +93,21 @@ void AddGetterRows(Bundle& bundle) {
       {.name = "three components by reference", .limit = "frame + send by reference", .guard = Guard::kBoth},
       [=] {
         double values[3];
+        PrescribedThree(calls, native, getRed, values, values + 1, values + 2);
+        benchmark::DoNotOptimize(values);
+      },
+      [=] {
+        double values[3];
         getRGB(self, values, values + 1, values + 2);
         benchmark::DoNotOptimize(values);
       });
 
   auto* const components = bundle.Function<qvx::REALarray(qvx::REALobject)>("NSColorQVX", "Components");
-  AddRow(bundle,
-         {.name = "array of components", .limit = "frame + send by reference", .guard = Guard::kScripted},
-         [=] { Unlock(components(self)); });
+  AddRow(
+      bundle,
+      {.name = "array of components", .limit = "frame + send by reference", .guard = Guard::kScripted},
+      [=, get = selector("getComponents:")] { Unlock(PrescribedComponents(calls, native, count, get)); },
+      [=] { Unlock(components(self)); });
 }
 
 }  // namespace bench

@@ -54,15 +54,31 @@ void AddListScaleRows(Bundle& bundle, long colours) {
       remove(list, key);
     };
   };
+  const Platform& platform = bundle.GetPlatform();
+  const PrescribedCalls* const calls = bundle.Calls();
+  void* const native = NativeOf(list);
+  const auto prescribedInsertAndRemove = [=, insertColor = SelectorOf(platform, "insertColor:key:atIndex:"),
+                                          removeColor = SelectorOf(platform, "removeColorWithKey:")](
+                                             qvx::REALobject colour, qvx::REALstring key, long place) {
+    return [=, nativeColour = NativeOf(colour)] {
+      PrescribedInsert(calls, native, insertColor, nativeColour, key, static_cast<std::uint32_t>(place));
+      PrescribedRemove(calls, native, removeColor, key);
+    };
+  };
   const qvx::REALstring middle = NewString("key " + std::to_string(colours / 2));
   const qvx::REALobject kept = look(list, middle);  // stays wrapped
   const qvx::REALstring key = NewString("another key");
-  AddRow<Pooled::kYes>(bundle, row("look-up in a list"), [=] { Unlock(look(list, middle)); });
-  AddRow<Pooled::kYes>(bundle, row("insert and remove at the end"), insertAndRemove(kept, key, colours));
+  AddRow<Pooled::kYes>(
+      bundle, row("look-up in a list"),
+      [=, selector = SelectorOf(platform, "colorWithKey:")] {
+        Unlock(PrescribedFromString(calls, native, selector, middle, "NSColorQVX"));
+      },
+      [=] { Unlock(look(list, middle)); });
+  AddRow<Pooled::kYes>(bundle, row("insert and remove at the end"),
+                       prescribedInsertAndRemove(kept, key, colours), insertAndRemove(kept, key, colours));
   if (bundle.GetPlatform().name == "scripted" || colours == 1) return;
 
   // Whatever stands behind the place has to move, twice.
-  const Platform& platform = bundle.GetPlatform();
   const id array =
       platform.Send<id>(platform.objc_getClass("NSMutableArray"), platform.sel_registerName("new"));
   const SEL insertObject = platform.sel_registerName("insertObject:atIndex:");
@@ -78,7 +94,8 @@ void AddListScaleRows(Bundle& bundle, long colours) {
   Row inTheMiddle = row("insert and remove in the middle");
   inTheMiddle.limit = colours == 100'000 ? bare.name : "";
   inTheMiddle.target = colours == 100'000 ? 1.15 : 0.0;
-  AddRow<Pooled::kYes>(bundle, inTheMiddle, insertAndRemove(kept, key, colours / 2));
+  AddRow<Pooled::kYes>(bundle, inTheMiddle, prescribedInsertAndRemove(kept, key, colours / 2),
+                       insertAndRemove(kept, key, colours / 2));
 }
 
 }  // namespace bench

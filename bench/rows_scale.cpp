@@ -21,52 +21,84 @@ struct Walk {
   std::vector<qvx::REALobject> wrappers;
   std::size_t next = 0;
 
-  qvx::REALobject Next() {
+  qvx::REALobject& Next() {
     if (next == wrappers.size()) next = 0;
     return wrappers[next++];
   }
 };
 
-std::shared_ptr<Walk> MakeLive(Bundle& bundle, long live) {
+// The two ways of making a colour: the bundle's and the prescribed one.
+struct Factories {
+  Factory* make;
+  const PrescribedCalls* calls;
+  void* colourClass;
+  void* selector;
+
+  explicit Factories(const Bundle& bundle)
+      : make(bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB")),
+        calls(bundle.Calls()),
+        colourClass(bundle.GetPlatform().objc_getClass("NSColor")),
+        selector(SelectorOf(bundle.GetPlatform(), "colorWithDeviceRed:green:blue:alpha:")) {}
+
+  qvx::REALobject Made() const { return make(0.1, 0.2, 0.3, 1.0); }
+  qvx::REALobject Prescribed() const {
+    return static_cast<qvx::REALobject>(PrescribedFromFour(calls, colourClass, selector, 0.1, 0.2, 0.3, 1.0));
+  }
+};
+
+// Half of the wrappers that live are the bundle's, half those of the prescribed path, because a wrapper is
+// destroyed as it was made.
+struct Live {
+  Walk made;
+  Walk prescribed;
+};
+
+std::shared_ptr<Live> MakeLive(Bundle& bundle, long count) {
   bundle.Activate();
   Pool pool(bundle.GetPlatform());
-  auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB");
-  auto walk = std::make_shared<Walk>();
-  for (long i = 0; i < live; ++i) {
-    walk->wrappers.push_back(make(0.5, 0.25, 0.125, 1.0));
+  const Factories factories(bundle);
+  auto live = std::make_shared<Live>();
+  for (long i = 0; i < count / 2; ++i) {
+    live->made.wrappers.push_back(factories.Made());
+    live->prescribed.wrappers.push_back(factories.Prescribed());
     pool.Turn();
   }
-  std::shuffle(walk->wrappers.begin(), walk->wrappers.end(), std::mt19937(1));
-  return walk;
+  for (Walk* const walk : {&live->made, &live->prescribed}) {
+    std::shuffle(walk->wrappers.begin(), walk->wrappers.end(), std::mt19937(1));
+  }
+  return live;
 }
 
-}  // namespace
+// A row with that many live wrappers. The rows of a thousand are the limits of those of more.
+Row ScaleRow(const char* what, long live) {
+  return {.name = Name(what, live),
+          .limit = live <= 1'000 ? "" : Name(what, 1'000),
+          .counted = live <= 1'000,
+          .series = what,
+          .size = live};
+}
 
-void AddScaleRows(Bundle& bundle, long live) {
+// With its own alpha a colour answers itself: a conversion of a colour that is wrapped already.
+void AddConversions(Bundle& bundle, long size, const std::shared_ptr<Live>& live) {
   const Platform& platform = bundle.GetPlatform();
-  const std::shared_ptr<Walk> walk = MakeLive(bundle, live);
-  auto* const make = bundle.Function<Factory>("NSColorQVX", "colorWithDeviceRGB");
-  // With its own alpha a colour answers itself: a conversion of a colour that is wrapped already.
+  const PrescribedCalls* const calls = bundle.Calls();
   auto* const convert =
       bundle.Function<qvx::REALobject(qvx::REALobject, double)>("NSColorQVX", "colorWithAlphaComponent");
+  const char* const name = "colorWithAlphaComponent:";
+  void* const message = SelectorOf(platform, name);
 
-  const bool counted = live <= 1'000;
-  const double target = live == 1'000'000 ? 2.0 : 0.0;
-  const auto limit = [live](const char* what) { return live <= 1'000 ? "" : Name(what, 1'000); };
-  AddRow(bundle,
-         {.name = Name("conversion of one colour", live),
-          .limit = limit("conversion of one colour"),
-          .target = target,
-          .counted = counted,
-          .series = "conversion of one colour",
-          .size = live},
-         [convert, one = make(0.5, 0.5, 0.5, 1.0)] { Unlock(convert(one, 1.0)); });
+  Row one = ScaleRow("conversion of one colour", size);
+  one.target = size == 1'000'000 ? 2.0 : 0.0;
+  const qvx::REALobject colour = Factories(bundle).Made();
+  AddRow(
+      bundle, one, [=] { Unlock(PrescribedFromOne(calls, NativeOf(colour), message, 1.0)); },
+      [=] { Unlock(convert(colour, 1.0)); });
 
-  const SEL selector = platform.sel_registerName("colorWithAlphaComponent:");
-  AddRow(bundle, {.name = Name("bare look-up of any colour", live), .counted = false},
-         [walk, &platform, selector, instances = bundle.Instances()] {
+  const SEL selector = platform.sel_registerName(name);
+  AddRow(bundle, {.name = Name("bare look-up of any colour", size), .counted = false},
+         [live, &platform, selector, instances = bundle.Instances()] {
            const void* found = nullptr;
-           const id native = NativeOf(walk->Next());
+           const id native = NativeOf(live->made.Next());
            auto body = [&] {
              found = platform.CFDictionaryGetValue(instances, platform.Send<id>(native, selector, 1.0F));
              Lock(const_cast<void*>(found));
@@ -74,35 +106,35 @@ void AddScaleRows(Bundle& bundle, long live) {
            benchmark::DoNotOptimize(InBareFrame(platform, body));
            Unlock(const_cast<void*>(found));
          });
-  AddRow(bundle,
-         {.name = Name("conversion of any colour", live),
-          .limit = Name("bare look-up of any colour", live),
-          .counted = false,
-          .series = "conversion of any colour",
-          .size = live},
-         [walk, convert] { Unlock(convert(walk->Next(), 1.0)); });
+  Row any = ScaleRow("conversion of any colour", size);
+  any.limit = Name("bare look-up of any colour", size);
+  any.counted = false;
+  AddRow(
+      bundle, any, [=] { Unlock(PrescribedFromOne(calls, NativeOf(live->made.Next()), message, 1.0)); },
+      [=] { Unlock(convert(live->made.Next(), 1.0)); });
+}
 
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = Name("colour made and freed", live),
-                        .limit = limit("colour made and freed"),
-                        .counted = false,
-                        .series = "colour made and freed",
-                        .size = live},
-                       [make] { Unlock(make(0.1, 0.2, 0.3, 1.0)); });
+}  // namespace
+
+void AddScaleRows(Bundle& bundle, long size) {
+  const std::shared_ptr<Live> live = MakeLive(bundle, size);
+  AddConversions(bundle, size, live);
+
+  const Factories factories(bundle);
+  AddRow<Pooled::kYes>(
+      bundle, ScaleRow("colour made and freed", size), [factories] { Unlock(factories.Prescribed()); },
+      [factories] { Unlock(factories.Made()); });
 
   // The oldest go and new ones come, so that as many live as before.
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = Name("any colour replaced", live),
-                        .limit = limit("any colour replaced"),
-                        .counted = false,
-                        .series = "any colour replaced",
-                        .size = live},
-                       [walk, make] {
-                         if (walk->next == walk->wrappers.size()) walk->next = 0;
-                         qvx::REALobject& wrapper = walk->wrappers[walk->next++];
-                         Unlock(wrapper);
-                         wrapper = make(0.1, 0.2, 0.3, 1.0);
-                       });
+  const auto replace = [](Walk& walk, auto make) {
+    qvx::REALobject& wrapper = walk.Next();
+    Unlock(wrapper);
+    wrapper = make();
+  };
+  AddRow<Pooled::kYes>(
+      bundle, ScaleRow("any colour replaced", size),
+      [=] { replace(live->prescribed, [&] { return factories.Prescribed(); }); },
+      [=] { replace(live->made, [&] { return factories.Made(); }); });
 }
 
 }  // namespace bench

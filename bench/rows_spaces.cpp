@@ -4,22 +4,39 @@
 namespace bench {
 
 void AddColourSpaceRows(Bundle& bundle) {
+  const Platform& platform = bundle.GetPlatform();
+  const PrescribedCalls* const calls = bundle.Calls();
   auto* const sRGB = bundle.Function<qvx::REALobject()>("NSColorSpaceQVX", "sRGBColorSpace as");
   const qvx::REALobject space = sRGB();  // stays wrapped
-  AddRow(bundle,
-         {.name = "predefined space, wrapped",
-          .limit = "frame + send + lookup + lock",
-          .guard = Guard::kScripted},
-         [=] { Unlock(sRGB()); });
+  AddRow(
+      bundle,
+      {.name = "predefined space, wrapped",
+       .limit = "frame + send + lookup + lock",
+       .guard = Guard::kScripted},
+      [=, selector = SelectorOf(platform, "sRGBColorSpace")] {
+        Unlock(PrescribedOfClass(calls, "NSColorSpace", selector, "NSColorSpaceQVX"));
+      },
+      [=] { Unlock(sRGB()); });
 
   auto* const model = bundle.Function<std::int32_t(qvx::REALobject)>("NSColorSpaceQVX", "colorSpaceModel");
-  AddRow(bundle, {.name = "model of a space", .limit = "frame + send", .guard = Guard::kBoth},
-         [=] { benchmark::DoNotOptimize(model(space)); });
+  AddRow(
+      bundle,
+      {.name = "model of a space",
+       .limit = "frame + send",
+       .pathTarget = Row::kGetter,
+       .guard = Guard::kBoth},
+      [=, native = NativeOf(space), selector = SelectorOf(platform, "colorSpaceModel")] {
+        benchmark::DoNotOptimize(PrescribedInteger(calls, native, selector));
+      },
+      [=] { benchmark::DoNotOptimize(model(space)); });
 
   auto* const name = bundle.Function<qvx::REALstring(qvx::REALobject)>("NSColorSpaceQVX", "localizedName");
   AddRow<Pooled::kYes>(
       bundle,
       {.name = "name of a space", .limit = "CFStringGetCString + build, 10 units", .guard = Guard::kScripted},
+      [=, native = NativeOf(space), selector = SelectorOf(platform, "localizedName")] {
+        Unlock(PrescribedString(calls, native, selector));
+      },
       [=] { Unlock(name(space)); });
 
   using Factory = qvx::REALobject(double, double, double, double);
@@ -30,6 +47,9 @@ void AddColourSpaceRows(Bundle& bundle) {
   AddRow<Pooled::kYes>(
       bundle,
       {.name = "space of a colour", .limit = "frame + send + lookup + lock", .guard = Guard::kScripted},
+      [=, native = NativeOf(colour), selector = SelectorOf(platform, "colorSpace")] {
+        Unlock(PrescribedWrapper(calls, native, selector, "NSColorSpaceQVX"));
+      },
       [=] { Unlock(colorSpace(colour)); });
 }
 

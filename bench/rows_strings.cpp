@@ -45,24 +45,20 @@ void AddOut(Bundle& bundle, std::size_t count) {
                                                                       "Create(name as string) ")(list, name);
   Unlock(name);
   auto* const getName = bundle.Function<qvx::REALstring(qvx::REALobject)>("NSColorListQVX", "name as string");
-  const Row path = {.name = "prescribed path: string result, " + Units(count), .counted = count <= 10'000};
-  const SEL selector = platform.sel_registerName("name");
-  AddRow(bundle, path,
-         [calls = CallsFor(platform), native = NativeOf(list),
-          selector = const_cast<void*>(static_cast<const void*>(selector))] {
-           Unlock(PrescribedString(&calls, native, selector));
-         });
-  AddRow(bundle,
-         {.name = "string result, " + Units(count),
-          .limit = "CFStringGetCString + build, " + Units(count),
-          .path = path.name,
-          .counted = count <= 10'000,
-          .guard = count < 100    ? Guard::kBoth
-                   : count == 100 ? Guard::kScripted
-                                  : Guard::kNo,
-          .series = "string result",
-          .size = static_cast<long>(count)},
-         [=] { Unlock(getName(list)); });
+  AddRow(
+      bundle,
+      {.name = "string result, " + Units(count),
+       .limit = "CFStringGetCString + build, " + Units(count),
+       .counted = count <= 10'000,
+       .guard = count < 100    ? Guard::kBoth
+                : count == 100 ? Guard::kScripted
+                               : Guard::kNo,
+       .series = "string result",
+       .size = static_cast<long>(count)},
+      [calls = bundle.Calls(), native = NativeOf(list), selector = SelectorOf(platform, "name")] {
+        Unlock(PrescribedString(calls, native, selector));
+      },
+      [=] { Unlock(getName(list)); });
 }
 
 // A name that is no colour space's, so that what is measured is its way in.
@@ -76,16 +72,19 @@ void AddIn(Bundle& bundle, std::size_t count) {
   auto* const find =
       bundle.Function<qvx::REALobject(qvx::REALstring)>("NSColorSpaceQVX", "colorSpaceForColorSpaceName");
   const qvx::REALstring name = NewString(text);
-  AddRow<Pooled::kYes>(bundle,
-                       {.name = "string argument, " + Units(count),
-                        .limit = "CFStringCreateWithCString, " + Units(count),
-                        .counted = count <= 10'000,
-                        .series = "string argument",
-                        .size = static_cast<long>(count)},
-                       [=] {
-                         const qvx::REALobject space = find(name);
-                         if (space != nullptr) Unlock(space);
-                       });
+  const char* const message = "colorSpaceForColorSpaceName:";
+  AddRow<Pooled::kYes>(
+      bundle,
+      {.name = "string argument, " + Units(count),
+       .limit = "CFStringCreateWithCString, " + Units(count),
+       .counted = count <= 10'000,
+       .series = "string argument",
+       .size = static_cast<long>(count)},
+      [=, calls = bundle.Calls(), selector = SelectorOf(platform, message),
+       spaces = platform.objc_getClass("NSColorSpace")] {
+        Unlock(PrescribedFromString(calls, spaces, selector, name, "NSColorSpaceQVX"));
+      },
+      [=] { Unlock(find(name)); });
 }
 
 }  // namespace
@@ -102,6 +101,10 @@ void AddStringRows(Bundle& bundle) {
   AddRow(
       bundle,
       {.name = "string getter", .limit = "CFStringGetCString + build, 10 units", .guard = Guard::kScripted},
+      [calls = bundle.Calls(), native = NativeOf(colour),
+       selector = SelectorOf(bundle.GetPlatform(), "colorSpaceName")] {
+        Unlock(PrescribedString(calls, native, selector));
+      },
       [=] { Unlock(spaceName(colour, 0)); });
 }
 

@@ -1,4 +1,4 @@
-# Installation and packages. Everything private goes below one folder, PREFIX/lib/qvxcolor:
+# Installation; tools/package packs what is installed. Everything private goes below one folder, PREFIX/lib/qvxcolor:
 #
 #   bin/hostrun                         finds what follows relative to itself
 #   lib/qvxcolor/QVXColor.so            the bundle
@@ -7,6 +7,7 @@
 #   lib/qvxcolor/usr/lib/*.so.*         the 32-bit libraries that they need, all but the C and C++ run-time
 #   lib/qvxcolor/usr/{lib,share}/GNUstep   what GNUstep reads at run-time; libcocoa.so looks for it beside GNUstep's libraries
 #   share/doc/qvxcolor                  documents, examples, licences
+#   share/man, share/bash-completion ...  the manual page, and what shells complete
 set(CMAKE_INSTALL_DOCDIR share/doc/qvxcolor CACHE PATH "documents, examples and licences")
 include(GNUInstallDirs)
 set(private_folder ${CMAKE_INSTALL_LIBDIR}/qvxcolor)
@@ -15,8 +16,6 @@ cmake_path(RELATIVE_PATH private_path BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_DOCDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE doc_from_bin)
 target_compile_definitions(hostrun_commands PRIVATE
   QVX_PRIVATE_FROM_BIN="${private_from_bin}" QVX_DOC_FROM_BIN="${doc_from_bin}")
-# Libraries of headers name their files in assertions.
-target_compile_options(hostrun_commands PRIVATE -fmacro-prefix-map=${QVX_SYSROOT}/usr/include/=)
 # The build's own run-time path is among the link options; the install script replaces it. CMake's way of doing so would
 # end the build's path with an empty entry, which stands for the current folder.
 set_target_properties(hostrun cocoa PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
@@ -45,25 +44,28 @@ file(READ LICENSE licence)
 file(READ NOTICE notice)
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/copyright CONTENT "@licence@\n@notice@" @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME changelog)
 
-set(CPACK_GENERATOR DEB TXZ)
-set(CPACK_PACKAGE_NAME qvxcolor)
-set(CPACK_PACKAGE_VENDOR "The QVXColor developers")
-set(CPACK_PACKAGE_CONTACT "The QVXColor developers <qvxcolor@localhost>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Colour classes for programs of the host language, with a host to run them")
-set(CPACK_PACKAGE_FILE_NAME qvxcolor-${PROJECT_VERSION}-linux-i386)
-set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_VERBATIM_VARIABLES ON)
-set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
-set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
-set(CPACK_DEBIAN_FILE_NAME qvxcolor_${PROJECT_VERSION}_amd64.deb)
-# 32-bit programs for amd64 machines, by the 32-bit run-time that Debian has for them.
-set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6-i386 (>= 2.36), lib32stdc++6 (>= 12), lib32gcc-s1 (>= 12)")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fontconfig-config, fonts-dejavu-core")
-set(CPACK_DEBIAN_PACKAGE_SECTION devel)
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-  "hostrun runs programs of the host language through the plugin bundle QVXColor.so,\n whose classes wrap the platform's colours, colour lists and colour spaces. libcocoa.so\n gives the bundle its platform. The 32-bit libraries it needs are included.")
-include(CPack)
+# compressed(SOURCE FILE): FILE, made of SOURCE, without a name or a time in it.
+function(compressed source file)
+  add_custom_command(OUTPUT ${file} DEPENDS ${source} COMMAND gzip -9nc ${source} > ${file} VERBATIM)
+endfunction()
+
+# The manual page, and what shells complete, as hostrun itself knows its options.
+set(manual_folder ${PROJECT_BINARY_DIR}/manual)
+file(MAKE_DIRECTORY ${manual_folder})
+set(manual_page ${manual_folder}/hostrun.1)
+add_custom_command(OUTPUT ${manual_page} DEPENDS hostrun COMMAND $<TARGET_FILE:hostrun> manual > ${manual_page} VERBATIM)
+compressed(${manual_page} ${manual_page}.gz)
+compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${manual_folder}/changelog.gz)
+set(completions)
+foreach(shell bash zsh fish)
+  add_custom_command(OUTPUT ${manual_folder}/hostrun.${shell} DEPENDS hostrun VERBATIM
+    COMMAND $<TARGET_FILE:hostrun> completion ${shell} > ${manual_folder}/hostrun.${shell})
+  list(APPEND completions ${manual_folder}/hostrun.${shell})
+endforeach()
+add_custom_target(manual ALL DEPENDS ${manual_page}.gz ${manual_folder}/changelog.gz ${completions})
+install(FILES ${manual_page}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${manual_folder}/changelog.gz DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${manual_folder}/hostrun.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME hostrun)
+install(FILES ${manual_folder}/hostrun.zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions RENAME _hostrun)
+install(FILES ${manual_folder}/hostrun.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)

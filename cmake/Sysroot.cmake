@@ -6,17 +6,24 @@ if(NOT EXISTS ${QVX_SYSROOT_LIB})
   message(FATAL_ERROR "wanted 32-bit libraries below ${QVX_SYSROOT}, found none; run tools/bootstrap first")
 endif()
 
+if(NOT QVX_COVERAGE)
+  add_compile_options(-ffile-prefix-map=${QVX_SYSROOT}=./build/sysroot)
+endif()
+
 # Headers of every library below; no library search path, so that the compiler's own libc is always the one taken.
 add_library(sysroot_headers INTERFACE)
 target_include_directories(sysroot_headers SYSTEM INTERFACE
   ${QVX_SYSROOT}/usr/include)
 
-# What a program or library needs to find the sysroot's libraries at run-time. DT_RPATH, not DT_RUNPATH: it must
-# hold for the libraries' own dependencies too.
+# What a program or library needs to find the sysroot's libraries at run-time, relative to itself: the same file wherever
+# the tree lies. DT_RPATH, not DT_RUNPATH: it must hold for the libraries' own dependencies too.
 add_library(sysroot_rpath INTERFACE)
-target_link_options(sysroot_rpath INTERFACE
-  -Wl,--disable-new-dtags
-  -Wl,-rpath,${QVX_SYSROOT_LIBS} -Wl,-rpath-link,${QVX_SYSROOT_LIBS})
+set(kind $<IF:$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>,RUNTIME,LIBRARY>)
+set(there $$ORIGIN/$<PATH:RELATIVE_PATH,${QVX_SYSROOT},$<TARGET_PROPERTY:${kind}_OUTPUT_DIRECTORY>>)
+target_link_options(sysroot_rpath INTERFACE -Wl,--disable-new-dtags -Wl,-rpath-link,${QVX_SYSROOT_LIBS})
+# As a library, which goes into the build as it stands: among the options CMake would let the shell expand $ORIGIN.
+target_link_libraries(sysroot_rpath INTERFACE
+  "-Wl,-rpath,'${there}/usr/lib/i386-linux-gnu:${there}/usr/lib:${there}/lib/i386-linux-gnu'")
 
 # sysroot_library(target file...): an imported library by its files below the sysroot.
 function(sysroot_library target)

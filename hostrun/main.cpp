@@ -7,12 +7,15 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/finish.h"
+#include "hostrun/commands/guides.h"
 #include "hostrun/commands/run.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/suggest.h"
@@ -26,17 +29,70 @@ struct Command {
   hostrun::Action (*prepare)(CLI::App& app);
 };
 
+hostrun::Action ManualCommand(CLI::App& app);
+hostrun::Action CompletionCommand(CLI::App& app);
+
 constexpr Command kCommands[] = {
     {"classes", "Shows the registered classes and their members.", &hostrun::ClassesCommand},
     {"check", "Checks a bundle: its file, its records, every function.", &hostrun::CheckCommand},
+    {"check-syntax", "Says what is wrong with programs, without running them.", &hostrun::CheckSyntaxCommand},
     {"trace", "Runs a program and shows each call as it crosses.", &hostrun::TraceCommand},
+    {"debug", "Runs a program statement by statement.", &hostrun::DebugCommand},
     {"repl", "Runs statements as they are typed and shows values.", &hostrun::ReplCommand},
     {"docs", "Writes the reference of the registered classes as one HTML page.", &hostrun::DocsCommand},
     {"swatches", "Draws colours in a picture.", &hostrun::SwatchesCommand},
+    {"completion", "Writes what a shell reads to complete hostrun's command line.", &CompletionCommand},
+    {"manual", "Writes the manual page, for man.", &ManualCommand},
 };
 constexpr Command kRun = {"", "Runs programs of the host language through a bundle.", &hostrun::RunCommand};
+constexpr const char* kVersion = "hostrun " QVX_VERSION;
+constexpr const char* kRunFooter =
+    "Example:\n  hostrun examples/first-colors.bas\n\n"
+    "Exit status: 0 fine, 1 an uncaught host exception (or with --leaks something still alive), 2 an "
+    "error of use\nor in the program; otherwise what Quit gives.";
 
-std::vector<std::string> OptionsOf(const CLI::App& app) {
+// Adds a command's options to `app` and gives its action.
+hostrun::Action Prepare(const Command& command, CLI::App& app) {
+  app.description(command.purpose);
+  return command.prepare(app);
+}
+
+std::vector<hostrun::Guide> Guides() {
+  std::vector<hostrun::Guide> guides;
+  const auto add = [&](const Command& command) {
+    auto app = std::make_unique<CLI::App>();
+    hostrun::Action action = Prepare(command, *app);
+    guides.push_back({command.name, command.purpose, std::move(app), std::move(action)});
+  };
+  add(kRun);
+  guides.front().app->set_version_flag("--version", kVersion);
+  guides.front().app->footer(kRunFooter);
+  for (const Command& command : kCommands) add(command);
+  return guides;
+}
+
+hostrun::Action ManualCommand(CLI::App& app) {
+  app.footer("Example:\n  hostrun manual | man -l -\n\nExit status: 0 written, 2 an error of use.");
+  return [] {
+    std::fputs(hostrun::ManualPage(Guides(), QVX_VERSION).c_str(), stdout);
+    return hostrun::kExitFine;
+  };
+}
+
+hostrun::Action CompletionCommand(CLI::App& app) {
+  const auto shell = std::make_shared<std::string>();
+  app.add_option("shell", *shell, "The shell that is to read it")
+      ->option_text("bash | zsh | fish")
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  app.footer("Example:\n  eval \"$(hostrun completion bash)\"\n\nExit status: 0 written, 2 an error of use.");
+  return [shell] {
+    std::fputs(hostrun::Completion(*shell, Guides()).c_str(), stdout);
+    return hostrun::kExitFine;
+  };
+}
+
+std::vector<std::string> NamesOf(const CLI::App& app) {
   std::vector<std::string> names;
   for (const CLI::Option* const option : app.get_options()) {
     for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
@@ -46,9 +102,8 @@ std::vector<std::string> OptionsOf(const CLI::App& app) {
 
 // Reads the command line, from the command's name on, and runs the command. Gives the exit status.
 int Start(const Command& command, CLI::App& app, const std::string& name, int argc, char** argv) {
-  app.description(command.purpose);
   app.name(name);
-  const hostrun::Action action = command.prepare(app);
+  const hostrun::Action action = Prepare(command, app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wish) {
@@ -60,7 +115,7 @@ int Start(const Command& command, CLI::App& app, const std::string& name, int ar
     const std::vector<std::string> unknown = app.remaining();
     if (unknown.empty()) throw;
     return hostrun::Refuse(name, "wanted no more arguments or an option that it has, found " +
-                                     unknown.front() + hostrun::DidYouMean(unknown.front(), OptionsOf(app)) +
+                                     unknown.front() + hostrun::DidYouMean(unknown.front(), NamesOf(app)) +
                                      "; " + name + " --help says more");
   } catch (const CLI::ParseError& error) {
     return hostrun::Refuse(name, std::string(error.what()) + "; " + name + " --help says more");
@@ -85,14 +140,10 @@ int Dispatch(int argc, char** argv) {
   }
   std::string footer = "Commands (hostrun help COMMAND says more):\n";
   for (const Command& command : kCommands) {
-    footer += "  " + hostrun::Padded(command.name, 10) + command.purpose + "\n";
+    footer += "  " + hostrun::Padded(command.name, 14) + command.purpose + "\n";
   }
-  app.footer(
-      footer +
-      "\nExample:\n  hostrun examples/first-colors.bas\n\n"
-      "Exit status: 0 fine, 1 an uncaught host exception (or with --leaks something still alive), 2 an "
-      "error of use\nor in the program; otherwise what Quit gives.");
-  app.set_version_flag("--version", "hostrun " QVX_VERSION);
+  app.footer(footer + "\n" + kRunFooter);
+  app.set_version_flag("--version", kVersion);
   return Start(kRun, app, "hostrun", argc, argv);
 }
 

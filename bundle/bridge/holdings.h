@@ -82,7 +82,9 @@ class Holdings {
   // Gives back what has been held since the list had `count` things. May throw what the host's services
   // throw; the rest is still held then.
   void GiveBackDownTo(unsigned count);
-  void GiveBackAll() { GiveBackDownTo(0); }
+  void GiveBackAll() {
+    if (count_ > 0) GiveBackDownTo(0);
+  }
   // The same while a C++ exception unwinds: that one goes on, others end here.
   void GiveBackWhileUnwinding() noexcept;
 

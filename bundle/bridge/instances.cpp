@@ -7,9 +7,6 @@
 
 namespace qvx {
 
-constinit CFMutableDictionaryRef instances = nullptr;
-constinit bool ExceptionsInitialized = false;
-
 namespace {
 
 template <FixedString Name, typename Signature>

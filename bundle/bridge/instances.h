@@ -13,10 +13,10 @@ inline constexpr std::size_t kClassDataOffset = 24;
 
 // The instance cache: native object to host object, without references. Owned by the sibling parts, null
 // without them; a null cache is not used.
-extern constinit CFMutableDictionaryRef instances;
+inline constinit CFMutableDictionaryRef instances = nullptr;
 
 // Whether the sibling part's exception bridging has been prepared.
-extern constinit bool ExceptionsInitialized;
+inline constinit bool ExceptionsInitialized = false;
 
 // Fetches the instance cache and prepares exception bridging, each once, as soon as a sibling part offers it.
 void FetchFromSiblings();

@@ -115,17 +115,17 @@ REALstring BuildUTF32OnOldHost(const char* data, std::int32_t length, Holdings& 
   return converted;
 }
 
-REALstring BuildString(const char* data, std::int32_t length, std::uint32_t encoding, Holdings& holdings) {
+[[gnu::always_inline]] inline REALstring BuildString(const char* data, std::int32_t length,
+                                                     std::uint32_t encoding, Holdings& holdings) {
   Held string(holdings, originalREALBuildString(data, length));
   if (!string) return nullptr;
   REALSetStringEncoding(string.Get(), encoding);
   return string.Detach();
 }
 
-REALstring BuildInEncoding(const char* data, std::int32_t length, std::uint32_t encoding,
-                           Holdings& holdings) {
-  if (encoding == kEncodingUTF8) [[likely]]
-    return BuildString(data, length, encoding, holdings);
+// Out of the way of every string in UTF-8, with its buffer on the stack.
+[[gnu::noinline, gnu::cold]] REALstring BuildInOtherEncoding(const char* data, std::int32_t length,
+                                                             std::uint32_t encoding, Holdings& holdings) {
   switch (encoding) {
     case kEncodingUTF16:
       return HostHasNewStrings() ? BuildWithEncodingAsUTF8(data, length, encoding, holdings)
@@ -163,6 +163,35 @@ void RaiseOutOfMemoryForString(Holdings& holdings) {
   mark.Release();
 }
 
+// A platform string of the bytes, where the host makes none of its own. Out of the way of every other string.
+[[gnu::noinline, gnu::cold]] id NewNSStringOfBytes(REALstring s, Holdings& holdings) {
+  std::uint32_t encoding = REALGetStringEncoding(s);
+  if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
+
+  HostDataScope scope(holdings);
+  if (HostHasNewStrings()) {
+    scope.ReadStringData(s);
+  } else {
+    scope.LockString(s);
+    // Old hosts hand out their own record as the handle.
+    const auto* const record = reinterpret_cast<const OldStringRecord*>(s);
+    if (record->buffer != nullptr) {
+      scope.bytes = record->buffer + 1;
+      scope.length = record->length;
+    }
+  }
+
+  const CFStringRef string =
+      encoding == kEncodingUTF16
+          ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
+                                         std::max(scope.length, 0) / 2)
+          : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
+  Held<CFTypeRef> held(holdings, string);
+  scope.Release();
+  held.Detach();
+  return Autoreleased(string, holdings);
+}
+
 }  // namespace
 
 template <>
@@ -172,13 +201,6 @@ void GiveBack(REALstringData record) {
   } else {
     std::free(record.data);
   }
-}
-
-id Autoreleased(CFTypeRef object, Holdings& holdings) {
-  Held held(holdings, object);
-  msg::autorelease(AsPlatformObject(object));
-  held.Detach();
-  return AsPlatformObject(object);
 }
 
 void HostDataScope::LockString(REALstring string) {
@@ -215,37 +237,10 @@ void HostDataScope::Release() {
 
 id NewNSString(REALstring s, Holdings& holdings) {
   if (s == nullptr) return nullptr;
-  if (HostHasNewStrings()) {
-    if (const void* copy = REALCopyStringCFString(s)) return Autoreleased(copy, holdings);
-  }
+  const void* copy = HostHasNewStrings() ? REALCopyStringCFString(s) : nullptr;
   // On new hosts this asks the same service a second time. Deliberate.
-  if (const void* copy = REALGetStringCFString(s, 0)) return Autoreleased(copy, holdings);
-
-  std::uint32_t encoding = REALGetStringEncoding(s);
-  if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
-
-  HostDataScope scope(holdings);
-  if (HostHasNewStrings()) {
-    scope.ReadStringData(s);
-  } else {
-    scope.LockString(s);
-    // Old hosts hand out their own record as the handle.
-    const auto* const record = reinterpret_cast<const OldStringRecord*>(s);
-    if (record->buffer != nullptr) {
-      scope.bytes = record->buffer + 1;
-      scope.length = record->length;
-    }
-  }
-
-  const CFStringRef string =
-      encoding == kEncodingUTF16
-          ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
-                                         std::max(scope.length, 0) / 2)
-          : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
-  Held<CFTypeRef> held(holdings, string);
-  scope.Release();
-  held.Detach();
-  return Autoreleased(string, holdings);
+  if (copy == nullptr) copy = REALGetStringCFString(s, 0);
+  return copy != nullptr ? Autoreleased(copy, holdings) : NewNSStringOfBytes(s, holdings);
 }
 
 REALstring NSStringRB(id s, Holdings& holdings) {
@@ -281,8 +276,10 @@ REALstring REALBuildUnicodeString(const void* data, std::int64_t byteLength, std
   if (data == nullptr || byteLength <= 0 || byteLength > kLargestBuffer) return nullptr;
   const unsigned heldBefore = holdings.Count();
   try {
-    return BuildInEncoding(static_cast<const char*>(data), static_cast<std::int32_t>(byteLength), encoding,
-                           holdings);
+    const auto* const bytes = static_cast<const char*>(data);
+    const auto length = static_cast<std::int32_t>(byteLength);
+    return encoding == kEncodingUTF8 ? BuildString(bytes, length, encoding, holdings)
+                                     : BuildInOtherEncoding(bytes, length, encoding, holdings);
   } catch (const std::bad_alloc&) {
     holdings.GiveBackDownTo(heldBefore);
     RaiseOutOfMemoryForString(holdings);

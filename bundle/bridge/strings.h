@@ -18,7 +18,12 @@ inline id AsPlatformObject(CFTypeRef object) {
 }
 
 // Hands the caller's reference to the autorelease pool and answers the object; nil is nil.
-id Autoreleased(CFTypeRef object, Holdings& holdings);
+[[gnu::always_inline]] inline id Autoreleased(CFTypeRef object, Holdings& holdings) {
+  Held held(holdings, object);
+  msg::autorelease(AsPlatformObject(object));
+  held.Detach();
+  return AsPlatformObject(object);
+}
 
 // What a conversion into a platform value has borrowed from the host, and the bytes it reads meanwhile.
 // Release gives back the string's lock, then the object's, then the string data; the holdings give back what

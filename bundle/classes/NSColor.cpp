@@ -3,7 +3,6 @@
 #include <xmmintrin.h>
 
 #include <algorithm>
-#include <initializer_list>
 
 #include "bundle/bridge/exceptions.h"
 #include "bundle/bridge/guard.h"
@@ -55,7 +54,7 @@ void SendGetRed(id color, RGBA& rgba) {
 
 // The colour's own RGB components or, if it has none, those it has in calibrated RGB; zeros if it can't be
 // converted. An NSException of the conversion is the caller's.
-RGBA RGBAOf(id color) {
+[[gnu::always_inline]] inline RGBA RGBAOf(id color) {
   RGBA rgba;
   const bool answered = Guarded<OnNSException::kDrop>([color, &rgba] {
     SendGetRed(color, rgba);
@@ -154,61 +153,66 @@ std::int32_t getCGColor(REALobject self) {
 
 // Guards every method that reads components by reference: the outputs are 0.0 before anything else, and are
 // written once `read` has filled as many values.
-void ReadComponents(REALobject self, std::initializer_list<double*> outputs,
-                    void (*read)(id color, CGFloat* values)) {
-  constexpr std::size_t kMostOutputs = 5;
-  for (double* const output : outputs) *output = 0.0;
-  Guarded([self, outputs, read] {
+template <typename Read, typename... Outputs>
+void ReadComponents(REALobject self, Read read, Outputs*... outputs) {
+  ((*outputs = 0.0), ...);
+  Guarded([=] {
     const id color = NativeOf(self);
     if (color == nullptr) return;
-    CGFloat values[kMostOutputs] = {};
+    CGFloat values[sizeof...(outputs)] = {};
     read(color, values);
     const CGFloat* value = values;
-    for (double* const output : outputs) *output = double{*value++};
+    ((*outputs = double{*value++}), ...);
   });
 }
 
 void getCyan(REALobject self, double* cyan, double* magenta, double* yellow, double* black) {
-  ReadComponents(self, {cyan, magenta, yellow, black}, [](id color, CGFloat* values) {
+  constexpr auto read = [](id color, CGFloat* values) {
     msg::getCyan(color, &values[0], &values[1], &values[2], &values[3], nullptr);
-  });
+  };
+  ReadComponents(self, read, cyan, magenta, yellow, black);
 }
 
 void getWhite(REALobject self, double* white) {
-  ReadComponents(self, {white}, [](id color, CGFloat* values) { msg::getWhite(color, &values[0], nullptr); });
+  constexpr auto read = [](id color, CGFloat* values) { msg::getWhite(color, &values[0], nullptr); };
+  ReadComponents(self, read, white);
 }
 
 void getHue(REALobject self, double* hue, double* saturation, double* brightness) {
-  ReadComponents(self, {hue, saturation, brightness}, [](id color, CGFloat* values) {
+  constexpr auto read = [](id color, CGFloat* values) {
     msg::getHue(color, &values[0], &values[1], &values[2], nullptr);
-  });
+  };
+  ReadComponents(self, read, hue, saturation, brightness);
 }
 
 void getRed(REALobject self, double* red, double* green, double* blue) {
-  ReadComponents(self, {red, green, blue}, [](id color, CGFloat* values) {
+  constexpr auto read = [](id color, CGFloat* values) {
     msg::getRed(color, &values[0], &values[1], &values[2], nullptr);
-  });
+  };
+  ReadComponents(self, read, red, green, blue);
 }
 
 void getCyanA(REALobject self, double* cyan, double* magenta, double* yellow, double* black, double* alpha) {
-  ReadComponents(self, {cyan, magenta, yellow, black, alpha}, [](id color, CGFloat* values) {
+  constexpr auto read = [](id color, CGFloat* values) {
     msg::getCyan(color, &values[0], &values[1], &values[2], &values[3], &values[4]);
-  });
+  };
+  ReadComponents(self, read, cyan, magenta, yellow, black, alpha);
 }
 
 void getWhiteA(REALobject self, double* white, double* alpha) {
-  ReadComponents(self, {white, alpha},
-                 [](id color, CGFloat* values) { msg::getWhite(color, &values[0], &values[1]); });
+  constexpr auto read = [](id color, CGFloat* values) { msg::getWhite(color, &values[0], &values[1]); };
+  ReadComponents(self, read, white, alpha);
 }
 
 void getRedA(REALobject self, double* red, double* green, double* blue, double* alpha) {
-  ReadComponents(self, {red, green, blue, alpha}, [](id color, CGFloat* values) {
+  constexpr auto read = [](id color, CGFloat* values) {
     const RGBA rgba = RGBAOf(color);
     values[0] = rgba.red;
     values[1] = rgba.green;
     values[2] = rgba.blue;
     values[3] = rgba.alpha;
-  });
+  };
+  ReadComponents(self, read, red, green, blue, alpha);
 }
 
 // Deliberate: this "getHSV" answers red, green, blue and alpha.

@@ -3,9 +3,6 @@
 
 namespace qvx {
 
-constinit REALresolver gResolver = nullptr;
-constinit double rbversion = 0.0;
-
 void* AskResolver(const char* name) {
   return gResolver != nullptr ? gResolver(name) : nullptr;
 }

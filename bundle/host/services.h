@@ -12,10 +12,10 @@ namespace qvx {
 using REALresolver = void* (*)(const char* name);
 
 // The host's resolver, kept for the life of the process. Written once by REALPluginMain.
-extern constinit REALresolver gResolver;
+inline constinit REALresolver gResolver = nullptr;
 
 // The host's version, e.g. 2013.04; 0.0 while unknown. Written once by REALPluginMain.
-extern constinit double rbversion;
+inline constinit double rbversion = 0.0;
 
 // What the resolver knows under `name`, or null.
 void* AskResolver(const char* name);

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <sstream>
 
@@ -52,24 +53,20 @@ std::string Suggest(const std::string& wanted, const std::vector<std::string>& n
   return text + (names.size() > kMost ? ", ..." : "");
 }
 
+// Those that programs call by name.
 std::vector<std::string> MemberNames(const Class& cls) {
-  std::vector<std::string> names;
-  for (const Property& property : cls.properties) names.push_back(property.name);
-  for (const auto* methods : {&cls.methods, &cls.sharedMethods}) {
-    for (const Method& method : *methods) {
-      if (std::find(names.begin(), names.end(), method.signature.name) == names.end()) {
-        names.push_back(method.signature.name);
-      }
-    }
-  }
-  for (const Constant& constant : cls.constants) names.push_back(constant.name);
+  std::vector<std::string> names = OwnMemberNamesOf(cls, false);
+  std::ranges::copy(OwnMemberNamesOf(cls, true), std::back_inserter(names));
   return names;
 }
 
 bool HasMember(const Class& cls, const std::string& wanted) {
-  const std::vector<std::string> members = MemberNames(cls);
-  return std::any_of(members.begin(), members.end(),
-                     [&](const std::string& name) { return SameName(name, wanted); });
+  const auto isMeant = [&](const std::string& name) { return SameName(name, wanted); };
+  const auto method = [](const Method& each) { return each.signature.name; };
+  return std::ranges::any_of(cls.properties, isMeant, &Property::name) ||
+         std::ranges::any_of(cls.methods, isMeant, method) ||
+         std::ranges::any_of(cls.sharedMethods, isMeant, method) ||
+         std::ranges::any_of(cls.constants, isMeant, &Constant::name);
 }
 
 // Throws std::runtime_error for a class or member that does not exist.

@@ -14,7 +14,9 @@ using Action = std::function<int()>;
 // Each adds a command's options to `app` and gives its action, to be called once, after `app` has read the
 // command line and while it still lives.
 Action CheckCommand(CLI::App& app);
+Action CheckSyntaxCommand(CLI::App& app);
 Action ClassesCommand(CLI::App& app);
+Action DebugCommand(CLI::App& app);
 Action DocsCommand(CLI::App& app);
 Action ReplCommand(CLI::App& app);
 Action RunCommand(CLI::App& app);

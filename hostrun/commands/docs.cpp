@@ -35,7 +35,7 @@ int Write(const DocsOptions& options) {
     if (const Class* const cls = ClassOf(text)) count += MembersOf(*cls).size();
   }
   const std::string subtitle =
-      "Every member of the bundle's classes and of the host's that they need, from the registered records: " +
+      "Every member of the bundle's classes and of the host's, from the registered records: " +
       std::to_string(count) + " members. Registered on host version " +
       NumberText(TheHostIdentity().version, 7) + ", layout " + std::to_string(AnnouncedLayout()) + ".";
   WriteFile(options.out, ReferencePage(texts, PredefinedColours(), subtitle));

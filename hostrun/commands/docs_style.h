@@ -83,12 +83,15 @@ summary { cursor: pointer; font-size: 1rem; padding: 0.4rem 0; }
 @media (min-width: 52.01rem) { summary { display: none; } }
 @media (max-width: 52rem) {
   html { scroll-padding-top: 9rem; }
+  header { display: flex; flex-wrap: wrap; align-items: center; gap: 0.4rem 0.8rem; padding: 0.6rem 1rem; }
+  header h1 { width: 100%; }
   header p { display: none; }
+  input { flex: 1 1 20rem; max-width: 32rem; }
   body { grid-template-columns: minmax(0, 1fr); grid-template-rows: auto auto 1fr; }
   nav { position: static; max-height: none; padding: 0.5rem 1rem; border-bottom: 1px solid var(--edge); }
   nav li a { padding: 0.3rem 0; }
   main { padding: 0 1rem 3rem; border-left: 0; }
-  output { display: block; margin: 0.3rem 0 0; }
+  output { margin: 0; }
 }
 @media (max-height: 36rem) {
   html { scroll-padding-top: 1rem; }
@@ -99,7 +102,8 @@ summary { cursor: pointer; font-size: 1rem; padding: 0.4rem 0; }
     --paper: #ffffff; --panel: #ffffff; --edge: #bbbbbb; --ink: #000000; --soft: #444444; --link: #000000;
     --code: #f2f2f2; --note: #ffffff; --note-edge: #888888;
   }
-  body { display: block; font-size: 10pt; }
+  html, body { font-size: 10pt; }
+  body { display: block; }
   header { position: static; padding: 0 0 0.5rem; }
   nav, input, output, .skip { display: none; }
   main { max-width: none; padding: 0; border: 0; }

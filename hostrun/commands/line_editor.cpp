@@ -106,22 +106,27 @@ int NextCharacter(std::FILE* in) {
   }
 }
 
+bool firstWord = false;
+
 // The candidates, one per call; the library frees what it is given.
 char* NextCandidate(const char* beginning, int state) {
   static std::vector<std::string> candidates;
   static std::size_t next = 0;
   if (state == 0) {
-    candidates = Completer()(beginning);
+    candidates = Completer()(beginning, firstWord);
     next = 0;
   }
   return next < candidates.size() ? strdup(candidates[next++].c_str()) : nullptr;
 }
 
-char** CompleteWord(const char* beginning, int, int) {
+char** CompleteWord(const char* beginning, int start, int) {
+  firstWord = start == 0;
   rl_attempted_completion_over = 1;  // never file names
   rl_completion_append_character = 0;
   return rl_completion_matches(beginning, &NextCandidate);
 }
+
+std::string historyName;
 
 // Empty: nowhere to keep it.
 std::string HistoryFile() {
@@ -137,7 +142,7 @@ std::string HistoryFile() {
   }
   std::error_code error;
   std::filesystem::create_directories(folder / "hostrun", error);
-  return error ? std::string() : (folder / "hostrun" / "history").native();
+  return error ? std::string() : (folder / "hostrun" / historyName).native();
 }
 
 // A file that has grown to twice what is kept is written anew, beside and renamed.
@@ -152,8 +157,9 @@ void ShortenHistory(const std::string& file) {
 
 }  // namespace
 
-LineEditor::LineEditor(Complete complete) {
+LineEditor::LineEditor(const std::string& history, Complete complete) {
   static char breaks[] = " \t\n\"(),=+-*/\\<>&:^";
+  historyName = history;
   Completer() = std::move(complete);
   // The library looks at the locale and at this function once, when it is first used.
   // Letters are what the user's locale says they are, or else UTF-8.

@@ -29,8 +29,8 @@ class InterruptHandler {
 // to its file at once: sessions side by side keep each other's lines.
 class LineEditor {
  public:
-  // Every word that a beginning could be completed to.
-  using Complete = std::function<std::vector<std::string>(const std::string& beginning)>;
+  // Every word that a beginning could be completed to; `first`: it begins the line.
+  using Complete = std::function<std::vector<std::string>(const std::string& beginning, bool first)>;
 
   enum class End : std::uint8_t { Line, Cancelled, EndOfInput };
   struct Input {
@@ -39,7 +39,8 @@ class LineEditor {
     bool pasted = false;  // it came in the middle of a paste
   };
 
-  explicit LineEditor(Complete complete);
+  // `history` is the name of the file that the history is kept in.
+  LineEditor(const std::string& history, Complete complete);
   LineEditor(const LineEditor&) = delete;
   LineEditor& operator=(const LineEditor&) = delete;
 

@@ -65,9 +65,14 @@ struct EncodedType {
   std::size_t offset = 0;
 };
 
+// "const", "in", "out" and the like, before a type or before what a pointer points at.
+bool IsQualifier(char code) {
+  return code != 0 && std::strchr("rnNoORV", code) != nullptr;
+}
+
 // Takes a type with its place from the front of `encoding`.
 EncodedType TakeType(const char*& encoding) {
-  while (*encoding != 0 && std::strchr("rnNoORV", *encoding) != nullptr) ++encoding;
+  while (IsQualifier(*encoding)) ++encoding;
   EncodedType type;
   type.kind = *encoding;
   int depth = 0;
@@ -75,7 +80,8 @@ EncodedType TakeType(const char*& encoding) {
     if (*encoding == '{' || *encoding == '(' || *encoding == '[') ++depth;
     if (*encoding == '}' || *encoding == ')' || *encoding == ']') --depth;
     if (*encoding != 0) ++encoding;
-  } while (*encoding != 0 && (depth > 0 || encoding[-1] == '^' || *encoding == '?'));
+  } while (*encoding != 0 &&
+           (depth > 0 || encoding[-1] == '^' || IsQualifier(encoding[-1]) || *encoding == '?'));
   if (*encoding == '+') ++encoding;  // of a register
   while (std::isdigit(static_cast<unsigned char>(*encoding)) != 0) {
     type.offset = type.offset * 10 + static_cast<std::size_t>(*encoding++ - '0');
@@ -97,9 +103,10 @@ std::string ArgumentText(const std::uint32_t* words, const EncodedType& type) {
     case 'd':
       return NumberText(Read<double>(words, type.offset), 15);
     case 'c':
+      return std::to_string(Read<std::int8_t>(words, type.offset));
     case 'C':
     case 'B':
-      return std::to_string(Read<std::int8_t>(words, type.offset));
+      return std::to_string(Read<std::uint8_t>(words, type.offset));
     case 's':
       return std::to_string(Read<std::int16_t>(words, type.offset));
     case 'S':

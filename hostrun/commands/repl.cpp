@@ -1,23 +1,20 @@
 // hostrun/commands/repl.cpp - "hostrun repl": runs statements as they are typed and shows values.
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <iostream>
 #include <memory>
-#include <set>
+#include <optional>
 
 #include "hostrun/commands/commands.h"
+#include "hostrun/commands/completion.h"
 #include "hostrun/commands/line_editor.h"
 #include "hostrun/commands/repl_commands.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/platform_library.h"
-#include "hostrun/host/registry.h"
 #include "hostrun/host/show.h"
-#include "hostrun/host/suggest.h"
-#include "hostrun/host/text.h"
+#include "hostrun/host/standard_input.h"
 #include "hostrun/language/code.h"
 #include "hostrun/language/program.h"
 #include "hostrun/language/session.h"
@@ -27,43 +24,6 @@ namespace {
 
 constexpr const char* kCommand = "hostrun repl";
 constexpr const char* kMorePrompt = "... ";
-
-// --- completion
-
-constexpr std::string_view kKeywords[] = {
-    "And",  "As",    "ByRef",  "Case",  "Catch", "Const",  "Continue", "Dim",     "Do",   "DownTo",
-    "Each", "Else",  "ElseIf", "End",   "Enum",  "Exit",   "False",    "Finally", "For",  "Function",
-    "If",   "In",    "Is",     "IsA",   "Loop",  "Mod",    "New",      "Next",    "Nil",  "Not",
-    "Or",   "Print", "Quit",   "Raise", "ReDim", "Return", "Select",   "Static",  "Step", "Sub",
-    "Then", "To",    "True",   "Try",   "Until", "Var",    "Wend",     "While",   "Xor"};
-
-void AddMembers(std::set<std::string>& names, const Class& cls, bool shared) {
-  for (const std::string& name : MemberNamesOf(cls, shared)) names.insert(name);
-}
-
-// Whole words, with what stands before a dot, in alphabetical order.
-std::vector<std::string> Complete(const Binder& binder, const std::string& beginning) {
-  std::set<std::string> names;
-  const std::size_t dot = beginning.rfind('.');
-  const std::string owner = dot == std::string::npos ? "" : beginning.substr(0, dot);
-  if (dot == std::string::npos) {
-    names.insert(std::begin(kKeywords), std::end(kKeywords));
-    for (const std::string& name : ClassNames()) names.insert(name);
-    for (const Method& function : TheRegistry().functions()) names.insert(function.signature.name);
-    for (const std::string& name : binder.Names()) names.insert(name);
-  } else if (const Type* const type = binder.TypeOfName(owner); type != nullptr) {
-    if (type->kind == Kind::Object) AddMembers(names, *type->cls, false);
-  } else if (const Class* const cls = TheRegistry().FindClass(owner); cls != nullptr) {
-    AddMembers(names, *cls, true);
-  }
-  const std::string prefix = dot == std::string::npos ? "" : owner + ".";
-  std::vector<std::string> found;
-  for (const std::string& name : names) {
-    const std::string whole = prefix + name;
-    if (SameName(whole.substr(0, beginning.size()), beginning)) found.push_back(whole);
-  }
-  return found;
-}
 
 // --- input
 
@@ -116,7 +76,10 @@ void AskToInterrupt(int) {
 
 int ReadTerminal(Loop& loop) {
   const InterruptHandler guard(&AskToInterrupt);
-  LineEditor editor([&loop](const std::string& beginning) { return Complete(loop.binder(), beginning); });
+  SetInputInterrupted(&EndIfInterrupted);
+  LineEditor editor("history", [&loop](const std::string& beginning, bool) {
+    return CompleteWord(loop.binder(), beginning);
+  });
   std::printf("hostrun on a host of version %g. Tab completes, :help explains, Ctrl-D ends.\n",
               TheHostIdentity().version);
   for (;;) {
@@ -136,8 +99,8 @@ int ReadTerminal(Loop& loop) {
 }
 
 int ReadPipe(Loop& loop) {
-  for (std::string line; std::getline(std::cin, line);) {
-    if (!loop.Take(line, true)) return loop.status();
+  while (const std::optional<std::string> line = ReadInputLine()) {
+    if (!loop.Take(*line, true)) return loop.status();
   }
   loop.Finish();
   return loop.status();

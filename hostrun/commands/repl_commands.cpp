@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hostrun/commands/docs_text.h"
+#include "hostrun/host/registry.h"
 #include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
 
@@ -55,22 +56,32 @@ void ShowClass(const ClassText& cls) {
   }
 }
 
-void ShowMember(const ClassText& cls, const std::string& wanted) {
-  std::vector<std::string> names;
+// False: the class has no such member of its own.
+bool ShowMember(const ClassText& cls, const std::string& wanted) {
   bool shown = false;
   for (const GroupText& group : cls.groups) {
     for (const MemberText& member : group.members) {
-      names.push_back(NameOf(member));
-      if (!SameName(names.back(), wanted)) continue;
+      if (!SameName(NameOf(member), wanted)) continue;
       shown = true;
       std::printf("%s.%s\n", cls.name.c_str(), member.declaration.c_str());
       Show(member.said);
     }
   }
-  if (!shown) {
-    Refuse(":doc: wanted a member of " + cls.name + ", found " + wanted + ", which it does not have" +
-           DidYouMean(wanted, names));
-  }
+  return shown;
+}
+
+// Of the class itself and those it descends from, as far as the reference knows them.
+std::vector<const ClassText*> TextsOf(const std::vector<ClassText>& classes, const std::string& name) {
+  std::vector<const ClassText*> texts;
+  const auto add = [&](const std::string& wanted) {
+    for (const ClassText& cls : classes) {
+      if (SameName(cls.name, wanted)) texts.push_back(&cls);
+    }
+  };
+  add(name);
+  const Class* const cls = TheRegistry().FindClass(name);
+  for (const Class* at = cls == nullptr ? nullptr : cls->super; at != nullptr; at = at->super) add(at->name);
+  return texts;
 }
 
 void Doc(const std::string& wanted) {
@@ -78,13 +89,24 @@ void Doc(const std::string& wanted) {
   const std::vector<ClassText> classes = ReadDescriptions(FindDescriptions());
   const std::size_t dot = wanted.find('.');
   const std::string name = wanted.substr(0, dot);
-  std::vector<std::string> names;
-  for (const ClassText& cls : classes) {
-    names.push_back(cls.name);
-    if (!SameName(cls.name, name)) continue;
-    return dot == std::string::npos ? ShowClass(cls) : ShowMember(cls, wanted.substr(dot + 1));
+  const std::vector<const ClassText*> texts = TextsOf(classes, name);
+  if (texts.empty()) {
+    return Refuse(":doc: wanted a class of the reference, found " + name + DidYouMean(name, ClassNames()));
   }
-  Refuse(":doc: wanted a class of the reference, found " + name + DidYouMean(name, names));
+  if (dot == std::string::npos) {
+    if (!SameName(texts.front()->name, name)) std::printf("%s descends from\n", name.c_str());
+    return ShowClass(*texts.front());
+  }
+  const std::string member = wanted.substr(dot + 1);
+  std::vector<std::string> names;
+  for (const ClassText* const cls : texts) {
+    if (ShowMember(*cls, member)) return;
+    for (const GroupText& group : cls->groups) {
+      for (const MemberText& one : group.members) names.push_back(NameOf(one));
+    }
+  }
+  Refuse(":doc: wanted a member of " + texts.front()->name + ", found " + member +
+         ", which it does not have" + DidYouMean(member, names));
 }
 
 }  // namespace

@@ -15,15 +15,13 @@
 namespace hostrun {
 namespace {
 
-int RunSource(const Source& source) {
+int RunSource(const RunOptions& options, const Source& source) {
   try {
-    return RunProgram(Compile(source), source);
+    return options.execute ? options.execute(source) : RunProgram(Compile(source), source);
   } catch (const ProgramErrors& errors) {
     return Refuse(source.Describe(errors));
   }
 }
-
-constexpr const char* kStandardInput = "-";
 
 Source SourceOf(const RunOptions& options) {
   if (options.statements.empty()) {
@@ -87,7 +85,7 @@ int Run(const RunOptions& options) {
     int status = kExitFine;
     {
       const PoolScope pool;
-      status = RunSource(source);
+      status = RunSource(options, source);
       TurnRunLoop();
     }
     const LiveCounts live = CountLive();

@@ -9,8 +9,12 @@
 
 #include "hostrun/host/host.h"
 #include "hostrun/host/problem.h"
+#include "hostrun/language/source.h"
 
 namespace hostrun {
+
+// Where a program is named: it comes from standard input.
+inline constexpr const char* kStandardInput = "-";
 
 struct RunOptions {
   HostOptions host;
@@ -18,6 +22,8 @@ struct RunOptions {
   std::vector<std::string> statements;  // instead of a program
   std::string program;                  // with statements: the first argument
   std::vector<std::string> arguments;
+  // Where set, runs the program, and gives its exit status; may throw ProgramErrors.
+  std::function<int(const Source& source)> execute;
   std::function<Problem()> started;  // where set, called once the bundle has registered; may refuse the run
 };
 

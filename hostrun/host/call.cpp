@@ -35,7 +35,7 @@ template <class F>
 auto Cross(const std::string& name, F call) {
   ++bundleCalls;
   try {
-    const PoolScope pool;
+    const CallPoolScope pool;
     return call();
   } catch (const HostException&) {
     throw;

@@ -23,6 +23,11 @@ std::function<void(std::vector<TraceLine>&)>& TraceSource() {
   return source;
 }
 
+std::function<void(Object*)>& RaiseObserver() {
+  static std::function<void(Object*)> observer;
+  return observer;
+}
+
 ExceptionData& Data(Object* exception) {
   return PayloadOf<ExceptionData>(exception);
 }
@@ -105,6 +110,7 @@ void ThrowException(ObjectRef exception) {
   std::vector<TraceLine>& trace = Data(exception.get()).trace;
   if (trace.empty() && TraceSource()) TraceSource()(trace);
   Data(exception.get()).platformLog += TakePlatformLog();
+  if (RaiseObserver()) RaiseObserver()(exception.get());
   throw HostException(std::move(exception));
 }
 
@@ -119,6 +125,10 @@ void ThrowPendingException() {
 
 void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source) {
   TraceSource() = std::move(source);
+}
+
+void SetRaiseObserver(std::function<void(Object*)> observer) {
+  RaiseObserver() = std::move(observer);
 }
 
 void WritePlatformLogOf(Object* exception) {

@@ -55,6 +55,10 @@ void ThrowPendingException();
 // Fills the trace of an exception that is thrown for the first time.
 void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source);
 
+// `observer` is called with each exception just before it is thrown, where it is raised. Empty: nothing is
+// called.
+void SetRaiseObserver(std::function<void(Object*)> observer);
+
 // Writes to stderr what the platform logged of it: nobody caught it.
 void WritePlatformLogOf(Object* exception);
 

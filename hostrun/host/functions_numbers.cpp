@@ -22,9 +22,6 @@ std::vector<std::string>& ProgramArguments() {
 std::int64_t AbsInteger(std::int64_t n) {
   return n < 0 ? static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(n)) : n;
 }
-double AbsDouble(double x) {
-  return std::fabs(x);
-}
 
 template <class Better>
 double Best(double first, Object* more, Better better) {
@@ -47,45 +44,6 @@ std::int64_t MaxInteger(std::int64_t a, std::int64_t b) {
   return std::max(a, b);
 }
 
-double Round(double x) {
-  return std::round(x);
-}  // halves away from zero
-double Floor(double x) {
-  return std::floor(x);
-}
-double Ceil(double x) {
-  return std::ceil(x);
-}
-double Truncate(double x) {
-  return std::trunc(x);
-}
-double Sqrt(double x) {
-  return std::sqrt(x);
-}
-double Pow(double x, double y) {
-  return std::pow(x, y);
-}
-double Exp(double x) {
-  return std::exp(x);
-}
-double Log(double x) {
-  return std::log(x);
-}
-double Sin(double x) {
-  return std::sin(x);
-}
-double Cos(double x) {
-  return std::cos(x);
-}
-double Tan(double x) {
-  return std::tan(x);
-}
-double ATan(double x) {
-  return std::atan(x);
-}
-double ATan2(double y, double x) {
-  return std::atan2(y, x);
-}
 std::int32_t Sign(double x) {
   return x > 0 ? 1 : x < 0 ? -1 : 0;
 }
@@ -155,27 +113,28 @@ void SetProgramArguments(std::vector<std::string> arguments) {
 
 void RegisterNumberFunctions() {
   const auto add = [](const char* declaration, auto function) {
-    TheRegistry().AddFunction(declaration, Proc(function));
+    TheRegistry().AddFunction(declaration, Proc(+function));
   };
   add("Abs(n as int64) as int64", &AbsInteger);
-  add("Abs(x as double) as double", &AbsDouble);
+  add("Abs(x as double) as double", [](double x) { return std::fabs(x); });
   add("Min(a as int64, b as int64) as int64", &MinInteger);
   add("Min(first as double, paramarray more as double) as double", &Min);
   add("Max(a as int64, b as int64) as int64", &MaxInteger);
   add("Max(first as double, paramarray more as double) as double", &Max);
-  add("Round(x as double) as double", &Round);
-  add("Floor(x as double) as double", &Floor);
-  add("Ceil(x as double) as double", &Ceil);
-  add("Truncate(x as double) as double", &Truncate);
-  add("Sqrt(x as double) as double", &Sqrt);
-  add("Pow(x as double, y as double) as double", &Pow);
-  add("Exp(x as double) as double", &Exp);
-  add("Log(x as double) as double", &Log);
-  add("Sin(x as double) as double", &Sin);
-  add("Cos(x as double) as double", &Cos);
-  add("Tan(x as double) as double", &Tan);
-  add("ATan(x as double) as double", &ATan);
-  add("ATan2(y as double, x as double) as double", &ATan2);
+  // Halves away from zero.
+  add("Round(x as double) as double", [](double x) { return std::round(x); });
+  add("Floor(x as double) as double", [](double x) { return std::floor(x); });
+  add("Ceil(x as double) as double", [](double x) { return std::ceil(x); });
+  add("Truncate(x as double) as double", [](double x) { return std::trunc(x); });
+  add("Sqrt(x as double) as double", [](double x) { return std::sqrt(x); });
+  add("Pow(x as double, y as double) as double", [](double x, double y) { return std::pow(x, y); });
+  add("Exp(x as double) as double", [](double x) { return std::exp(x); });
+  add("Log(x as double) as double", [](double x) { return std::log(x); });
+  add("Sin(x as double) as double", [](double x) { return std::sin(x); });
+  add("Cos(x as double) as double", [](double x) { return std::cos(x); });
+  add("Tan(x as double) as double", [](double x) { return std::tan(x); });
+  add("ATan(x as double) as double", [](double x) { return std::atan(x); });
+  add("ATan2(y as double, x as double) as double", [](double y, double x) { return std::atan2(y, x); });
   add("Sign(x as double) as integer", &Sign);
   add("CLong(x as double) as integer", &CLong);
   add("CInt64(x as double) as int64", &CInt64);

@@ -2,7 +2,8 @@
 // payload.
 #include "hostrun/host/objects.h"
 
-#include <cstdlib>
+#include <cstring>
+#include <new>
 #include <vector>
 
 #include "hostrun/host/call.h"
@@ -42,14 +43,15 @@ void Destroy(Object* object) {
   (object->previous == nullptr ? firstLive : object->previous->next) = object->next;
   if (object->next != nullptr) object->next->previous = object->previous;
   object->mark = 0;
-  std::free(object);
+  ::operator delete(object);
 }
 
 }  // namespace
 
 Object* NewObject(Class& cls) {
-  void* const memory = std::calloc(1, cls.payloadOffset + cls.payload.size);
-  if (memory == nullptr) throw std::bad_alloc();
+  const std::size_t size = cls.payloadOffset + cls.payload.size;
+  void* const memory = ::operator new(size);  // calloc passes glibc's cache of small blocks by
+  std::memset(memory, 0, size);
   auto* const object = static_cast<Object*>(memory);
   object->cls = &cls;
   object->references = 1;

@@ -5,10 +5,16 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <utility>
+
 namespace hostrun {
 namespace {
 
 Platform platform;
+
+constinit void* callPool =
+    nullptr;  // pushed inside of the innermost PoolScope, once that one calls the bundle
+constinit int callsUnderWay = 0;
 
 std::int32_t (*makeReference)(const std::uint8_t*, ::FSRef*, unsigned char*) = nullptr;
 void* (*createDictionary)(const void*, long, const void*, const void*) = nullptr;
@@ -17,6 +23,14 @@ const void* defaultMode = nullptr;
 
 bool MakeFileReference(const char* path, ::FSRef* reference) {
   return makeReference(reinterpret_cast<const std::uint8_t*>(path), reference, nullptr) == 0;
+}
+
+void* PushPool() {
+  return platform.pushPool == nullptr ? nullptr : platform.pushPool();
+}
+
+void PopPool(void* pool) {
+  if (platform.popPool != nullptr) platform.popPool(pool);
 }
 
 void* NewPointerDictionary() {
@@ -62,6 +76,8 @@ Problem LoadPlatform(const std::string& file) {
     return file + ": wanted a platform library, found a library without " + missing;
   }
   defaultMode = *mode;
+  platform.emptyPool =
+      reinterpret_cast<void (*)(void*)>(GlobalSymbol("QVXEmptyPool"));  // null: another platform's
   platform.turnRunLoop = &RunOnce;
   platform.makeFileReference = &MakeFileReference;
   platform.newPointerDictionary = &NewPointerDictionary;
@@ -70,6 +86,26 @@ Problem LoadPlatform(const std::string& file) {
 
 const Platform& ThePlatform() {
   return platform;
+}
+
+PoolScope::PoolScope() : pool_(PushPool()), callPoolOutside_(std::exchange(callPool, nullptr)) {}
+
+PoolScope::~PoolScope() {
+  PopPool(pool_);  // and with it the pool of the calls inside
+  callPool = callPoolOutside_;
+}
+
+CallPoolScope::CallPoolScope() {
+  if (callsUnderWay++ == 0 && callPool == nullptr) callPool = PushPool();
+}
+
+CallPoolScope::~CallPoolScope() {
+  if (--callsUnderWay > 0 || callPool == nullptr) return;
+  if (platform.emptyPool != nullptr) {
+    platform.emptyPool(callPool);
+  } else {
+    PopPool(std::exchange(callPool, nullptr));
+  }
 }
 
 }  // namespace hostrun

@@ -18,6 +18,7 @@ namespace hostrun {
 struct Platform {
   void* (*pushPool)() = nullptr;
   void (*popPool)(void*) = nullptr;
+  void (*emptyPool)(void*) = nullptr;
   void (*turnRunLoop)() = nullptr;
   bool (*makeFileReference)(const char* path, ::FSRef* reference) = nullptr;  // false: no such file
   void* (*newPointerDictionary)() = nullptr;
@@ -34,15 +35,24 @@ const Platform& ThePlatform();
 // nothing.
 class PoolScope {
  public:
-  PoolScope() : pool_(ThePlatform().pushPool == nullptr ? nullptr : ThePlatform().pushPool()) {}
+  PoolScope();
   PoolScope(const PoolScope&) = delete;
   PoolScope& operator=(const PoolScope&) = delete;
-  ~PoolScope() {
-    if (ThePlatform().popPool != nullptr) ThePlatform().popPool(pool_);
-  }
+  ~PoolScope();
 
  private:
   void* pool_;
+  void* callPoolOutside_;
+};
+
+// The same around one call into the bundle, and around those that it makes in turn. Calls that follow each
+// other share a pool, which is emptied after each.
+class CallPoolScope {
+ public:
+  CallPoolScope();
+  CallPoolScope(const CallPoolScope&) = delete;
+  CallPoolScope& operator=(const CallPoolScope&) = delete;
+  ~CallPoolScope();
 };
 
 // Lets the platform's run loop do what is due, and returns. Without a platform library it does nothing.

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 #include <utility>
@@ -23,12 +24,14 @@ unsigned char (*bytesOf)(const void* string, char* bytes, long size, std::uint32
 
 std::mutex mutex;  // the platform logs from any thread
 std::string held;
+std::atomic<bool> anythingHeld = false;  // looked at after every call into the bundle
 
 void Hold(const void* line) {
   std::vector<char> bytes(static_cast<std::size_t>(lengthOf(line) * kMostBytesOfUnit + 1));
   if (bytesOf(line, bytes.data(), static_cast<long>(bytes.size()), kEncodingUtf8) == 0) return;
   const std::scoped_lock lock(mutex);
   held += bytes.data();
+  anythingHeld = true;
 }
 
 void WriteAtCrash() {
@@ -52,14 +55,16 @@ void HoldPlatformLog() {
 }
 
 void WritePlatformLog() {
+  if (!anythingHeld) return;
   const std::string lines = TakePlatformLog();
-  if (lines.empty()) return;
   FlushOutput();
   std::fputs(lines.c_str(), stderr);
 }
 
 std::string TakePlatformLog() {
+  if (!anythingHeld) return {};
   const std::scoped_lock lock(mutex);
+  anythingHeld = false;
   return std::exchange(held, {});
 }
 

@@ -182,8 +182,12 @@ Class& Registry::ClassNamed(std::string_view name) {
 }
 
 Class* Registry::FindClass(std::string_view name) {
+  if (lastFound_ != nullptr && name == lastFoundName_) return lastFound_;
   const auto known = byName_.find(LowerName(name));
-  return known != byName_.end() && known->second->defined ? known->second : nullptr;
+  if (known == byName_.end() || !known->second->defined) return nullptr;
+  lastFoundName_ = name;
+  lastFound_ = known->second;
+  return lastFound_;
 }
 
 void Registry::Register(qvx::REALclassDefinition& definition, Origin origin, Payload payload) {

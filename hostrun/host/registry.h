@@ -86,7 +86,8 @@ class Registry {
 
   // The class of that name; made undefined when nobody has spoken of it yet.
   Class& ClassNamed(std::string_view name);
-  // Null when no such class is defined.
+  // Null when no such class is defined. A bundle asks for the same one at every object that it makes, so the
+  // last answer is kept.
   Class* FindClass(std::string_view name);
   const std::vector<std::unique_ptr<Class>>& classes() const {
     return classes_;
@@ -107,6 +108,8 @@ class Registry {
  private:
   std::vector<std::unique_ptr<Class>> classes_;
   std::map<std::string, Class*, std::less<>> byName_;
+  std::string lastFoundName_;
+  Class* lastFound_ = nullptr;
   std::deque<Method> functions_;
   std::multimap<std::string, const Method*, std::less<>> functionsByName_;
   std::vector<std::string> problems_;

@@ -2,6 +2,7 @@
 #include "hostrun/host/suggest.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "hostrun/host/text.h"
 
@@ -32,18 +33,25 @@ std::size_t Distance(const std::string& a, const std::string& b) {
 
 }  // namespace
 
+std::vector<std::string> OwnMemberNamesOf(const Class& cls, bool shared) {
+  std::vector<std::string> names;
+  for (const Property& property : cls.properties) {
+    if (property.shared == shared) names.push_back(property.name);
+  }
+  for (const Method& method : shared ? cls.sharedMethods : cls.methods) {
+    const std::string& name = method.signature.name;
+    const bool hidden = name.starts_with('_') || SameName(name, "Constructor");
+    if (!hidden && std::ranges::find(names, name) == names.end()) names.push_back(name);
+  }
+  if (!shared) return names;
+  for (const Constant& constant : cls.constants) names.push_back(constant.name);
+  return names;
+}
+
 std::vector<std::string> MemberNamesOf(const Class& cls, bool shared) {
   std::vector<std::string> names;
   for (const Class* c = &cls; c != nullptr; c = c->super) {
-    for (const Property& property : c->properties) {
-      if (property.shared == shared) names.push_back(property.name);
-    }
-    for (const Method& method : shared ? c->sharedMethods : c->methods) {
-      const std::string& name = method.signature.name;
-      if (!name.starts_with('_') && !SameName(name, "Constructor")) names.push_back(name);
-    }
-    if (!shared) continue;
-    for (const Constant& constant : c->constants) names.push_back(constant.name);
+    std::ranges::copy(OwnMemberNamesOf(*c, shared), std::back_inserter(names));
   }
   return names;
 }

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iostream>
 #include <memory>
 #include <string>
 
@@ -13,6 +12,7 @@
 #include "hostrun/host/folder_items.h"
 #include "hostrun/host/records.h"
 #include "hostrun/host/registry.h"
+#include "hostrun/host/standard_input.h"
 
 namespace hostrun {
 namespace {
@@ -152,13 +152,7 @@ HostString* Input(HostString* prompt) {
   const std::string shown = Utf8Of(prompt);
   std::fwrite(shown.data(), 1, shown.size(), stdout);
   std::fflush(stdout);
-  std::string line;
-  std::getline(std::cin, line);
-  if (line.ends_with('\r')) line.pop_back();
-  return NewString(line);
-}
-bool EndOfInput() {
-  return std::cin.peek() == std::char_traits<char>::eof();
+  return NewString(ReadInputLine().value_or(""));
 }
 
 std::array properties = {
@@ -191,7 +185,7 @@ void RegisterTextFileClass() {
   SetSharedMethods(record, sharedMethods);
   TheRegistry().Register(record, Origin::Host, PayloadFor<OpenFile>());
   TheRegistry().AddFunction("Input(prompt as string = \"\") as string", Proc(&Input));
-  TheRegistry().AddFunction("EndOfInput as boolean", Proc(&EndOfInput));
+  TheRegistry().AddFunction("EndOfInput as boolean", Proc(&AtEndOfInput));
 }
 
 }  // namespace hostrun

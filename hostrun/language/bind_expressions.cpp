@@ -48,7 +48,8 @@ void Binder::FailUnknown(Position at, const std::string& name, const std::string
 
 Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type,
                                   Variable::Where where) {
-  const auto [place, added] = scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}, name});
+  const auto [place, added] =
+      scopes_.back().try_emplace(LowerName(name), Variable{where, type, 0, {}, name, routine_, CountStops()});
   if (!added) Fail(at, "wanted a new name, found " + name + ", which is declared in this block already");
   return place->second;
 }

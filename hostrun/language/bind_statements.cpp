@@ -4,10 +4,12 @@
 #include "hostrun/host/text.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/code_operators.h"
+#include "hostrun/language/stops.h"
 
 namespace hostrun {
 
 Binder::ScopeGuard::~ScopeGuard() {
+  binder_.NoteNames();
   for (const auto& [name, variable] : binder_.scopes_.back()) {
     if (block_ == nullptr || !variable.type->IsCounted()) continue;
     if (variable.where == Variable::Where::Local) block_->endingLocals.push_back(variable.slot);
@@ -47,6 +49,7 @@ BoundProgram Binder::Bind(const ProgramText& text) {
     Collecting([&] { BindRoutine(*declaration, *routine); });
     routine_ = nullptr;
   }
+  NoteNames();
   if (!errors_.empty()) throw ProgramErrors(std::move(errors_));
   return std::move(program_);
 }
@@ -124,8 +127,9 @@ StepBlock Binder::BindBlock(const Block& block) {
 }
 
 void Binder::BindInto(StepBlock& into, const Block& block) {
+  if (stops_ != nullptr && block.empty() && !loops_.empty()) stops_->AddIdleTo(into);
   for (const StatementPtr& statement : block) {
-    Collecting([&] { statement->Bind(*this, into); }, statement->DeclaredNames());
+    Collecting([&] { BindStatement(into, *statement); }, statement->DeclaredNames());
   }
 }
 

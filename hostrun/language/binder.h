@@ -13,6 +13,8 @@
 
 namespace hostrun {
 
+class Stops;
+
 // A program that can run. It refers to classes and functions of TheRegistry().
 struct BoundProgram {
   std::vector<std::unique_ptr<Routine>> routines;
@@ -25,6 +27,9 @@ struct BoundProgram {
 // Classes and functions come from TheRegistry().
 class Binder {
  public:
+  // `stops` is filled with the statements of a whole program, for a debugger; null: nobody halts it.
+  explicit Binder(Stops* stops = nullptr) : stops_(stops) {}
+
   // The whole program, once. What it gives refers to nothing of `text`.
   BoundProgram Bind(const ProgramText& text);
 
@@ -33,6 +38,9 @@ class Binder {
   StepBlock BindPart(const ProgramText& text);
   // An expression as a part of its own; it may give nothing.
   CodePtr BindPart(const Expression& expression);
+  // From here on, the names that are known are those of a stop of the program that this has bound, which
+  // still lives; expressions are to be run with the variables of a call that stands there.
+  void StandAt(const Stops& stops, std::size_t stop);
   // Of all parts so far: the types of the variables' slots, and the names that are known.
   const std::vector<const Type*>& globals() const { return program_.globals; }
   const Type* TypeOfName(const std::string& name) const;  // null: no such variable
@@ -50,6 +58,9 @@ class Binder {
     std::size_t slot;  // among the locals or the globals; a constant has none
     Value value;       // Constant
     std::string name;  // as declared
+    // What declares it; null: the program's own level.
+    const Routine* routine = nullptr;
+    std::size_t from = 0;  // the first stop where it can be used
   };
   // Opens a scope; at its end its counted variables are noted as ending with `block`. Null: they end
   // otherwise.
@@ -112,6 +123,11 @@ class Binder {
   int FindLoop(std::string_view word) const;
   // Null: the program's own level.
   const Routine* routine() const { return routine_; }
+  // So many stops are known; 0 where nobody asks for them.
+  std::size_t CountStops() const;
+  // The statements from stop `first` up to `last` are the body of a Try that catches exceptions of those
+  // classes.
+  void NoteTry(std::size_t first, std::size_t last, const std::vector<const Class*>& caught);
 
   // Any expression, also one that gives nothing.
   CodePtr BindExpression(const Expression& expression);
@@ -176,6 +192,10 @@ class Binder {
 
   // Routines and enumerations (bind_statements.cpp).
   void DeclareEnumeration(const EnumDeclaration& declaration);
+  // One statement, with its stop.
+  void BindStatement(StepBlock& into, const Statement& statement);
+  // Of the innermost scope, which ends here.
+  void NoteNames();
   void ForgetEnumeration(const std::string& lower);  // with its members
   void DeclareRoutine(const RoutineDeclaration& declaration);
   void BindRoutine(const RoutineDeclaration& declaration, Routine& routine);
@@ -186,6 +206,7 @@ class Binder {
   std::vector<std::string> KnownNames() const;
   std::vector<std::string> TypeNames() const;
 
+  Stops* stops_;
   bool collecting_ = false;
   std::vector<ProgramError> errors_;
   std::set<std::string> refused_;  // names that were not declared, or not rightly

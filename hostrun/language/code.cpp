@@ -23,10 +23,6 @@ void TurnRunLoopIfDue() {
   TurnRunLoop();
 }
 
-inline void EndIfInterrupted() {
-  if (interruptAsked != 0) throw InterruptRequest();
-}
-
 }  // namespace
 
 Flow StepBlock::RunSteps(Activation& activation) const {

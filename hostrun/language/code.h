@@ -131,6 +131,9 @@ inline void Note(Position at) {
 // Set by a signal handler: what runs is to end before its next statement, with an InterruptRequest.
 inline volatile std::sig_atomic_t interruptAsked = 0;
 struct InterruptRequest {};
+inline void EndIfInterrupted() {
+  if (interruptAsked != 0) throw InterruptRequest();
+}
 
 // Thrown: the program asked to end, with that exit status.
 struct QuitRequest {

@@ -115,12 +115,12 @@ Value PropertyAccess::Eval(Activation& activation) const {
 
 void PropertyAccess::Store(Activation& activation, Value value) const {
   const Value self = Self(activation);
-  std::vector<Value> arguments;
-  arguments.reserve(leading_.size() + 1);
-  for (const CodePtr& code : leading_) arguments.push_back(code->Eval(activation));
-  arguments.push_back(std::move(value));
+  CallArguments passed;
+  if (self.object() != nullptr) passed.PushSelf(self.object());
+  for (const CodePtr& code : leading_) passed.Push(*code->type, code->Eval(activation));
+  passed.Push(*type, value);
   Note(at);
-  Invoke(setter_, self.object(), arguments);
+  CallFunction(setter_, passed.words());
 }
 
 Value PropertyAccess::Self(Activation& activation) const {

@@ -61,8 +61,13 @@ int RunBody(const BoundProgram& program, Activation& activation, const Source& s
 }  // namespace
 
 BoundProgram Compile(const Source& source) {
+  Binder binder;
+  return Compile(source, binder);
+}
+
+BoundProgram Compile(const Source& source, Binder& binder) {
   const ProgramText text = Parser(source).ParseProgram();
-  return Binder().Bind(text);
+  return binder.Bind(text);
 }
 
 void ReportUncaught(const Source& source, Object* exception) {

@@ -14,6 +14,8 @@ inline constexpr int kExitUse = 2;        // an error of use, syntax or binding
 
 // Parses and binds; throws ProgramErrors.
 BoundProgram Compile(const Source& source);
+// The same with a binder that nothing was bound with yet, and that is used again afterwards.
+BoundProgram Compile(const Source& source, Binder& binder);
 
 // Runs it to its end, reports an uncaught exception on stderr and empties all of its variables. Gives the
 // exit status: one of the above, or that of Quit.

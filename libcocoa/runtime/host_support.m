@@ -15,6 +15,11 @@ QVX_EXPORT void objc_autoreleasePoolPop(void* pool) {
   [(NSAutoreleasePool*)pool drain];
 }
 
+QVX_EXPORT void QVXEmptyPool(void* pool) {
+  NSAutoreleasePool* full = pool;
+  if ([full autoreleaseCount] > 0) [full emptyPool];
+}
+
 QVX_EXPORT void QVXCountInstances(unsigned char on) {
   GSDebugAllocationActive(on != 0);
 }

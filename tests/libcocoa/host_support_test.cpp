@@ -35,6 +35,19 @@ TEST(AutoreleasePool, TakesTheInnerOnesWithIt) {
   EXPECT_EQ(kRetainCount(object), 1U);
 }
 
+TEST(AutoreleasePool, CanBeEmptiedAndFilledAgain) {
+  const id object = kNew(PlatformClass<"NSObject">());
+  void* const pool = objc_autoreleasePoolPush();
+  for (int turn = 0; turn < 2; ++turn) {
+    kAutorelease(kRetain(object));
+    QVXEmptyPool(pool);
+    EXPECT_EQ(kRetainCount(object), 1U);
+  }
+  kAutorelease(kRetain(object));
+  objc_autoreleasePoolPop(pool);
+  EXPECT_EQ(kRetainCount(object), 1U);
+}
+
 TEST(RunLoop, DoesWhatIsDueAndComesBackAtOnce) {
   const id array = kNew(PlatformClass<"NSMutableArray">());
   const id object = kNew(PlatformClass<"NSObject">());

@@ -23,7 +23,7 @@ class ImageMaker {
     for (const auto* sections : {&layout_.text, &layout_.data}) {
       for (const OutputSection& section : *sections) {
         if (section.from == OutputSection::kMadeHere) continue;
-        std::ranges::copy(object_.sections[section.from].bytes, image_.bytes.begin() + section.address);
+        std::ranges::copy(object_.sections[section.from].bytes, image_.bytes.data() + section.address);
       }
     }
     MakeStubsAndPointers();
@@ -59,7 +59,7 @@ class ImageMaker {
       image_.binds.push_back({pointer, import});
       if (!imports_.imports[import].called) continue;
       const std::uint32_t stub = layout_.StubOf(imports_, import);
-      std::ranges::copy(kStub, image_.bytes.begin() + stub);
+      std::ranges::copy(kStub, image_.bytes.data() + stub);
       Put(stub + kDistance, pointer - (stub + kHere));
     }
   }

@@ -22,7 +22,7 @@ struct Commands {
 
 std::string TextOf(const Name16& name) {
   const std::string_view all(name.data(), name.size());
-  const std::string text(all.substr(0, all.find('\0')));
+  std::string text(all.substr(0, all.find('\0')));
   if (!std::ranges::all_of(text, [](char letter) { return letter > ' ' && letter <= '~'; })) {
     RefuseFor("a section's name in plain letters, found ", Quoted(text));
   }
@@ -47,8 +47,8 @@ void ReadSegment(const Reader& reader, std::uint64_t offset, std::uint32_t size,
               size);
   }
   for (std::uint32_t index = 0; index < segment.sectionCount; ++index) {
-    commands.sections.push_back(
-        reader.At<SectionHeader>(offset + sizeof segment + index * sizeof(SectionHeader), "a section"));
+    commands.sections.push_back(reader.At<SectionHeader>(
+        offset + sizeof segment + std::uint64_t{index} * sizeof(SectionHeader), "a section"));
   }
 }
 

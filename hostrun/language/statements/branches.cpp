@@ -57,8 +57,7 @@ struct If final : Statement {
 void ParseShortIf(Parser& parser, If& statement) {
   Block& body = statement.branches.front().body;
   body.push_back(parser.ParseNestedStatement());
-  while (parser.AtOperator(":") && !parser.AtWord("else", 1)) {
-    parser.Take();
+  while (parser.TakeOperator(":") && !parser.AtWord("else")) {
     if (!parser.AtEndOfStatement()) body.push_back(parser.ParseNestedStatement());
   }
   if (parser.TakeWord("else")) {

@@ -111,9 +111,16 @@ struct Try final : Statement {
   Block last;  // Finally
 
   void Bind(Binder& binder, StepBlock& into) const override {
+    const std::size_t first = binder.CountStops();
     StepBlock tried = binder.BindBlock(body);
+    const std::size_t end = binder.CountStops();
     std::vector<CatchBranch> handlers;
-    for (const Catch& branch : catches) handlers.push_back(BindCatch(binder, branch));
+    std::vector<const Class*> caught;
+    for (const Catch& branch : catches) {
+      handlers.push_back(BindCatch(binder, branch));
+      caught.push_back(handlers.back().cls);
+    }
+    binder.NoteTry(first, end, caught);
     into.Add<TryStep>(at, std::move(tried), std::move(handlers), binder.BindBlock(last));
   }
 

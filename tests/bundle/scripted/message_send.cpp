@@ -49,9 +49,11 @@ extern "C" [[gnu::used]] void scripted_send(const std::uint32_t* stack, void* re
 // The caller's arguments start 8 bytes above the saved frame pointer: receiver, selector, the method's own.
 asm(R"(
   .text
-  .globl objc_msgSend
-  .type objc_msgSend, @function
-objc_msgSend:
+  # Begins a function that carries its call out; the Registers are then at 16(%esp).
+  .macro carry name, via_fpret
+  .globl \name
+  .type \name, @function
+\name:
   .cfi_startproc
   pushl %ebp
   .cfi_def_cfa_offset 8
@@ -64,38 +66,26 @@ objc_msgSend:
   leal 16(%esp), %ecx
   movl %eax, (%esp)
   movl %ecx, 4(%esp)
-  movl $0, 8(%esp)
+  movl $\via_fpret, 8(%esp)
   call scripted_send
+  .endm
+
+  # Ends it.
+  .macro carried name
+  leave
+  .cfi_def_cfa %esp, 4
+  ret
+  .cfi_endproc
+  .size \name, .-\name
+  .endm
+
+  carry objc_msgSend, 0
   movl 16(%esp), %eax
   movl 20(%esp), %edx
-  leave
-  .cfi_def_cfa %esp, 4
-  ret
-  .cfi_endproc
-  .size objc_msgSend, .-objc_msgSend
+  carried objc_msgSend
 
-  .globl objc_msgSend_fpret
-  .type objc_msgSend_fpret, @function
-objc_msgSend_fpret:
-  .cfi_startproc
-  pushl %ebp
-  .cfi_def_cfa_offset 8
-  .cfi_offset %ebp, -8
-  movl %esp, %ebp
-  .cfi_def_cfa_register %ebp
-  subl $40, %esp
-  andl $-16, %esp
-  leal 8(%ebp), %eax
-  leal 16(%esp), %ecx
-  movl %eax, (%esp)
-  movl %ecx, 4(%esp)
-  movl $1, 8(%esp)
-  call scripted_send
+  carry objc_msgSend_fpret, 1
   flds 24(%esp)
   movl $0xBADBAD, %eax
-  leave
-  .cfi_def_cfa %esp, 4
-  ret
-  .cfi_endproc
-  .size objc_msgSend_fpret, .-objc_msgSend_fpret
+  carried objc_msgSend_fpret
 )");

@@ -207,4 +207,10 @@ inline const std::vector<std::string> kSpaceConstants = {
 };
 // clang-format on
 
+// Properties, methods and shared methods of all three classes.
+inline std::size_t DeclaredFunctions() {
+  return kColorProperties.size() + kColorMethods.size() + ColorSharedMethods().size() + kListMethods.size() +
+         kSpaceMethods.size() + SpaceSharedMethods().size();
+}
+
 }  // namespace unit

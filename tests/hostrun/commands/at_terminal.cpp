@@ -83,7 +83,7 @@ int AtTerminal::Status() {
   int status = 0;
   waitpid(child_, &status, 0);
   child_ = -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 }  // namespace command_tests

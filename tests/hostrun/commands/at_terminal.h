@@ -25,7 +25,8 @@ class AtTerminal {
   // Waits until it asks for a line.
   bool Prompts(const std::string& prompt = "> ");
 
-  // Waits until it ends, and gives its status; -1 where it does not end by itself.
+  // Waits until it ends, and gives its status as a shell does: 128 and the number of the signal that ended
+  // it. -1 where it does not end by itself.
   int Status();
 
   // All that came, with its escape sequences.

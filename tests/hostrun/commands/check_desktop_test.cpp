@@ -39,7 +39,7 @@ std::vector<std::string> FaultsOf(const TestFile& file) {
     ++made;
     if (check["status"] != "passed") faults.push_back(name + ": " + check["reason"].get<std::string>());
   }
-  EXPECT_EQ(made, FILE_CHECKS);
+  EXPECT_EQ(made, kFileChecks);
   return faults;
 }
 

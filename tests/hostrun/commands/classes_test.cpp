@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/bundle/unit/declarations.h"
 #include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
@@ -20,9 +21,15 @@ TEST(Classes, ShowsEachClassOfTheBundleInTheOrderOfRegistration) {
     if (line.starts_with("  ") && line[2] != ' ') groups.push_back(line.substr(2));
   }
   EXPECT_EQ(headings, (std::vector<std::string>{"NSColorQVX", "NSColorListQVX", "NSColorSpaceQVX"}));
-  EXPECT_EQ(groups, (std::vector<std::string>{"Properties (20)", "Methods (21)", "Shared methods (60)",
-                                              "Methods (11)", "Methods (11)", "Shared methods (15)",
-                                              "Constants (18)"}));
+  const auto group = [](const char* title, const auto& declarations) {
+    return title + (" (" + std::to_string(declarations.size()) + ")");
+  };
+  EXPECT_EQ(groups,
+            (std::vector<std::string>{
+                group("Properties", unit::kColorProperties), group("Methods", unit::kColorMethods),
+                group("Shared methods", unit::ColorSharedMethods()), group("Methods", unit::kListMethods),
+                group("Methods", unit::kSpaceMethods), group("Shared methods", unit::SpaceSharedMethods()),
+                group("Constants", unit::kSpaceConstants)}));
 }
 
 TEST(Classes, ShowsAllThatIsKnownOfAMember) {
@@ -97,6 +104,48 @@ TEST(Classes, AnswersToolsInJson) {
   EXPECT_EQ(color["sharedMethods"][0]["parameters"][1],
             (json{{"name", "components"}, {"type", "Double()"}, {"paramArray", true}}));
   EXPECT_EQ(answer["classes"][2]["constants"][0]["value"], -1);
+}
+
+std::vector<std::string> KeysOf(const json& object) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : object.items()) keys.push_back(key);
+  return keys;
+}
+
+TEST(Classes, GivesToolsTheKeysThatAreDocumented) {
+  const json answer = json::parse(RunHostrun({"classes", "--all", "--json"}).out);
+  for (json cls : answer["classes"]) {
+    for (const char* const list : {"properties", "methods", "sharedMethods", "constants"}) cls.erase(list);
+    EXPECT_EQ(KeysOf(cls), (std::vector<std::string>{"dataOffset", "dataSize", "flags", "kind", "layout",
+                                                     "name", "origin", "super"}));
+    EXPECT_EQ(cls["kind"], "class");
+  }
+  json list = answer["classes"][1];
+  ASSERT_EQ(list["origin"], "bundle");
+  EXPECT_EQ(list["methods"].size(), 11U);
+  list.erase("methods");
+  EXPECT_EQ(list, (json{{"name", "NSColorListQVX"},
+                        {"kind", "class"},
+                        {"origin", "bundle"},
+                        {"super", nullptr},
+                        {"layout", 13},
+                        {"flags", 4},
+                        {"dataSize", 16},
+                        {"dataOffset", 24},
+                        {"properties", json::array()},
+                        {"sharedMethods", json::array()},
+                        {"constants", json::array()}}));
+  EXPECT_EQ(answer["classes"][0]["properties"][1], (json{{"name", "blackComponent"},
+                                                         {"kind", "property"},
+                                                         {"type", "double"},
+                                                         {"flags", 6},
+                                                         {"parameter", 0},
+                                                         {"readOnly", true}}));
+  EXPECT_EQ(answer["classes"][2]["constants"][0], (json{{"name", "NSUnknownColorSpaceModel"},
+                                                        {"kind", "constant"},
+                                                        {"declaration", "NSUnknownColorSpaceModel=-1"},
+                                                        {"type", "Integer"},
+                                                        {"value", -1}}));
 }
 
 TEST(Classes, AlsoShowsTheHostsOwnClassesWhenAsked) {

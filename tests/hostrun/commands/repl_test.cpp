@@ -103,6 +103,27 @@ TEST(Repl, ShowsWhatTheReferenceSays) {
   EXPECT_NE(Typed(":doc\n").err.find(":doc: wanted a class or CLASS.MEMBER"), std::string::npos);
 }
 
+TEST(Repl, ShowsWhatTheReferenceSaysOfTheHostsOwnClasses) {
+  for (const std::string cls :
+       {"MemoryBlock", "FolderItem", "NSExceptionQVX", "RuntimeException", "Dictionary", "TextFile",
+        "SpecialFolder", "Encodings", "NSImageQVX", "Pasteboard"}) {
+    const Finished finished = Typed(":doc " + cls + "\n");
+    EXPECT_EQ(finished.out.rfind(cls + "\n  ", 0), 0U) << finished.out << finished.err;
+  }
+  EXPECT_EQ(Typed(":doc dictionary.HasKey\n").out,
+            "Dictionary.HasKey(key as variant) as boolean\n  Whether the key is there.\n");
+}
+
+TEST(Repl, ShowsWhatAClassHasFromTheOneThatItDescendsFrom) {
+  const Finished cls = Typed(":doc IOException\n");
+  EXPECT_EQ(cls.out.rfind("IOException descends from\nRuntimeException\n  What can be raised", 0), 0U)
+      << cls.out;
+  for (const std::string name : {"IOException", "NSExceptionQVX"}) {
+    EXPECT_EQ(Typed(":doc " + name + ".message\n").out,
+              "RuntimeException.Message\n  Why it was raised, for people.\n");
+  }
+}
+
 TEST(Repl, ExplainsItselfAndEnds) {
   EXPECT_NE(Typed(":help\n").out.find(":doc CLASS[.MEMBER]"), std::string::npos);
   EXPECT_EQ(Typed(":quit\nPrint \"not reached\"\n").out, "");

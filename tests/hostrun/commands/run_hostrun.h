@@ -30,9 +30,11 @@ std::string BuiltFile(const std::string& name);
 // A file with that text, gone at the end of the test program.
 std::string TemporaryFile(const std::string& name, const std::string& text);
 
-// What "hostrun check" looks at in the sound bundle on one host: the file; load, version, order, records,
-// declarations, life; a property, two methods, a shared method.
-inline constexpr std::size_t kSoundChecks = FILE_CHECKS + 10;
+// How much "hostrun check" looks at in a bundle's file.
+inline constexpr std::size_t kFileChecks = 8;
+// In the sound bundle on one host: the file; load, version, order, records, declarations, life; a property,
+// two methods, a shared method.
+inline constexpr std::size_t kSoundChecks = kFileChecks + 10;
 // The tally of checks that all passed but for so many.
 std::string Tally(std::size_t checks, std::size_t failed = 0);
 

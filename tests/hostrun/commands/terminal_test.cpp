@@ -2,6 +2,8 @@
 // progress, line editing.
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "tests/hostrun/commands/at_terminal.h"
 #include "tests/hostrun/commands/run_hostrun.h"
 
@@ -156,6 +158,31 @@ TEST(Terminal, InterruptsWhatIsRunningAndKeepsTheSession) {
   ASSERT_TRUE(terminal.Prompts("3> "));
   terminal.Type("kept\n");
   EXPECT_TRUE(terminal.Shows("\r\n42\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, InterruptsAStatementThatWaitsForInputAndKeepsTheSession) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Dim kept As String = Input(\"name? \") : Print \"not reached\"\n");
+  ASSERT_TRUE(terminal.Shows("\r\nname? ")) << terminal.screen();
+  terminal.Type(kInterrupt);
+  ASSERT_TRUE(terminal.Shows("input:1:22: interrupted")) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts("2> "));
+  terminal.Type("kept = Input(\"again? \")\n");
+  ASSERT_TRUE(terminal.Shows("\r\nagain? ")) << terminal.screen();
+  terminal.Type("Anna\n");
+  ASSERT_TRUE(terminal.Prompts("3> "));
+  terminal.Type("kept\n");
+  EXPECT_TRUE(terminal.Shows("\r\n\"Anna\"\r\n")) << terminal.screen();
+  EXPECT_EQ(terminal.screen().find("\r\nnot reached"), std::string::npos);
+}
+
+TEST(Terminal, EndsAProgramThatWaitsForInputWhenItIsInterrupted) {
+  AtTerminal terminal({TemporaryFile("waits.bas", "Dim s As String = Input(\"name? \")\nPrint \"on\"\n")});
+  ASSERT_TRUE(terminal.Shows("name? "));
+  terminal.Type(kInterrupt);
+  EXPECT_EQ(terminal.Status(), 128 + SIGINT);
+  EXPECT_EQ(terminal.screen().find("on\r\n"), std::string::npos) << terminal.screen();
 }
 
 TEST(Terminal, NumbersThePromptAsErrorsDo) {

@@ -6,7 +6,8 @@
 namespace command_tests {
 namespace {
 
-const char* const kCommands[] = {"classes", "check", "trace", "repl", "docs", "swatches"};
+const char* const kCommands[] = {"classes", "check", "check-syntax", "debug",      "trace",
+                                 "repl",    "docs",  "swatches",     "completion", "manual"};
 
 TEST(Use, EachCommandHelpsWithAnExampleAndItsExitStatus) {
   for (const std::string command : kCommands) {
@@ -43,7 +44,10 @@ TEST(Use, AMissingFileIsRefusedByItsName) {
       {"--bundle", "nowhere.so", TemporaryFile("fine.bas", "Print 1\n")},
       {"trace", "nowhere.bas"},
       {"check", "nowhere.so"},
+      {"check-syntax", "nowhere.bas"},
+      {"check-syntax", "--json", "nowhere.bas"},
       {"classes", "--bundle", "nowhere.so"},
+      {"debug", "nowhere.bas"},
       {"repl", "--bundle", "nowhere.so"},
       {"docs", "--descriptions", "nowhere.txt"},
       {"swatches", "nowhere.clr"}};

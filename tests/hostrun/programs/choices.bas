@@ -13,6 +13,12 @@ Print c.redComponent, If(False, c, Nil) Is Nil
 Dim v As Variant = If(True, 1, "one")
 Print v, If(False, 1, "one"), If(True, &cFF0000, &c00FF00)
 Print If(False, 1, Nil) Is Nil
+
+' Of two classes the one above the other, in either order; else anything.
+Print If(True, New OutOfBoundsException("below"), New RuntimeException("above")).Message
+Print If(True, New RuntimeException("above"), New OutOfBoundsException("below")).Message
+Dim either As Variant = If(True, NSColorQVX.redColor, New RuntimeException("neither"))
+Print either IsA NSColorQVX
 If If(True, True, False) Then Print "nested"
 
 Dim before As Double = Milliseconds

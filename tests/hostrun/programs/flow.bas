@@ -2,6 +2,9 @@
 Dim n As Integer
 If n = 0 Then Print "single line"
 If n = 1 Then Print "no" Else Print "single line else"
+If n = 0 Then Print "first" : Print "second" : : Print "third" Else Print "no"
+If n = 1 Then Print "no" : Print "no" : Else Print "else behind a colon"
+If n = 0 Then Print "colon at the end" :
 If n = 1 Then
   Print "no"
 ElseIf n = 0 Then

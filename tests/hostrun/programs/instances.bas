@@ -29,6 +29,17 @@ For i As Integer = 1 To 2000
 Next
 Print "done"
 
+' The end of a long chain of owners is freed as its beginning is, and so is what somebody finds on the way.
+Dim chain() As Variant
+For i As Integer = 1 To 1000
+  Dim owner() As Variant
+  owner.Append chain
+  owner.Append NSColorQVX.colorWithDeviceWhite(i / 1000)
+  chain = owner
+Next
+chain = Nil
+Print "freed"
+
 Sub Keep(c As NSColorQVX)
   first = c
 End Sub

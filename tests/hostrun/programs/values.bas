@@ -48,6 +48,17 @@ PRINT "names and words", "without regard to case", I, KLIMIT
 
 Dim v As Variant
 Print v Is Nil
+Dim emptyText As String = v
+Dim emptyFlag As Boolean = v
+Dim emptyColor As Color = v
+Dim emptyObject As NSColorQVX = v
+Print "[" + emptyText + "]", emptyFlag, emptyColor, emptyObject Is Nil
+Try
+  Dim emptyNumber As Integer = v
+  Print "an Integer", emptyNumber
+Catch e As TypeMismatchException
+  Print e.Message
+End Try
 v = 5
 Print v, v + 1, v = 5, v > 4.5
 v = "text"

@@ -22,6 +22,14 @@ TEST(Signature, WithoutBracketsTakesNothing) {
   EXPECT_EQ(s.result, TypeOf(Kind::Nothing));
 }
 
+TEST(Signature, MaySayWhichKindOfMethodItIs) {
+  EXPECT_TRUE(
+      SameSignature(ParseSignature("Sub Close(hard as boolean)"), ParseSignature("Close(hard as boolean)")));
+  EXPECT_TRUE(SameSignature(ParseSignature("FUNCTION Count As Integer"), ParseSignature("Count As Integer")));
+  EXPECT_EQ(ParseSignature("function(x as integer)").name, "function");
+  EXPECT_EQ(ParseSignature("sub").name, "sub");
+}
+
 TEST(Signature, BlanksAndCaseDoNotMatter) {
   EXPECT_TRUE(SameSignature(ParseSignature("LenB( s as string ) as integer"),
                             ParseSignature("lenb(text AS String)as Integer")));

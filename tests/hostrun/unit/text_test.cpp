@@ -83,6 +83,18 @@ TEST(Strings, CompareWithoutRegardToCaseAndEncoding) {
   EXPECT_GT(CompareStrings(Text("ab").get(), Text("a").get()), 0);
 }
 
+TEST(Strings, HaveTheOrderOfTheirCharactersOutsideOfAsciiToo) {
+  const char* const ordered[] = {"a",      "z",      "z\u00E4",   "\u00E4", "\u00E4\u00E4",
+                                 "\u00F6", "\u20AC", "\U0001F600"};
+  for (const char* const& left : ordered) {
+    for (const char* const& right : ordered) {
+      const int wanted = &left == &right ? 0 : &left < &right ? -1 : 1;
+      EXPECT_EQ(CompareStrings(Text(left).get(), Text(right).get()), wanted) << left << " " << right;
+      EXPECT_EQ(CompareStringsExactly(Text(left).get(), Text(right).get()), wanted) << left << " " << right;
+    }
+  }
+}
+
 TEST(Strings, JoinInUtf8WhenEncodingsDiffer) {
   const StringRef a = StringRef::Adopt(ConvertString(Text("x").get(), qvx::kEncodingUTF16));
   const StringRef joined = StringRef::Adopt(JoinStrings(a.get(), Text("y").get()));

@@ -3,6 +3,7 @@
 
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/functions.h"
+#include "hostrun/host/registry.h"
 #include "hostrun/host/words.h"
 
 namespace hostrun {
@@ -81,6 +82,23 @@ TEST(CallArguments, GiveBackAReferenceThatNobodyTook) {
     EXPECT_EQ(string->references, 2);
   }
   EXPECT_EQ(string->references, 1);
+}
+
+TEST(CallArguments, ByReferenceOwnAnObjectUntilItIsTaken) {
+  Value holder = Value::Adopt(NewObject(TheRegistry().ClassNamed("RuntimeException")));
+  Object* const object = holder.object();
+  {
+    CallArguments arguments;
+    arguments.PushReference(*ObjectType(object->cls), holder);
+    EXPECT_EQ(object->references, 2);
+    {
+      const Value taken = arguments.TakeReference(0);
+      EXPECT_EQ(taken.object(), object);
+      EXPECT_EQ(object->references, 2);
+    }
+    EXPECT_EQ(object->references, 1);
+  }
+  EXPECT_EQ(object->references, 1);
 }
 
 TEST(CallArguments, BoxAVariantThatIsNoObject) {

@@ -88,8 +88,8 @@ SCENARIO("junk in a colour folder is passed over", "system colours, Empty, Folde
                                      sortedArrayUsingSelector:@selector(compare:)])];
 }
 
-SCENARIO("another program's list with a pattern in a colour folder is read",
-         "NSInvalidArgumentException, ", "nothing, Pattern, System") {
+SCENARIO("another program's list with a pattern in a colour folder is read", "NSInvalidArgumentException, ",
+         "nothing, Pattern, System") {
   InChild(WritePoison);
   PutFromScratch(UserColours(), @"Pattern.clr");
   NSString* raised = RAISED([NSColor redColor]);

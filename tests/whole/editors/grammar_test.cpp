@@ -23,6 +23,7 @@ constexpr const char* kGrammar = SOURCE_FOLDER "/editors/host-language.tmLanguag
 
 struct Pattern {
   std::regex regex;
+  std::string notAfter;  // a class of characters; empty: after any
   std::string scope;
   std::map<int, std::string> captures;
 };
@@ -49,23 +50,21 @@ class Grammar {
       std::smatch found;
       for (const Pattern& pattern : patterns_) {
         std::smatch match;
-        const auto flags =
-            at == 0 ? std::regex_constants::match_default : std::regex_constants::match_prev_avail;
-        if (!std::regex_search(line.begin() + static_cast<std::ptrdiff_t>(at), line.end(), match,
-                               pattern.regex, flags))
-          continue;
-        if (first != nullptr && match.position() >= found.position()) continue;
+        if (!Find(pattern, line, at, match)) continue;
+        if (first != nullptr && match[0].first >= found[0].first) continue;
         first = &pattern;
         found = match;
       }
       if (first == nullptr) break;
-      const std::size_t start = at + static_cast<std::size_t>(found.position());
+      const auto placeOf = [&](std::size_t group) {
+        return static_cast<std::size_t>(found[group].first - line.begin());
+      };
+      const std::size_t start = placeOf(0);
       if (!first->scope.empty())
         spans.push_back({start, static_cast<std::size_t>(found.length()), first->scope});
       for (const auto& [group, scope] : first->captures) {
         const auto index = static_cast<std::size_t>(group);
-        spans.push_back({at + static_cast<std::size_t>(found.position(index)),
-                         static_cast<std::size_t>(found.length(index)), scope});
+        spans.push_back({placeOf(index), static_cast<std::size_t>(found.length(index)), scope});
       }
       at = start + static_cast<std::size_t>(std::max<std::ptrdiff_t>(found.length(), 1));
     }
@@ -73,6 +72,20 @@ class Grammar {
   }
 
  private:
+  // The first match from `at` on.
+  static bool Find(const Pattern& pattern, const std::string& line, std::size_t at, std::smatch& match) {
+    for (auto from = line.begin() + static_cast<std::ptrdiff_t>(at); from <= line.end(); ++from) {
+      const auto flags =
+          from == line.begin() ? std::regex_constants::match_default : std::regex_constants::match_prev_avail;
+      if (!std::regex_search(from, line.end(), match, pattern.regex, flags)) return false;
+      from = match[0].first;
+      const bool refused = !pattern.notAfter.empty() && from != line.begin() &&
+                           std::regex_match(std::string(1, from[-1]), std::regex(pattern.notAfter));
+      if (!refused) return true;
+    }
+    return false;
+  }
+
   void Add(const json& rule, const json& repository) {
     if (rule.contains("include")) {
       Add(repository.at(rule["include"].get<std::string>().substr(1)), repository);
@@ -90,7 +103,13 @@ class Grammar {
       text.erase(0, 4);
       flags |= std::regex::icase;
     }
-    Pattern pattern{std::regex(text, flags), rule.value("name", ""), {}};
+    std::string notAfter;
+    if (text.starts_with("(?<!")) {
+      const std::size_t end = text.find("])") + 1;
+      notAfter = text.substr(4, end - 4);
+      text.erase(0, end + 1);
+    }
+    Pattern pattern{std::regex(text, flags), notAfter, rule.value("name", ""), {}};
     if (rule.contains("captures")) {
       for (const auto& [group, capture] : rule["captures"].items())
         pattern.captures[std::stoi(group)] = capture.at("name");
@@ -190,6 +209,15 @@ TEST(EditorGrammar, KnowsTheBundlesClasses) {
 TEST(EditorGrammar, MarksATextThatTheLineDoesNotClose) {
   EXPECT_EQ(ScopeOf("Print \"a\"\"b", "\"a"), "string.quoted.double.hostlanguage");
   EXPECT_EQ(ScopeOf("Print \"open", "\"open"), "invalid.illegal.unclosed-string.hostlanguage");
+}
+
+TEST(EditorGrammar, ReadsAnAmpersandThatTouchesTheEndOfAValueAsTheOperator) {
+  for (const char* const line : {"\"a\"&b1", "f(x)&b1", "a&b1", "7&hFF", "\"a\"&cFF0000"})
+    EXPECT_EQ(ScopeOf(line, "&"), "keyword.operator.hostlanguage") << line;
+  EXPECT_EQ(ScopeOf("a = &b1", "&b1"), "constant.numeric.radix.hostlanguage");
+  EXPECT_EQ(ScopeOf("f(&hFF)", "&hFF"), "constant.numeric.radix.hostlanguage");
+  EXPECT_EQ(ScopeOf("&cFF0000", "&"), "constant.other.color.hostlanguage");
+  EXPECT_EQ(ScopeOf("\"a\"&&hFF", "&hFF"), "constant.numeric.radix.hostlanguage");
 }
 
 TEST(EditorGrammar, LeavesRemInsideANameAlone) {

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# tests/whole/present/packages.sh SOURCE BUILD CXX CHECKS - packs, unpacks both packages into fresh folders, and runs programs from them in a
-# root directory that holds the C and C++ run-time, the package, and nothing else.
+# tests/whole/present/packages.sh SOURCE BUILD CXX - packs, unpacks both packages into fresh folders, and runs programs from them in a
+# root directory that holds the C and C++ run-time, the package, and nothing else; in the C locale and in a German one.
 set -uo pipefail
+export LC_ALL=C
 source=$(realpath "$1")
 build=$(realpath "$2")
 cxx=$3
-checks=$4  # of the bundle on one host
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
@@ -14,11 +14,15 @@ fail() {
   failures=$((failures + 1))
 }
 
-rm -rf "$work/packages"
-(cd "$build" && cpack -B "$work/cpack" -D CPACK_OUTPUT_FILE_PREFIX="$work/packages") >"$work/log" 2>&1 || {
-  cat "$work/log"
-  exit 1
-}
+# A locale with other letters, numbers and words than C's.
+german=()
+if localedef -i de_DE -f UTF-8 "$work/de_DE.UTF-8" 2>/dev/null; then
+  german=(LC_ALL=de_DE.UTF-8 LANGUAGE=de)
+else
+  echo "without the package locales nothing is tried in a German locale"
+fi
+
+env LOCPATH="$work" ${german[@]+"${german[@]}"} "$source/tools/package_linux" "$build" "$work/packages" || exit 1
 deb=$(echo "$work"/packages/*.deb)
 tarball=$(echo "$work"/packages/*.tar.xz)
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$source/CMakeLists.txt")
@@ -33,7 +37,8 @@ dpkg-deb -f "$deb" Depends | grep -q libc6-i386 || fail "the .deb wants the 32-b
 
 # The run-time of the machine, where the 32-bit loader finds it without a configuration.
 base=$work/base
-mkdir -p "$base"/{lib,lib32,etc,tmp,proc,dev,root}
+mkdir -p "$base"/{lib,lib32,etc,tmp,proc,dev,root,locale}
+[ ${#german[@]} = 0 ] || cp -r "$work/de_DE.UTF-8" "$base/locale/"
 cp -L /lib/ld-linux.so.2 "$base/lib/"
 for library in libc.so.6 libm.so.6 libdl.so.2 libpthread.so.0 librt.so.1 libresolv.so.2 libgcc_s.so.1 libstdc++.so.6; do
   cp -L "$("$cxx" -m32 -print-file-name="$library")" "$base/lib32/" || exit 1
@@ -49,21 +54,30 @@ isolate=(unshare --mount --pid --fork)
 can_isolate=yes
 "${isolate[@]}" true 2>"$work/why" || can_isolate=no
 
-# inside ROOT COMMAND...: runs it with ROOT as the root directory.
+# inside ROOT COMMAND...: runs it with ROOT as the root directory, in the locale that the array "locale" sets.
+locale=()
 inside() {
   local root=$1
   shift
   # shellcheck disable=SC2016 # expanded inside
-  env -i PATH="$PATH" HOME=/root "${isolate[@]}" sh -c 'mount -t proc proc "$1/proc" && root=$1 && shift && exec chroot "$root" "$@"' sh "$root" "$@"
+  env -i PATH="$PATH" HOME=/root LOCPATH=/locale ${locale[@]+"${locale[@]}"} "${isolate[@]}" sh -c 'mount -t proc proc "$1/proc" && root=$1 && shift && exec chroot "$root" "$@"' sh "$root" "$@"
 }
 
 # try NAME ROOT PREFIX: the package below ROOT/PREFIX.
 try() {
   local name=$1 root=$2 prefix=$3 program found
   local hostrun=$prefix/bin/hostrun documents=$prefix/share/doc/qvxcolor
-  for wanted in copyright changelog LICENSE NOTICE CHANGELOG.md README.md reference.txt third-party/libgnustep-base1.28 examples/first-colors.bas; do
+  for wanted in copyright changelog.gz LICENSE NOTICE CHANGELOG.md README.md reference.txt third-party/libgnustep-base1.28 examples/first-colors.bas; do
     [ -s "$root$documents/$wanted" ] || fail "$name has $wanted"
   done
+  for wanted in man/man1/hostrun.1.gz bash-completion/completions/hostrun zsh/vendor-completions/_hostrun fish/vendor_completions.d/hostrun.fish; do
+    [ -s "$root$prefix/share/$wanted" ] || fail "$name has share/$wanted"
+  done
+  # Compressed without a name and a time: the bytes 4 to 7 are the time, and bit 3 of byte 3 tells of a name.
+  for wanted in man/man1/hostrun.1.gz doc/qvxcolor/changelog.gz; do
+    [ "$(od -An -tx1 -j3 -N5 "$root$prefix/share/$wanted")" = ' 00 00 00 00 00' ] || fail "$name has $wanted without a time"
+  done
+  gzip -dc "$root$documents/changelog.gz" | cmp - "$source/CHANGELOG.md" || fail "$name says what changed"
   if grep -rlqF -e "$source" -e "$build" "$root$prefix"; then
     fail "$name names no folder of the machine that built it: $(grep -rlF -e "$source" -e "$build" "$root$prefix" | head -n 3)"
   fi
@@ -76,12 +90,24 @@ try() {
     grep -vE '/(ld-linux|libc|libm|libdl|libpthread|librt|libresolv|libgcc_s|libstdc\+\+)\.so\.[0-9]+$|/gconv/|/libnss_')
   [ -z "$found" ] || fail "$name needs nothing from outside, found $found"
 
+  try_locale "$@"
+  if [ ${#german[@]} -gt 0 ]; then
+    locale=("${german[@]}")
+    try_locale "$name in a German locale" "$root" "$prefix"
+    locale=()
+  fi
+}
+
+# try_locale NAME ROOT PREFIX: what it runs and says in the locale of "inside".
+try_locale() {
+  local name=$1 root=$2 prefix=$3 program found
+  local hostrun=$prefix/bin/hostrun documents=$prefix/share/doc/qvxcolor
   for program in first-colors components colour-space palette exceptions; do
     [ -e "$root$documents/examples/$program.bas" ] || continue
     if [ $can_isolate = yes ]; then
       inside "$root" "$hostrun" "$documents/examples/$program.bas" >"$work/out" 2>"$work/err"
     else
-      env -i HOME="$root/root" "$root$hostrun" "$root$documents/examples/$program.bas" >"$work/out" 2>"$work/err"
+      env -i HOME="$root/root" LOCPATH="$root/locale" ${locale[@]+"${locale[@]}"} "$root$hostrun" "$root$documents/examples/$program.bas" >"$work/out" 2>"$work/err"
     fi
     cmp -s "$source/examples/$program.out" "$work/out" || {
       fail "$name runs $program.bas"
@@ -98,7 +124,7 @@ try() {
     grep -qF 'sends +[NSColor colorWithDeviceRed: 1 green: 0.5' "$root/tmp/trace.txt" ||
       fail "$name shows the messages: $(head -n 5 "$root/tmp/trace.txt")"
     found=$(inside "$root" "$hostrun" check --only-failed --host-version 2015.0 2>&1)
-    [ "$found" = "$checks checks, $checks passed, 0 failed" ] || fail "$name checks its bundle: $found"
+    [[ $found = *" passed, 0 failed" && $found = "$checked" ]] || fail "$name checks its bundle: $found"
     found=$(echo NSColorQVX.orangeColor | inside "$root" "$hostrun" repl 2>&1)
     [ "$found" = "NSColorQVX NSCalibratedRGBColorSpace 1 0.5 0 1" ] || fail "$name runs what is typed: $found"
     inside "$root" "$hostrun" docs --out /tmp/reference.html 2>"$work/err" || { fail "$name writes the reference"; cat "$work/err"; }
@@ -108,6 +134,7 @@ try() {
   fi
 }
 
+checked=$("$build/hostrun" check --only-failed --host-version 2015.0)
 for name in deb tarball; do
   root=$work/$name
   cp -r "$base" "$root"

@@ -1,0 +1,85 @@
+// hostrun/commands/debug.cpp - "hostrun debug": runs a program statement by statement.
+#include <unistd.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "hostrun/commands/commands.h"
+#include "hostrun/commands/debug_console.h"
+#include "hostrun/commands/line_editor.h"
+#include "hostrun/commands/run.h"
+#include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
+#include "hostrun/host/standard_input.h"
+
+namespace hostrun {
+namespace {
+
+constexpr const char* kCommand = "hostrun debug";
+constexpr const char* kPrompt = "(debug) ";
+
+struct DebugOptions {
+  RunOptions run;
+  Debugger::StopOn stopOn = Debugger::StopOn::Uncaught;
+};
+
+int DebugAtTerminal(const DebugOptions& options, const Source& source) {
+  DebugConsole* console = nullptr;
+  LineEditor editor("debug-history", [&console](const std::string& beginning, bool first) {
+    return console->Complete(beginning, first);
+  });
+  const auto read = [&editor]() -> std::optional<std::string> {
+    for (;;) {
+      FlushOutput();
+      LineEditor::Input input = editor.Read(kPrompt);
+      if (input.end == LineEditor::End::Line) return std::move(input.line);
+      WriteOutput("\n");
+      if (input.end == LineEditor::End::EndOfInput) return std::nullopt;
+    }
+  };
+  DebugConsole made(source, options.stopOn, TakesTrueColour(stdout), read);
+  console = &made;
+  WriteOutput("The program is halted before its first statement. help lists the commands.\n");
+  return made.Run();
+}
+
+int DebugOverPipe(const DebugOptions& options, const Source& source) {
+  return DebugConsole(source, options.stopOn, false, &ReadInputLine).Run();
+}
+
+int Debug(const DebugOptions& options) {
+  if (options.run.statements.empty() && options.run.program == kStandardInput) {
+    return Refuse(kCommand, "wanted a program file, found -: standard input is for the commands");
+  }
+  RunOptions run = options.run;
+  run.execute = [&options](const Source& source) {
+    return isatty(STDIN_FILENO) != 0 ? DebugAtTerminal(options, source) : DebugOverPipe(options, source);
+  };
+  return Run(run);
+}
+
+}  // namespace
+
+Action DebugCommand(CLI::App& app) {
+  const auto options = std::make_shared<DebugOptions>();
+  AddRunOptions(app, options->run);
+  static const std::map<std::string, Debugger::StopOn> kStopOn = {{"never", Debugger::StopOn::Never},
+                                                                  {"raised", Debugger::StopOn::Raised},
+                                                                  {"uncaught", Debugger::StopOn::Uncaught}};
+  app.add_option("--stop-on", options->stopOn,
+                 "Which exceptions halt the program: raised (every one), uncaught or never")
+      ->transform(CLI::CheckedTransformer(kStopOn))
+      ->option_text("WHICH (uncaught)");
+  app.footer(
+      "Halts before the first statement and takes commands: break, step, next, finish, continue, print, "
+      "locals,\n"
+      "backtrace, list and others; help shows them. Ctrl-C halts a program that runs. Without a terminal, "
+      "commands\n"
+      "are read from stdin and there is no prompt.\n\n"
+      "Example:\n  printf 'break 5\\ncontinue\\nlocals\\n' | hostrun debug examples/first-colors.bas\n\n"
+      "Exit status: that of hostrun; 0 also when the program is left before its end.");
+  return [options] { return Debug(*options); };
+}
+
+}  // namespace hostrun

@@ -1,0 +1,46 @@
+// hostrun/commands/guides.cpp - a command's options, as the manual page and the shells see them.
+#include "hostrun/commands/guides.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace hostrun {
+namespace {
+
+bool IsWord(const std::string& text) {
+  return std::ranges::all_of(text, [](char letter) { return letter >= 'a' && letter <= 'z'; });
+}
+
+// "bash | zsh | fish" is a choice of words; "FILE", "BUNDLE" and "PROGRAM.bas" are paths.
+Operand OperandOf(const CLI::Option& option) {
+  Operand value;
+  if (option.get_items_expected_max() == 0) return value;
+  value.text = option.get_option_text();
+  std::istringstream parts(value.text);
+  for (std::string part; parts >> part;) {
+    if (part != "|") value.words.push_back(part);
+  }
+  if (!std::ranges::all_of(value.words, IsWord)) value.words.clear();
+  value.file = std::ranges::any_of(
+      std::vector<std::string>{"FILE", "BUNDLE", ".bas", ".clr"},
+      [&](const std::string& path) { return value.text.find(path) != std::string::npos; });
+  return value;
+}
+
+}  // namespace
+
+std::vector<OptionGuide> OptionsOf(const Guide& guide) {
+  std::vector<OptionGuide> options;
+  for (const CLI::Option* const option : std::as_const(*guide.app).get_options()) {
+    OptionGuide row;
+    for (const std::string& name : option->get_snames()) row.names.push_back("-" + name);
+    for (const std::string& name : option->get_lnames()) row.names.push_back("--" + name);
+    row.value = OperandOf(*option);
+    row.description = option->get_description();
+    row.group = option->get_group();
+    options.push_back(std::move(row));
+  }
+  return options;
+}
+
+}  // namespace hostrun
