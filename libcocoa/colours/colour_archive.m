@@ -32,7 +32,7 @@ enum {
   kTypeArray = 0x15,
   kTypeStruct = 0x16,
 };
-enum { kListVersion = 2, kColorVersion = 3, kImageVersion = 2, kDeepest = 16 };
+enum { kListVersion = 2, kColorVersion = 3, kImageVersion = 1, kDeepest = 16 };
 
 static const size_t kRoomAtLeast = 4 * 1024 * 1024;
 static const size_t kRoomPerByte = 16;
