@@ -11,12 +11,13 @@ bool IsNSException(id exception) {
          objc_exception_match(reinterpret_cast<Class>(exceptionClass), exception) != 0;
 }
 
-// Gives back in a frame of its own. A platform exception on the way is dropped: the first one goes on.
+// Gives back in a frame of its own. A platform exception on the way is dropped: the first one goes on. A C++
+// exception takes its place, and gives back the rest.
 struct GivingBack {
   Holdings& holdings;
 
   void Run() { holdings.GiveBackAll(); }
-  void Left() {}
+  void Left() { holdings.GiveBackWhileUnwinding(); }
   void Ended(id /*exception*/) {}
 };
 

@@ -24,6 +24,8 @@ constexpr std::string_view kBeforeGuard =
     "the preparation comes before the guard: what raises there leaves before anything is given back";
 constexpr std::string_view kRemoveFirst =
     "the cache entry is removed before the native object is released: what raises there ends both";
+constexpr std::string_view kThroughHost =
+    "what a destructor passes on leaves the host in the middle of freeing: the rest is the host's loss";
 constexpr std::string_view kStale = "loading a list leaves the cache entry of the list that it replaces";
 constexpr std::string_view kRetained = "an instance wraps what retain answers";
 constexpr std::string_view kStays = "a result set before an exception stays";
@@ -70,6 +72,13 @@ const std::vector<Allowance>& Allowances() {
       {"availableColorSpaces", "PrepareNSExceptionQVX", Fault::kNone, "array#1 ", kBeforeGuard},
       {"", "CFDictionaryRemoveValue(", Fault::kNone, "held", kRemoveFirst},
       {"destructor", "CFDictionaryRemoveValue(", Fault::kNone, "the cache still knows", kRemoveFirst},
+      {"NSColorSpaceQVX.", "CFDictionaryRemoveValue(", Fault::kRaiseNSException, "the cache still knows",
+       kRemoveFirst},
+      {"availableColorSpaces", "CFDictionaryRemoveValue(", Fault::kRaiseOther, "is never freed",
+       kThroughHost},
+      {"availableColorSpaces", "CFDictionaryRemoveValue(", Fault::kRaiseOther, "references", kThroughHost},
+      {"availableColorSpaces", " release]", Fault::kRaiseOther, "is never freed", kThroughHost},
+      {"availableColorSpaces", " release]", Fault::kRaiseOther, "references", kThroughHost},
       {"NSColorListQVX.Create", "CFDictionarySetValue(", Fault::kRaiseNSException,
        "the result after an exception is true", kStays},
       {"NSColorListQVX.Load", "", Fault::kNone, "the cache still knows NSColorListQVX", kStale},

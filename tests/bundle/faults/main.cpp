@@ -4,6 +4,7 @@
 //   fault_matrix BUNDLE                       everything
 //   fault_matrix BUNDLE --only TEXT           functions whose declaration contains TEXT
 //   fault_matrix BUNDLE --single              without pairs of faults
+//   fault_matrix BUNDLE --once                the same events on several host versions count once
 //   fault_matrix BUNDLE --reproduce CASE PLAN one call, with its events; CASE and PLAN as a report prints
 //   them
 //
@@ -34,7 +35,7 @@ constexpr rlim_t kSecondsPerFunction = 300;  // of processor time: how busy the 
 
 // What the processes share: figures, and what each is doing.
 struct Shared {
-  unsigned long long cases, events, offsets, faults, pairs, violations;
+  unsigned long long cases, events, offsets, faults, pairs, reports, violations;
   unsigned long long used[64];  // by allowance
   char doing[1024];
 };
@@ -55,13 +56,20 @@ void Note(const Case& each, const Plan& plan, std::uint32_t offset = 0) {
   std::strncpy(shared->doing, text.c_str(), sizeof shared->doing - 1);
 }
 
+// How much of everything is done.
+struct Extent {
+  bool pairs = true;
+  bool everyVersion = true;
+  bool everyFunction = true;
+};
+
 class FunctionRun {
  public:
-  FunctionRun(const Target& target, bool pairs) : target_(target), pairs_(pairs) {}
+  FunctionRun(const Target& target, const Extent& extent) : target_(target), extent_(extent) {}
 
   void Run() {
     for (const long double version : kVersions) {
-      tracesOfVersion_.clear();
+      if (extent_.everyVersion) tracesTried_.clear();
       for (const Choice& choice : Choices(target_)) {
         for (const Setting& setting : kSettings) RunCase({&target_, choice, &setting, version});
       }
@@ -85,7 +93,7 @@ class FunctionRun {
     const Observation baseline = Make(each, {}, true);
     // Another setting or input with the very same events tells nothing new.
     const std::string trace = TraceOf(each, baseline);
-    if (!tracesOfVersion_.insert(trace).second) return;
+    if (!tracesTried_.insert(trace).second) return;
     const bool newForPairs = traces_.insert(trace).second;
     ++shared->cases;
     shared->events += baseline.steps.size();
@@ -107,8 +115,11 @@ class FunctionRun {
         const Observation observed = Make(each, plan, true, StackOffsetFor(plan));
         ++shared->faults;
         Judge(each, plan, baseline, observed);
-        if (pairs_ && newForPairs && faultable <= kMostEventsForPairs) {
+        if (!extent_.pairs || !newForPairs) continue;
+        if (faultable <= kMostEventsForPairs) {
           RunPairs(each, plan.front(), baseline, observed);
+        } else {
+          RunWhileReporting(each, plan.front(), baseline, observed);
         }
       }
     }
@@ -118,14 +129,43 @@ class FunctionRun {
   void RunPairs(const Case& each, const PlannedFault& first, const Observation& baseline,
                 const Observation& withFirst) {
     for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
-      for (const Fault fault : FaultsAt(withFirst.steps[i])) {
-        const Plan plan{first, {i, fault}};
-        Note(each, plan, StackOffsetFor(plan));
-        const Observation observed = Make(each, plan, false, StackOffsetFor(plan));
-        ++shared->pairs;
-        Judge(each, plan, baseline, observed);
-      }
+      shared->pairs += RunSecond(each, first, i, baseline, withFirst);
     }
+  }
+
+  // Every second fault at the events that only the first one brings: making the exception, telling the host,
+  // giving back what the call holds. The same events after the same fault tell nothing new.
+  void RunWhileReporting(const Case& each, const PlannedFault& first, const Observation& baseline,
+                         const Observation& withFirst) {
+    std::multiset<std::string> expected;
+    for (std::size_t i = first.event + 1; i < baseline.steps.size(); ++i)
+      expected.insert(baseline.steps[i].text);
+    const Step& at = withFirst.steps[first.event];
+    std::vector<std::size_t> brought;
+    std::string report = NameOf(first.fault);
+    for (std::size_t i = first.event + 1; i < withFirst.steps.size(); ++i) {
+      const Step& step = withFirst.steps[i];
+      const auto found = expected.find(step.text);
+      const bool usual = found != expected.end();
+      if (usual) expected.erase(found);
+      if (usual && step.delivered == at.delivered && step.raised == at.raised) continue;
+      brought.push_back(i);
+      report += "\n" + step.text;
+    }
+    if (!reports_.insert(report).second) return;
+    for (const std::size_t i : brought) shared->reports += RunSecond(each, first, i, baseline, withFirst);
+  }
+
+  // Every fault at that event after the first. Answers how many.
+  std::size_t RunSecond(const Case& each, const PlannedFault& first, std::size_t event,
+                        const Observation& baseline, const Observation& withFirst) {
+    const std::vector<Fault> faults = FaultsAt(withFirst.steps[event]);
+    for (const Fault fault : faults) {
+      const Plan plan{first, {event, fault}};
+      Note(each, plan, StackOffsetFor(plan));
+      Judge(each, plan, baseline, Make(each, plan, false, StackOffsetFor(plan)));
+    }
+    return faults.size();
   }
 
   void Judge(const Case& each, const Plan& plan, const Observation& baseline, const Observation& observed) {
@@ -155,9 +195,10 @@ class FunctionRun {
   }
 
   const Target& target_;
-  bool pairs_;
-  std::set<std::string> tracesOfVersion_;
+  const Extent extent_;
+  std::set<std::string> tracesTried_;
   std::set<std::string> traces_;
+  std::set<std::string> reports_;
   std::map<std::string, std::size_t> known_;
   std::vector<std::pair<std::string, std::size_t>> findings_;
 };
@@ -244,7 +285,7 @@ bool EveryAllowanceIsUsed(const Shared& sum) {
   return all;
 }
 
-int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
+int RunAll(const std::vector<Target>& targets, const Extent& extent) {
   const auto start = std::chrono::steady_clock::now();
   auto* const area = static_cast<Shared*>(mmap(nullptr, targets.size() * sizeof(Shared),
                                                PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
@@ -276,7 +317,7 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
       const rlimit limit{kSecondsPerFunction, kSecondsPerFunction};
       setrlimit(RLIMIT_CPU, &limit);
       shared = area + i;
-      FunctionRun(targets[i], pairs).Run();
+      FunctionRun(targets[i], extent).Run();
       std::exit(0);
     }
     running.emplace(child, Running{&targets[i], area + i, output});
@@ -290,17 +331,18 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
     sum.offsets += area[i].offsets;
     sum.faults += area[i].faults;
     sum.pairs += area[i].pairs;
+    sum.reports += area[i].reports;
     sum.violations += area[i].violations;
     for (std::size_t j = 0; j < Allowances().size(); ++j) sum.used[j] += area[i].used[j];
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   std::printf(
-      "%zu functions, %llu cases, %llu events, %llu on other stacks, %llu faults, %llu pairs of faults: "
-      "%llu violations, "
+      "%zu functions, %llu cases, %llu events, %llu on other stacks, %llu faults, %llu pairs of faults, "
+      "%llu while reporting: %llu violations, "
       "%zu crashes; %.1f s\n",
-      targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.violations, crashes,
-      took.count());
-  return sum.violations == 0 && crashes == 0 && (partly || EveryAllowanceIsUsed(sum)) ? 0 : 1;
+      targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.reports, sum.violations,
+      crashes, took.count());
+  return sum.violations == 0 && crashes == 0 && (!extent.everyFunction || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 
 }  // namespace
@@ -313,19 +355,19 @@ int main(int argc, char** argv) {
     return 2;
   }
   std::vector<Target> targets = PrepareCalls(argv[1]);
-  bool pairs = true;
-  bool partly = false;
+  Extent extent;
   for (int i = 2; i < argc; ++i) {
     const std::string argument = argv[i];
-    if (argument == "--single") pairs = false;
+    if (argument == "--single") extent.pairs = false;
+    if (argument == "--once") extent.everyVersion = false;
     if (argument == "--reproduce" && i + 2 < argc) return Reproduce(targets, argv[i + 1], argv[i + 2]);
     if (argument == "--only" && i + 1 < argc) {
-      partly = true;
+      extent.everyFunction = false;
       const std::string wanted = argv[++i];
       std::erase_if(targets, [&](const Target& target) {
         return target.declaration.find(wanted) == std::string::npos;
       });
     }
   }
-  return RunAll(targets, pairs, partly);
+  return RunAll(targets, extent);
 }

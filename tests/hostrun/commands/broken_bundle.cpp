@@ -71,6 +71,14 @@ void Use(REALobject, REALobject other) {
 }
 
 REALobject Make() {
+  static REALobject kept = nullptr;
+  if (Has("FillsKeptInstance")) {
+    if (kept == nullptr) {
+      kept = New("Sound");
+    } else {
+      std::memset(reinterpret_cast<char*>(kept) + 24, 1, sizeof(void*));
+    }
+  }
   if (Has("LeaksObject")) New("Sound");
   if (Has("LeaksString")) {
     Service<REALstring (*)(const void*, std::int32_t, std::uint32_t)>("REALBuildString")("lost", 4, 0);

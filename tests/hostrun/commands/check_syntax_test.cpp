@@ -95,6 +95,13 @@ TEST(CheckSyntax, GivesEditorsEveryErrorAndPeopleThoseThatTheyCanTakeIn) {
   EXPECT_EQ(LastLine(Checked(text).out), "and 5 more errors");
 }
 
+TEST(CheckSyntax, TheEndOfABlockWhoseBeginningIsWrongIsNoErrorAndAnotherEndIs) {
+  EXPECT_EQ(ProblemsOf("For i As Integer =\nNext\n").size(), 1U);
+  const json problems = ProblemsOf("For i As Integer =\nNext\nNext\n");
+  ASSERT_EQ(problems.size(), 2U);
+  EXPECT_EQ(problems.at(1).at("line"), 3);
+}
+
 TEST(CheckSyntax, TakesBytesThatAreNoText) {
   EXPECT_EQ(ProblemsOf("Print \xff\xfe\n").size(), 1U);
 }

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 
 #include "tests/hostrun/commands/at_terminal.h"
 #include "tests/hostrun/commands/run_hostrun.h"
@@ -125,6 +127,43 @@ TEST(Terminal, KeepsAHistoryFromOneSessionToTheNext) {
   ASSERT_TRUE(next.Prompts());
   next.Type(std::string(kUp) + "\n");
   EXPECT_TRUE(next.Shows("\r\n42\r\n")) << next.screen();
+}
+
+// The file as the library writes it: a line of its own, and a blank as its number.
+std::string KeptLine(int number) {
+  return "Print\\040" + std::to_string(number);
+}
+
+// The kept lines after a session that began with so many and repeats the last.
+std::vector<std::string> HistoryAfterASession(int lines) {
+  const std::string state = TemporaryFile("", "") + "state" + std::to_string(lines);
+  std::filesystem::create_directories(state + "/hostrun");
+  {
+    std::ofstream file(state + "/hostrun/history");
+    file << "_HiStOrY_V2_\n";
+    for (int i = 1; i <= lines; ++i) file << KeptLine(i) << "\n";
+  }
+  AtTerminal terminal({"repl"}, {"XDG_STATE_HOME=" + state});
+  EXPECT_TRUE(terminal.Prompts());
+  terminal.Type(std::string(kUp) + "\n");
+  EXPECT_TRUE(terminal.Shows("\r\n" + std::to_string(lines) + "\r\n")) << terminal.screen();
+  EXPECT_TRUE(terminal.Prompts());
+  terminal.Type(kEndOfInput);
+  EXPECT_EQ(terminal.Status(), 0);
+  std::vector<std::string> kept = Lines(ReadFile(state + "/hostrun/history"));
+  EXPECT_EQ(kept.front(), "_HiStOrY_V2_");
+  kept.erase(kept.begin());
+  return kept;
+}
+
+TEST(Terminal, ShortensAHistoryThatHasGrownToTwiceWhatIsKept) {
+  const std::vector<std::string> whole = HistoryAfterASession(1999);
+  ASSERT_EQ(whole.size(), 2000U);
+  EXPECT_EQ(whole.front(), KeptLine(1));
+  const std::vector<std::string> shortened = HistoryAfterASession(2000);
+  ASSERT_EQ(shortened.size(), 1001U);
+  EXPECT_EQ(shortened.front(), KeptLine(1001));
+  EXPECT_EQ(shortened.back(), KeptLine(2000));
 }
 
 TEST(Terminal, DropsALineWhenItIsInterrupted) {

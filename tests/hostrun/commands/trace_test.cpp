@@ -84,6 +84,13 @@ TEST(Trace, ShowsAnExceptionThatComesOutOfACall) {
   EXPECT_EQ(finished.err.find("libcocoa: wanted"), std::string::npos) << finished.err;
 }
 
+TEST(Trace, ShowsThatOfTwoFormsWhichFitAlikeTheFirstIsCalled) {
+  const Finished finished = TraceOf("Print NSColorSpaceQVX.ColorSpaceWithICCProfileData(Nil) Is Nil\n");
+  EXPECT_EQ(finished.out, "True\n");
+  EXPECT_NE(finished.err.find("  > NSColorSpaceQVX: ColorSpaceWithICCProfileData(File as "), std::string::npos)
+      << finished.err;
+}
+
 TEST(Trace, AlsoShowsLookUpsAndFramesWhenAsked) {
   const std::string program = "Print NSColorQVX.colorWithDeviceWhite(1).whiteComponent\n";
   EXPECT_EQ(TraceOf(program).err.find("objc_exception_try_enter"), std::string::npos);

@@ -29,8 +29,10 @@ def enter(root, copy, bound):
     """Puts the copy in the root's place, writable, and the bound folders of the root into it."""
     room = tempfile.mkdtemp()
     mount("-t", "tmpfs", "none", room)
-    for name in ("upper", "work"):
+    for name in ("upper", "work", "temporary"):
         os.mkdir(f"{room}/{name}")
+    # Process numbers, by which tests name their files, are the same in each of the namespaces.
+    os.environ["TMPDIR"] = f"{room}/temporary"
     for i, folder in enumerate(bound):
         os.mkdir(f"{room}/{i}")
         mount("--rbind", f"{root}/{folder}", f"{room}/{i}")

@@ -7,6 +7,7 @@ import hashlib
 import json
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -23,6 +24,16 @@ HOUSES = ("bundle", "libcocoa", "hostrun")
 SOURCES = (".cpp", ".h", ".c", ".m")
 # Too large to copy, and no mutant changes them.
 BOUND = ("build/sysroot", "build/icu", "build/libcxx")
+
+
+RUNNING = set()  # the processes that each hold a mutant with all that it starts
+
+
+def end_all(number, _):
+    """What runs ends with this program; a next run goes on from the journal."""
+    for process in list(RUNNING):
+        process.kill()
+    os._exit(128 + number)
 
 
 def fingerprint(*parts):
@@ -162,11 +173,15 @@ def run_mutant(steps, bound, limit, drawn=None, objects=()):
     begun = time.monotonic()
     command = ["unshare", "--user", "--map-root-user", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc",
                sys.executable, str(HERE / "mutant_run.py")]
-    try:
-        done = subprocess.run(command, input=json.dumps(task), stdout=subprocess.PIPE, text=True, timeout=limit, check=True)
-        result = json.loads(done.stdout)
-    except subprocess.TimeoutExpired:
-        result = {"verdict": "noticed", "by": "the time limit"}
+    with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as process:
+        RUNNING.add(process)
+        try:
+            result = json.loads(process.communicate(json.dumps(task), timeout=limit)[0])
+        except subprocess.TimeoutExpired:
+            process.kill()
+            result = {"verdict": "noticed", "by": "the time limit"}
+        finally:
+            RUNNING.remove(process)
     result["seconds"] = round(time.monotonic() - begun, 1)
     return result
 
@@ -230,6 +245,8 @@ def main():
     parser.add_argument("--limit", type=float, help="seconds after which a mutant counts as noticed")
     parser.add_argument("--again", action="store_true", help="forget what the journal knows of these mutants")
     options = parser.parse_args()
+    for number in (signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, end_all)
     rooms, judged, objects = read_rooms(), read_equivalents(), objects_of_sources()
     chosen = draw(options.room.split(","), options.count, options.seed, objects)
     WORK.mkdir(parents=True, exist_ok=True)

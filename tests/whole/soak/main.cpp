@@ -1,6 +1,9 @@
 // tests/whole/soak/main.cpp - a long life of the bundle on the real platform: nothing may pile up.
 //
-//   soak [COLOURS [HELD]]   makes, reads and frees COLOURS colours one by one, then holds HELD at once
+//   soak [COLOURS [HELD [EACH [VERSION]]]]   makes, reads and frees COLOURS colours one by one, then holds
+//   HELD at once, then makes EACH things of each kind in diet.cpp, on a host of that version
+#include <malloc.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -8,6 +11,7 @@
 
 #include "hostrun/host/host.h"
 #include "tests/whole/real/real_host.h"
+#include "tests/whole/soak/diet.h"
 
 namespace {
 
@@ -105,13 +109,38 @@ void AllAtOnce(const Functions& functions, int count, long long start) {
   CheckNothingLeft("after holding", start);
 }
 
+// Bytes that the process has in use.
+long long UsedBytes() {
+  return static_cast<long long>(mallinfo2().uordblks);
+}
+
+// Each kind by itself, so that what grows has a name. What is made once and kept is made in the first
+// quarter.
+void EachKind(int count) {
+  constexpr double kLeast = 4;  // bytes a thing; the smallest piece of memory has 16
+  for (const soak::Kind& kind : soak::Diet()) {
+    const int raised = real::RaisedSoFar();
+    for (int i = 0; i < count / 4; ++i) kind.consume(i);
+    const long long before = UsedBytes();
+    for (int i = 0; i < count; ++i) kind.consume(count / 4 + i);
+    const double each = static_cast<double>(UsedBytes() - before) / count;
+    std::printf("%s: %+.2f bytes each\n", kind.name, each);
+    Check(each < kLeast, kind.name, 0, each);
+    Check(!hostrun::CountLive().Any(), kind.name, 0, 1);
+    const int exceptions = kind.raises ? count / 4 + count : 0;
+    Check(real::RaisedSoFar() - raised == exceptions, kind.name, exceptions, real::RaisedSoFar() - raised);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const int colours = argc > 1 ? std::atoi(argv[1]) : 1'000'000;
   const int held = argc > 2 ? std::atoi(argv[2]) : 200'000;
+  const int each = argc > 3 ? std::atoi(argv[3]) : 10'000;
+  const double version = argc > 4 ? std::atof(argv[4]) : 2015.0;
   const auto began = std::chrono::steady_clock::now();
-  real::StartHost();
+  real::StartHost(version);
   const Functions functions;
   // What is made once and kept is made before the start is measured.
   for (int i = 0; i < 1000; ++i) ReadColour(functions, MakeColour(functions, i), i);
@@ -119,6 +148,7 @@ int main(int argc, char** argv) {
   OneByOne(functions, colours, start);
   AllAtOnce(functions, held, start);
   Check(real::RaisedSoFar() == 0, "host exceptions", 0, real::RaisedSoFar());
+  EachKind(each);
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began;
   std::printf("%d colours made, read and freed, %d held at once: %d failures; %.1f s\n", colours, held,
               failures, took.count());
