@@ -9,7 +9,8 @@
 
 namespace hostrun {
 
-// Of this class alone, each once, in the order of registration; constants are shared, constructors are left out.
+// Of this class alone, each once, in the order of registration; constants are shared, constructors are left
+// out.
 std::vector<std::string> OwnMemberNamesOf(const Class& cls, bool shared);
 // Of this class and those it descends from.
 std::vector<std::string> MemberNamesOf(const Class& cls, bool shared);
