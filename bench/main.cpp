@@ -53,6 +53,7 @@ void AddPlatformRows(Bundles& bundles, const Platform& platform, const char* fil
   AddBlockRows(bundle);
   AddExceptionRows(bundle);
   AddColourSpaceRows(bundle);
+  AddColourRows(bundle);
   for (const long colours : {1L, 10L, 100L}) AddListScaleRows(bundle, colours);
   if (scale == Scale::kNone) return;
   AddLargeStringRows(bundle);

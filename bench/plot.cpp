@@ -1,11 +1,10 @@
 // bench/plot.cpp - the plot of a run: each row beside its limit, on a logarithmic scale.
 #include "bench/plot.h"
 
-#include <cairo/cairo-svg.h>
-
+#include <algorithm>
 #include <cmath>
-#include <memory>
-#include <stdexcept>
+
+#include "bench/canvas.h"
 
 namespace bench {
 
@@ -21,61 +20,9 @@ constexpr double kPanelGap = 44;
 constexpr double kFewest = 1e1;  // nanoseconds at the left edge
 constexpr double kMost = 1e8;
 
-struct Colour {
-  double red, green, blue;
-};
 constexpr Colour kLimitColour = {0.62, 0.68, 0.76};
 constexpr Colour kOverColour = {0.20, 0.45, 0.75};
 constexpr Colour kMissedColour = {0.80, 0.33, 0.20};
-constexpr Colour kText = {0.15, 0.15, 0.18};
-constexpr Colour kGrid = {0.88, 0.88, 0.90};
-
-class Canvas {
- public:
-  Canvas(const std::string& file, double width, double height)
-      : surface_(cairo_svg_surface_create(file.c_str(), width, height), &cairo_surface_destroy),
-        cairo_(cairo_create(surface_.get()), &cairo_destroy) {
-    if (cairo_status(cairo_.get()) != CAIRO_STATUS_SUCCESS) {
-      throw std::runtime_error("wanted to write " + file +
-                               ", found: " + cairo_status_to_string(cairo_status(cairo_.get())));
-    }
-    cairo_select_font_face(cairo_.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
-    Box(0, 0, width, height, {1, 1, 1});
-  }
-
-  void Box(double x, double y, double width, double height, Colour colour) {
-    Use(colour);
-    cairo_rectangle(cairo_.get(), x, y, width, height);
-    cairo_fill(cairo_.get());
-  }
-
-  void Line(double x1, double y1, double x2, double y2, Colour colour) {
-    Use(colour);
-    cairo_set_line_width(cairo_.get(), 1);
-    cairo_move_to(cairo_.get(), x1, y1);
-    cairo_line_to(cairo_.get(), x2, y2);
-    cairo_stroke(cairo_.get());
-  }
-
-  enum class Align { kLeft, kCentre, kRight };
-
-  void Text(double x, double y, const std::string& text, double size, Align align = Align::kLeft) {
-    Use(kText);
-    cairo_set_font_size(cairo_.get(), size);
-    cairo_text_extents_t extents;
-    cairo_text_extents(cairo_.get(), text.c_str(), &extents);
-    if (align == Align::kRight) x -= extents.x_advance;
-    if (align == Align::kCentre) x -= extents.x_advance / 2;
-    cairo_move_to(cairo_.get(), x, y);
-    cairo_show_text(cairo_.get(), text.c_str());
-  }
-
- private:
-  void Use(Colour colour) { cairo_set_source_rgb(cairo_.get(), colour.red, colour.green, colour.blue); }
-
-  std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface_;
-  std::unique_ptr<cairo_t, decltype(&cairo_destroy)> cairo_;
-};
 
 double Width(double nanoseconds) {
   const double part = std::log(nanoseconds / kFewest) / std::log(kMost / kFewest);

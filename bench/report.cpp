@@ -1,6 +1,6 @@
-// bench/report.cpp - turns what was measured into the table, the JSON and the plot.
+// bench/report.cpp - turns what was measured into the table, the JSON and the plots.
 //
-//   report RAW INSTRUCTIONS DESKTOP TABLE JSON PLOT
+//   report RAW INSTRUCTIONS DESKTOP TABLE JSON PLOT GROWTH
 //
 // RAW is what `bench measure` wrote; INSTRUCTIONS has lines "platform/row <tab> instructions per call",
 // DESKTOP the same of the desktop bundle. Both may be missing. The exit status is 0 whether or not targets
@@ -14,6 +14,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "bench/growth_plot.h"
 #include "bench/plot.h"
 
 namespace bench {
@@ -111,10 +112,16 @@ std::string CountOr(const json& row, const char* key) {
   return row.contains(key) ? Number(row[key], 1) : "-";
 }
 
+// The prescribed paths have a part of the table of their own.
+bool IsPath(const json& row) {
+  return row["name"].get<std::string>().rfind("prescribed path: ", 0) == 0;
+}
+
 void WriteTable(std::ostream& out, const json& rows) {
   char line[240];
   std::string platform;
   for (const json& row : rows) {
+    if (IsPath(row)) continue;
     if (row["platform"] != platform) {
       platform = row["platform"];
       std::snprintf(line, sizeof line, "\n%-46s %11s %11s %8s %11s %9s %7s %7s  %s\n",
@@ -143,14 +150,21 @@ void WriteTable(std::ostream& out, const json& rows) {
 
 // Each row beside its prescribed path.
 void WritePaths(std::ostream& out, const json& rows) {
+  std::map<std::string, double> paths;  // instructions
+  for (const json& row : rows) {
+    if (IsPath(row)) paths[FullName(row)] = row.value("instructions", 0.0);
+  }
   char line[240];
-  std::snprintf(line, sizeof line, "\n%-46s %12s %7s %7s\n", "against the prescribed path", "instructions",
-                "minima", "target");
+  std::snprintf(line, sizeof line, "\n%-58s %9s %9s %7s %7s %7s\n", "against the prescribed path", "path",
+                "row", "ratio", "minima", "target");
   out << line;
   for (const json& row : rows) {
     if (!row.contains("ratio_to_path")) continue;
     const bool counted = row.contains("instructions_to_path");
-    std::snprintf(line, sizeof line, "%-46s %12s %7s %7s %s\n", FullName(row).c_str(),
+    const std::string path = row["platform"].get<std::string>() + "/" + row["path"].get<std::string>();
+    std::snprintf(line, sizeof line, "%-58s %9s %9s %7s %7s %7s %s\n", FullName(row).c_str(),
+                  counted ? Number(paths.at(path), 0).c_str() : "-",
+                  counted ? Number(row["instructions"], 0).c_str() : "-",
                   counted ? Number(row["instructions_to_path"], 2).c_str() : "-",
                   Number(row["ratio_to_path"], 2).c_str(), Number(row["path_target"], 2).c_str(),
                   row["path_met"].get<bool>() ? "met" : "NOT met");
@@ -158,28 +172,32 @@ void WritePaths(std::ostream& out, const json& rows) {
   }
 }
 
-// What of a row grows with its size: a line for each step of a series, its exponent being 0 for nothing, 1
-// for in proportion.
-void WriteGrowth(std::ostream& out, const json& rows) {
-  std::map<std::string, std::vector<std::pair<double, double>>> series;  // from size to fastest time
+// What of the rows grows with their sizes, from size to fastest time.
+std::vector<Growth> GrowthOf(const json& rows) {
+  std::map<std::pair<std::string, std::string>, std::vector<std::pair<double, double>>> series;
   for (const json& row : rows) {
     const std::string name = row.value("series", "");
-    if (name.empty()) continue;
-    series[row["platform"].get<std::string>() + "/" + name].emplace_back(row["size"], row["minimum"]);
+    if (!name.empty()) series[{row["platform"], name}].emplace_back(row["size"], row["minimum"]);
   }
+  std::vector<Growth> growth;
+  for (auto& [name, points] : series) {
+    std::sort(points.begin(), points.end());
+    growth.push_back({name.first, name.second, points});
+  }
+  return growth;
+}
+
+// A line for each step of a series.
+void WriteGrowth(std::ostream& out, const std::vector<Growth>& growth) {
   char line[240];
   std::snprintf(line, sizeof line, "\n%-46s %10s %11s %9s\n", "growth", "size", "fastest", "exponent");
   out << line;
-  for (auto& [name, points] : series) {
-    std::sort(points.begin(), points.end());
-    for (std::size_t i = 0; i < points.size(); ++i) {
-      const auto& [size, time] = points[i];
-      std::string exponent;
-      if (i > 0) {
-        exponent = Number(std::log(time / points[i - 1].second) / std::log(size / points[i - 1].first), 2);
-      }
-      std::snprintf(line, sizeof line, "%-46s %10.0f %11s %9s\n", name.c_str(), size, Time(time).c_str(),
-                    exponent.c_str());
+  for (const Growth& each : growth) {
+    for (std::size_t i = 0; i < each.points.size(); ++i) {
+      const auto& [size, time] = each.points[i];
+      const std::string exponent = i > 0 ? Number(Exponent(each.points[i - 1], each.points[i]), 2) : "";
+      std::snprintf(line, sizeof line, "%-46s %10.0f %11s %9s\n", (each.platform + "/" + each.name).c_str(),
+                    size, Time(time).c_str(), exponent.c_str());
       out << line;
     }
   }
@@ -190,8 +208,8 @@ void WriteGrowth(std::ostream& out, const json& rows) {
 }  // namespace bench
 
 int main(int count, char** arguments) {
-  if (count != 7) {
-    std::cerr << "report: wanted RAW INSTRUCTIONS DESKTOP TABLE JSON PLOT; use tools/bench\n";
+  if (count != 8) {
+    std::cerr << "report: wanted RAW INSTRUCTIONS DESKTOP TABLE JSON PLOT GROWTH; use tools/bench\n";
     return 2;
   }
   try {
@@ -201,7 +219,8 @@ int main(int count, char** arguments) {
     std::ostringstream table;
     bench::WriteTable(table, results["rows"]);
     bench::WritePaths(table, results["rows"]);
-    bench::WriteGrowth(table, results["rows"]);
+    const std::vector<bench::Growth> growth = bench::GrowthOf(results["rows"]);
+    bench::WriteGrowth(table, growth);
     std::cout << table.str();
     std::ofstream(arguments[4]) << table.str();
     std::ofstream(arguments[5]) << results.dump(1) << "\n";
@@ -212,6 +231,7 @@ int main(int count, char** arguments) {
                       row["median"].get<double>() / row["ratio"].get<double>(), row["target"]});
     }
     bench::WritePlot(arguments[6], bars);
+    bench::WriteGrowthPlot(arguments[7], growth);
   } catch (const std::exception& problem) {
     std::cerr << "report: " << problem.what() << "\n";
     return 1;

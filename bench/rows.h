@@ -118,6 +118,8 @@ void AddLargeStringRows(Bundle& bundle);
 void AddLargeBlockRows(Bundle& bundle);
 void AddExceptionRows(Bundle& bundle);
 void AddColourSpaceRows(Bundle& bundle);
+// The platform library alone, where it is not scripted.
+void AddColourRows(Bundle& bundle);
 // Conversions and destructions with that many live wrappers. The bundle must be fresh.
 void AddScaleRows(Bundle& bundle, long live);
 void AddListScaleRows(Bundle& bundle, long colours);

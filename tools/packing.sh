@@ -1,13 +1,14 @@
 # tools/packing.sh - read by the tools that pack: the same bytes from the same files, wherever and whenever they are packed.
 #
 # Sets SOURCE_DATE_EPOCH, the one time that everything in a package bears, unless it is set already: that of the commit, or
-# of the day that CHANGELOG.md names for the newest version where the tree is not a clone.
+# of the day that CHANGELOG.md names for the newest version where the tree is no clone, or git is not installed.
+# shellcheck shell=bash disable=SC2034 # read by the tools
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export LC_ALL=C TZ=UTC
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
 
 if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
-  if [ -e "$root/.git" ]; then
+  if [ -e "$root/.git" ] && command -v git >/dev/null; then
     SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct)
   else
     day=$(sed -nE 's/^## [0-9.]+ \(([0-9]{4}-[0-9]{2}-[0-9]{2})\)$/\1/p' "$root/CHANGELOG.md" | head -n 1)
@@ -54,4 +55,9 @@ pack_deb() {
   settle "$1/DEBIAN"
   dpkg-deb --root-owner-group --threads-max=1 -Zxz -z6 --build "$1" "$2" >/dev/null
   rm -r "$1/DEBIAN"
+}
+
+# sum_packages FOLDER: writes the sums of what lies in FOLDER, as its SHA256SUMS.
+sum_packages() {
+  (cd "$1" && rm -f SHA256SUMS && sha256sum -- * >../SHA256SUMS && mv ../SHA256SUMS .)
 }

@@ -185,12 +185,15 @@ std::vector<ColourCard> ColoursOfListFile(const std::string& path) {
     throw std::runtime_error(
         path + ": wanted a colour-list file, found something that the platform can't read as one");
   }
-  const auto keys = Send<PlatformId>(NativePointerOf(list.get()), "allKeys");
-  const auto count = Send<unsigned>(keys, "count");
+  // The platform's array does not outlive the next call into the bundle.
+  const auto array = Send<PlatformId>(NativePointerOf(list.get()), "allKeys");
+  std::vector<StringRef> keys(Send<unsigned>(array, "count"));
+  for (unsigned i = 0; i < keys.size(); ++i) {
+    keys[i] = StringRef::Adopt(HostStringOf(Send<PlatformId>(array, "objectAtIndex:", i)));
+  }
   const Method& colourWithKey = WantedMethod(cls, "colorWithKey", 1);
   std::vector<ColourCard> cards;
-  for (unsigned i = 0; i < count; ++i) {
-    const StringRef key = StringRef::Adopt(HostStringOf(Send<PlatformId>(keys, "objectAtIndex:", i)));
+  for (const StringRef& key : keys) {
     const Value colour = Invoke(colourWithKey, list.get(), {Value::Share(key.get())});
     if (!colour.IsNil()) cards.push_back(CardOf(Utf8Of(key.get()), colour.object()));
   }

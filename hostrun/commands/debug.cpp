@@ -64,13 +64,14 @@ int Debug(const DebugOptions& options) {
 Action DebugCommand(CLI::App& app) {
   const auto options = std::make_shared<DebugOptions>();
   AddRunOptions(app, options->run);
+  app.get_option("program")->description("The program to run");
   static const std::map<std::string, Debugger::StopOn> kStopOn = {{"never", Debugger::StopOn::Never},
                                                                   {"raised", Debugger::StopOn::Raised},
                                                                   {"uncaught", Debugger::StopOn::Uncaught}};
   app.add_option("--stop-on", options->stopOn,
-                 "Which exceptions halt the program: raised (every one), uncaught or never")
+                 "Which exceptions halt the program; without this, those that nobody catches")
       ->transform(CLI::CheckedTransformer(kStopOn))
-      ->option_text("WHICH (uncaught)");
+      ->option_text("raised | uncaught | never");
   app.footer(
       "Halts before the first statement and takes commands: break, step, next, finish, continue, print, "
       "locals,\n"

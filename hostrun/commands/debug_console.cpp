@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::int32_t kListed = 10;       // lines at a time
 constexpr std::int32_t kListedBefore = 4;  // the one that is meant
+constexpr std::size_t kShownCalls = 20;    // besides the outermost
 
 void Say(const std::string& line) {
   WriteOutput(line + "\n");
@@ -184,8 +185,14 @@ std::string DebugConsole::PlaceOf(std::size_t stop) const {
   return where.routine == nullptr ? place : place + " in " + where.routine->signature.name;
 }
 
+std::string DebugConsole::TextOf(const Debugger::Breakpoint& point) const {
+  const std::string place = PlaceOf(point.stop);
+  return point.condition.empty() ? place : place + " if " + point.condition;
+}
+
 void DebugConsole::ShowHalt(const Debugger::Halt& halt) {
   frame_ = 0;
+  if (halt.why == Debugger::kInterrupted) Say("");  // behind the ^C that the terminal shows
   if (halt.elsewhere || !halt.why.empty()) {
     Say(PlaceOf(frame().stop) + (halt.why.empty() ? "" : ": " + halt.why));
   }
@@ -228,8 +235,7 @@ void DebugConsole::ShowVariables(bool ofRoutine) {
 
 void DebugConsole::ListBreakpoints() const {
   for (const Debugger::Breakpoint& point : debugger_.breakpoints()) {
-    Say(NumberOf(point.number) + "  " + PlaceOf(point.stop) +
-        (point.condition.empty() ? "" : " if " + point.condition));
+    Say(NumberOf(point.number) + "  " + TextOf(point));
   }
   if (debugger_.breakpoints().empty()) Say("no breakpoints");
 }
@@ -265,8 +271,7 @@ std::optional<DebugConsole::Going> DebugConsole::Break(const std::string& rest) 
   }
   for (const std::size_t stop : stops) {
     const Debugger::Breakpoint& made = debugger_.AddBreakpoint(stop, condition);
-    Say("breakpoint " + std::to_string(made.number) + ": " + PlaceOf(stop) +
-        (condition.empty() ? "" : " if " + condition) + moved);
+    Say("breakpoint " + std::to_string(made.number) + ": " + TextOf(made) + moved);
   }
   return std::nullopt;
 }
@@ -328,6 +333,10 @@ std::optional<DebugConsole::Going> DebugConsole::Globals(const std::string&) {
 std::optional<DebugConsole::Going> DebugConsole::Backtrace(const std::string&) {
   const std::vector<Debugger::Frame>& frames = debugger_.frames();
   for (std::size_t i = 0; i < frames.size(); ++i) {
+    if (i >= kShownCalls && i + 1 < frames.size()) continue;
+    if (i + 1 == frames.size() && i > kShownCalls) {
+      Say("  and " + std::to_string(i - kShownCalls) + " more calls, up to");
+    }
     Say(std::string(i == frame_ ? ">" : " ") + " #" + std::to_string(i) + " " +
         PlaceOf(frames[frames.size() - 1 - i].stop));
   }

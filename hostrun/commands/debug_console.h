@@ -40,6 +40,7 @@ class DebugConsole {
 
   const Debugger::Frame& frame() const;
   std::string PlaceOf(std::size_t stop) const;
+  std::string TextOf(const Debugger::Breakpoint& point) const;
   void ShowHalt(const Debugger::Halt& halt);
   void ShowLine(std::int32_t line) const;
   void ShowFrame();

@@ -95,10 +95,16 @@ void Debugger::Arrive(std::size_t stop, Activation& activation) {
   if (!why.empty() || StepEnds()) AskHowToGoOn(why);
 }
 
+void Debugger::Return(std::size_t stop, Activation& activation) {
+  if (aside_) return;
+  frames_.resize(machine.calls.size() + 1);
+  frames_.back() = {stop, &activation};
+}
+
 void Debugger::Idle() {
   if (pauseAsked == 0) return;
   if (aside_) throw InterruptRequest();
-  AskHowToGoOn("interrupted");
+  AskHowToGoOn(kInterrupted);
 }
 
 void Debugger::InputInterrupted() {
@@ -119,7 +125,7 @@ void Debugger::Raised(Object* exception) {
 }
 
 std::string Debugger::WhyAt(std::size_t stop, Activation& activation) {
-  if (pauseAsked != 0) return "interrupted";
+  if (pauseAsked != 0) return kInterrupted;
   for (const Breakpoint& breakpoint : breakpoints_) {
     if (breakpoint.stop != stop) continue;
     std::string why = WhyOf(breakpoint, activation);
@@ -137,7 +143,7 @@ std::string Debugger::WhyOf(const Breakpoint& breakpoint, Activation& activation
   } catch (const HostException& exception) {
     return why + ", whose condition raised " + DescribeException(exception.object());
   } catch (const InterruptRequest&) {
-    return "interrupted";
+    return kInterrupted;
   }
 }
 
@@ -166,10 +172,10 @@ void Debugger::AskHowToGoOn(const std::string& why) {
   DropReturned();
   const std::size_t depth = machine.calls.size();
   const Routine* const routine = stops_.all()[frames_.back().stop].routine;
-  pauseAsked = 0;
   asking_ = true;
   going_ = halted_({why, depth != fromDepth_ || routine != fromRoutine_});
   asking_ = false;
+  pauseAsked = 0;  // also one that came while it was halted
   fromDepth_ = depth;
   fromRoutine_ = routine;
   if (going_ == Going::End) throw QuitRequest{0};
@@ -199,6 +205,7 @@ std::vector<std::size_t> Debugger::StopsOfRoutine(const std::string& name) const
     }
   }
   std::vector<std::size_t> found;
+  found.reserve(first.size());
   for (const auto& [routine, stop] : first) found.push_back(stop);
   std::sort(found.begin(), found.end());
   return found;
@@ -232,7 +239,7 @@ std::optional<std::string> Debugger::Evaluate(const Frame& frame, const std::str
   } catch (const HostException& exception) {
     throw std::runtime_error("uncaught " + DescribeException(exception.object()));
   } catch (const InterruptRequest&) {
-    throw std::runtime_error("interrupted");
+    throw std::runtime_error(kInterrupted);
   } catch (const QuitRequest&) {
     throw std::runtime_error("wanted a value, found the end of the program; it is still halted");
   } catch (const std::bad_alloc&) {
@@ -248,6 +255,7 @@ std::vector<Debugger::Shown> Debugger::Variables(const Frame& frame, bool ofRout
     inner.try_emplace(LowerName(variable.name), &variable);
   }
   std::vector<const Binder::Variable*> chosen;
+  chosen.reserve(inner.size());
   for (const auto& [lower, variable] : inner) chosen.push_back(variable);
   // As they were declared; a static of a routine stands among the globals.
   std::sort(chosen.begin(), chosen.end(), [](const Binder::Variable* a, const Binder::Variable* b) {
@@ -255,6 +263,7 @@ std::vector<Debugger::Shown> Debugger::Variables(const Frame& frame, bool ofRout
            std::tuple(b->from, b->where == Where::Static, b->slot);
   });
   std::vector<Shown> shown;
+  shown.reserve(chosen.size());
   const Aside aside(*this);
   for (const Binder::Variable* const variable : chosen) {
     const Value value = Binder::MakePlace({}, *variable)->Eval(*frame.activation);

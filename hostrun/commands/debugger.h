@@ -19,8 +19,9 @@ class Debugger final : public StopObserver {
   // the next one that is not in a call of this one; Finish: the next one behind this call.
   enum class Going : std::uint8_t { Continue, Step, Next, Finish, End };
   enum class StopOn : std::uint8_t { Never, Uncaught, Raised };
+  static constexpr const char* kInterrupted = "interrupted";
   struct Halt {
-    std::string why;  // "breakpoint 1"; empty: a step has ended
+    std::string why;  // "breakpoint 1", kInterrupted; empty: a step has ended
     bool elsewhere;   // in another call than the one from which it went on
   };
   // A call that has not returned; all are of the program that is halted.
@@ -74,6 +75,7 @@ class Debugger final : public StopObserver {
   const Binder& BinderAt(const Frame& frame);
 
   void Arrive(std::size_t stop, Activation& activation) override;
+  void Return(std::size_t stop, Activation& activation) override;
   void Idle() override;
 
  private:

@@ -123,6 +123,8 @@ class Binder {
   int FindLoop(std::string_view word) const;
   // Null: the program's own level.
   const Routine* routine() const { return routine_; }
+  // Of a loop, which is looked at again after its body.
+  CodePtr BindLoopCondition(const Expression& expression);
   // So many stops are known; 0 where nobody asks for them.
   std::size_t CountStops() const;
   // The statements from stop `first` up to `last` are the body of a Try that catches exceptions of those

@@ -35,6 +35,28 @@ class IdleStep final : public Step {
   StopObserver& observer_;
 };
 
+class LoopCondition final : public Code {
+ public:
+  LoopCondition(CodePtr condition, StopObserver& observer, std::size_t number)
+      : Code(condition->at, condition->type),
+        condition_(std::move(condition)),
+        observer_(observer),
+        number_(number) {}
+  Value Eval(Activation& activation) const override {
+    observer_.Return(number_, activation);
+    return condition_->Eval(activation);
+  }
+  std::int64_t Whole(Activation& activation) const override {
+    observer_.Return(number_, activation);
+    return condition_->Whole(activation);
+  }
+
+ private:
+  CodePtr condition_;
+  StopObserver& observer_;
+  std::size_t number_;
+};
+
 }  // namespace
 
 std::size_t Stops::Begin(Position at, const Routine* routine) {
@@ -54,6 +76,10 @@ void Stops::AddIdleTo(StepBlock& into) {
   into.Add<IdleStep>(all_.back().at, observer_);
 }
 
+CodePtr Stops::Watched(CodePtr condition) {
+  return std::make_unique<LoopCondition>(std::move(condition), observer_, all_.size() - 1);
+}
+
 bool Stops::Catches(std::size_t stop, const Class& exception) const {
   return std::any_of(tries_.begin(), tries_.end(), [&](const Try& one) {
     return one.body.Holds(stop) && std::any_of(one.caught.begin(), one.caught.end(),
@@ -64,6 +90,11 @@ bool Stops::Catches(std::size_t stop, const Class& exception) const {
 void Binder::BindStatement(StepBlock& into, const Statement& statement) {
   if (stops_ == nullptr) return statement.Bind(*this, into);
   stops_->AddTo(into, statement.at, routine_, [&] { statement.Bind(*this, into); });
+}
+
+CodePtr Binder::BindLoopCondition(const Expression& expression) {
+  CodePtr condition = BindCondition(expression);
+  return stops_ == nullptr ? std::move(condition) : stops_->Watched(std::move(condition));
 }
 
 void Binder::NoteNames() {

@@ -21,6 +21,8 @@ class StopObserver {
   // A statement is about to run: the number of its stop, and the variables of the call that it runs in.
   // What is thrown leaves the statement as if it had thrown it.
   virtual void Arrive(std::size_t stop, Activation& activation) = 0;
+  // Control has come back from the statements of a loop to the loop itself, at that stop.
+  virtual void Return(std::size_t stop, Activation& activation) = 0;
   // A loop without statements begins another round.
   virtual void Idle() = 0;
 };
@@ -67,6 +69,8 @@ class Stops {
   }
   // For a body without statements, of the loop that was settled last.
   void AddIdleTo(StepBlock& into);
+  // The same condition, of the loop that was settled last.
+  CodePtr Watched(CodePtr condition);
   void NoteName(const Binder::Variable& variable) { names_.push_back({variable, {variable.from, count()}}); }
   void NoteTry(Extent body, std::vector<const Class*> caught) { tries_.push_back({body, std::move(caught)}); }
 

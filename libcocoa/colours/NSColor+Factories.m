@@ -10,7 +10,7 @@
 + (NSColor*)colorWithColorSpace:(NSColorSpace*)space
                      components:(const CGFloat*)components
                           count:(NSInteger)count {
-  int channels = [space numberOfColorComponents];
+  int channels = QVXChannelsOfSpace(space);
   if (channels < 1 || channels > QVXMostChannels) return nil;
   if (!components || count != channels + 1)
     [NSException

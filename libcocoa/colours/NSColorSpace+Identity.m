@@ -11,8 +11,7 @@ static NSString* const kDataKey = @"NSICC";
 - (BOOL)isEqual:(id)other {
   if (other == self) return YES;
   if (![other isKindOfClass:[NSColorSpace class]]) return NO;
-  QVXProfile* profile = QVXProfileOfSpace(self);
-  return profile && profile == QVXProfileOfSpace(other);
+  return QVXSpacesAreEqual(self, other);
 }
 
 - (NSUInteger)hash {

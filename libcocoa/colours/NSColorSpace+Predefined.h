@@ -60,6 +60,15 @@ NSString* QVXStockNameOfSpace(NSColorSpace* space);
 // CMYK profile is installed.
 QVXProfile* QVXProfileOfSpace(NSColorSpace* space);
 
+// Whether the two are one object or carry one profile.
+BOOL QVXSpacesAreEqual(NSColorSpace* one, NSColorSpace* other);
+
+// Its model; NSUnknownColorSpaceModel for nil.
+NSColorSpaceModel QVXModelOfSpace(NSColorSpace* space);
+
+// How many components its colours have beside the alpha; 0 for nil, and for a space that has no colours.
+int QVXChannelsOfSpace(NSColorSpace* space);
+
 // The profile that colours of the space are converted with, borrowed: the carried one; sRGB for device RGB;
 // gamma 2.2 for device gray; NULL for the CMYK spaces without a profile, which are converted by formula
 // through device RGB.

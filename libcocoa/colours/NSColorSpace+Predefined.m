@@ -116,7 +116,9 @@ static QVXProfile* InstalledCMYK(void) {
 // These functions stand inside the implementation, where they can read instance variables: a conversion calls
 // them several times, and sends would show.
 QVXSpaceKind QVXKindOfSpace(NSColorSpace* space) {
-  for (int kind = QVXOtherSpace + 1; space && kind < QVXSpaceKinds; ++kind)
+  if (!space) return QVXOtherSpace;
+#pragma GCC unroll 9
+  for (int kind = QVXOtherSpace + 1; kind < QVXSpaceKinds; ++kind)
     if (__atomic_load_n(&spaces[kind], __ATOMIC_ACQUIRE) == space) return kind;
   return QVXOtherSpace;
 }
@@ -134,6 +136,12 @@ static QVXProfile* ProfileOfKind(NSColorSpace* space, QVXSpaceKind kind) {
 
 QVXProfile* QVXProfileOfSpace(NSColorSpace* space) {
   return ProfileOfKind(space, QVXKindOfSpace(space));
+}
+
+BOOL QVXSpacesAreEqual(NSColorSpace* one, NSColorSpace* other) {
+  if (one == other) return YES;
+  QVXProfile* profile = QVXProfileOfSpace(one);
+  return profile && profile == QVXProfileOfSpace(other);
 }
 
 NSColorSpace* QVXSpaceOfBuiltIn(const QVXProfile* profile) {
@@ -158,12 +166,12 @@ QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
   return length > 0 ? [NSString stringWithCharacters:description length:length] : nil;
 }
 
-- (NSColorSpaceModel)colorSpaceModel {
-  return _colorSpaceModel;
+NSColorSpaceModel QVXModelOfSpace(NSColorSpace* space) {
+  return space ? space->_colorSpaceModel : NSUnknownColorSpaceModel;
 }
 
-- (int)numberOfColorComponents {
-  switch ([self colorSpaceModel]) {
+int QVXChannelsOfSpace(NSColorSpace* space) {
+  switch (QVXModelOfSpace(space)) {
     case NSGrayColorSpaceModel:
       return 1;
     case NSRGBColorSpaceModel:
@@ -172,10 +180,18 @@ QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
     case NSCMYKColorSpaceModel:
       return 4;
     case NSDeviceNColorSpaceModel:
-      return _colorSyncProfile ? (int)QVXProfileChannels(_colorSyncProfile) : 0;
+      return space->_colorSyncProfile ? (int)QVXProfileChannels(space->_colorSyncProfile) : 0;
     default:
       return 0;
   }
+}
+
+- (NSColorSpaceModel)colorSpaceModel {
+  return QVXModelOfSpace(self);
+}
+
+- (int)numberOfColorComponents {
+  return QVXChannelsOfSpace(self);
 }
 
 @end

@@ -10,8 +10,8 @@
   unsigned _channels;
   CGFloat _components[QVXMostComponents];
 }
+@end
 
 // The components are those of the space, then the alpha. All but Lab is clipped to 0 to 1, and what is
-// infinite in Lab becomes 0; what is not a number stays. nil if the space has no components.
-+ (QVXProfileColor*)colorInSpace:(NSColorSpace*)space components:(const CGFloat*)components;
-@end
+// infinite in Lab becomes 0; what is not a number stays. nil if the space has no components. Autoreleased.
+QVXProfileColor* QVXMakeProfileColor(NSColorSpace* space, const CGFloat* components);

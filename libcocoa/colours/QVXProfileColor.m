@@ -6,23 +6,29 @@
 
 #import "libcocoa/colours/NSColor+Components.h"
 #import "libcocoa/colours/hue_saturation_brightness.h"
+#include "libcocoa/runtime/kept_class.h"
 
 @implementation QVXProfileColor
 
 // What is no number stays, as in GNUstep's own colours.
+static CGFloat Clipped(CGFloat component) {
+  return component < 0 ? 0 : component > 1 ? 1 : component;
+}
 static CGFloat Held(CGFloat component, BOOL isLab) {
-  return isnan(component) ? component : (CGFloat)QVXHeldComponent(component, isLab);
+  if (!isLab) return Clipped(component);
+  return isnan(component) ? component : (CGFloat)QVXHeldComponent(component, YES);
 }
 
-+ (QVXProfileColor*)colorInSpace:(NSColorSpace*)space components:(const CGFloat*)components {
-  int channels = [space numberOfColorComponents];
+QVXProfileColor* QVXMakeProfileColor(NSColorSpace* space, const CGFloat* components) {
+  int channels = QVXChannelsOfSpace(space);
   if (channels < 1 || channels > QVXMostChannels) return nil;
-  QVXProfileColor* color = [[self alloc] autorelease];
+  static Class own;
+  QVXProfileColor* color = [NSAllocateObject(QVXKeptClass(&own, "QVXProfileColor"), 0, NULL) autorelease];
   color->_space = [space retain];
   color->_channels = (unsigned)channels;
-  BOOL isLab = [space colorSpaceModel] == NSLABColorSpaceModel;
+  BOOL isLab = QVXModelOfSpace(space) == NSLABColorSpaceModel;
   for (int i = 0; i < channels; ++i) color->_components[i] = Held(components[i], isLab);
-  color->_components[channels] = Held(components[channels], NO);
+  color->_components[channels] = Clipped(components[channels]);
   return color;
 }
 
@@ -150,7 +156,7 @@ static void Put(CGFloat* place, CGFloat value) {
   [self getComponents:components];
   if (components[_channels] == alpha) return self;
   components[_channels] = alpha;
-  return [QVXProfileColor colorInSpace:_space components:components];
+  return QVXMakeProfileColor(_space, components);
 }
 
 @end

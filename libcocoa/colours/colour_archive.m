@@ -21,7 +21,6 @@ enum {
   kSizeMask = 0x60,
   kSeenBefore = 0x80,
   kTypeNone = 0x00,
-  kTypeChar = 0x01,
   kTypeUnsignedChar = 0x02,
   kTypeUnsignedShort = 0x04,
   kTypeInt = 0x05,
@@ -203,8 +202,7 @@ static id const kUnreadable = @"unreadable";
   if (![self takeArrayOf:length]) return nil;
   BOOL wide = encoding == NSUnicodeStringEncoding;
   uint8_t element = [self takeTag] & kTypeMask;
-  if (wide ? element != kTypeUnsignedShort : element != kTypeUnsignedChar && element != kTypeChar)
-    return [self fail];
+  if (element != (wide ? kTypeUnsignedShort : kTypeUnsignedChar)) return [self fail];
   if (!wide && encoding != NSASCIIStringEncoding && encoding != NSUTF8StringEncoding &&
       encoding != NSISOLatin1StringEncoding)
     return [self fail];

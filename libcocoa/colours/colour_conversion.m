@@ -5,6 +5,7 @@
 
 #import "libcocoa/colours/NSColor+Named.h"
 #import "libcocoa/colours/QVXProfileColor.h"
+#include "libcocoa/runtime/kept_class.h"
 
 // The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
 static NSString* FormulaName(NSColorSpace* space) {
@@ -15,19 +16,21 @@ static NSString* FormulaName(NSColorSpace* space) {
 }
 
 NSColor* QVXColorWithComponents(NSColorSpace* space, const CGFloat* c) {
+  static Class kept;
+  Class colors = QVXKeptClass(&kept, "NSColor");
   switch (QVXKindOfSpace(space)) {
     case QVXDeviceRGBSpace:
-      return [NSColor colorWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
+      return [colors colorWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
     case QVXGenericRGBSpace:
-      return [NSColor colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
+      return [colors colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
     case QVXDeviceGraySpace:
-      return [NSColor colorWithDeviceWhite:c[0] alpha:c[1]];
+      return [colors colorWithDeviceWhite:c[0] alpha:c[1]];
     case QVXGenericGraySpace:
-      return [NSColor colorWithCalibratedWhite:c[0] alpha:c[1]];
+      return [colors colorWithCalibratedWhite:c[0] alpha:c[1]];
     case QVXDeviceCMYKSpace:
-      return [NSColor colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
+      return [colors colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
     default:
-      return [QVXProfileColor colorInSpace:space components:c];
+      return QVXMakeProfileColor(space, c);
   }
 }
 
@@ -70,7 +73,7 @@ static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpac
     for (int i = 0; i < 3; ++i) result[i] = 1 - result[i];
     result[3] = 0;
   }
-  int channels = [to numberOfColorComponents];
+  int channels = QVXChannelsOfSpace(to);
   for (int i = 0; i < channels; ++i) components[i] = (CGFloat)result[i];
   components[channels] = alpha;
   return QVXColorWithComponents(to, components);
@@ -79,7 +82,7 @@ static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpac
 // Whether colours of the one space are colours of the other as they are. A space that equals one of GNUstep's
 // has the same numbers, but no colours of GNUstep's kinds.
 static BOOL IsSame(NSColorSpace* from, NSColorSpace* to) {
-  return from == to || ([from isEqual:to] && !QVXStockNameOfSpace(to));
+  return from == to || (QVXSpacesAreEqual(from, to) && !QVXStockNameOfSpace(to));
 }
 
 NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* to) {
@@ -91,7 +94,7 @@ NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* to) {
   }
   if (!from) return nil;
   if (IsSame(from, to)) return color;
-  if ([to numberOfColorComponents] < 1) return nil;
+  if (QVXChannelsOfSpace(to) < 1) return nil;
   return FormulaName(from) && FormulaName(to) ? ConvertByFormula(color, from, to)
                                               : ConvertByProfile(color, from, to);
 }

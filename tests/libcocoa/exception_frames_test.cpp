@@ -87,6 +87,60 @@ TEST(NestedFrames, MayLieInOneFunctionInAnyOrder) {
   EXPECT_EQ(downwards[1], 1);
 }
 
+// Leaves the inner of two frames of one function, which takes nothing from then on. Counts deliveries.
+template <std::size_t Outer>
+[[gnu::noinline]] void RaiseAfterTheInnerFrame(int (&delivered)[2]) {
+  ObjCExceptionFrame frames[2];
+  ObjCExceptionFrame& outer = frames[Outer];
+  ObjCExceptionFrame& inner = frames[1 - Outer];
+  objc_exception_try_enter(&outer);
+  if (_setjmp(outer.buffer) != 0) {
+    ++delivered[0];
+    return;
+  }
+  objc_exception_try_enter(&inner);
+  if (_setjmp(inner.buffer) != 0) {
+    ++delivered[1];
+    return;
+  }
+  objc_exception_try_exit(&inner);
+  RaiseBang(nullptr);
+}
+
+TEST(NestedFrames, GiveTheOuterWhatIsRaisedAfterTheInner) {
+  int upwards[2] = {};
+  RaiseAfterTheInnerFrame<0>(upwards);
+  EXPECT_EQ(upwards[0], 1);
+  EXPECT_EQ(upwards[1], 0);
+  int downwards[2] = {};
+  RaiseAfterTheInnerFrame<1>(downwards);
+  EXPECT_EQ(downwards[0], 1);
+  EXPECT_EQ(downwards[1], 0);
+}
+
+// Leaves the outer of two frames of one function. Counts deliveries to either.
+[[gnu::noinline]] void RaiseAfterTheOuterFrame(int& delivered) {
+  ObjCExceptionFrame frames[2];
+  objc_exception_try_enter(&frames[1]);
+  if (_setjmp(frames[1].buffer) != 0) {
+    ++delivered;
+    return;
+  }
+  objc_exception_try_enter(&frames[0]);
+  if (_setjmp(frames[0].buffer) != 0) {
+    ++delivered;
+    return;
+  }
+  objc_exception_try_exit(&frames[1]);
+  RaiseBang(nullptr);
+}
+
+TEST(NestedFrames, AreLeftWithTheOuter) {
+  int delivered = 0;
+  EXPECT_EQ(NameOf(Guarded([&] { RaiseAfterTheOuterFrame(delivered); })), "Bang");
+  EXPECT_EQ(delivered, 0);
+}
+
 TEST(StaleFrame, IsWhatAnEnteredFrameWithoutSetjmpCountsAs) {
   const id exception = Guarded([] {
     ObjCExceptionFrame frame;

@@ -1,7 +1,10 @@
 // tests/libcocoa/exception_threads_test.cpp - frames of several threads.
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <array>
+#include <cstdlib>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -42,6 +45,39 @@ TEST(Threads, HaveFramesOfTheirOwn) {
   EXPECT_EQ(on_thread, "Bang");
   EXPECT_EQ(caught_on_thread, "Bang");
   EXPECT_EQ(here, nullptr);
+}
+
+void Nothing(void*) {}
+
+// Runs among the destructors of an ending thread, after that of the library: takes the memory that the
+// library has just given back, and raises.
+struct AtTheEnd {
+  std::array<unsigned char, 128> zeros{};  // of the size of the library's first list of frames
+  bool wasDelivered = false, isUntouched = false;
+
+  static void Run(void* self) {
+    auto& end = *static_cast<AtTheEnd*>(self);
+    auto* const block = static_cast<unsigned char*>(std::calloc(1, end.zeros.size()));
+    void* const pool = objc_autoreleasePoolPush();
+    end.wasDelivered = GuardedInC(&RaiseBang, nullptr) != nullptr;
+    objc_autoreleasePoolPop(pool);
+    end.isUntouched = std::memcmp(block, end.zeros.data(), end.zeros.size()) == 0;
+    std::free(block);
+  }
+};
+
+TEST(Threads, MayRaiseWhileTheyEnd) {
+  GuardedInC(&Nothing, nullptr);  // the library has its key: destructors run in the order of the keys
+  pthread_key_t key = 0;
+  ASSERT_EQ(pthread_key_create(&key, &AtTheEnd::Run), 0);
+  AtTheEnd end;
+  PooledThread([&] {
+    GuardedInC(&Nothing, nullptr);
+    pthread_setspecific(key, &end);
+  }).Join();
+  pthread_key_delete(key);
+  EXPECT_TRUE(end.wasDelivered);
+  EXPECT_TRUE(end.isUntouched);
 }
 
 TEST(Threads, RaisePastPlainFunctionsAtTheSameTime) {

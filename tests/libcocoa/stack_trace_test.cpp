@@ -15,6 +15,19 @@
 
 namespace {
 
+int walks = 0;  // of the C library's
+
+}  // namespace
+
+// Takes the place of the C library's own, which it counts and calls.
+extern "C" int backtrace(void** addresses, int most) {
+  ++walks;
+  static const auto own = reinterpret_cast<decltype(&backtrace)>(dlsym(RTLD_NEXT, "backtrace"));
+  return own(addresses, most);
+}
+
+namespace {
+
 using qvx::Message;
 using Addresses = std::vector<std::uintptr_t>;
 
@@ -29,10 +42,11 @@ Addresses KeptBy(id exception) {
 }
 
 // What the C library's walk finds outside of the function that runs this, and what an exception keeps that
-// is raised in the same place.
+// is raised in the same place; how often the library had the C library walk for that.
 struct Trace {
   Addresses expected{};
   id exception = nullptr;
+  int walks = 0;
 };
 
 [[gnu::noinline]] void RaiseHere(void* context) {
@@ -42,11 +56,21 @@ struct Trace {
   for (void** each = std::find(found.data(), end, __builtin_return_address(0)); each < end; ++each) {
     trace.expected.push_back(reinterpret_cast<std::uintptr_t>(*each));
   }
+  walks = 0;
   Raise(NewException("Bang", "for a test"));
 }
 
-// The exception also keeps the functions that raised it. Its last addresses are those of the walk.
+// Raises by way of the body.
+template <typename Body>
+void RaiseBy(Trace& trace, const Body& body) {
+  trace.exception = Guarded(body);
+  trace.walks = walks;
+}
+
+// The exception also keeps the functions that raised it. Its last addresses are those of the walk, which the
+// library has not needed.
 void ExpectSameStack(const Trace& trace) {
+  EXPECT_EQ(trace.walks, 0);
   const Addresses kept = KeptBy(trace.exception);
   ASSERT_GT(trace.expected.size(), 3U);
   ASSERT_GT(kept.size(), trace.expected.size());
@@ -56,14 +80,14 @@ void ExpectSameStack(const Trace& trace) {
 
 TEST(StackTrace, IsThatOfTheCLibrary) {
   Trace trace;
-  trace.exception = Guarded([&] { RaiseHere(&trace); });
+  RaiseBy(trace, [&] { RaiseHere(&trace); });
   ExpectSameStack(trace);
 }
 
 TEST(StackTrace, IsTheSameTheSecondTime) {
   for (int i = 0; i < 2; ++i) {
     Trace trace;
-    trace.exception = Guarded([&] { RaiseHere(&trace); });
+    RaiseBy(trace, [&] { RaiseHere(&trace); });
     ExpectSameStack(trace);
   }
 }
@@ -77,7 +101,7 @@ TEST(StackTrace, IsTheSameTheSecondTime) {
 
 TEST(StackTrace, PassesAFunctionThatRealignsItsStack) {
   Trace trace;
-  trace.exception = Guarded([&] { OnARealignedStack(trace); });
+  RaiseBy(trace, [&] { OnARealignedStack(trace); });
   ExpectSameStack(trace);
 }
 
@@ -91,7 +115,7 @@ TEST(StackTrace, PassesAFunctionThatRealignsItsStack) {
 TEST(StackTrace, PassesAFunctionWhoseStackHasNoFixedSize) {
   for (const std::size_t size : {16U, 1000U, 5000U}) {
     Trace trace;
-    trace.exception = Guarded([&] { OnAStackOfNoFixedSize(trace, size); });
+    RaiseBy(trace, [&] { OnAStackOfNoFixedSize(trace, size); });
     ExpectSameStack(trace);
   }
 }
@@ -99,15 +123,16 @@ TEST(StackTrace, PassesAFunctionWhoseStackHasNoFixedSize) {
 TEST(StackTrace, PassesObjectiveCThatHasSomethingToCleanUp) {
   int ran = 0;
   Trace trace;
-  trace.exception = Guarded([&] { ThroughFinally(&RaiseHere, &trace, &ran); });
+  RaiseBy(trace, [&] { ThroughFinally(&RaiseHere, &trace, &ran); });
   EXPECT_EQ(ran, 1);
   ExpectSameStack(trace);
 }
 
 TEST(StackTrace, IsKeptWhereAFunctionHasNoUnwindTables) {
   Trace trace;
-  trace.exception = Guarded([&] { ThroughPlainC(&RaiseHere, &trace); });
+  RaiseBy(trace, [&] { ThroughPlainC(&RaiseHere, &trace); });
   EXPECT_FALSE(KeptBy(trace.exception).empty());
+  EXPECT_EQ(trace.walks, 1);
 }
 
 // The library's function fills its part of the stack with a word.
@@ -117,7 +142,7 @@ Addresses RaiseThroughLibrary(const char* path, std::uintptr_t filling) {
   using Through = void (*)(Body, void*, std::uintptr_t);
   auto* const through = reinterpret_cast<Through>(dlsym(library, "ThroughUnloadable"));
   Trace trace;
-  trace.exception = Guarded([&] { through(&RaiseHere, &trace, filling); });
+  RaiseBy(trace, [&] { through(&RaiseHere, &trace, filling); });
   ExpectSameStack(trace);
   dlclose(library);
   return trace.expected;
@@ -139,7 +164,7 @@ TEST(StackTrace, ForgetsALibraryThatWasUnloaded) {
 
 TEST(StackTrace, EndsAfter128FunctionsOfADeepStack) {
   Trace trace;
-  trace.exception = Guarded([&] { RaiseFrom(500, trace); });
+  RaiseBy(trace, [&] { RaiseFrom(500, trace); });
   const Addresses kept = KeptBy(trace.exception);
   EXPECT_GT(kept.size(), 120U);
   EXPECT_LE(kept.size(), 128U);

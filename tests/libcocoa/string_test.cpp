@@ -1,5 +1,6 @@
 // tests/libcocoa/string_test.cpp - Core Foundation strings: encodings, strictness, bounds.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <array>
 #include <cstring>
@@ -130,6 +131,17 @@ TEST_P(UnpairedSurrogate, SurvivesBeingCopiedComparedAndAppendedTo) {
   const String copy(CFStringCreateMutableCopy(nullptr, 0, string.Get()));
   ASSERT_NE(copy.Get(), nullptr);
   EXPECT_EQ(Units(copy), GetParam());
+}
+
+TEST(UnpairedSurrogates, LeaveNoMemoryBehind) {
+  const std::u16string text(1000, u'\xD800');
+  const auto makeMany = [&] {
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(CFStringGetLength(FromUnits(text).Get()), 1000);
+  };
+  makeMany();
+  const std::size_t before = ::mallinfo2().uordblks;
+  makeMany();
+  EXPECT_LT(::mallinfo2().uordblks, before + 1000);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, UnpairedSurrogate,

@@ -15,7 +15,7 @@ inline constexpr std::uint32_t kMagic32 = 0xFEEDFACE;
 inline constexpr std::uint32_t kProcessorI386 = 7;
 inline constexpr std::uint32_t kProcessorI386All = 3;
 
-enum class FileType : std::uint32_t { Object = 1, Bundle = 8 };
+enum class FileType : std::uint32_t { Object = 1, Bundle = 8, Debug = 10 };
 
 // What a header's flags promise of a linked file.
 inline constexpr std::uint32_t kNoUndefinedSymbols = 0x1;  // each is given a library
@@ -82,6 +82,7 @@ enum class SectionKind : std::uint8_t {
 inline constexpr std::uint32_t kSectionKindMask = 0xFF;
 // Attributes beside the kind.
 inline constexpr std::uint32_t kOnlyInstructions = 0x80000000;
+inline constexpr std::uint32_t kForDebuggersOnly = 0x02000000;
 inline constexpr std::uint32_t kSomeInstructions = 0x400;
 inline constexpr std::uint32_t kHasRelocations = 0x300;
 

@@ -2,7 +2,9 @@
 #include "bundle/desktop/final_link/link.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "bundle/desktop/final_link/debug_file.h"
 #include "bundle/desktop/final_link/load_commands.h"
 #include "bundle/desktop/final_link/refusal.h"
 
@@ -40,7 +42,7 @@ ExportedSymbol PlaceExported(const InputSymbol& symbol, const Layout& layout) {
 
 }  // namespace
 
-Bytes Link(std::span<const std::uint8_t> file, const std::string& exported) {
+Linked Link(std::span<const std::uint8_t> file, const std::string& exported) {
   const Object object = ReadObject(file);
   const InputSymbol& symbol = FindExported(object, exported);
   const Imports imports = CollectImports(object);
@@ -59,7 +61,8 @@ Bytes Link(std::span<const std::uint8_t> file, const std::string& exported) {
   std::ranges::copy(LoadCommands(layout, imports, information, table), bundle.begin());
   bundle.insert(bundle.end(), information.bytes.begin(), information.bytes.end());
   SetUuid(bundle);
-  return bundle;
+  Bytes debug = DebugFile(object, imports, layout, bundle);
+  return {std::move(bundle), std::move(debug)};
 }
 
 }  // namespace desktop

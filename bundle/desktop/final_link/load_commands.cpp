@@ -26,12 +26,6 @@ std::uint32_t LoadLibrarySize(const std::string& path) {
   return sizeof(LoadLibraryCommand) + (static_cast<std::uint32_t>(path.size()) + 1 + 3) / 4 * 4;
 }
 
-Name16 Name(std::string_view text) {
-  Name16 name{};
-  text.copy(name.data(), name.size());
-  return name;
-}
-
 class CommandWriter {
  public:
   template <typename Record>
@@ -159,6 +153,12 @@ std::uint64_t Hash(const Bytes& bytes, std::uint64_t start) {
 
 }  // namespace
 
+Name16 Name(std::string_view text) {
+  Name16 name{};
+  text.copy(name.data(), name.size());
+  return name;
+}
+
 std::uint32_t LoadCommandsSize(const SectionCounts& sections, const Imports& imports) {
   std::uint32_t size = sizeof(Header) + kSegmentCount * sizeof(SegmentCommand) + kOtherSizes;
   size += (sections.text + sections.data) * static_cast<std::uint32_t>(sizeof(SectionHeader));
@@ -198,6 +198,12 @@ void SetUuid(Bytes& file) {
   uuid[6] = static_cast<std::uint8_t>((uuid[6] & 0x0F) | 0x80);  // version 8: made from what its maker chose
   uuid[8] = static_cast<std::uint8_t>((uuid[8] & 0x3F) | 0x80);
   std::memcpy(&file[UuidOffset(file)], uuid.data(), uuid.size());
+}
+
+std::array<std::uint8_t, 16> UuidOf(const Bytes& file) {
+  std::array<std::uint8_t, 16> uuid{};
+  std::memcpy(uuid.data(), &file[UuidOffset(file)], uuid.size());
+  return uuid;
 }
 
 }  // namespace desktop

@@ -1,6 +1,7 @@
 // bundle/desktop/final_link/main.cpp - the command that links an object into a bundle.
 //
-//   final_link OBJECT BUNDLE SYMBOL    the bundle exports SYMBOL and nothing else
+//   final_link OBJECT BUNDLE DEBUG SYMBOL    the bundle exports SYMBOL and nothing else; DEBUG is for
+//   debuggers
 #include <cstdio>
 #include <exception>
 #include <fstream>
@@ -32,13 +33,15 @@ void WriteFile(const std::string& path, const desktop::Bytes& bytes) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count != 4) {
-    std::fprintf(stderr, "usage: final_link OBJECT BUNDLE SYMBOL\n");
+  if (count != 5) {
+    std::fprintf(stderr, "usage: final_link OBJECT BUNDLE DEBUG SYMBOL\n");
     return 2;
   }
   const std::string object = arguments[1];
   try {
-    WriteFile(arguments[2], desktop::Link(ReadFile(object), std::string("_") + arguments[3]));
+    const desktop::Linked linked = desktop::Link(ReadFile(object), std::string("_") + arguments[4]);
+    WriteFile(arguments[2], linked.bundle);
+    WriteFile(arguments[3], linked.debug);
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "final_link: %s: %s\n", object.c_str(), problem.what());
     return 1;

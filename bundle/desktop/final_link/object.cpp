@@ -11,7 +11,8 @@ namespace desktop {
 
 namespace {
 
-constexpr std::uint32_t kLargestAddress = 1U << 24;  // as far as a scattered relocation reaches
+constexpr std::size_t kForDebuggers = ~std::size_t{0};  // the place of a section that no symbol may be in
+constexpr std::uint32_t kLargestAddress = 1U << 24;     // as far as a scattered relocation reaches
 
 // What the load commands of the object say, before it is made sense of.
 struct Commands {
@@ -265,12 +266,21 @@ Object ReadObject(std::span<const std::uint8_t> file) {
 
   // From here on a section is known by its place in the order of addresses.
   std::vector<std::size_t> placeOf(order.size());
-  for (std::size_t place = 0; place < order.size(); ++place) {
-    placeOf[order[place]] = place;
-    object.sections.push_back(std::move(sections[order[place]]));
+  for (const std::size_t index : order) {
+    const bool isDebug = sections[index].segment == "__DWARF";
+    if (isDebug && sections[index].kind != SectionKind::Regular) {
+      RefuseFor("plain bytes for debuggers, found ", sections[index].Title(), " of kind ",
+                static_cast<unsigned>(sections[index].kind));
+    }
+    std::vector<InputSection>& kept = isDebug ? object.debug : object.sections;
+    placeOf[index] = isDebug ? kForDebuggers : kept.size();
+    kept.push_back(std::move(sections[index]));
   }
   for (InputSymbol& symbol : object.symbols) {
-    if (symbol.section) symbol.section = placeOf[*symbol.section];
+    if (!symbol.section) continue;
+    symbol.section = placeOf[*symbol.section];
+    if (symbol.section == kForDebuggers)
+      RefuseFor("no symbol among the sections for debuggers, found ", Quoted(symbol.name));
   }
   return object;
 }

@@ -55,7 +55,8 @@ struct InputSymbol {
 };
 
 struct Object {
-  std::vector<InputSection> sections;  // in the order of their addresses
+  std::vector<InputSection> sections;  // in the order of their addresses, without those for debuggers
+  std::vector<InputSection> debug;     // the sections for debuggers, of the segment __DWARF
   std::vector<InputSymbol> symbols;
 
   // The section that holds an address of the object. Refuses an address in none; `what` says whose it is.

@@ -254,7 +254,7 @@ struct While final : Statement {
   Block body;
 
   void Bind(Binder& binder, StepBlock& into) const override {
-    CodePtr top = binder.BindCondition(*condition);
+    CodePtr top = binder.BindLoopCondition(*condition);
     const Binder::LoopGuard loop(binder, "while");
     into.Add<ConditionalLoop>(at, loop.number(), std::move(top), binder.BindBlock(body), nullptr);
   }
@@ -278,7 +278,7 @@ struct Do final : Statement {
  private:
   CodePtr BindOptional(Binder& binder, const ExpressionPtr& condition) const {
     if (!condition) return nullptr;
-    CodePtr code = binder.BindCondition(*condition);
+    CodePtr code = binder.BindLoopCondition(*condition);
     return until ? MakeUnary(at, "not", std::move(code)) : std::move(code);
   }
 };

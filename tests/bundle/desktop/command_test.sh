@@ -22,11 +22,15 @@ refuses() {
   fi
 }
 
-refuses 2 'usage: final_link OBJECT BUNDLE SYMBOL' zeros.o QVXColor
-refuses 1 'final_link: zeros.o: wanted the magic number 0xFEEDFACE, found 0x0' zeros.o QVXColor Entry
-refuses 1 'final_link: none.o: wanted an object to read, found none' none.o QVXColor Entry
+refuses 2 'usage: final_link OBJECT BUNDLE DEBUG SYMBOL' zeros.o QVXColor
+refuses 1 'final_link: zeros.o: wanted the magic number 0xFEEDFACE, found 0x0' zeros.o QVXColor debug Entry
+refuses 1 'final_link: none.o: wanted an object to read, found none' none.o QVXColor debug Entry
 if [ "$(cat QVXColor)" != "the bundle before" ]; then
   echo "wanted the bundle before, found it changed"
+  failures=$((failures + 1))
+fi
+if [ -e debug ]; then
+  echo "wanted no file for debuggers, found one"
   failures=$((failures + 1))
 fi
 exit $failures

@@ -16,7 +16,7 @@ namespace {
 using desktop::Bytes;
 
 Bytes Linked(const small::Object& object) {
-  return desktop::Link(object.Bytes(), "_Entry");
+  return desktop::Link(object.Bytes(), "_Entry").bundle;
 }
 
 // A linked bundle, read at the offsets that the format gives them.
@@ -304,6 +304,24 @@ const Broken kBroken[] = {
      "relocations"},
     {"ANameInNoLetters", [](auto& o) { Data(o).name = "a\nb"; },
      "wanted a section's name in plain letters, found \"a?b\""},
+    {"ASymbolForDebuggers",
+     [](auto& o) {
+       small::AddDebug(o);
+       o.symbols.push_back({"_Debugged", desktop::kInSection, 7, 0, small::kDebugAt});
+     },
+     "wanted no symbol among the sections for debuggers, found \"_Debugged\""},
+    {"NothingForDebuggers",
+     [](auto& o) {
+       small::AddDebug(o);
+       o.sections.back().flags = static_cast<std::uint32_t>(desktop::SectionKind::CStrings);
+     },
+     "wanted plain bytes for debuggers, found __DWARF,__debug_line of kind 2"},
+    {"ADistanceForDebuggers",
+     [](auto& o) {
+       small::AddDebug(o);
+       o.sections.back().relocations = {small::Plain(4, small::kHelper, true, true)};
+     },
+     "wanted the relocation at 0x4 of __DWARF,__debug_line of an address in the object, found another kind"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Of, Refused, testing::ValuesIn(kBroken),

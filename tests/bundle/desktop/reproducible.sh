@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # tests/bundle/desktop/reproducible.sh SOURCE BUILD LINK FOLDER BUILT - builds the desktop bundle once more, from a copy of
-# the sources in FOLDER, and wants the same file. Ends with 77 where it can't be built.
+# the sources in FOLDER, and wants the same files. Ends with 77 where it can't be built.
 #
 # The commands are those of the build, with the other paths in them.
 set -euo pipefail
@@ -22,7 +22,8 @@ rm -rf "$folder"
 mkdir -p "$folder/source" "$folder/build"
 cp -r "$source/bundle" "$folder/source/"
 rooms=$(find "$build/houses/bundle/desktop" -type d -printf "$folder/build/houses/bundle/desktop/%P\n")
-mkdir -p $rooms "$folder/build/desktop/QVXColor.bundle/Contents/MacOS"
+mkdir -p $rooms "$folder/build/desktop/QVXColor.bundle/Contents/MacOS" \
+  "$folder/build/desktop/QVXColor.bundle.dSYM/Contents/Resources/DWARF"
 # Names that may lie in each other are taken out first, the longest first; the unpacked headers and the link that was
 # built stay. What the build does with the compiler's lists of headers is left out.
 sed -e "s|$ours|@LINK@|g; s|$source/build/libcxx|@HEADERS@|g; s|$build|@BUILD@|g; s|$source|@SOURCE@|g" \
@@ -30,4 +31,6 @@ sed -e "s|$ours|@LINK@|g; s|$source/build/libcxx|@HEADERS@|g; s|$build|@BUILD@|g
   -e 's| && [^ ]*cmake -E cmake_transform_depfile .*||' <<<"$commands" >"$folder/commands"
 while read -r command; do bash -euc "$command"; done <"$folder/commands"
 
-cmp "$build/desktop/QVXColor.bundle/Contents/MacOS/QVXColor" "$folder/build/desktop/QVXColor.bundle/Contents/MacOS/QVXColor"
+for file in QVXColor.bundle/Contents/MacOS/QVXColor QVXColor.bundle.dSYM/Contents/Resources/DWARF/QVXColor; do
+  cmp "$build/desktop/$file" "$folder/build/desktop/$file"
+done

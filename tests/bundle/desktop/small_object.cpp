@@ -171,4 +171,12 @@ Object GoodObject() {
   return object;
 }
 
+void AddDebug(Object& object) {
+  constexpr std::uint32_t kHelperAt = 0x20;
+  Section section{"__DWARF", "__debug_line", desktop::kForDebuggersOnly, kDebugAt};
+  section.bytes = Word(kHelperAt) + Word(7);
+  section.relocations = {Plain(0, kText + 1, false, false)};
+  object.sections.push_back(section);
+}
+
 }  // namespace small

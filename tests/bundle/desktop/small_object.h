@@ -54,4 +54,8 @@ enum Symbols : std::size_t { kEntry, kHelper, kStrlen, kGuard, kSpace };
 // to the string and to NSCalibratedRGBColorSpace.
 Object GoodObject();
 
+// Adds a section for debuggers, at kDebugAt: two words, the address of the helper and 7.
+inline constexpr std::uint32_t kDebugAt = 0x100;
+void AddDebug(Object& object);
+
 }  // namespace small

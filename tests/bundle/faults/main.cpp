@@ -4,6 +4,7 @@
 //   fault_matrix BUNDLE                       everything
 //   fault_matrix BUNDLE --only TEXT           functions whose declaration contains TEXT
 //   fault_matrix BUNDLE --single              without pairs of faults
+//   fault_matrix BUNDLE --once                the same events on several host versions count once
 //   fault_matrix BUNDLE --reproduce CASE PLAN one call, with its events; CASE and PLAN as a report prints
 //   them
 //
@@ -55,13 +56,20 @@ void Note(const Case& each, const Plan& plan, std::uint32_t offset = 0) {
   std::strncpy(shared->doing, text.c_str(), sizeof shared->doing - 1);
 }
 
+// How much of everything is done.
+struct Extent {
+  bool pairs = true;
+  bool everyVersion = true;
+  bool everyFunction = true;
+};
+
 class FunctionRun {
  public:
-  FunctionRun(const Target& target, bool pairs) : target_(target), pairs_(pairs) {}
+  FunctionRun(const Target& target, const Extent& extent) : target_(target), extent_(extent) {}
 
   void Run() {
     for (const long double version : kVersions) {
-      tracesOfVersion_.clear();
+      if (extent_.everyVersion) tracesTried_.clear();
       for (const Choice& choice : Choices(target_)) {
         for (const Setting& setting : kSettings) RunCase({&target_, choice, &setting, version});
       }
@@ -85,7 +93,7 @@ class FunctionRun {
     const Observation baseline = Make(each, {}, true);
     // Another setting or input with the very same events tells nothing new.
     const std::string trace = TraceOf(each, baseline);
-    if (!tracesOfVersion_.insert(trace).second) return;
+    if (!tracesTried_.insert(trace).second) return;
     const bool newForPairs = traces_.insert(trace).second;
     ++shared->cases;
     shared->events += baseline.steps.size();
@@ -107,7 +115,7 @@ class FunctionRun {
         const Observation observed = Make(each, plan, true, StackOffsetFor(plan));
         ++shared->faults;
         Judge(each, plan, baseline, observed);
-        if (!pairs_ || !newForPairs) continue;
+        if (!extent_.pairs || !newForPairs) continue;
         if (faultable <= kMostEventsForPairs) {
           RunPairs(each, plan.front(), baseline, observed);
         } else {
@@ -187,8 +195,8 @@ class FunctionRun {
   }
 
   const Target& target_;
-  bool pairs_;
-  std::set<std::string> tracesOfVersion_;
+  const Extent extent_;
+  std::set<std::string> tracesTried_;
   std::set<std::string> traces_;
   std::set<std::string> reports_;
   std::map<std::string, std::size_t> known_;
@@ -277,7 +285,7 @@ bool EveryAllowanceIsUsed(const Shared& sum) {
   return all;
 }
 
-int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
+int RunAll(const std::vector<Target>& targets, const Extent& extent) {
   const auto start = std::chrono::steady_clock::now();
   auto* const area = static_cast<Shared*>(mmap(nullptr, targets.size() * sizeof(Shared),
                                                PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
@@ -309,7 +317,7 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
       const rlimit limit{kSecondsPerFunction, kSecondsPerFunction};
       setrlimit(RLIMIT_CPU, &limit);
       shared = area + i;
-      FunctionRun(targets[i], pairs).Run();
+      FunctionRun(targets[i], extent).Run();
       std::exit(0);
     }
     running.emplace(child, Running{&targets[i], area + i, output});
@@ -334,7 +342,7 @@ int RunAll(const std::vector<Target>& targets, bool pairs, bool partly) {
       "%zu crashes; %.1f s\n",
       targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.reports, sum.violations,
       crashes, took.count());
-  return sum.violations == 0 && crashes == 0 && (partly || EveryAllowanceIsUsed(sum)) ? 0 : 1;
+  return sum.violations == 0 && crashes == 0 && (!extent.everyFunction || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 
 }  // namespace
@@ -347,19 +355,19 @@ int main(int argc, char** argv) {
     return 2;
   }
   std::vector<Target> targets = PrepareCalls(argv[1]);
-  bool pairs = true;
-  bool partly = false;
+  Extent extent;
   for (int i = 2; i < argc; ++i) {
     const std::string argument = argv[i];
-    if (argument == "--single") pairs = false;
+    if (argument == "--single") extent.pairs = false;
+    if (argument == "--once") extent.everyVersion = false;
     if (argument == "--reproduce" && i + 2 < argc) return Reproduce(targets, argv[i + 1], argv[i + 2]);
     if (argument == "--only" && i + 1 < argc) {
-      partly = true;
+      extent.everyFunction = false;
       const std::string wanted = argv[++i];
       std::erase_if(targets, [&](const Target& target) {
         return target.declaration.find(wanted) == std::string::npos;
       });
     }
   }
-  return RunAll(targets, pairs, partly);
+  return RunAll(targets, extent);
 }

@@ -2,7 +2,6 @@
 // records alone.
 #include <gtest/gtest.h>
 
-#include "bundle/bridge/instances.h"
 #include "tests/bundle/faults/bundle_image.h"
 
 namespace {
@@ -15,9 +14,3 @@ class LoadsDesktopBundle : public testing::Environment {
 const auto* const environment = testing::AddGlobalTestEnvironment(new LoadsDesktopBundle);
 
 }  // namespace
-
-// For tests that set the bundle's own variables; they are linked here, and left out of the run.
-namespace qvx {
-constinit CFMutableDictionaryRef instances = nullptr;
-constinit bool ExceptionsInitialized = false;
-}  // namespace qvx

@@ -1,52 +1,31 @@
-// tests/hostrun/commands/debug_test.cpp - "hostrun debug" with its commands from a pipe.
+// tests/hostrun/commands/debug_test.cpp - "hostrun debug": steps, breakpoints, the session.
 #include <gtest/gtest.h>
 
-#include "tests/hostrun/commands/run_hostrun.h"
+#include "tests/hostrun/commands/debugged.h"
 
 namespace command_tests {
 namespace {
 
-// Line 1 of each is what the tests count from.
-const char* const kSum =
-    "Function Twice(n As Integer) As Integer\n"  // 1
-    "  Return n * 2\n"                           // 2
-    "End Function\n"                             // 3
-    "\n"                                         // 4
-    "Dim total As Integer\n"                     // 5
-    "For i As Integer = 1 To 3\n"                // 6
-    "  total = total + Twice(i)\n"               // 7
-    "  Print i\n"                                // 8
-    "Next\n"                                     // 9
-    "Print \"total\", total\n";                  // 10
-
-Finished Debugged(const std::string& program, const std::string& commands,
-                  const std::vector<std::string>& options = {}) {
-  std::vector<std::string> arguments = {"debug", TemporaryFile("debugged.bas", program)};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  Finished finished = RunHostrun(arguments, commands);
-  // Where the tests keep their files says nothing.
-  for (std::string* const text : {&finished.out, &finished.err}) {
-    for (std::size_t at = 0; (at = text->find(arguments[1], at)) != std::string::npos;) {
-      text->replace(at, arguments[1].size(), "debugged.bas");
-    }
-  }
-  return finished;
-}
-
-std::string OutOf(const std::string& program, const std::string& commands) {
-  const Finished finished = Debugged(program, commands);
-  EXPECT_EQ(finished.err, "");
-  return finished.out;
-}
-
-std::string ErrorOf(const std::string& program, const std::string& commands) {
-  return Debugged(program, commands).err;
-}
-
-const char* const kEnd = "the program has ended with status 0\n";
-
 TEST(Debug, HaltsBeforeTheFirstStatement) {
   EXPECT_EQ(OutOf("\nPrint 1\n", ""), "debugged.bas:2\n >    2  Print 1\n");
+}
+
+TEST(Debug, AppearsAsItsPageShowsIt) {
+  std::string commands;
+  std::string wanted;
+  bool inSession = false;
+  for (const std::string& line : Lines(ReadFile(SOURCE_FOLDER "/docs/hostrun.md"))) {
+    if (inSession && line == "```") break;
+    if (inSession) (line.starts_with("(debug) ") ? commands : wanted) += line + "\n";
+    if (line == "$ hostrun debug examples/palette.bas") inSession = true;
+  }
+  for (std::size_t at = 0; (at = commands.find("(debug) ", at)) != std::string::npos;) commands.erase(at, 8);
+  const std::string welcome = "The program is halted before its first statement. help lists the commands.\n";
+  ASSERT_TRUE(wanted.starts_with(welcome)) << wanted;
+  const std::string folder = SOURCE_FOLDER "/";
+  std::string out = RunHostrun({"debug", folder + "examples/palette.bas"}, commands).out;
+  for (std::size_t at = 0; (at = out.find(folder)) != std::string::npos;) out.erase(at, folder.size());
+  EXPECT_EQ(out, wanted.substr(welcome.size()));
 }
 
 TEST(Debug, RunsTheProgramToItsEnd) {
@@ -197,206 +176,6 @@ TEST(Debug, RefusesBreakpointsThatCannotBe) {
             "delete: wanted the number of a breakpoint, found 4; break lists them\n");
 }
 
-// --- values
-
-TEST(Debug, ShowsTheVariablesThatCanBeUsedWhereItIsHalted) {
-  const std::string program =
-      "Dim name As String = \"all\"\n"                          // 1
-      "Dim far As Integer = 9\n"                                // 2
-      "Sub Fill(ByRef far As Integer, colour As NSColorQVX)\n"  // 3
-      "  Static calls As Integer\n"                             // 4
-      "  calls += 1\n"                                          // 5
-      "  For i As Integer = 7 To 7\n"                           // 6
-      "    Dim half As Double = 0.5\n"                          // 7
-      "    far = i\n"                                           // 8
-      "  Next\n"                                                // 9
-      "  Dim late As Integer = 3\n"                             // 10
-      "End Sub\n"                                               // 11
-      "Dim n As Integer = 1\n"                                  // 12
-      "Fill n, Nil\n";                                          // 13
-  EXPECT_EQ(
-      OutOf(program, "locals\nbreak 8\nbreak 10\ncontinue\nlocals\nglobals\nprint far\ncontinue\nlocals\n"),
-      "debugged.bas:1\n"
-      " >    1  Dim name As String = \"all\"\n"
-      "no variables here\n"
-      "breakpoint 1: debugged.bas:8 in Fill\n"
-      "breakpoint 2: debugged.bas:10 in Fill\n"
-      "debugged.bas:8 in Fill: breakpoint 1\n"
-      "*>    8      far = i\n"
-      "far As Integer = 1\n"
-      "colour As NSColorQVX = Nil\n"
-      "calls As Integer = 1\n"
-      "i As Integer = 7\n"
-      "half As Double = 0.5\n"
-      "name As String = \"all\"\n"
-      "far As Integer = 9\n"
-      "n As Integer = 1\n"
-      "1\n"
-      "debugged.bas:10 in Fill: breakpoint 2\n"
-      "*>   10    Dim late As Integer = 3\n"
-      "far As Integer = 7\n"
-      "colour As NSColorQVX = Nil\n"
-      "calls As Integer = 1\n");
-}
-
-TEST(Debug, ShowsColoursAsTheReplDoes) {
-  EXPECT_NE(
-      OutOf("Dim c As NSColorQVX = NSColorQVX.orangeColor\nPrint 1\n", "step\nlocals\nprint c.redComponent\n")
-          .find("c As NSColorQVX = NSColorQVX NSCalibratedRGBColorSpace 1 0.5 0 1\n1\n"),
-      std::string::npos);
-}
-
-TEST(Debug, KeepsTheInnerOfTwoVariablesOfOneName) {
-  const std::string said = OutOf(
-      "Dim n As Integer = 1\nIf True Then\n  Dim n As String = \"inner\"\n  Print n\n"
-      "End If\nPrint n\n",
-      "break 4\nbreak 6\ncontinue\nprint n\ncontinue\nprint n\n");
-  EXPECT_NE(said.find("Print n\n\"inner\"\ninner\n"), std::string::npos) << said;
-  EXPECT_NE(said.find("Print n\n1\n"), std::string::npos) << said;
-}
-
-TEST(Debug, EvaluatesACallWithoutHaltingInItAndTheProgramNoticesNothing) {
-  EXPECT_EQ(
-      OutOf(kSum, "break Twice\nbreak 8\nprint Twice(21)\ncontinue\nprint Twice(n)\nbacktrace\ncontinue\n"),
-      "debugged.bas:5\n"
-      " >    5  Dim total As Integer\n"
-      "breakpoint 1: debugged.bas:2 in Twice\n"
-      "breakpoint 2: debugged.bas:8\n"
-      "42\n"
-      "debugged.bas:2 in Twice: breakpoint 1\n"
-      "*>    2    Return n * 2\n"
-      "2\n"
-      "> #0 debugged.bas:2 in Twice\n"
-      "  #1 debugged.bas:7\n"
-      "debugged.bas:8: breakpoint 2\n"
-      "*>    8    Print i\n");
-}
-
-TEST(Debug, SaysWhatIsWrongWithAnExpressionAndStaysHalted) {
-  EXPECT_EQ(ErrorOf("Dim a() As Integer\nSub Leave()\n  Quit 3\nEnd Sub\nPrint 1\n",
-                    "step\nprint\nprint missing\nprint 1 +\nprint a(5)\nprint Leave()\nprint 1\n"),
-            "print: wanted an expression, found nothing\n"
-            "print: wanted a variable, a function or a class, found missing, which is not declared\n"
-            "print: wanted an expression, found the end of the line\n"
-            "print: uncaught OutOfBoundsException: Index 5 is outside of an array whose upper bound is -1.\n"
-            "print: wanted a value, found the end of the program; it is still halted\n");
-}
-
-TEST(Debug, ShowsTheCallsAndLooksAtEachOfThem) {
-  EXPECT_EQ(
-      OutOf(kSum, "break Twice\ncontinue\nstack\nup\nprint i\nbacktrace\ndown\nprint n\nframe 1\nframe\n"),
-      "debugged.bas:5\n"
-      " >    5  Dim total As Integer\n"
-      "breakpoint 1: debugged.bas:2 in Twice\n"
-      "debugged.bas:2 in Twice: breakpoint 1\n"
-      "*>    2    Return n * 2\n"
-      "> #0 debugged.bas:2 in Twice\n"
-      "  #1 debugged.bas:7\n"
-      "#1 debugged.bas:7\n"
-      " >    7    total = total + Twice(i)\n"
-      "1\n"
-      "  #0 debugged.bas:2 in Twice\n"
-      "> #1 debugged.bas:7\n"
-      "#0 debugged.bas:2 in Twice\n"
-      "*>    2    Return n * 2\n"
-      "1\n"
-      "#1 debugged.bas:7\n"
-      " >    7    total = total + Twice(i)\n"
-      "#1 debugged.bas:7\n"
-      " >    7    total = total + Twice(i)\n");
-  EXPECT_EQ(ErrorOf(kSum, "up\ndown\nframe 3\nframe x\n"),
-            "up: wanted a call from 0 to 0, found 1\n"
-            "down: wanted a call below, found the innermost one\n"
-            "frame: wanted a call from 0 to 0, found 3\n"
-            "frame: wanted a call from 0 to 0, found x\n");
-}
-
-TEST(Debug, ListsTheProgram) {
-  std::string program;
-  for (int i = 1; i <= 14; ++i) program += "Print " + std::to_string(i) + "\n";
-  const std::string heading = "debugged.bas:1\n >    1  Print 1\n";
-  const std::string said = OutOf(program, "break 3\nlist\nlist\n");
-  EXPECT_NE(said.find("\n >    1  Print 1\n      2  Print 2\n*     3  Print 3\n"), std::string::npos) << said;
-  EXPECT_NE(said.find("     10  Print 10\n     11  Print 11\n"), std::string::npos) << said;
-  EXPECT_EQ(LastLine(said), "     14  Print 14");
-  const std::string there = OutOf(program, "list 13\n");
-  EXPECT_EQ(there.substr(heading.size(), 18), "      9  Print 9\n ");
-  EXPECT_EQ(ErrorOf(program, "list 14\nlist\nlist 19\n"),
-            "list: wanted a line up to 14, the last one; found 15\n"
-            "list: wanted a line up to 14, the last one; found 15\n");
-  EXPECT_NE(OutOf(kSum, "list Twice\n").find("      1  Function Twice"), std::string::npos);
-}
-
-// --- exceptions
-
-const char* const kRaises =
-    "Sub Fail(n As Integer)\n"           // 1
-    "  Dim a() As Integer\n"             // 2
-    "  a(n) = 1\n"                       // 3
-    "End Sub\n"                          // 4
-    "Try\n"                              // 5
-    "  Fail 4\n"                         // 6
-    "Catch e As OutOfBoundsException\n"  // 7
-    "  Print \"caught\"\n"               // 8
-    "End Try\n"                          // 9
-    "Try\n"                              // 10
-    "  Fail 5\n"                         // 11
-    "Catch e As NilObjectException\n"    // 12
-    "  Print \"not reached\"\n"          // 13
-    "End Try\n";                         // 14
-
-TEST(Debug, HaltsWhereAnExceptionIsRaisedThatNobodyCatches) {
-  const Finished finished = Debugged(kRaises, "continue\nlocals\nbacktrace\ncontinue\n");
-  EXPECT_EQ(
-      finished.out,
-      "debugged.bas:5\n"
-      " >    5  Try\n"
-      "caught\n"
-      "debugged.bas:3 in Fail: uncaught OutOfBoundsException: Index 5 is outside of an array whose upper "
-      "bound is -1.\n"
-      " >    3    a(n) = 1\n"
-      "n As Integer = 5\n"
-      "a As Integer() = array of 0\n"
-      "> #0 debugged.bas:3 in Fail\n"
-      "  #1 debugged.bas:11\n"
-      "the program has ended with status 1\n");
-  EXPECT_NE(finished.err.find("debugged.bas:3:3: uncaught OutOfBoundsException"), std::string::npos);
-}
-
-TEST(Debug, HaltsAtEachExceptionOrAtNone) {
-  const auto halts = [](const std::string& commands, const std::vector<std::string>& options) {
-    const std::string said = Debugged(kRaises, commands + "continue\ncontinue\ncontinue\n", options).out;
-    std::string found;
-    for (const std::string& line : Lines(said)) {
-      if (line.find("Exception: ") != std::string::npos)
-        found += line.substr(0, line.find("Exception")) + "\n";
-    }
-    return found;
-  };
-  const std::string both =
-      "debugged.bas:3 in Fail: raised OutOfBounds\ndebugged.bas:3 in Fail: uncaught OutOfBounds\n";
-  EXPECT_EQ(halts("", {"--stop-on", "raised"}), both);
-  EXPECT_EQ(halts("exceptions raised\n", {}), both);
-  EXPECT_EQ(halts("", {"--stop-on", "never"}), "");
-  EXPECT_EQ(halts("exceptions never\n", {"--stop-on", "raised"}), "");
-  EXPECT_EQ(Lines(OutOf(kRaises, "exceptions\nexceptions never\nexceptions\n")).at(3), "never");
-  EXPECT_EQ(ErrorOf(kRaises, "exceptions often\n"),
-            "exceptions: wanted raised, uncaught or never, found often\n");
-  EXPECT_EQ(Debugged(kRaises, "", {"--stop-on", "often"}).status, 2);
-}
-
-TEST(Debug, StepsFromAnExceptionToItsHandler) {
-  const std::string said = OutOf(kRaises, "exceptions raised\ncontinue\nnext\n");
-  const std::string wanted = "debugged.bas:8\n >    8    Print \"caught\"\n";
-  EXPECT_TRUE(said.ends_with(wanted)) << said;
-}
-
-TEST(Debug, HaltsAtAPlatformException) {
-  EXPECT_NE(OutOf("Dim w As Double\nNSColorQVX.redColor.getWhite(w)\n", "continue\n")
-                .find("debugged.bas:2: uncaught NSExceptionQVX: "),
-            std::string::npos);
-}
-
 // --- the session
 
 TEST(Debug, RunsAgainWithTheSameBreakpoints) {
@@ -478,6 +257,7 @@ TEST(Debug, TakesNoProgramFromStandardInput) {
   EXPECT_EQ(finished.status, 2);
   EXPECT_EQ(finished.err,
             "hostrun debug: wanted a program file, found -: standard input is for the commands\n");
+  EXPECT_EQ(RunHostrun({"debug", "--help"}).out.find("- reads it"), std::string::npos);
 }
 
 }  // namespace

@@ -63,9 +63,9 @@ else
 fi
 
 in_bash() { bash_words "$@" | paste -sd' '; }
-touch charm.bas
+touch swan.bas
 wants() { [ "$2" = "$3" ] || fail "$1: wanted \"$2\", found \"$3\""; }
-wants 'bash: a command, or a file' 'compopt -o filenames check charm.bas' "$(in_bash ch)"
+wants 'bash: a command, or a file' 'compopt -o filenames swatches swan.bas' "$(in_bash sw)"
 wants 'bash: a command to explain' 'trace' "$(in_bash help tr)"
 wants 'bash: a shell' 'bash zsh fish' "$(in_bash completion '')"
 wants 'bash: an option' '--only-failed' "$(in_bash check --on)"
@@ -73,12 +73,12 @@ wants 'bash: files behind an option that takes one' '' "$(in_bash check --bundle
 wants 'bash: nothing behind an option that takes a text' 'compopt +o default ' "$(in_bash check --filter '')"
 if command -v fish >/dev/null; then
   in_fish() { HOME=$work fish --no-config -c 'source hostrun.fish; complete -C $argv[1]' "$1" | cut -f1 | paste -sd' '; }
-  wants 'fish: a command, or a file' 'charm.bas check' "$(in_fish 'hostrun ch')"
+  wants 'fish: a command, or a file' 'swan.bas swatches' "$(in_fish 'hostrun sw')"
   wants 'fish: a command to explain' 'trace' "$(in_fish 'hostrun help tr')"
   wants 'fish: a shell' 'bash fish zsh' "$(in_fish 'hostrun completion ')"
   wants 'fish: an option' '--only-failed' "$(in_fish 'hostrun check --on')"
-  wants 'fish: files behind an option that takes one' 'charm.bas' "$(in_fish 'hostrun check --bundle cha')"
-  wants 'fish: nothing behind an option that takes a text' '' "$(in_fish 'hostrun check --filter cha')"
+  wants 'fish: files behind an option that takes one' 'swan.bas' "$(in_fish 'hostrun check --bundle swa')"
+  wants 'fish: nothing behind an option that takes a text' '' "$(in_fish 'hostrun check --filter swa')"
 else
   echo "without fish its completion is not tried"
 fi
@@ -98,7 +98,7 @@ END
   wants 'zsh: a command to explain' 'hostrun help trace ' "$(in_zsh 'hostrun help tr')"
   wants 'zsh: a shell' 'hostrun completion fish ' "$(in_zsh 'hostrun completion fi')"
   wants 'zsh: an option' 'hostrun check --only-failed ' "$(in_zsh 'hostrun check --on')"
-  wants 'zsh: files behind an option that takes one' 'hostrun check --bundle charm.bas ' "$(in_zsh 'hostrun check --bundle cha')"
+  wants 'zsh: files behind an option that takes one' 'hostrun check --bundle swan.bas ' "$(in_zsh 'hostrun check --bundle swa')"
 else
   echo "without zsh its completion is not tried"
 fi

@@ -2,6 +2,8 @@
 // drawing.
 #import "tests/libcocoa/colours/scenario.h"
 
+#include <math.h>
+
 static NSColorSpace* SpaceNamed(NSString* file) {
   return [[[NSColorSpace alloc] initWithICCProfileData:ProfileNamed(file)] autorelease];
 }
@@ -68,6 +70,56 @@ SCENARIO("hue, saturation and brightness make a colour in the space", "0.400 0.8
                                  saturation:0.5
                                  brightness:0.8
                                       alpha:1]);
+}
+
+static NSString* Hexcone(CGFloat hue, CGFloat saturation, CGFloat brightness) {
+  return Shown([NSColor colorWithColorSpace:[NSColorSpace sRGBColorSpace]
+                                        hue:hue
+                                 saturation:saturation
+                                 brightness:brightness
+                                      alpha:1]);
+}
+
+// "r g b" of each, in front of what all have in common.
+static NSString* Hexcones(int count, const CGFloat (*parts)[3]) {
+  NSMutableArray* shown = [NSMutableArray array];
+  for (int i = 0; i < count; i++)
+    [shown addObject:[Hexcone(parts[i][0], parts[i][1], parts[i][2]) substringToIndex:17]];
+  return Joined(shown);
+}
+
+SCENARIO("hue, saturation and brightness outside of their range count as its end", "",
+         "0.800 0.000 0.000, 0.800 0.400 0.400, 0.000 0.560 0.800, 0.800 0.800 0.800, 0.500 0.850 1.000, "
+         "0.000 0.000 0.000") {
+  const CGFloat parts[][3] = {{1.25, 1, 0.8},    {-0.25, 0.5, 0.8}, {0.55, 1.7, 0.8},
+                              {0.55, -0.5, 0.8}, {0.55, 0.5, 1.5},  {0.55, 0.5, -1}};
+  return Hexcones(6, parts);
+}
+
+SCENARIO("each sixth of the hues has its order of red, green and blue", "",
+         "0.800 0.500 0.200, 0.500 0.800 0.200, 0.200 0.800 0.500, 0.200 0.500 0.800, 0.500 0.200 0.800, "
+         "0.800 0.200 0.500") {
+  CGFloat parts[6][3];
+  for (int i = 0; i < 6; i++) {
+    parts[i][0] = ((CGFloat)i + 0.5F) / 6;
+    parts[i][1] = 0.75F;
+    parts[i][2] = 0.8F;
+  }
+  return Hexcones(6, (const CGFloat(*)[3])parts);
+}
+
+SCENARIO("a custom colour of each sixth tells its hue, saturation and brightness", "",
+         "0.0833 0.2500 0.4167 0.5833 0.7500 0.9167") {
+  static const CGFloat colors[6][4] = {{0.8F, 0.5F, 0.2F, 1}, {0.5F, 0.8F, 0.2F, 1}, {0.2F, 0.8F, 0.5F, 1},
+                                       {0.2F, 0.5F, 0.8F, 1}, {0.5F, 0.2F, 0.8F, 1}, {0.8F, 0.2F, 0.5F, 1}};
+  NSMutableArray* hues = [NSMutableArray array];
+  for (int i = 0; i < 6; i++) {
+    NSColor* color = [NSColor colorWithColorSpace:[NSColorSpace sRGBColorSpace] components:colors[i] count:4];
+    if (fabs((double)[color saturationComponent] - 0.75) > 1e-6 || [color brightnessComponent] != 0.8F)
+      return [NSString stringWithFormat:@"%d has another saturation or brightness", i];
+    [hues addObject:[NSString stringWithFormat:@"%.4f", (double)[color hueComponent]]];
+  }
+  return [hues componentsJoinedByString:@" "];
 }
 
 SCENARIO("a gray space has no hue", "0.400 0.800 0.800 1.000 CalibratedRGB", "nil") {

@@ -174,6 +174,24 @@ SCENARIO("a list written to the user's folder is available", "no, yes, System, M
       arrayWithObjects:YesNo(before), YesNo([NSColorList colorListNamed:@"Mine"] == list), Names(), nil]);
 }
 
+SCENARIO("many lists written to the user's folder are available, in that order",
+         "0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, System", "System, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11") {
+  for (int i = 0; i < 12; i++)
+    [[[[NSColorList alloc] initWithName:[NSString stringWithFormat:@"%d", i]] autorelease] writeToFile:nil];
+  return Names();
+}
+
+SCENARIO("removing one list leaves the others available", "", "System, 0, 2, 3") {
+  NSMutableArray* lists = [NSMutableArray array];
+  for (int i = 0; i < 4; i++) {
+    NSColorList* list = [[NSColorList alloc] initWithName:[NSString stringWithFormat:@"%d", i]];
+    [list writeToFile:nil];
+    [lists addObject:[list autorelease]];
+  }
+  [[lists objectAtIndex:1] removeFile];
+  return Names();
+}
+
 SCENARIO("a list written twice is available once", "Mine, System", "System, Mine") {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Mine"] autorelease];
   [list writeToFile:nil];

@@ -1,5 +1,8 @@
 // tests/libcocoa/colours/list_file_scenarios.m - colour lists to files and from files.
+#define _GNU_SOURCE
 #import "tests/libcocoa/colours/scenario.h"
+
+#include <string.h>
 
 static NSColorList* Palette(void) {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Palette"] autorelease];
@@ -134,6 +137,9 @@ SCENARIO("prose makes no list", "empty", "nil") {
 SCENARIO("an empty file makes no list", "empty", "nil") {
   return Told(From(PutText(@"palette.clr", @"")));
 }
+SCENARIO("a file that holds less than its size says makes no list", "empty", "nil") {
+  return Told(From(@"/sys/kernel/uevent_seqnum"));  // says 4096
+}
 SCENARIO("a missing file makes no list", "empty", "nil") {
   return Told(From(InScratch(@"missing.clr")));
 }
@@ -150,6 +156,40 @@ SCENARIO("a folder without the file makes no list", "empty", "nil") {
 SCENARIO("an archive of something else makes no list", "empty", "nil") {
   return Told(From(
       Put(@"palette.clr", [NSArchiver archivedDataWithRootObject:[NSArray arrayWithObject:@"a string"]])));
+}
+
+SCENARIO("an archive of a colour makes no list", "empty", "nil") {
+  return Told(From(Put(@"palette.clr", [NSArchiver archivedDataWithRootObject:[NSColor redColor]])));
+}
+
+// The palette's file with one key written otherwise: as ASCII, in elements of the given type.
+static NSString* PaletteWithASCII(char element) {
+  static const char wide[] = "\x25\0\0\0\x0A\x15\0\0\0\x05\x04\0f\0i\0r\0s\0t";
+  char narrow[] = "\x25\0\0\0\x01\x15\0\0\0\x05\x02"
+                  "first";
+  narrow[10] = element;
+  NSString* path = InScratch(@"palette.clr");
+  [Palette() writeToFile:path];
+  NSMutableData* data = [NSMutableData dataWithContentsOfFile:path];
+  const char* found = memmem([data bytes], [data length], wide, sizeof wide - 1);
+  if (!found) return @"the archive has changed";
+  [data replaceBytesInRange:NSMakeRange((NSUInteger)(found - (const char*)[data bytes]), sizeof wide - 1)
+                  withBytes:narrow
+                     length:sizeof narrow - 1];
+  return Told(From(Put(@"narrow.clr", data)));
+}
+
+SCENARIO("keys of bytes are read", "",
+         "first 0.250 0.500 0.750 1.000 CalibratedRGB; second 0.100 0.200 0.300 0.400 1.000 DeviceCMYK") {
+  return PaletteWithASCII(2);
+}
+
+SCENARIO("keys of signed bytes make no list", "empty", "nil") {
+  return PaletteWithASCII(1);
+}
+
+SCENARIO("keys of bytes that are declared wide make no list", "empty", "nil") {
+  return PaletteWithASCII(4);
 }
 
 SCENARIO("half an archive makes no list", "empty", "nil") {

@@ -215,6 +215,28 @@ TEST(Cost, OfManyProfilesAndThreadsIsReported) {
   for (const Space each : spaces) releaseSpace(each);
 }
 
+int problemsTold = 0;
+
+// A process may use Little CMS itself, and have it tell what goes wrong: that is not for the library's work.
+TEST(LittleCMS, TellsTheProcessNothingOfTheLibrarysProfiles) {
+  cmsSetLogErrorHandler([](cmsContext, cmsUInt32Number, const char*) { ++problemsTold; });
+  std::vector<char> damaged = profile("a98.icc");
+  const std::string tag = "rXYZ";
+  const auto entry = std::search(damaged.begin() + 128, damaged.end(), tag.begin(), tag.end());
+  ASSERT_NE(entry, damaged.end());
+  *entry = 'x';  // a profile without red
+  ASSERT_EQ(spaceFromProfile(damaged.data(), damaged.size()), nullptr);
+  EXPECT_EQ(problemsTold, 0);
+  // The same, done by the process.
+  const cmsHPROFILE own = cmsOpenProfileFromMem(damaged.data(), static_cast<cmsUInt32Number>(damaged.size()));
+  ASSERT_NE(own, nullptr);
+  EXPECT_EQ(cmsCreateTransform(own, TYPE_RGB_DBL, own, TYPE_RGB_DBL, INTENT_RELATIVE_COLORIMETRIC, 0),
+            nullptr);
+  EXPECT_GT(problemsTold, 0);
+  cmsCloseProfile(own);
+  cmsSetLogErrorHandler(nullptr);
+}
+
 TEST(Memory, SpacesAndColoursAreGoneWhenNobodyHoldsThem) {
   countObjects();
   const std::array<float, kMostComponents> half{0.5F, 0.5F, 0.5F, 0.5F, 0.5F};

@@ -191,3 +191,16 @@ SCENARIO("generic CMYK takes no profile of another model", "none", "none") {
   [ProfileNamed(@"srgb.icc") writeToFile:InScratch(@"rgb.icc") atomically:NO];
   return [[NSColorSpace genericCMYKColorSpace] ICCProfileData] ? @"a profile" : @"none";
 }
+
+// GNUstep's leak counters; its header hides them from builds without assertions.
+extern BOOL GSDebugAllocationActive(BOOL active);
+extern int GSDebugAllocationCount(Class class);
+
+SCENARIO("a space from a handle, or from none, leaves no other space behind", "", "0 left") {
+  CGColorSpaceRef handle = [[NSColorSpace sRGBColorSpace] CGColorSpace];
+  GSDebugAllocationActive(YES);
+  int before = GSDebugAllocationCount([NSColorSpace class]);
+  [[[NSColorSpace alloc] initWithCGColorSpace:handle] release];
+  [[NSColorSpace alloc] initWithCGColorSpace:NULL];
+  return [NSString stringWithFormat:@"%d left", GSDebugAllocationCount([NSColorSpace class]) - before];
+}

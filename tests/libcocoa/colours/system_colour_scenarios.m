@@ -165,8 +165,7 @@ SCENARIO("such a list may be one that the user can't write", "raises NSColorList
 }
 @end
 
-SCENARIO("what a theme's list lacks has the light values", "",
-         "1.000 0.000 0.000 1.000 CalibratedRGB, all") {
+SCENARIO("what a theme's list lacks has the light values", "", "1.000 0.000 0.000 1.000 CalibratedRGB, all") {
   [NSColor gridColor];
   [[NSNotificationCenter defaultCenter] postNotificationName:@"GSThemeDidActivateNotification"
                                                       object:[[RedGridTheme new] autorelease]];
@@ -179,6 +178,11 @@ SCENARIO("the colour under pages is there when such a list lacks it", "raises NS
          "0.590 0.590 0.590 1.000 CalibratedRGB") {
   InChild(WriteSystem);
   return Shown([[NSColor underPageBackgroundColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
+SCENARIO("the name of a system colour stands for nothing in another catalogue", "nil", "nil") {
+  return Shown([[NSColor colorWithCatalogName:@"Mine" colorName:@"gridColor"]
+      colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
 }
 
 SCENARIO("a user default comes before the light values when a program starts",

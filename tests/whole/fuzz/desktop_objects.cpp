@@ -33,14 +33,18 @@ std::vector<std::string> fuzz::Seeds() {
   textOnly.sections.front().relocations.clear();
   textOnly.symbols.resize(1);
   textOnly.indirect.clear();
-  return {Text(small::GoodObject()), Text(textOnly)};
+  small::Object withDebug = small::GoodObject();
+  small::AddDebug(withDebug);
+  return {Text(small::GoodObject()), Text(textOnly), Text(withDebug)};
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    const desktop::Bytes bundle = desktop::Link({data, size}, "_Entry");
-    if (bundle.size() > kLargestBundle) fuzz::Fail("a bundle of " + std::to_string(bundle.size()) + " bytes");
-    if (bundle != desktop::Link({data, size}, "_Entry")) fuzz::Fail("two bundles of one object");
+    const desktop::Linked linked = desktop::Link({data, size}, "_Entry");
+    if (linked.bundle.size() > kLargestBundle)
+      fuzz::Fail("a bundle of " + std::to_string(linked.bundle.size()) + " bytes");
+    const desktop::Linked again = desktop::Link({data, size}, "_Entry");
+    if (linked.bundle != again.bundle || linked.debug != again.debug) fuzz::Fail("two bundles of one object");
   } catch (const desktop::Refusal& refusal) {
     CheckRefusal(refusal.what());
   }

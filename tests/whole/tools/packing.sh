@@ -62,6 +62,14 @@ tar -tJvf "$work/one/thing.tar.xz" | awk '{ print $2 }' | grep -qvxF 0/0 && fail
   fail "the .deb has the sums of its files"
 [ "$(wc -l <"$work/open/DEBIAN/md5sums")" = 4 ] || fail "the .deb has the sums of all 4 files"
 
+mkdir -p "$work/sums/packages"
+cp "$work"/one/thing.* "$work/sums/packages/"
+# shellcheck disable=SC2016 # expanded inside
+bash -euc '. "$1/tools/packing.sh"; sum_packages "$2"' sum "$source" "$work/sums/packages"
+(cd "$work/sums/packages" && sha256sum --quiet -c SHA256SUMS) || fail "the sums are those of the packages"
+[ "$(cut -c67- "$work/sums/packages/SHA256SUMS")" = "$(cd "$work/one" && printf '%s\n' thing.*)" ] || fail "each package has its sum"
+[ "$(ls "$work/sums")" = packages ] || fail "nothing else is left"
+
 thing "$work/later" small/a small/B zoë.txt Zebra
 SOURCE_DATE_EPOCH=1800000000 pack "$work/later"
 cmp -s "$work/one/thing.tar.xz" "$work/later/thing.tar.xz" && fail "another time gives another package"

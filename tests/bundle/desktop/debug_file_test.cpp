@@ -1,0 +1,90 @@
+// tests/bundle/desktop/debug_file_test.cpp - the file for debuggers beside a bundle linked from an object
+// written by hand.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "bundle/desktop/final_link/link.h"
+#include "bundle/desktop/final_link/load_commands.h"
+#include "tests/bundle/desktop/small_object.h"
+
+namespace {
+
+desktop::Linked LinkedWithDebug() {
+  small::Object object = small::GoodObject();
+  small::AddDebug(object);
+  return desktop::Link(object.Bytes(), "_Entry");
+}
+
+template <typename Record>
+Record At(const desktop::Bytes& bytes, std::size_t offset) {
+  Record record;
+  std::memcpy(&record, &bytes.at(offset + sizeof record - 1) - (sizeof record - 1), sizeof record);
+  return record;
+}
+
+// The header of a section of `file`, whichever command it stands in.
+desktop::SectionHeader SectionOf(const desktop::Bytes& file, const std::string& name) {
+  std::size_t offset = sizeof(desktop::Header);
+  for (std::uint32_t command = 0; command < At<desktop::Header>(file, 0).commandCount; ++command) {
+    const auto segment = At<desktop::SegmentCommand>(file, offset);
+    const bool holdsSections = segment.start.kind == desktop::CommandKind::Segment;
+    for (std::uint32_t index = 0; holdsSections && index < segment.sectionCount; ++index) {
+      const auto section =
+          At<desktop::SectionHeader>(file, offset + sizeof segment + index * sizeof(desktop::SectionHeader));
+      if (name == std::string(section.name.data(), strnlen(section.name.data(), section.name.size())))
+        return section;
+    }
+    offset += segment.start.size;
+  }
+  ADD_FAILURE() << "no section " << name;
+  return {};
+}
+
+TEST(DebugFile, ChangesNothingInTheBundle) {
+  EXPECT_EQ(LinkedWithDebug().bundle, desktop::Link(small::GoodObject().Bytes(), "_Entry").bundle);
+}
+
+TEST(DebugFile, HasTheUuidOfItsBundle) {
+  const desktop::Linked linked = LinkedWithDebug();
+  EXPECT_EQ(At<desktop::Header>(linked.debug, 0).fileType, desktop::FileType::Debug);
+  EXPECT_EQ(desktop::UuidOf(linked.debug), desktop::UuidOf(linked.bundle));
+}
+
+TEST(DebugFile, HoldsTheAddressesOfTheBundle) {
+  const desktop::Linked linked = LinkedWithDebug();
+  const desktop::SectionHeader lines = SectionOf(linked.debug, "__debug_line");
+  const std::uint32_t code = SectionOf(linked.bundle, "__text").address;
+  EXPECT_EQ(lines.size, 8U);
+  EXPECT_EQ(At<std::uint32_t>(linked.debug, lines.fileOffset), code + 0x20);
+  EXPECT_EQ(At<std::uint32_t>(linked.debug, lines.fileOffset + 4), 7U);
+  EXPECT_EQ(linked.debug.size(), lines.fileOffset + lines.size);
+}
+
+TEST(DebugFile, HasTheSectionsOfTheBundleWithoutWhatIsInThem) {
+  const desktop::Linked linked = LinkedWithDebug();
+  for (const char* const name : {"__symbol_stub", "__text", "__nl_symbol_ptr", "__data", "__bss"}) {
+    EXPECT_EQ(SectionOf(linked.debug, name).address, SectionOf(linked.bundle, name).address) << name;
+    EXPECT_EQ(SectionOf(linked.debug, name).size, SectionOf(linked.bundle, name).size) << name;
+    EXPECT_EQ(SectionOf(linked.debug, name).fileOffset, 0U) << name;
+  }
+}
+
+TEST(DebugFile, NamesWhatTheObjectDefinesByAddress) {
+  const desktop::Linked linked = LinkedWithDebug();
+  const auto table =
+      At<desktop::SymbolTableCommand>(linked.debug, sizeof(desktop::Header) + sizeof(desktop::UuidCommand));
+  ASSERT_EQ(table.symbolCount, 2U);
+  const std::uint32_t code = SectionOf(linked.bundle, "__text").address;
+  const char* const names[] = {"_Entry", "_Helper"};
+  for (std::uint32_t index = 0; index < 2; ++index) {
+    const auto symbol =
+        At<desktop::SymbolEntry>(linked.debug, table.symbolOffset + index * sizeof(desktop::SymbolEntry));
+    EXPECT_EQ(symbol.value, code + index * 0x20);
+    EXPECT_STREQ(reinterpret_cast<const char*>(&linked.debug.at(table.stringOffset + symbol.name)),
+                 names[index]);
+    EXPECT_EQ(symbol.section, 2U);  // behind the stubs
+  }
+}
+
+}  // namespace
