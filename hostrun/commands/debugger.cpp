@@ -73,10 +73,10 @@ int Debugger::Run() {
   fromDepth_ = SIZE_MAX;
   const InterruptHandler guard(&AskToPause);
   SetRaiseObserver([this](Object* exception) { Raised(exception); });
-  SetInputInterrupted([this] { InputInterrupted(); });
+  SetInputInterrupt({[this] { return pauseAsked != 0 && (!asking_ || aside_); }, [this] { Idle(); }});
   const int status = RunProgram(program_, source_);
   SetRaiseObserver(nullptr);
-  SetInputInterrupted(nullptr);
+  SetInputInterrupt({});
   frames_.clear();
   return status;
 }
@@ -105,10 +105,6 @@ void Debugger::Idle() {
   if (pauseAsked == 0) return;
   if (aside_) throw InterruptRequest();
   AskHowToGoOn(kInterrupted);
-}
-
-void Debugger::InputInterrupted() {
-  if (!asking_ || aside_) Idle();
 }
 
 // Each frame stands in the statement that has led to the one above it, so that what it would catch is known

@@ -82,7 +82,6 @@ class Debugger final : public StopObserver {
   class Aside;
 
   void Raised(Object* exception);
-  void InputInterrupted();
   std::string WhyAt(std::size_t stop, Activation& activation);
   std::string WhyOf(const Breakpoint& breakpoint, Activation& activation);
   bool StepEnds() const;

@@ -76,7 +76,7 @@ void AskToInterrupt(int) {
 
 int ReadTerminal(Loop& loop) {
   const InterruptHandler guard(&AskToInterrupt);
-  SetInputInterrupted(&EndIfInterrupted);
+  SetInputInterrupt({[] { return interruptAsked != 0; }, &EndIfInterrupted});
   LineEditor editor("history", [&loop](const std::string& beginning, bool) {
     return CompleteWord(loop.binder(), beginning);
   });

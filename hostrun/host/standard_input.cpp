@@ -1,46 +1,85 @@
 // hostrun/host/standard_input.cpp - lines from standard input.
 #include "hostrun/host/standard_input.h"
 
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
 #include <cerrno>
-#include <cstdio>
+#include <csignal>
+#include <utility>
 
 namespace hostrun {
 namespace {
 
-std::function<void()>& Interrupted() {
-  static std::function<void()> interrupted;
-  return interrupted;
+InputInterrupt& Interrupt() {
+  static InputInterrupt interrupt;
+  return interrupt;
 }
 
-// The next byte, or EOF.
-int NextByte() {
-  for (;;) {
-    const int byte = std::getc(stdin);
-    if (byte != EOF || std::ferror(stdin) == 0 || errno != EINTR) return byte;
-    std::clearerr(stdin);
-    if (Interrupted()) Interrupted()();
+// SIGINT waits while this lives.
+class HeldInterrupt {
+ public:
+  HeldInterrupt() {
+    sigset_t held;
+    sigemptyset(&held);
+    sigaddset(&held, SIGINT);
+    sigprocmask(SIG_BLOCK, &held, &before_);
   }
+  HeldInterrupt(const HeldInterrupt&) = delete;
+  HeldInterrupt& operator=(const HeldInterrupt&) = delete;
+  ~HeldInterrupt() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  const sigset_t& before() const { return before_; }
+
+ private:
+  sigset_t before_ = {};
+};
+
+void WaitForInput() {
+  if (!Interrupt().asked) return;
+  for (;;) {
+    {
+      const HeldInterrupt held;
+      pollfd input = {STDIN_FILENO, POLLIN, 0};
+      if (!Interrupt().asked() && (ppoll(&input, 1, nullptr, &held.before()) >= 0 || errno != EINTR)) return;
+    }
+    if (Interrupt().asked()) Interrupt().handle();
+  }
+}
+
+std::array<char, 4096> buffer;
+std::size_t next = 0;
+std::size_t end = 0;
+
+// Whether there is a byte at `next`.
+bool HasByte() {
+  while (next == end) {
+    WaitForInput();
+    const ssize_t got = read(STDIN_FILENO, buffer.data(), buffer.size());
+    if (got == 0 || (got < 0 && errno != EINTR)) return false;
+    next = 0;
+    end = got < 0 ? 0 : static_cast<std::size_t>(got);
+  }
+  return true;
 }
 
 }  // namespace
 
 std::optional<std::string> ReadInputLine() {
+  if (!HasByte()) return std::nullopt;
   std::string line;
-  int byte = NextByte();
-  if (byte == EOF) return std::nullopt;
-  for (; byte != EOF && byte != '\n'; byte = NextByte()) line += static_cast<char>(byte);
+  while (HasByte() && buffer[next] != '\n') line += buffer[next++];
+  if (next != end) ++next;  // past the line's end
   if (line.ends_with('\r')) line.pop_back();
   return line;
 }
 
 bool AtEndOfInput() {
-  const int byte = NextByte();
-  if (byte != EOF) std::ungetc(byte, stdin);
-  return byte == EOF;
+  return !HasByte();
 }
 
-void SetInputInterrupted(std::function<void()> interrupted) {
-  Interrupted() = std::move(interrupted);
+void SetInputInterrupt(InputInterrupt interrupt) {
+  Interrupt() = std::move(interrupt);
 }
 
 }  // namespace hostrun

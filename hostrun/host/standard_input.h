@@ -13,8 +13,13 @@ std::optional<std::string> ReadInputLine();
 // Whether no line is left; waits until that is known.
 bool AtEndOfInput();
 
-// `interrupted` is called when a signal interrupts the wait for input. It may throw, which gives up the wait;
-// else the wait goes on, as it does where this is empty.
-void SetInputInterrupted(std::function<void()> interrupted);
+// What a wait for input gives way to: `asked` tells whether an interrupt (SIGINT, handled) has come that
+// concerns the wait, `handle` deals with it. That one may throw, which gives up the wait; else the wait goes
+// on, as it does where both are empty. No interrupt is lost between the last look and the wait.
+struct InputInterrupt {
+  std::function<bool()> asked;
+  std::function<void()> handle;
+};
+void SetInputInterrupt(InputInterrupt interrupt);
 
 }  // namespace hostrun

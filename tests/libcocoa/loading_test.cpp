@@ -77,6 +77,9 @@ TEST_F(Loading, NamesANeededLibraryThatIsMissingInOneLine) {
   bytes.replace(name, 13, "liblcms2.so.X");
   const std::string copy = (folder_ / "libcocoa.so").string();
   std::ofstream(copy, std::ios::binary) << bytes;
+  // The others are found beside it.
+  const std::filesystem::path beside = std::filesystem::path(LIBRARY).parent_path() / "sysroot";
+  std::filesystem::create_directory_symlink(std::filesystem::canonical(beside), folder_ / "sysroot");
 
   const Outcome outcome = RunProgram({PROBE, copy}, {});
   EXPECT_NE(outcome.status, 0);

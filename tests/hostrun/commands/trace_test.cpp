@@ -87,7 +87,8 @@ TEST(Trace, ShowsAnExceptionThatComesOutOfACall) {
 TEST(Trace, ShowsThatOfTwoFormsWhichFitAlikeTheFirstIsCalled) {
   const Finished finished = TraceOf("Print NSColorSpaceQVX.ColorSpaceWithICCProfileData(Nil) Is Nil\n");
   EXPECT_EQ(finished.out, "True\n");
-  EXPECT_NE(finished.err.find("  > NSColorSpaceQVX: ColorSpaceWithICCProfileData(File as "), std::string::npos)
+  EXPECT_NE(finished.err.find("  > NSColorSpaceQVX: ColorSpaceWithICCProfileData(File as "),
+            std::string::npos)
       << finished.err;
 }
 
