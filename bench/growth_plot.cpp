@@ -92,7 +92,8 @@ void DrawPanel(Canvas& canvas, double left, const std::vector<Growth>& series, c
 }  // namespace
 
 double Exponent(std::pair<double, double> from, std::pair<double, double> to) {
-  return std::log(to.second / from.second) / std::log(to.first / from.first);
+  const double exponent = std::log(to.second / from.second) / std::log(to.first / from.first);
+  return std::fabs(exponent) < 0.005 ? 0 : exponent;  // not "-0.00"
 }
 
 void WriteGrowthPlot(const std::string& file, const std::vector<Growth>& series) {

@@ -2,7 +2,6 @@
 #include "bundle/desktop/final_link/debug_file.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <string_view>
 
@@ -101,13 +100,8 @@ class DebugFileMaker {
     segment.memorySize = end - address;
     Append(file_, segment);
     for (const OutputSection& section : sections) {
-      SectionHeader header{};
-      header.name = Name(section.name);
-      header.segment = Name(name);
-      header.address = section.address;
-      header.size = section.size;
-      header.alignment = static_cast<std::uint32_t>(std::countr_zero(section.alignment));
-      header.flags = section.flags & ~kSectionKindMask;  // neither stubs nor pointers are here to be read
+      SectionHeader header = HeaderOf(section, name);
+      header.flags &= ~kSectionKindMask;  // neither stubs nor pointers are here to be read
       Append(file_, header);
     }
   }

@@ -37,14 +37,8 @@ class CommandWriter {
   void AppendSections(const std::vector<OutputSection>& sections, std::string_view segment,
                       std::uint32_t& indirect) {
     for (const OutputSection& section : sections) {
-      SectionHeader header{};
-      header.name = Name(section.name);
-      header.segment = Name(segment);
-      header.address = section.address;
-      header.size = section.size;
+      SectionHeader header = HeaderOf(section, segment);
       header.fileOffset = section.IsZeroFilled() ? 0 : section.address;
-      header.alignment = static_cast<std::uint32_t>(std::countr_zero(section.alignment));
-      header.flags = section.flags;
       const auto kind = static_cast<SectionKind>(section.flags & kSectionKindMask);
       if (kind == SectionKind::Stubs) header.stubSize = kStubSize;
       const std::uint32_t unit = kind == SectionKind::Stubs ? kStubSize : kPointerSize;
@@ -157,6 +151,17 @@ Name16 Name(std::string_view text) {
   Name16 name{};
   text.copy(name.data(), name.size());
   return name;
+}
+
+SectionHeader HeaderOf(const OutputSection& section, std::string_view segment) {
+  SectionHeader header{};
+  header.name = Name(section.name);
+  header.segment = Name(segment);
+  header.address = section.address;
+  header.size = section.size;
+  header.alignment = static_cast<std::uint32_t>(std::countr_zero(section.alignment));
+  header.flags = section.flags;
+  return header;
 }
 
 std::uint32_t LoadCommandsSize(const SectionCounts& sections, const Imports& imports) {

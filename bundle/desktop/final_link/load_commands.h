@@ -12,6 +12,9 @@ namespace desktop {
 // A segment's or a section's name, of at most 16 letters.
 Name16 Name(std::string_view text);
 
+// What every header of the section says, wherever its bytes are.
+SectionHeader HeaderOf(const OutputSection& section, std::string_view segment);
+
 // How many bytes header and load commands take; known before anything has its place.
 std::uint32_t LoadCommandsSize(const SectionCounts& sections, const Imports& imports);
 
