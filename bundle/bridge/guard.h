@@ -36,7 +36,8 @@ void Shared(State& state) {
 
 // A body goes to EnterFrame in words, each an argument of its own: where they are the arguments that the host
 // has passed, nothing is copied. One object would be copied several words at once, and such a copy, with all
-// that comes behind it, waits until each word has been written.
+// that comes behind it, waits until each word has been written. A double waits for its two words too: bodies
+// capture CGFloats.
 template <typename Body>
 using WordsOf = std::array<std::uintptr_t, sizeof(Body) / sizeof(std::uintptr_t)>;
 template <typename Body, typename... Words>
@@ -184,14 +185,16 @@ struct Filling {
 };
 template <OnNSException then, Preparation prepare, typename Result, typename Body>
 struct FillingBody {
+  using Word = std::conditional_t<std::is_pointer_v<Result>, Result, std::uintptr_t>;
+
   Body body;
-  Result first;
+  Word first;
 
   using State = Filling<Result>;
 
   void Begin(Filling<Result>& filling) {
     Prepare<prepare>();
-    filling.result = first;
+    filling.result = static_cast<Result>(first);
     if constexpr (std::is_pointer_v<Result>) filling.kept.Hold(FilledHandle<Result>{&filling.result});
   }
   Result Run(Filling<Result>& filling) {
@@ -216,7 +219,8 @@ struct FillingBody {
 template <OnNSException then = OnNSException::kRaise, Preparation prepare = nullptr, typename Result,
           typename Body>
 Result GuardedFill(Result result, Body body) {
-  return InFrame(FillingBody<then, prepare, Result, Body>{body, result});
+  using Filler = FillingBody<then, prepare, Result, Body>;
+  return InFrame(Filler{body, static_cast<typename Filler::Word>(result)});
 }
 
 }  // namespace qvx

@@ -231,14 +231,15 @@ REALobject DerivedColor(REALobject self, Derive derive) {
 }
 
 REALobject blendedColorWithFraction(REALobject self, double fraction, REALobject other) {
-  return DerivedColor(self, [fraction, other](id color, Holdings&) {
-    return msg::blendedColorWithFraction(color, ToCGFloat(fraction), NativeOf(other));
+  return DerivedColor(self, [part = ToCGFloat(fraction), other](id color, Holdings&) {
+    return msg::blendedColorWithFraction(color, part, NativeOf(other));
   });
 }
 
 REALobject colorWithAlphaComponent(REALobject self, double alpha) {
-  return DerivedColor(
-      self, [alpha](id color, Holdings&) { return msg::colorWithAlphaComponent(color, ToCGFloat(alpha)); });
+  return DerivedColor(self, [component = ToCGFloat(alpha)](id color, Holdings&) {
+    return msg::colorWithAlphaComponent(color, component);
+  });
 }
 
 REALobject colorUsingColorSpaceName(REALobject self, REALstring name) {
@@ -253,13 +254,13 @@ REALobject colorUsingColorSpace(REALobject self, REALobject space) {
 }
 
 REALobject shadowWithLevel(REALobject self, double level) {
-  return DerivedColor(self,
-                      [level](id color, Holdings&) { return msg::shadowWithLevel(color, ToCGFloat(level)); });
+  return DerivedColor(
+      self, [part = ToCGFloat(level)](id color, Holdings&) { return msg::shadowWithLevel(color, part); });
 }
 
 REALobject highlightWithLevel(REALobject self, double level) {
   return DerivedColor(
-      self, [level](id color, Holdings&) { return msg::highlightWithLevel(color, ToCGFloat(level)); });
+      self, [part = ToCGFloat(level)](id color, Holdings&) { return msg::highlightWithLevel(color, part); });
 }
 
 REALobject colorSpace(REALobject self) {
@@ -335,10 +336,9 @@ REALobject colorWithCGColor(std::int32_t handle) {
 }
 
 REALobject colorWithDeviceCyan(double cyan, double magenta, double yellow, double black, double alpha) {
-  return Factory([=](Holdings&) {
-    return msg::colorWithDeviceCyan(NSColorClass(), ToCGFloat(cyan), ToCGFloat(magenta), ToCGFloat(yellow),
-                                    ToCGFloat(black), ToCGFloat(alpha));
-  });
+  return Factory(
+      [c = ToCGFloat(cyan), m = ToCGFloat(magenta), y = ToCGFloat(yellow), k = ToCGFloat(black),
+       a = ToCGFloat(alpha)](Holdings&) { return msg::colorWithDeviceCyan(NSColorClass(), c, m, y, k, a); });
 }
 
 // The family of three components and alpha; the message names the space and the kind of components.
@@ -361,15 +361,13 @@ constexpr auto& colorWithCalibratedHue =
     ThreeComponents<"colorWithCalibratedHue:saturation:brightness:alpha:">;
 
 // The family of white and alpha.
-[[gnu::noinline]] REALobject FromWhite(Selector& selector, double white, double alpha) {
-  return Factory([=, &selector](Holdings&) {
-    return Send<id>(NSColorClass(), selector, ToCGFloat(white), ToCGFloat(alpha));
-  });
+[[gnu::noinline]] REALobject FromWhite(Selector& selector, CGFloat white, CGFloat alpha) {
+  return Factory([=, &selector](Holdings&) { return Send<id>(NSColorClass(), selector, white, alpha); });
 }
 
 template <FixedString Name>
 REALobject White(double white, double alpha) {
-  return FromWhite(kSelector<Name>, white, alpha);
+  return FromWhite(kSelector<Name>, ToCGFloat(white), ToCGFloat(alpha));
 }
 constexpr auto& colorWithGenericGamma22White = White<"colorWithGenericGamma22White:alpha:">;
 constexpr auto& colorWithDeviceWhite = White<"colorWithDeviceWhite:alpha:">;
