@@ -64,7 +64,7 @@ void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* ke
   if (!IsNSException(exception)) [[unlikely]]
     PassOn(exception, kept);
   if (then == OnNSException::kDrop) return;
-  if (kept == nullptr) {
+  if (kept == nullptr) {  // whatever comes of it passes on by itself
     RaiseNSExceptionQVX(exception);
     return;
   }

@@ -7,7 +7,8 @@
 
 enum { kDigits = 6, kFirstDigit = 100000, kFractionBits = 23 };
 
-// The power of ten of the first digit, for 0.0001 to 100,000.
+// The power of ten of the first digit, for 0.0001 to 100,000. No float lies between a power of ten and the
+// double nearest to it.
 static int PowerOfFirstDigit(double size) {
   static const double kPowers[] = {1e-3, 1e-2, 1e-1, 1, 1e1, 1e2, 1e3, 1e4};
   int power = -4;
