@@ -106,17 +106,16 @@ int CheckSyntax(const CheckSyntaxOptions& options) {
 
 }  // namespace
 
-Action CheckSyntaxCommand(CLI::App& app) {
+Action CheckSyntaxCommand(CommandLine& line) {
   const auto options = std::make_shared<CheckSyntaxOptions>();
-  AddHostOptions(app, options->host);
-  app.add_option("files", options->files, "The programs to check; - reads one from standard input")
-      ->option_text("PROGRAM.bas...")
-      ->required();
-  app.add_option("--name", options->name, "What to call the program that comes from standard input")
-      ->option_text("NAME");
-  app.add_flag("--json", options->json,
+  AddHostOptions(line, options->host);
+  line.Add("files", options->files, "The programs to check; - reads one from standard input")
+      .Takes("PROGRAM.bas...")
+      .Required();
+  line.Add("--name", options->name, "What to call the program that comes from standard input").Takes("NAME");
+  line.AddFlag("--json", options->json,
                "A JSON object, for the problem lists of editors (docs/hostrun.md says what it holds)");
-  app.footer(
+  line.SetFooter(
       "Every name, type and call is settled against the classes of the host and of the bundle; nothing is "
       "run.\n\n"
       "Examples:\n  hostrun check-syntax examples/first-colors.bas\n"

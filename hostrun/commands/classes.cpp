@@ -457,19 +457,19 @@ int Classes(const ClassesOptions& options) {
 
 }  // namespace
 
-Action ClassesCommand(CLI::App& app) {
+Action ClassesCommand(CommandLine& line) {
   const auto options = std::make_shared<ClassesOptions>();
-  AddHostOptions(app, options->host);
+  AddHostOptions(line, options->host);
   options->descriptions = FindDescriptions();
-  app.add_option("class", options->wanted,
-                 "A class, or a member, of one class or of each that has it, with its description")
-      ->option_text("CLASS | CLASS.MEMBER | MEMBER");
-  app.add_flag("--flags", options->flags, "Also the flags that are registered");
-  app.add_flag("--all", options->all, "Also the classes that the host and the sibling part bring");
-  app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  app.add_flag("--layout", options->layout,
+  line.Add("class", options->wanted,
+           "A class, or a member, of one class or of each that has it, with its description")
+      .Takes("CLASS | CLASS.MEMBER | MEMBER");
+  line.AddFlag("--flags", options->flags, "Also the flags that are registered");
+  line.AddFlag("--all", options->all, "Also the classes that the host and the sibling part bring");
+  line.AddFlag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
+  line.AddFlag("--layout", options->layout,
                "The words of the definition records, in the current and the old layout");
-  app.footer(
+  line.SetFooter(
       "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n  hostrun classes "
       "getRGB\n"
       "  hostrun classes NSColorSpaceQVX --layout --host-version 2013.0\n\n"
