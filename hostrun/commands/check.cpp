@@ -9,13 +9,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <numeric>
 #include <optional>
 
 #include "hostrun/commands/check_parts.h"
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/isolated.h"
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/output.h"
@@ -38,7 +38,6 @@ struct CheckOptions {
   bool LeavesOutPassed() const { return onlyFailed || (!json && !verbose && isatty(STDOUT_FILENO) != 0); }
 };
 
-using nlohmann::ordered_json;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
@@ -63,11 +62,6 @@ struct Result {
   std::int64_t ms = 0;
 };
 
-// A bundle names its classes as it likes: bytes that are no UTF-8 are replaced.
-std::string JsonText(const ordered_json& json, int indent) {
-  return json.dump(indent, ' ', false, ordered_json::error_handler_t::replace);
-}
-
 ordered_json ToJson(const Result& result) {
   return {{"check", result.name},
           {"status", kStatusNames[IndexOf(result.status)]},
@@ -76,7 +70,7 @@ ordered_json ToJson(const Result& result) {
 }
 
 Result FromJson(const std::string& line) {
-  const ordered_json json = ordered_json::parse(line);
+  const ordered_json json = ReadJson(line).value();
   const auto* const status = std::find(kStatusNames.begin(), kStatusNames.end(), json["status"]);
   return {json["check"], static_cast<Status>(status - kStatusNames.begin()), json["reason"], json["ms"]};
 }

@@ -1,12 +1,11 @@
 // hostrun/commands/check_syntax.cpp - "hostrun check-syntax": what is wrong with programs, without running
 // them.
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <exception>
 #include <memory>
 
 #include "hostrun/commands/commands.h"
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/run.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
@@ -16,8 +15,6 @@
 
 namespace hostrun {
 namespace {
-
-using nlohmann::ordered_json;
 
 constexpr const char* kCommand = "hostrun check-syntax";
 constexpr int kExitFindings = 1;
@@ -96,10 +93,7 @@ int CheckSyntax(const CheckSyntaxOptions& options) {
   }
   const bool nothingRead = status == kExitUse && options.files.size() == 1;
   if (options.json && !nothingRead) {
-    // Bytes that are no text are shown as the replacement character: JSON takes nothing else.
-    WriteOutput(ordered_json{{"problems", std::move(problems)}}.dump(2, ' ', false,
-                                                                     ordered_json::error_handler_t::replace) +
-                "\n");
+    WriteOutput(JsonText({{"problems", std::move(problems)}}, 2) + "\n");
   }
   return status;
 }

@@ -31,8 +31,6 @@ struct ClassesOptions {
   std::string descriptions;  // file
 };
 
-using nlohmann::ordered_json;
-
 constexpr const char* kCommand = "hostrun classes";
 constexpr double kNewestHost = 2015.0;
 constexpr double kOldestHost = 2011.0;
@@ -389,7 +387,7 @@ int ShowLayout(const Selection& selection, const BothLayouts& layouts, bool json
       ShowMemberWords(paint, *cls, selection.member, sides, version);
     }
   }
-  if (json) WriteOutput(list.dump(2) + "\n");
+  if (json) WriteOutput(JsonText(list, 2) + "\n");
   return kExitFine;
 }
 
@@ -421,7 +419,7 @@ int ShowJson(const Selection& selection) {
   const ordered_json answer = {{"hostVersion", TheHostIdentity().version},
                                {"layout", announced == 0 ? ordered_json() : ordered_json(announced)},
                                {"classes", std::move(list)}};
-  WriteOutput(answer.dump(2) + "\n");
+  WriteOutput(JsonText(answer, 2) + "\n");
   return kExitFine;
 }
 

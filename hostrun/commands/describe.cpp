@@ -7,8 +7,6 @@
 
 namespace hostrun {
 
-using nlohmann::ordered_json;
-
 const char* NameOf(Origin origin) {
   switch (origin) {
     case Origin::Host:
