@@ -9,6 +9,7 @@
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
 #include "hostrun/commands/docs_text.h"
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/layout.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"

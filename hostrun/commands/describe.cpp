@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "hostrun/commands/json.h"
 #include "hostrun/host/text.h"
 
 namespace hostrun {

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/host/bundle.h"
 #include "hostrun/host/registry.h"

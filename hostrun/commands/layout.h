@@ -1,12 +1,13 @@
 // hostrun/commands/layout.h - the words of definition records, as a bundle registered them.
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <cstdint>
 #include <span>
 #include <string>
 
 #include "bundle/host/records.h"
-#include "hostrun/commands/json.h"
 #include "hostrun/host/host.h"
 
 namespace hostrun {
@@ -32,9 +33,9 @@ std::size_t RecordSize(RecordKind kind, bool old);
 
 // The words of every class that the bundle registered on this host, as texts. A function is shown as its
 // place in the bundle's file, so that the answer is the same in every process.
-ordered_json LayoutOfClasses();
+nlohmann::ordered_json LayoutOfClasses();
 
 // LayoutOfClasses of a host with those options, asked in a process of its own. Throws std::runtime_error.
-ordered_json LayoutOnHost(const HostOptions& options);
+nlohmann::ordered_json LayoutOnHost(const HostOptions& options);
 
 }  // namespace hostrun
