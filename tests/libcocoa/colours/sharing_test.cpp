@@ -140,6 +140,7 @@ TEST(Threads, MakeEachTransformOfFortyProfilesOnce) {
   std::atomic<int> failed = 0;
   {
     std::vector<std::jthread> threads;
+    threads.reserve(6);
     for (int i = 0; i < 6; ++i) threads.emplace_back([&] { failed += convertAll(); });
   }
   EXPECT_EQ(failed, 0);
