@@ -75,7 +75,7 @@ StatementPtr ParseCall(Parser& parser) {
   return ParseCallOrAssignment(parser);
 }
 
-constexpr StatementForm kForms[] = {
+constexpr StatementForm kAssignmentForms[] = {
     {"call", &ParseCall, true},
 };
 
@@ -108,7 +108,7 @@ StatementPtr ParseCallOrAssignment(Parser& parser) {
 }
 
 std::span<const StatementForm> AssignmentStatements() {
-  return kForms;
+  return kAssignmentForms;
 }
 
 }  // namespace hostrun

@@ -195,7 +195,7 @@ StatementPtr ParseSelect(Parser& parser) {
   return statement;
 }
 
-constexpr StatementForm kForms[] = {
+constexpr StatementForm kBranchForms[] = {
     {"if", &ParseIf},
     {"select", &ParseSelect},
 };
@@ -203,7 +203,7 @@ constexpr StatementForm kForms[] = {
 }  // namespace
 
 std::span<const StatementForm> BranchStatements() {
-  return kForms;
+  return kBranchForms;
 }
 
 }  // namespace hostrun

@@ -170,7 +170,7 @@ StatementPtr ParseTry(Parser& parser) {
   return statement;
 }
 
-constexpr StatementForm kForms[] = {
+constexpr StatementForm kExceptionForms[] = {
     {"try", &ParseTry},
     {"raise", &ParseRaise, true},
 };
@@ -178,7 +178,7 @@ constexpr StatementForm kForms[] = {
 }  // namespace
 
 std::span<const StatementForm> ExceptionStatements() {
-  return kForms;
+  return kExceptionForms;
 }
 
 }  // namespace hostrun

@@ -118,7 +118,7 @@ StatementPtr ParseQuit(Parser& parser) {
   return statement;
 }
 
-constexpr StatementForm kForms[] = {
+constexpr StatementForm kJumpForms[] = {
     {"exit", &ParseLoopJump},
     {"continue", &ParseLoopJump},
     {"return", &ParseReturn},
@@ -128,7 +128,7 @@ constexpr StatementForm kForms[] = {
 }  // namespace
 
 std::span<const StatementForm> JumpStatements() {
-  return kForms;
+  return kJumpForms;
 }
 
 }  // namespace hostrun

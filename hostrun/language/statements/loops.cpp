@@ -314,7 +314,7 @@ StatementPtr ParseDo(Parser& parser) {
   return statement;
 }
 
-constexpr StatementForm kForms[] = {
+constexpr StatementForm kLoopForms[] = {
     {"for", &ParseFor},
     {"while", &ParseWhile},
     {"do", &ParseDo},
@@ -323,7 +323,7 @@ constexpr StatementForm kForms[] = {
 }  // namespace
 
 std::span<const StatementForm> LoopStatements() {
-  return kForms;
+  return kLoopForms;
 }
 
 }  // namespace hostrun

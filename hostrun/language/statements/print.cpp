@@ -61,7 +61,7 @@ StatementPtr ParsePrint(Parser& parser) {
   return print;
 }
 
-constexpr StatementForm kForms[] = {
+constexpr StatementForm kPrintForms[] = {
     {"print", &ParsePrint, true},
 };
 
@@ -72,7 +72,7 @@ void SetPrintObserver(std::function<void(const std::vector<Value>&)> observer) {
 }
 
 std::span<const StatementForm> PrintStatements() {
-  return kForms;
+  return kPrintForms;
 }
 
 }  // namespace hostrun

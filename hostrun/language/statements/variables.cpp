@@ -222,7 +222,7 @@ StatementPtr ParseReDim(Parser& parser) {
   return statement;
 }
 
-constexpr StatementForm kForms[] = {
+constexpr StatementForm kVariableForms[] = {
     {"dim", &ParseDeclaration<Dim>},
     {"var", &ParseDeclaration<Dim>},
     {"static", &ParseDeclaration<Static>},
@@ -233,7 +233,7 @@ constexpr StatementForm kForms[] = {
 }  // namespace
 
 std::span<const StatementForm> VariableStatements() {
-  return kForms;
+  return kVariableForms;
 }
 
 }  // namespace hostrun
