@@ -3,7 +3,7 @@
 // The bundle keeps what it found for the life of the process (services, selectors, the host's version,
 // definitions that registration rewrote), and gives no way to forget it. So each test gets a fresh copy of a
 // process in which nothing has run yet; a crash is one failed test, not the end of the run. With
-// --gtest_list_tests, or --here, nothing is forked.
+// --gtest_list_tests, or --here, nothing is forked; with --gtest_fail_fast, nothing more after a failure.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -98,8 +98,11 @@ int main(int argc, char** argv) {
     std::fclose(found->second.output);
     running.erase(found);
   };
+  std::size_t begun = 0;
   for (const std::string& name : names) {
     if (running.size() == kAtOnce) waitForOne();
+    if (GTEST_FLAG_GET(fail_fast) && !failed.empty()) break;
+    ++begun;
     FILE* const output = std::tmpfile();
     std::fflush(stdout);
     const pid_t child = fork();
@@ -109,7 +112,7 @@ int main(int argc, char** argv) {
   while (!running.empty()) waitForOne();
 
   for (const std::string& name : failed) std::printf("[  FAILED  ] %s\n", name.c_str());
-  std::printf("%zu tests, each in a process of its own: %zu passed, %zu failed\n", names.size(),
-              names.size() - failed.size(), failed.size());
+  std::printf("%zu tests, each in a process of its own: %zu passed, %zu failed\n", begun,
+              begun - failed.size(), failed.size());
   return failed.empty() && !names.empty() ? 0 : 1;
 }
