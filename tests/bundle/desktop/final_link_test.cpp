@@ -214,7 +214,13 @@ const Broken kBroken[] = {
      "wanted code and constants in __TEXT, data in __DATA, found __OBJC,__data"},
     {"TextBehindData", [](auto& o) { o.sections[small::kFrames].address = 0x100; },
      "wanted the sections of __TEXT before all others, found __TEXT,__eh_frame behind"},
-    {"TextBehindFrames", [](auto& o) { std::swap(o.sections[small::kFrames].address, Text(o).address); },
+    {"TextBehindFrames",
+     [](auto& o) {
+       o.sections[small::kFrames].address = 0x24;
+       o.sections[small::kStrings].address = 0x28;
+     },
+     "wanted __TEXT,__eh_frame last in __TEXT, found __TEXT,__cstring behind"},
+    {"CodeBetweenItsPlaces", [](auto& o) { std::swap(o.sections[small::kFrames].address, Text(o).address); },
      "wanted the section __TEXT,__text at a multiple of 16, found 0x2C"},
     {"OverlappingSections", [](auto& o) { o.sections[small::kStrings].address = 0x20; },
      "wanted sections apart from each other, found __TEXT,__text and __TEXT,__cstring at 0x20"},
