@@ -98,13 +98,13 @@ def objects_of_sources():
 
 
 def read_rooms():
-    """Each folder's steps, in order: the targets to build, and the tests to run then."""
+    """Each folder's steps, in order: the targets to build, the tests to run then, and which cases of theirs."""
     rooms = {}
     for line in (HERE / "rooms.txt").read_text(encoding="utf-8").splitlines():
         if line and not line.startswith("#"):
-            folder, targets, tests = (part.strip() for part in line.split(" : "))
+            folder, targets, tests, *cases = (part.strip() for part in line.split(" : "))
             if "desktop" not in targets.split() or (ROOT / "build/desktop/QVXColor.bundle").is_dir():
-                rooms.setdefault(folder, []).append((targets.split(), tests))
+                rooms.setdefault(folder, []).append((targets.split(), tests, *(cases or ["*"])))
     return rooms
 
 
