@@ -44,5 +44,10 @@ TEST_F(Statements, ACallTakesTheFirstOfTwoFormsThatFitAlike) {
   EXPECT_EQ(ShownBy({"Dim v As Variant = \"text\"", "(New Fixture(5)).Echo(v)"}), Shown{"\"text\""});
 }
 
+TEST_F(Statements, NotOfABooleanIsTheOtherOne) {
+  EXPECT_EQ(ShownBy({"Dim no As Boolean", "If((Not no) = True, 1, 2)", "If(Not Not no, 1, 2)", "0 + Not 5"}),
+            (Shown{"1", "2", "-6"}));
+}
+
 }  // namespace
 }  // namespace hostrun
