@@ -3,6 +3,7 @@
 import argparse
 import concurrent.futures
 import datetime
+import fnmatch
 import hashlib
 import json
 import os
@@ -83,7 +84,7 @@ def draw(rooms, count, seed, built):
 
 
 def objects_of_sources():
-    """Which objects of the three houses each source is compiled into, as the last build tells."""
+    """Which objects of its own house each source is compiled into, as the last build tells."""
     objects = {}
     name = None
     told = subprocess.run(["ninja", "-C", "build", "-t", "deps"], capture_output=True, text=True, check=True, cwd=ROOT)
@@ -92,7 +93,7 @@ def objects_of_sources():
             name = line.split(":")[0]
         elif line and name.startswith("houses/"):
             path = os.path.relpath(ROOT / "build" / line.strip(), ROOT)
-            if path.startswith(HOUSES) and path.endswith(SOURCES):
+            if path.endswith(SOURCES) and name.startswith(f"houses/{path.split('/')[0]}/"):
                 objects.setdefault(path, []).append(name)
     return objects
 
@@ -109,7 +110,7 @@ def read_rooms():
 
 
 def steps_of(path, rooms):
-    fitting = [f for f in rooms if path == f or path.startswith(f + "/")]
+    fitting = [f for f in rooms if fnmatch.fnmatch(path, f) or path.startswith(f + "/")]
     if not fitting:
         sys.exit(f"mutate: wanted a line for {path} in {HERE / 'rooms.txt'}, found none")
     return rooms[max(fitting, key=len)]
