@@ -263,21 +263,23 @@ def main():
 
     bound = take_copy() if left else []
     limits = {}
+    sources = state_of_files(objects)
     with concurrent.futures.ThreadPoolExecutor(2) as workers:
-        for steps in {json.dumps(steps_of(d.path, rooms)) for d in left}:
+        for step in {json.dumps(step) for d in left for step in steps_of(d.path, rooms)}:
             # Known from an earlier run where neither tests nor sources changed since.
-            unchanged = fingerprint(steps, journal.tests, state_of_files(objects))
+            unchanged = fingerprint(step, journal.tests, sources)
             sound = journal.find(unchanged)
             if not sound:
-                sound = run_mutant(json.loads(steps), bound, [None] * len(json.loads(steps)))
+                sound = run_mutant([json.loads(step)], bound, [None])
                 if sound["verdict"] != "survived":
                     sys.exit(f"mutate: wanted tests that pass without a mutant, {sound['by']} fails:\n{sound['said']}")
                 journal.add(unchanged, sound)
-            limits[steps] = [options.limit or 30 + 5 * seconds for seconds in sound["steps"]]
+            limits[step] = options.limit or 30 + 5 * sound["steps"][0]
         running = {}
         for d in left:
             steps = steps_of(d.path, rooms)
-            running[workers.submit(run_mutant, steps, bound, limits[json.dumps(steps)], d, objects[d.path])] = d
+            allowed = [limits[json.dumps(step)] for step in steps]
+            running[workers.submit(run_mutant, steps, bound, allowed, d, objects[d.path])] = d
         for done in concurrent.futures.as_completed(running):
             d, result = running[done], done.result()
             results[d] = {k: v for k, v in result.items() if k != "said"}
