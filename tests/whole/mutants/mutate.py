@@ -259,6 +259,7 @@ def main():
         elif journal.find(d.identity) and not options.again:
             results[d] = journal.find(d.identity)
     left = [d for d in chosen if d not in results]
+    left.sort(key=lambda d: d.path.endswith(".h"))  # a header's mutants take the longest
     print(f"mutate: {len(chosen)} mutants drawn by seed {options.seed}, {len(left)} to run", flush=True)
 
     bound = take_copy() if left else []
