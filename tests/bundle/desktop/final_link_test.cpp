@@ -340,6 +340,54 @@ TEST(Refused, EveryTruncatedObject) {
   }
 }
 
+// The good object's load commands: a segment with six sections, the symbol table, that of indirect symbols.
+constexpr std::size_t kCommandCountAt = 16;
+constexpr std::size_t kSegmentAt = sizeof(desktop::Header);
+constexpr std::size_t kSymbolTableAt =
+    kSegmentAt + sizeof(desktop::SegmentCommand) + 6 * sizeof(desktop::SectionHeader);
+constexpr std::size_t kIndirectTableAt = kSymbolTableAt + sizeof(desktop::SymbolTableCommand);
+static_assert(kIndirectTableAt == 516 && sizeof(desktop::DynamicSymbolTableCommand) == 80);
+
+// A word of the file changed.
+struct BrokenCommand {
+  const char* what;
+  std::size_t offset;
+  std::uint32_t word;
+  const char* line;
+};
+
+class RefusedCommands : public testing::TestWithParam<BrokenCommand> {};
+
+TEST_P(RefusedCommands, SayWhatWasWantedAndFound) {
+  Bytes bytes = small::GoodObject().Bytes();
+  std::memcpy(&bytes.at(GetParam().offset), &GetParam().word, sizeof GetParam().word);
+  try {
+    desktop::Link(bytes, "_Entry");
+    FAIL() << "linked";
+  } catch (const desktop::Refusal& refusal) {
+    EXPECT_STREQ(refusal.what(), GetParam().line);
+  }
+}
+
+const BrokenCommand kBrokenCommands[] = {
+    {"OneLess", kCommandCountAt, 2, "wanted load commands of 568 bytes, found 488"},
+    {"FewerSections", kSegmentAt + 48, 5, "wanted a segment command of 396 bytes for 5 sections, found 464"},
+    {"TheSameTwice", kIndirectTableAt, 2, "wanted a symbol table once, found another"},
+    {"OfAnotherKind", kIndirectTableAt, 0x1B, "wanted a load command that an assembler writes, found 0x1B"},
+    {"LongerSymbolTable", kSymbolTableAt + 4, 28, "wanted a symbol table in 24 bytes, found 28"},
+    {"ShorterIndirectTable", kIndirectTableAt + 4, 76,
+     "wanted a table of indirect symbols in 80 bytes, found 76"},
+    {"LongerThanAll", kIndirectTableAt + 4, 84,
+     "wanted a load command of whole words that ends before 596, found 84 bytes at 516"},
+    {"NotWholeWords", kSymbolTableAt + 4, 22,
+     "wanted a load command of whole words that ends before 596, found 22 bytes at 492"},
+    {"ShorterThanItsHead", kSymbolTableAt + 4, 4,
+     "wanted a load command of whole words that ends before 596, found 4 bytes at 492"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, RefusedCommands, testing::ValuesIn(kBrokenCommands),
+                         [](const auto& each) { return std::string(each.param.what); });
+
 TEST(Refused, LoadCommandsThatDoNotEnd) {
   Bytes bytes = small::GoodObject().Bytes();
   bytes[sizeof(desktop::Header) + 4] = 0;
