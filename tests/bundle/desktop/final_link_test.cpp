@@ -109,6 +109,13 @@ TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   EXPECT_EQ(zeros.fileOffset, 0U);
 }
 
+TEST(FinalLink, AlignsASectionToAPage) {
+  small::Object object = small::GoodObject();
+  object.sections[small::kBss].alignment = 12;
+  object.sections[small::kBss].address = 0x1000;
+  EXPECT_EQ(Bundle(object).Section("__bss").address % 0x1000, 0U);
+}
+
 TEST(FinalLink, GivesTheSameBytesForTheSameObject) {
   EXPECT_EQ(Linked(small::GoodObject()), Linked(small::GoodObject()));
 }
