@@ -116,6 +116,24 @@ TEST(FinalLink, AlignsASectionToAPage) {
   EXPECT_EQ(Bundle(object).Section("__bss").address % 0x1000, 0U);
 }
 
+TEST(FinalLink, TakesASectionThatEndsAtTheLargestAddress) {
+  small::Object object = small::GoodObject();
+  small::Section& zeros = object.sections[small::kBss];
+  zeros.zeros = 0x1000000 - zeros.address;
+  EXPECT_EQ(Bundle(object).Section("__bss").size, zeros.zeros);
+  ++zeros.zeros;
+  EXPECT_THROW(Linked(object), desktop::Refusal);
+}
+
+// The stubs are a section more.
+TEST(FinalLink, Makes255Sections) {
+  small::Object object = small::GoodObject();
+  while (object.sections.size() < 254) object.sections.push_back({"__DATA", "__more", 0, 0x1000});
+  EXPECT_NO_THROW(Linked(object));
+  object.sections.push_back({"__DATA", "__more", 0, 0x1000});
+  EXPECT_THROW(Linked(object), desktop::Refusal);
+}
+
 TEST(FinalLink, GivesTheSameBytesForTheSameObject) {
   EXPECT_EQ(Linked(small::GoodObject()), Linked(small::GoodObject()));
 }
