@@ -170,6 +170,18 @@ TEST(RebaseOpcodes, CountLongRunsInANumber) {
   EXPECT_EQ(desktop::RebaseOpcodes(addresses, 0x1000), (Bytes{0x11, 0x21, 0x00, 0x60, 0xC8, 0x01, 0x00}));
 }
 
+// A pointer in the data and one for the code are bound to it: once in the bind operations, once among the
+// symbols.
+TEST(FinalLink, NamesAnImportOnceForAllThatIsBoundToIt) {
+  const Bytes bundle = Linked(small::GoodObject());
+  const std::string name("_NSCalibratedRGBColorSpace", 27);
+  std::size_t count = 0;
+  for (auto at = bundle.begin();
+       (at = std::search(at, bundle.end(), name.begin(), name.end())) != bundle.end(); ++at)
+    ++count;
+  EXPECT_EQ(count, 2U);
+}
+
 TEST(BindOpcodes, SayLibraryAndPlaceOnlyWhereTheyChange) {
   desktop::Imports imports;
   imports.imports = {{"_a", 0, 1, false}, {"_b", 1, 1, false}, {"_c", 2, 2, false}};
@@ -181,6 +193,16 @@ TEST(BindOpcodes, SayLibraryAndPlaceOnlyWhereTheyChange) {
 
 TEST(ExportTrie, HasOneEdgeToOneLeaf) {
   EXPECT_EQ(desktop::ExportTrie("_E", 0x1234), (Bytes{0, 1, '_', 'E', 0, 6, 3, 0, 0xB4, 0x24, 0}));
+}
+
+// Empty: it was linked.
+std::string RefusalOf(const Bytes& object) {
+  try {
+    desktop::Link(object, "_Entry");
+    return {};
+  } catch (const desktop::Refusal& refusal) {
+    return refusal.what();
+  }
 }
 
 // What is refused, and the whole line that says so.
@@ -195,12 +217,7 @@ class Refused : public testing::TestWithParam<Broken> {};
 TEST_P(Refused, SaysWhatWasWantedAndFound) {
   small::Object object = small::GoodObject();
   GetParam().change(object);
-  try {
-    Linked(object);
-    FAIL() << "linked";
-  } catch (const desktop::Refusal& refusal) {
-    EXPECT_STREQ(refusal.what(), GetParam().line);
-  }
+  EXPECT_EQ(RefusalOf(object.Bytes()), GetParam().line);
 }
 
 small::Section& Text(small::Object& object) {
@@ -386,12 +403,7 @@ class RefusedCommands : public testing::TestWithParam<BrokenCommand> {};
 TEST_P(RefusedCommands, SayWhatWasWantedAndFound) {
   Bytes bytes = small::GoodObject().Bytes();
   std::memcpy(&bytes.at(GetParam().offset), &GetParam().word, sizeof GetParam().word);
-  try {
-    desktop::Link(bytes, "_Entry");
-    FAIL() << "linked";
-  } catch (const desktop::Refusal& refusal) {
-    EXPECT_STREQ(refusal.what(), GetParam().line);
-  }
+  EXPECT_EQ(RefusalOf(bytes), GetParam().line);
 }
 
 const BrokenCommand kBrokenCommands[] = {
@@ -412,6 +424,29 @@ const BrokenCommand kBrokenCommands[] = {
 
 INSTANTIATE_TEST_SUITE_P(Of, RefusedCommands, testing::ValuesIn(kBrokenCommands),
                          [](const auto& each) { return std::string(each.param.what); });
+
+TEST(Refused, SymbolsAndNamesThatAreNotInTheFile) {
+  const Bytes good = small::GoodObject().Bytes();
+  desktop::SymbolTableCommand table{};
+  std::memcpy(&table, &good.at(kSymbolTableAt), sizeof table);
+  const auto with = [&good](std::size_t offset, std::uint32_t word) {
+    Bytes bytes = good;
+    std::memcpy(&bytes.at(offset), &word, sizeof word);
+    return RefusalOf(bytes);
+  };
+  const std::string size = std::to_string(good.size());
+  EXPECT_EQ(with(kSymbolTableAt + 12, 1000), "wanted the symbols inside the file, found 12000 bytes at " +
+                                                 std::to_string(table.symbolOffset) + " of " + size);
+  const std::string names = std::to_string(table.stringSize);
+  EXPECT_EQ(with(kSymbolTableAt + 20, table.stringSize + 1),
+            "wanted the symbols' names inside the file, found " + std::to_string(table.stringSize + 1) +
+                " bytes at " + std::to_string(table.stringOffset) + " of " + size);
+  EXPECT_EQ(with(table.symbolOffset + sizeof(desktop::SymbolEntry), table.stringSize),
+            "wanted the name of symbol 1 among " + names + " bytes of names, found " + names);
+  Bytes open = good;
+  open.back() = 'x';
+  EXPECT_EQ(RefusalOf(open), "wanted an end of the name of symbol 4, found the end of the names");
+}
 
 TEST(Refused, LoadCommandsThatDoNotEnd) {
   Bytes bytes = small::GoodObject().Bytes();
