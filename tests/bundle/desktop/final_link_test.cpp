@@ -270,6 +270,12 @@ const Broken kBroken[] = {
      "wanted the section __DATA,__bss below 0x1000000, found its end at 0x8000003F"},
     {"AHugeAlignment", [](auto& o) { Data(o).alignment = 200; },
      "wanted the section __DATA,__data aligned to a page at most, found 2^200"},
+    {"AnAlignmentOfTwoPages",
+     [](auto& o) {
+       o.sections[small::kBss].alignment = 13;
+       o.sections[small::kBss].address = 0x2000;
+     },
+     "wanted the section __DATA,__bss aligned to a page at most, found 2^13"},
     {"AWeakDefinition", [](auto& o) { o.symbols[small::kHelper].description = 0x80; },
      "wanted the symbol \"_Helper\" defined or wanted without doubt, found it weak; link the rooms as one "
      "module "
