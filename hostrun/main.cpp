@@ -1,6 +1,4 @@
 // hostrun/main.cpp - hostrun: runs programs of the host language through a bundle, and the tools around it.
-#include <CLI/CLI.hpp>
-
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,7 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
-#include <sstream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,11 +24,11 @@ namespace {
 struct Command {
   const char* name;
   const char* purpose;
-  hostrun::Action (*prepare)(CLI::App& app);
+  hostrun::Action (*prepare)(hostrun::CommandLine& line);
 };
 
-hostrun::Action ManualCommand(CLI::App& app);
-hostrun::Action CompletionCommand(CLI::App& app);
+hostrun::Action ManualCommand(hostrun::CommandLine& line);
+hostrun::Action CompletionCommand(hostrun::CommandLine& line);
 
 constexpr Command kCommands[] = {
     {"classes", "Shows the registered classes and their members.", &hostrun::ClassesCommand},
@@ -51,76 +49,54 @@ constexpr const char* kRunFooter =
     "Exit status: 0 fine, 1 an uncaught host exception (or with --leaks something still alive), 2 an "
     "error of use\nor in the program; otherwise what Quit gives.";
 
-// Adds a command's options to `app` and gives its action.
-hostrun::Action Prepare(const Command& command, CLI::App& app) {
-  app.description(command.purpose);
-  return command.prepare(app);
+// Adds a command's options to `line` and gives its action.
+hostrun::Action Prepare(const Command& command, hostrun::CommandLine& line) {
+  line.Describe(command.purpose);
+  return command.prepare(line);
 }
 
 std::vector<hostrun::Guide> Guides() {
   std::vector<hostrun::Guide> guides;
   const auto add = [&](const Command& command) {
-    auto app = std::make_unique<CLI::App>();
-    hostrun::Action action = Prepare(command, *app);
-    guides.push_back({command.name, command.purpose, std::move(app), std::move(action)});
+    auto line = std::make_unique<hostrun::CommandLine>();
+    hostrun::Action action = Prepare(command, *line);
+    guides.push_back({command.name, command.purpose, std::move(line), std::move(action)});
   };
   add(kRun);
-  guides.front().app->set_version_flag("--version", kVersion);
-  guides.front().app->footer(kRunFooter);
+  guides.front().line->AddVersion(kVersion);
+  guides.front().line->SetFooter(kRunFooter);
   for (const Command& command : kCommands) add(command);
   return guides;
 }
 
-hostrun::Action ManualCommand(CLI::App& app) {
-  app.footer("Example:\n  hostrun manual | man -l -\n\nExit status: 0 written, 2 an error of use.");
+hostrun::Action ManualCommand(hostrun::CommandLine& line) {
+  line.SetFooter("Example:\n  hostrun manual | man -l -\n\nExit status: 0 written, 2 an error of use.");
   return [] {
     std::fputs(hostrun::ManualPage(Guides(), QVX_VERSION).c_str(), stdout);
     return hostrun::kExitFine;
   };
 }
 
-hostrun::Action CompletionCommand(CLI::App& app) {
+hostrun::Action CompletionCommand(hostrun::CommandLine& line) {
   const auto shell = std::make_shared<std::string>();
-  app.add_option("shell", *shell, "The shell that is to read it")
-      ->option_text("bash | zsh | fish")
-      ->required()
-      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-  app.footer("Example:\n  eval \"$(hostrun completion bash)\"\n\nExit status: 0 written, 2 an error of use.");
+  line.Add("shell", *shell, "The shell that is to read it")
+      .Takes("bash | zsh | fish")
+      .Required()
+      .OneOf({"bash", "zsh", "fish"});
+  line.SetFooter(
+      "Example:\n  eval \"$(hostrun completion bash)\"\n\nExit status: 0 written, 2 an error of use.");
   return [shell] {
     std::fputs(hostrun::Completion(*shell, Guides()).c_str(), stdout);
     return hostrun::kExitFine;
   };
 }
 
-std::vector<std::string> NamesOf(const CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::Option* const option : app.get_options()) {
-    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-  }
-  return names;
-}
-
 // Reads the command line, from the command's name on, and runs the command. Gives the exit status.
-int Start(const Command& command, CLI::App& app, const std::string& name, int argc, char** argv) {
-  app.name(name);
-  const hostrun::Action action = Prepare(command, app);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& wish) {
-    std::ostringstream said;
-    const int status = app.exit(wish, said);
-    std::fputs(said.str().c_str(), stdout);
-    return status;
-  } catch (const CLI::ExtrasError& error) {
-    const std::vector<std::string> unknown = app.remaining();
-    if (unknown.empty()) throw;
-    return hostrun::Refuse(name, "wanted no more arguments or an option that it has, found " +
-                                     unknown.front() + hostrun::DidYouMean(unknown.front(), NamesOf(app)) +
-                                     "; " + name + " --help says more");
-  } catch (const CLI::ParseError& error) {
-    return hostrun::Refuse(name, std::string(error.what()) + "; " + name + " --help says more");
-  }
-  return action();
+int Start(const Command& command, hostrun::CommandLine& line, const std::string& name, int argc,
+          char** argv) {
+  const hostrun::Action action = Prepare(command, line);
+  const std::optional<int> status = line.Read(name, argc, argv);
+  return status ? *status : action();
 }
 
 // "help COMMAND" is "COMMAND --help", and "help" is "--help".
@@ -128,10 +104,10 @@ int Help(int argc, char** argv);
 
 int Dispatch(int argc, char** argv) {
   if (argc >= 2 && std::string_view(argv[1]) == "help") return Help(argc, argv);
-  CLI::App app;
+  hostrun::CommandLine line;
   for (const Command& command : kCommands) {
     if (argc >= 2 && std::string_view(argv[1]) == command.name)
-      return Start(command, app, "hostrun " + std::string(command.name), argc - 1, argv + 1);
+      return Start(command, line, "hostrun " + std::string(command.name), argc - 1, argv + 1);
   }
   if (argc >= 2 && argv[1][0] != '-' && hostrun::NamesNoProgram(argv[1])) {
     std::vector<std::string> names;
@@ -142,9 +118,9 @@ int Dispatch(int argc, char** argv) {
   for (const Command& command : kCommands) {
     footer += "  " + hostrun::Padded(command.name, 14) + command.purpose + "\n";
   }
-  app.footer(footer + "\n" + kRunFooter);
-  app.set_version_flag("--version", kVersion);
-  return Start(kRun, app, "hostrun", argc, argv);
+  line.SetFooter(footer + "\n" + kRunFooter);
+  line.AddVersion(kVersion);
+  return Start(kRun, line, "hostrun", argc, argv);
 }
 
 int Help(int argc, char** argv) {

@@ -9,13 +9,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <numeric>
 #include <optional>
 
 #include "hostrun/commands/check_parts.h"
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/isolated.h"
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/output.h"
@@ -26,8 +26,8 @@ namespace {
 
 struct CheckOptions {
   HostOptions host;
-  const CLI::Option* version = nullptr;  // counts whether one host version was asked for
-  std::string bundle;                    // empty: the one of `host`
+  std::optional<Option> version;  // that asks for one host version
+  std::string bundle;             // empty: the one of `host`
   std::string filter;
   double timeLimit = 10;  // seconds for one check
   bool json = false;
@@ -38,7 +38,6 @@ struct CheckOptions {
   bool LeavesOutPassed() const { return onlyFailed || (!json && !verbose && isatty(STDOUT_FILENO) != 0); }
 };
 
-using nlohmann::ordered_json;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
@@ -63,11 +62,6 @@ struct Result {
   std::int64_t ms = 0;
 };
 
-// A bundle names its classes as it likes: bytes that are no UTF-8 are replaced.
-std::string JsonText(const ordered_json& json, int indent) {
-  return json.dump(indent, ' ', false, ordered_json::error_handler_t::replace);
-}
-
 ordered_json ToJson(const Result& result) {
   return {{"check", result.name},
           {"status", kStatusNames[IndexOf(result.status)]},
@@ -76,7 +70,7 @@ ordered_json ToJson(const Result& result) {
 }
 
 Result FromJson(const std::string& line) {
-  const ordered_json json = ordered_json::parse(line);
+  const ordered_json json = ReadJson(line).value();
   const auto* const status = std::find(kStatusNames.begin(), kStatusNames.end(), json["status"]);
   return {json["check"], static_cast<Status>(status - kStatusNames.begin()), json["reason"], json["ms"]};
 }
@@ -268,8 +262,8 @@ int Check(const CheckOptions& options) {
     return Refuse(kCommand, checker.bundle() + ": wanted a bundle, found no such file");
   if (const std::optional<Result> fatal = checker.CheckTheFile())
     return reporter.FinishEarly(checker.bundle(), *fatal);
-  if (options.version != nullptr && options.version->count() > 0) {
-    checker.CheckOn(options.version->as<std::string>());
+  if (const std::optional<std::string> asked = options.version->Typed()) {
+    checker.CheckOn(*asked);
   } else {
     for (const char* const version : kVersions) checker.CheckOn(version);
   }
@@ -280,22 +274,20 @@ int Check(const CheckOptions& options) {
 
 }  // namespace
 
-Action CheckCommand(CLI::App& app) {
+Action CheckCommand(CommandLine& line) {
   const auto options = std::make_shared<CheckOptions>();
-  AddHostOptions(app, options->host);
-  options->version = app.get_option("--host-version");
-  app.add_option("file", options->bundle, "The bundle to check; without one that of --bundle")
-      ->option_text("BUNDLE");
-  app.add_option("--filter", options->filter, "Only checks whose name contains this text")
-      ->option_text("TEXT");
-  app.add_option("--time-limit", options->timeLimit, "Seconds that one check may take")
-      ->option_text("SECONDS (10)")
-      ->check(CLI::Range(0.1, 3600.0));
-  app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  CLI::Option* const onlyFailed =
-      app.add_flag("--only-failed", options->onlyFailed, "Leave out what passed, as at a terminal");
-  app.add_flag("--verbose", options->verbose, "At a terminal, show also what passed")->excludes(onlyFailed);
-  app.footer(
+  AddHostOptions(line, options->host);
+  options->version = line.Find("--host-version");
+  line.Add("file", options->bundle, "The bundle to check; without one that of --bundle").Takes("BUNDLE");
+  line.Add("--filter", options->filter, "Only checks whose name contains this text").Takes("TEXT");
+  line.Add("--time-limit", options->timeLimit, "Seconds that one check may take")
+      .Takes("SECONDS (10)")
+      .Between(0.1, 3600.0);
+  line.AddFlag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
+  const Option onlyFailed =
+      line.AddFlag("--only-failed", options->onlyFailed, "Leave out what passed, as at a terminal");
+  line.AddFlag("--verbose", options->verbose, "At a terminal, show also what passed").Excludes(onlyFailed);
+  line.SetFooter(
       "Without --host-version the bundle is checked on hosts 2011.0, 2012.0, 2013.0, 2013.03, 2013.04 and "
       "2015.0.\n\n"
       "Examples:\n  hostrun check build/QVXColor.so\n  hostrun check --only-failed --filter /call/ "

@@ -1,12 +1,11 @@
 // hostrun/commands/check_syntax.cpp - "hostrun check-syntax": what is wrong with programs, without running
 // them.
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <exception>
 #include <memory>
 
 #include "hostrun/commands/commands.h"
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/run.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
@@ -16,8 +15,6 @@
 
 namespace hostrun {
 namespace {
-
-using nlohmann::ordered_json;
 
 constexpr const char* kCommand = "hostrun check-syntax";
 constexpr int kExitFindings = 1;
@@ -96,27 +93,23 @@ int CheckSyntax(const CheckSyntaxOptions& options) {
   }
   const bool nothingRead = status == kExitUse && options.files.size() == 1;
   if (options.json && !nothingRead) {
-    // Bytes that are no text are shown as the replacement character: JSON takes nothing else.
-    WriteOutput(ordered_json{{"problems", std::move(problems)}}.dump(2, ' ', false,
-                                                                     ordered_json::error_handler_t::replace) +
-                "\n");
+    WriteOutput(JsonText({{"problems", std::move(problems)}}, 2) + "\n");
   }
   return status;
 }
 
 }  // namespace
 
-Action CheckSyntaxCommand(CLI::App& app) {
+Action CheckSyntaxCommand(CommandLine& line) {
   const auto options = std::make_shared<CheckSyntaxOptions>();
-  AddHostOptions(app, options->host);
-  app.add_option("files", options->files, "The programs to check; - reads one from standard input")
-      ->option_text("PROGRAM.bas...")
-      ->required();
-  app.add_option("--name", options->name, "What to call the program that comes from standard input")
-      ->option_text("NAME");
-  app.add_flag("--json", options->json,
+  AddHostOptions(line, options->host);
+  line.Add("files", options->files, "The programs to check; - reads one from standard input")
+      .Takes("PROGRAM.bas...")
+      .Required();
+  line.Add("--name", options->name, "What to call the program that comes from standard input").Takes("NAME");
+  line.AddFlag("--json", options->json,
                "A JSON object, for the problem lists of editors (docs/hostrun.md says what it holds)");
-  app.footer(
+  line.SetFooter(
       "Every name, type and call is settled against the classes of the host and of the bundle; nothing is "
       "run.\n\n"
       "Examples:\n  hostrun check-syntax examples/first-colors.bas\n"

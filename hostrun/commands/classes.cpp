@@ -9,6 +9,7 @@
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
 #include "hostrun/commands/docs_text.h"
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/layout.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
@@ -30,8 +31,6 @@ struct ClassesOptions {
   bool flags = false;
   std::string descriptions;  // file
 };
-
-using nlohmann::ordered_json;
 
 constexpr const char* kCommand = "hostrun classes";
 constexpr double kNewestHost = 2015.0;
@@ -389,7 +388,7 @@ int ShowLayout(const Selection& selection, const BothLayouts& layouts, bool json
       ShowMemberWords(paint, *cls, selection.member, sides, version);
     }
   }
-  if (json) WriteOutput(list.dump(2) + "\n");
+  if (json) WriteOutput(JsonText(list, 2) + "\n");
   return kExitFine;
 }
 
@@ -421,7 +420,7 @@ int ShowJson(const Selection& selection) {
   const ordered_json answer = {{"hostVersion", TheHostIdentity().version},
                                {"layout", announced == 0 ? ordered_json() : ordered_json(announced)},
                                {"classes", std::move(list)}};
-  WriteOutput(answer.dump(2) + "\n");
+  WriteOutput(JsonText(answer, 2) + "\n");
   return kExitFine;
 }
 
@@ -457,19 +456,19 @@ int Classes(const ClassesOptions& options) {
 
 }  // namespace
 
-Action ClassesCommand(CLI::App& app) {
+Action ClassesCommand(CommandLine& line) {
   const auto options = std::make_shared<ClassesOptions>();
-  AddHostOptions(app, options->host);
+  AddHostOptions(line, options->host);
   options->descriptions = FindDescriptions();
-  app.add_option("class", options->wanted,
-                 "A class, or a member, of one class or of each that has it, with its description")
-      ->option_text("CLASS | CLASS.MEMBER | MEMBER");
-  app.add_flag("--flags", options->flags, "Also the flags that are registered");
-  app.add_flag("--all", options->all, "Also the classes that the host and the sibling part bring");
-  app.add_flag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
-  app.add_flag("--layout", options->layout,
+  line.Add("class", options->wanted,
+           "A class, or a member, of one class or of each that has it, with its description")
+      .Takes("CLASS | CLASS.MEMBER | MEMBER");
+  line.AddFlag("--flags", options->flags, "Also the flags that are registered");
+  line.AddFlag("--all", options->all, "Also the classes that the host and the sibling part bring");
+  line.AddFlag("--json", options->json, "Answer in JSON, for tools (docs/hostrun.md says what it holds)");
+  line.AddFlag("--layout", options->layout,
                "The words of the definition records, in the current and the old layout");
-  app.footer(
+  line.SetFooter(
       "Examples:\n  hostrun classes\n  hostrun classes NSColorQVX.colorWithDeviceRGB\n  hostrun classes "
       "getRGB\n"
       "  hostrun classes NSColorSpaceQVX --layout --host-version 2013.0\n\n"

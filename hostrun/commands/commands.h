@@ -1,9 +1,9 @@
 // hostrun/commands/commands.h - the commands of hostrun, as its table of commands knows them.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <functional>
+
+#include "hostrun/commands/command_line.h"
 
 namespace hostrun {
 
@@ -11,16 +11,16 @@ namespace hostrun {
 // line for the user.
 using Action = std::function<int()>;
 
-// Each adds a command's options to `app` and gives its action, to be called once, after `app` has read the
-// command line and while it still lives.
-Action CheckCommand(CLI::App& app);
-Action CheckSyntaxCommand(CLI::App& app);
-Action ClassesCommand(CLI::App& app);
-Action DebugCommand(CLI::App& app);
-Action DocsCommand(CLI::App& app);
-Action ReplCommand(CLI::App& app);
-Action RunCommand(CLI::App& app);
-Action SwatchesCommand(CLI::App& app);
-Action TraceCommand(CLI::App& app);
+// Each adds a command's options to `line` and gives its action, to be called once, after `line` was read and
+// while it still lives.
+Action CheckCommand(CommandLine& line);
+Action CheckSyntaxCommand(CommandLine& line);
+Action ClassesCommand(CommandLine& line);
+Action DebugCommand(CommandLine& line);
+Action DocsCommand(CommandLine& line);
+Action ReplCommand(CommandLine& line);
+Action RunCommand(CommandLine& line);
+Action SwatchesCommand(CommandLine& line);
+Action TraceCommand(CommandLine& line);
 
 }  // namespace hostrun

@@ -1,9 +1,10 @@
 // hostrun/commands/debug.cpp - "hostrun debug": runs a program statement by statement.
 #include <unistd.h>
 
-#include <map>
+#include <algorithm>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/debug_console.h"
@@ -21,7 +22,11 @@ constexpr const char* kPrompt = "(debug) ";
 
 struct DebugOptions {
   RunOptions run;
-  Debugger::StopOn stopOn = Debugger::StopOn::Uncaught;
+  std::string stopOn = "uncaught";
+
+  Debugger::StopOn StopOn() const {
+    return std::ranges::find(Debugger::kStopOnNames, stopOn, &Debugger::StopOnName::name)->meant;
+  }
 };
 
 int DebugAtTerminal(const DebugOptions& options, const Source& source) {
@@ -38,14 +43,14 @@ int DebugAtTerminal(const DebugOptions& options, const Source& source) {
       if (input.end == LineEditor::End::EndOfInput) return std::nullopt;
     }
   };
-  DebugConsole made(source, options.stopOn, TakesTrueColour(stdout), read);
+  DebugConsole made(source, options.StopOn(), TakesTrueColour(stdout), read);
   console = &made;
   WriteOutput("The program is halted before its first statement. help lists the commands.\n");
   return made.Run();
 }
 
 int DebugOverPipe(const DebugOptions& options, const Source& source) {
-  return DebugConsole(source, options.stopOn, false, &ReadInputLine).Run();
+  return DebugConsole(source, options.StopOn(), false, &ReadInputLine).Run();
 }
 
 int Debug(const DebugOptions& options) {
@@ -61,18 +66,15 @@ int Debug(const DebugOptions& options) {
 
 }  // namespace
 
-Action DebugCommand(CLI::App& app) {
+Action DebugCommand(CommandLine& line) {
   const auto options = std::make_shared<DebugOptions>();
-  AddRunOptions(app, options->run);
-  app.get_option("program")->description("The program to run");
-  static const std::map<std::string, Debugger::StopOn> kStopOn = {{"never", Debugger::StopOn::Never},
-                                                                  {"raised", Debugger::StopOn::Raised},
-                                                                  {"uncaught", Debugger::StopOn::Uncaught}};
-  app.add_option("--stop-on", options->stopOn,
-                 "Which exceptions halt the program; without this, those that nobody catches")
-      ->transform(CLI::CheckedTransformer(kStopOn))
-      ->option_text("raised | uncaught | never");
-  app.footer(
+  AddRunOptions(line, options->run);
+  line.Find("program").Describe("The program to run");
+  line.Add("--stop-on", options->stopOn,
+           "Which exceptions halt the program; without this, those that nobody catches")
+      .OneOf({"raised", "uncaught", "never"})
+      .Takes("raised | uncaught | never");
+  line.SetFooter(
       "Halts before the first statement and takes commands: break, step, next, finish, continue, print, "
       "locals,\n"
       "backtrace, list and others; help shows them. Ctrl-C halts a program that runs. Without a terminal, "

@@ -390,14 +390,7 @@ std::optional<DebugConsole::Going> DebugConsole::List(const std::string& rest) {
 }
 
 std::optional<DebugConsole::Going> DebugConsole::Exceptions(const std::string& rest) {
-  using StopOn = Debugger::StopOn;
-  struct Named {
-    const char* name;
-    StopOn meant;
-  };
-  static constexpr Named kAll[] = {
-      {"raised", StopOn::Raised}, {"uncaught", StopOn::Uncaught}, {"never", StopOn::Never}};
-  for (const Named& one : kAll) {
+  for (const Debugger::StopOnName& one : Debugger::kStopOnNames) {
     if (rest.empty() && one.meant == debugger_.stopOn) Say(one.name);
     if (!SameName(rest, one.name)) continue;
     debugger_.stopOn = one.meant;

@@ -19,6 +19,13 @@ class Debugger final : public StopObserver {
   // the next one that is not in a call of this one; Finish: the next one behind this call.
   enum class Going : std::uint8_t { Continue, Step, Next, Finish, End };
   enum class StopOn : std::uint8_t { Never, Uncaught, Raised };
+  struct StopOnName {
+    const char* name;
+    StopOn meant;
+  };
+  // As users write them.
+  static constexpr StopOnName kStopOnNames[] = {
+      {"raised", StopOn::Raised}, {"uncaught", StopOn::Uncaught}, {"never", StopOn::Never}};
   static constexpr const char* kInterrupted = "interrupted";
   struct Halt {
     std::string why;  // "breakpoint 1", kInterrupted; empty: a step has ended

@@ -3,11 +3,10 @@
 
 #include <cmath>
 
+#include "hostrun/commands/json.h"
 #include "hostrun/host/text.h"
 
 namespace hostrun {
-
-using nlohmann::ordered_json;
 
 const char* NameOf(Origin origin) {
   switch (origin) {

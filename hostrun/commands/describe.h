@@ -1,7 +1,7 @@
 // hostrun/commands/describe.h - registered classes and values as JSON and as short texts.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
 

@@ -57,15 +57,13 @@ int Docs(const DocsOptions& options) {
 
 }  // namespace
 
-Action DocsCommand(CLI::App& app) {
+Action DocsCommand(CommandLine& line) {
   const auto options = std::make_shared<DocsOptions>();
   options->descriptions = FindDescriptions();
-  AddHostOptions(app, options->host);
-  app.add_option("--out,--output", options->out, "The page to write")
-      ->option_text("FILE.html (reference.html)");
-  app.add_option("--descriptions", options->descriptions, "The text that describes the members")
-      ->option_text("FILE.txt");
-  app.footer(
+  AddHostOptions(line, options->host);
+  line.Add("--out,--output", options->out, "The page to write").Takes("FILE.html (reference.html)");
+  line.Add("--descriptions", options->descriptions, "The text that describes the members").Takes("FILE.txt");
+  line.SetFooter(
       "Example:\n  hostrun docs --out reference.html\n\n"
       "Exit status: 0 written, 2 an error of use, or members and descriptions that do not match.");
   return [options] { return Docs(*options); };

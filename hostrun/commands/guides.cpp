@@ -12,10 +12,9 @@ bool IsWord(const std::string& text) {
 }
 
 // "bash | zsh | fish" is a choice of words; "FILE", "BUNDLE" and "PROGRAM.bas" are paths.
-Operand OperandOf(const CLI::Option& option) {
+Operand OperandOf(const OptionShape& option) {
   Operand value;
-  if (option.get_items_expected_max() == 0) return value;
-  value.text = option.get_option_text();
+  value.text = option.value;
   std::istringstream parts(value.text);
   for (std::string part; parts >> part;) {
     if (part != "|") value.words.push_back(part);
@@ -31,15 +30,8 @@ Operand OperandOf(const CLI::Option& option) {
 
 std::vector<OptionGuide> OptionsOf(const Guide& guide) {
   std::vector<OptionGuide> options;
-  for (const CLI::Option* const option : std::as_const(*guide.app).get_options()) {
-    OptionGuide row;
-    for (const std::string& name : option->get_snames()) row.names.push_back("-" + name);
-    for (const std::string& name : option->get_lnames()) row.names.push_back("--" + name);
-    row.value = OperandOf(*option);
-    row.description = option->get_description();
-    row.group = option->get_group();
-    options.push_back(std::move(row));
-  }
+  for (const OptionShape& option : guide.line->Shapes())
+    options.push_back({option.names, OperandOf(option), option.description, option.heading});
   return options;
 }
 

@@ -1,12 +1,11 @@
 // hostrun/commands/guides.h - the manual page and what shells complete, made from the commands' own options.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "hostrun/commands/command_line.h"
 #include "hostrun/commands/commands.h"
 
 namespace hostrun {
@@ -15,7 +14,7 @@ namespace hostrun {
 struct Guide {
   std::string name;  // empty: hostrun without a command
   std::string purpose;
-  std::unique_ptr<CLI::App> app;
+  std::unique_ptr<CommandLine> line;
   Action action;  // never called; it owns what the options write to
 };
 

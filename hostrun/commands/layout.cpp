@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/start.h"
 #include "hostrun/host/bundle.h"
 #include "hostrun/host/registry.h"
@@ -18,7 +19,6 @@
 namespace hostrun {
 namespace {
 
-using nlohmann::ordered_json;
 using Holds = RecordWord::Holds;
 
 constexpr std::array kDefinition = {
@@ -247,21 +247,22 @@ ordered_json LayoutOnHost(const HostOptions& options) {
     close(ends[0]);
     const Problem problem = StartHost(options);
     const ordered_json answer = problem ? ordered_json(*problem) : LayoutOfClasses();
-    WriteAll(ends[1], answer.dump());
+    WriteAll(ends[1], JsonText(answer, -1));
     _exit(0);
   }
   close(ends[1]);
   const std::string text = ReadAll(ends[0]);
   close(ends[0]);
   int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child || !ordered_json::accept(text)) {
+  const bool ended = child > 0 && waitpid(child, &status, 0) == child;
+  std::optional<ordered_json> answer = ReadJson(text);
+  if (!ended || !answer) {
     throw std::runtime_error(
         options.bundle +
         ": wanted a bundle that registers on each host, found one whose process ended early");
   }
-  ordered_json answer = ordered_json::parse(text);
-  if (answer.is_string()) throw std::runtime_error(answer.get<std::string>());
-  return answer;
+  if (answer->is_string()) throw std::runtime_error(answer->get<std::string>());
+  return *std::move(answer);
 }
 
 }  // namespace hostrun

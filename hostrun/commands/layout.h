@@ -1,7 +1,7 @@
 // hostrun/commands/layout.h - the words of definition records, as a bundle registered them.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
 #include <span>

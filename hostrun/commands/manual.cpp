@@ -91,7 +91,7 @@ std::string ManualPage(const std::vector<Guide>& guides, const std::string& vers
   page.Section("DESCRIPTION");
   page.Text(hostrun.purpose);
   page.Line(".PP");
-  page.Footer(hostrun.app->get_footer());
+  page.Footer(hostrun.line->Footer());
 
   // What every host of hostrun's understands is told once.
   constexpr const char* kHostGroup = "Host";
@@ -112,7 +112,7 @@ std::string ManualPage(const std::vector<Guide>& guides, const std::string& vers
       if (option.group != kHostGroup) page.Option(option);
     }
     page.Line(".PP");
-    page.Footer(guides[i].app->get_footer());
+    page.Footer(guides[i].line->Footer());
   }
   return page.Take();
 }

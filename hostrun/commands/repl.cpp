@@ -115,10 +115,10 @@ int Repl(const HostOptions& options) {
 
 }  // namespace
 
-Action ReplCommand(CLI::App& app) {
+Action ReplCommand(CommandLine& line) {
   const auto options = std::make_shared<HostOptions>();
-  AddHostOptions(app, *options);
-  app.footer(
+  AddHostOptions(line, *options);
+  line.SetFooter(
       "Type statements or expressions; a value that stands alone is shown. What is declared stays, and may "
       "be declared\n"
       "anew. Blocks go over several lines; at a terminal an empty line gives one up. :help, :doc "

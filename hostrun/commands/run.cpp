@@ -52,19 +52,19 @@ int RefuseNoProgram(const std::string& program, const std::string& hint) {
                 "; hostrun --help lists the commands");
 }
 
-void AddRunOptions(CLI::App& app, RunOptions& options) {
-  AddHostOptions(app, options.host);
-  app.add_flag("--leaks", options.leaksAreErrors,
+void AddRunOptions(CommandLine& line, RunOptions& options) {
+  AddHostOptions(line, options.host);
+  line.AddFlag("--leaks", options.leaksAreErrors,
                "End with status 1 when anything is still alive at the end");
-  app.add_option("-e,--execute", options.statements,
-                 "Run these statements instead of a program file; may be repeated, each is a line")
-      ->option_text("STATEMENTS")
-      ->allow_extra_args(false);
-  app.add_option("program", options.program, "The program to run; - reads it from standard input")
-      ->option_text("PROGRAM.bas");
-  app.add_option("arguments", options.arguments,
-                 "What Arguments gives the program; behind -- also what begins with a dash")
-      ->option_text("[ARGUMENT...]");
+  line.Add("-e,--execute", options.statements,
+           "Run these statements instead of a program file; may be repeated, each is a line")
+      .Takes("STATEMENTS")
+      .OneEach();
+  line.Add("program", options.program, "The program to run; - reads it from standard input")
+      .Takes("PROGRAM.bas");
+  line.Add("arguments", options.arguments,
+           "What Arguments gives the program; behind -- also what begins with a dash")
+      .Takes("[ARGUMENT...]");
 }
 
 int Run(const RunOptions& options) {
@@ -99,9 +99,9 @@ int Run(const RunOptions& options) {
   }
 }
 
-Action RunCommand(CLI::App& app) {
+Action RunCommand(CommandLine& line) {
   const auto options = std::make_shared<RunOptions>();
-  AddRunOptions(app, *options);
+  AddRunOptions(line, *options);
   return [options] { return Run(*options); };
 }
 

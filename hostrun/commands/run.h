@@ -1,12 +1,11 @@
 // hostrun/commands/run.h - "hostrun PROGRAM.bas": runs a program through the bundle.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "hostrun/commands/command_line.h"
 #include "hostrun/host/host.h"
 #include "hostrun/host/problem.h"
 #include "hostrun/language/source.h"
@@ -27,8 +26,8 @@ struct RunOptions {
   std::function<Problem()> started;  // where set, called once the bundle has registered; may refuse the run
 };
 
-// The options of a run, for a command that runs a program. `options` outlives the use of `app`.
-void AddRunOptions(CLI::App& app, RunOptions& options);
+// The options of a run, for a command that runs a program. `options` outlives the use of `line`.
+void AddRunOptions(CommandLine& line, RunOptions& options);
 
 // Neither a file nor something that could be the name of one: most likely a command that is spelled wrong.
 bool NamesNoProgram(const std::string& program);

@@ -48,30 +48,30 @@ std::string OwnFile(const char* file) {
              : beside.native();
 }
 
-void AddHostOptions(CLI::App& app, HostOptions& options) {
+void AddHostOptions(CommandLine& line, HostOptions& options) {
   options.bundle = OwnFile("QVXColor.so");
   options.platform = OwnFile("libcocoa.so");
-  const char* const group = "Host";
-  app.add_option("--bundle", options.bundle, "The bundle to load")->option_text("FILE")->group(group);
-  app.add_option("--platform", options.platform,
-                 "The platform library to load first; none for a bundle that needs none")
-      ->option_text("FILE")
-      ->group(group);
-  app.add_option("--host-version", options.identity.version, "Behave as a host of this version")
-      ->option_text("V (2015.0)")
-      ->group(group);
-  app.add_option("--without", options.identity.withheld, "Withhold a service by name; may be repeated")
-      ->option_text("SERVICE")
-      ->allow_extra_args(false)
-      ->check(&CheckServiceName)
-      ->group(group);
-  app.add_flag_callback(
-         "--no-sibling", [&options] { options.sibling = false; },
-         "Run without NSExceptionQVX, NSImageQVX and the instance cache")
-      ->group(group);
-  app.add_flag("--platform-log", options.platformLog,
+  const char* const heading = "Host";
+  line.Add("--bundle", options.bundle, "The bundle to load").Takes("FILE").Below(heading);
+  line.Add("--platform", options.platform,
+           "The platform library to load first; none for a bundle that needs none")
+      .Takes("FILE")
+      .Below(heading);
+  line.Add("--host-version", options.identity.version, "Behave as a host of this version")
+      .Takes("V (2015.0)")
+      .Below(heading);
+  line.Add("--without", options.identity.withheld, "Withhold a service by name; may be repeated")
+      .Takes("SERVICE")
+      .OneEach()
+      .Refusing(&CheckServiceName)
+      .Below(heading);
+  line.AddFlag(
+          "--no-sibling", [&options] { options.sibling = false; },
+          "Run without NSExceptionQVX, NSImageQVX and the instance cache")
+      .Below(heading);
+  line.AddFlag("--platform-log", options.platformLog,
                "Show at once what the platform logs, also of exceptions that are caught")
-      ->group(group);
+      .Below(heading);
 }
 
 Problem StartWithoutBundle(const HostOptions& options) {

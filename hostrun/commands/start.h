@@ -1,10 +1,9 @@
 // hostrun/commands/start.h - starts the host that a command needs.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 
+#include "hostrun/commands/command_line.h"
 #include "hostrun/host/host.h"
 #include "hostrun/host/problem.h"
 
@@ -15,8 +14,8 @@ namespace hostrun {
 std::string OwnFile(const char* file);
 
 // The options that choose which host is imitated. Sets the defaults: this build's bundle and platform
-// library. `options` outlives the use of `app`.
-void AddHostOptions(CLI::App& app, HostOptions& options);
+// library. `options` outlives the use of `line`.
+void AddHostOptions(CommandLine& line, HostOptions& options);
 
 // Starts a host that has entered no bundle yet: its own classes, the platform, the sibling part. Once in a
 // process.

@@ -116,19 +116,16 @@ int Swatches(const SwatchesOptions& options) {
 
 }  // namespace
 
-Action SwatchesCommand(CLI::App& app) {
+Action SwatchesCommand(CommandLine& line) {
   const auto options = std::make_shared<SwatchesOptions>();
-  AddHostOptions(app, options->host);
-  app.add_option("--out,--output", options->out, "The picture to write, as .png or .svg")
-      ->option_text("FILE (swatches.png)");
-  app.add_option("--columns", options->columns, "Colours in a row")
-      ->option_text("N (5)")
-      ->check(CLI::Range(1, 50));
-  app.add_option(
-         "source", options->source,
-         "A colour list, or a program whose printed colours are drawn; without it, the predefined colours")
-      ->option_text("[LIST.clr | PROGRAM.bas]");
-  app.footer(
+  AddHostOptions(line, options->host);
+  line.Add("--out,--output", options->out, "The picture to write, as .png or .svg")
+      .Takes("FILE (swatches.png)");
+  line.Add("--columns", options->columns, "Colours in a row").Takes("N (5)").Between(1, 50);
+  line.Add("source", options->source,
+           "A colour list, or a program whose printed colours are drawn; without it, the predefined colours")
+      .Takes("[LIST.clr | PROGRAM.bas]");
+  line.SetFooter(
       "Example:\n  hostrun swatches --out sunset.svg examples/palette.bas\n\n"
       "Exit status: 0 drawn, 1 drawn but the program ended with an uncaught exception, 2 an error of use.");
   return [options] { return Swatches(*options); };

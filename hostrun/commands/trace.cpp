@@ -126,19 +126,18 @@ int Trace(const TraceOptions& options) {
 
 }  // namespace
 
-Action TraceCommand(CLI::App& app) {
+Action TraceCommand(CommandLine& line) {
   const auto options = std::make_shared<TraceOptions>();
-  AddRunOptions(app, options->run);
-  app.add_option("--out,--output", options->out, "Write the trace there and not to stderr")
-      ->option_text("FILE");
-  app.add_flag("--all", options->all, "Also look-ups of classes and selectors, and exception frames");
-  app.add_option("--filter", options->filter, "Only calls of that class or member, and what happens in them")
-      ->option_text("CLASS[.MEMBER]");
-  app.add_flag("--summary", options->summary,
+  AddRunOptions(line, options->run);
+  line.Add("--out,--output", options->out, "Write the trace there and not to stderr").Takes("FILE");
+  line.AddFlag("--all", options->all, "Also look-ups of classes and selectors, and exception frames");
+  line.Add("--filter", options->filter, "Only calls of that class or member, and what happens in them")
+      .Takes("CLASS[.MEMBER]");
+  line.AddFlag("--summary", options->summary,
                "Instead of the calls, a line for each member: calls, time, messages, services");
-  app.add_flag("--json", options->json,
+  line.AddFlag("--json", options->json,
                "A JSON object a line, for tools (docs/hostrun.md says what it holds)");
-  app.footer(
+  line.SetFooter(
       "Each call shows its declaration, its arguments, the messages that it sends, the services that it "
       "uses, its\n"
       "result, and its time without what the trace itself takes.\n\n"

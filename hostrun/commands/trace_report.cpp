@@ -4,14 +4,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
-#include <nlohmann/json.hpp>
 
+#include "hostrun/commands/json.h"
 #include "hostrun/commands/terminal.h"
 
 namespace hostrun {
 namespace {
 
-using nlohmann::ordered_json;
 using std::chrono::nanoseconds;
 
 std::string Microseconds(nanoseconds time) {
@@ -70,9 +69,8 @@ ordered_json ObjectOf(const NamedTexts& texts) {
   return object;
 }
 
-// A bundle names its members as it likes: bytes that are no UTF-8 are replaced.
 std::string OneLine(const ordered_json& json) {
-  return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+  return JsonText(json, -1);
 }
 
 class Json final : public TraceReport {

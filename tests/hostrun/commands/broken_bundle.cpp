@@ -129,7 +129,7 @@ void Describe(std::int32_t version) {
   methods[1].declaration = UseDeclaration();
   if (Has("BadConstant")) constants[0].declaration = "Answer:42";
   definition.version = Has("WrongLayoutWord") ? version + 1 : version;
-  definition.name = "Sound";
+  definition.name = Has("NameIsNoText") ? "Sou\xFFnd" : "Sound";
   definition.superName = Has("UnknownSuperclass") ? "Missing" : nullptr;
   definition.dataSize = Has("DataSize") ? 4 : 16;
   definition.constructor = &Construct;

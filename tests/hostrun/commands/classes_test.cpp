@@ -106,6 +106,17 @@ TEST(Classes, AnswersToolsInJson) {
   EXPECT_EQ(answer["classes"][2]["constants"][0]["value"], -1);
 }
 
+TEST(Classes, AnswersToolsInJsonWhateverBytesNamesHold) {
+  for (const char* const option : {"--json", "--layout"}) {
+    const Finished finished = RunHostrun(
+        {"classes", "--json", option, "--platform", "none", "--bundle", BuiltFile("broken/Any.so")}, {},
+        {"BROKEN_BUNDLE_FAULT=NameIsNoText"});
+    const json answer = json::parse(finished.out, nullptr, false);
+    ASSERT_FALSE(answer.is_discarded()) << option << ": " << finished.err;
+    EXPECT_EQ((answer.is_array() ? answer : answer["classes"])[0]["name"], "Sou\uFFFDnd") << option;
+  }
+}
+
 std::vector<std::string> KeysOf(const json& object) {
   std::vector<std::string> keys;
   for (const auto& [key, value] : object.items()) keys.push_back(key);

@@ -192,7 +192,9 @@ TEST(Debug, HaltsAtEachExceptionOrAtNone) {
   EXPECT_EQ(Lines(OutOf(kRaises, "exceptions\nexceptions never\nexceptions\n")).at(3), "never");
   EXPECT_EQ(ErrorOf(kRaises, "exceptions often\n"),
             "exceptions: wanted raised, uncaught or never, found often\n");
-  EXPECT_EQ(Debugged(kRaises, "", {"--stop-on", "often"}).status, 2);
+  const Finished often = Debugged(kRaises, "", {"--stop-on", "often"});
+  EXPECT_EQ(often.status, 2);
+  EXPECT_NE(often.err.find("often not in {raised,uncaught,never}"), std::string::npos) << often.err;
 }
 
 TEST(Debug, StepsFromAnExceptionToItsHandler) {

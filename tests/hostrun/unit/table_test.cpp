@@ -2,11 +2,10 @@
 // runner's own dispatch with sensible arguments.
 #include <gtest/gtest.h>
 
-#include <CLI/CLI.hpp>
-
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 #include <set>
 
 #include "hostrun/commands/start.h"
@@ -279,9 +278,10 @@ TEST(Table, TheLayoutIsTheOneThatTheHostAskedFor) {
 // NOLINTNEXTLINE(bugprone-exception-escape): what is thrown here ends the test, as it should
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  CLI::App app("Calls every declaration of the bundle.");
-  hostrun::AddHostOptions(app, hostrun::options);
-  CLI11_PARSE(app, argc, argv);
+  hostrun::CommandLine line;
+  line.Describe("Calls every declaration of the bundle.");
+  hostrun::AddHostOptions(line, hostrun::options);
+  if (const std::optional<int> status = line.Read(*argv, argc, argv)) return *status;
   const hostrun::Problem problem = hostrun::StartHost(hostrun::options);
   if (problem) {
     std::fprintf(stderr, "%s\n", problem->c_str());
