@@ -275,7 +275,7 @@ def main():
                 if sound["verdict"] != "survived":
                     sys.exit(f"mutate: wanted tests that pass without a mutant, {sound['by']} fails:\n{sound['said']}")
                 journal.add(unchanged, sound)
-            limits[step] = options.limit or 30 + 5 * sound["steps"][0]
+            limits[step] = options.limit or 120 + 10 * sound["steps"][0]
         running = {}
         for d in left:
             steps = steps_of(d.path, rooms)
