@@ -273,6 +273,15 @@ TEST(LoneSurrogate, IsKeptWhereverItStands) {
   }
 }
 
+TEST(LoneSurrogate, AloneMakesAStringOfAnotherClass) {
+  constexpr qvx::Message<"class", id()> kClass;
+  const id plain = kClass(FromUnits(u"a\u20ACb").Object());
+  EXPECT_EQ(kClass(FromUnits(u"a\U0001F600b").Object()), plain);
+  EXPECT_EQ(kClass(FromUnits(u"a\U0001F600").Object()), plain);
+  EXPECT_NE(kClass(FromUnits(std::u16string{0xD83D, u'b'}).Object()), plain);
+  EXPECT_NE(kClass(FromUnits(u"a\xD83D").Object()), plain);
+}
+
 TEST(MacRoman, GoesThereAndBackForEveryByte) {
   std::string bytes;
   for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);
