@@ -7,6 +7,7 @@
 //                                  processor doesn't count
 //   bench guarded TIMES            the same for the rows whose instructions have a budget
 //   bench one ROW TIMES            the same for the row of that full name alone
+#include <valgrind/callgrind.h>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -199,6 +200,7 @@ int CountAll(int times, const Choice& choice) {
                       {"nothing", [](int count) { CountedCalls([](void*) {}, nullptr, count); }});
   guarded["nothing"] = true;
   InstructionCounter counter;
+  CALLGRIND_START_INSTRUMENTATION;  // loading the platforms would take callgrind longer than all the rows
   for (const Counted& each : AllCounted()) {
     if (choice.guardedOnly && !guarded[each.name]) continue;
     if (!choice.name.empty() && each.name != choice.name) continue;

@@ -198,7 +198,9 @@ EXPORT void NSLog(id format, ...) {
   (void)format;
 }
 
-// Open addressing with linear probing; the table doubles when half full.
+// Open addressing with linear probing; the table doubles when half full. So large at first that the few
+// objects of a row hardly ever collide: a step more would count in one process and not in another.
+enum { kFirstCapacity = 4096 };
 struct dictionary {
   size_t capacity, count;
   struct entry {
@@ -217,7 +219,7 @@ static size_t slot_of(const struct dictionary* dictionary, const void* key) {
 EXPORT void* CFDictionaryCreateMutable(id allocator, long capacity, const void* keys, const void* values) {
   (void)allocator, (void)capacity, (void)keys, (void)values;
   struct dictionary* dictionary = malloc(sizeof *dictionary);
-  dictionary->capacity = 64;
+  dictionary->capacity = kFirstCapacity;
   dictionary->count = 0;
   dictionary->entries = calloc(dictionary->capacity, sizeof *dictionary->entries);
   return dictionary;

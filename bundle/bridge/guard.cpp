@@ -16,9 +16,12 @@ bool IsNSException(id exception) {
 struct GivingBack {
   Holdings& holdings;
 
-  void Run() { holdings.GiveBackAll(); }
-  void Left() { holdings.GiveBackWhileUnwinding(); }
-  void Ended(id /*exception*/) {}
+  using State = Nothing;
+
+  void Begin(Nothing&) {}
+  void Run(Nothing&) { holdings.GiveBackAll(); }
+  void Left(Nothing&) { holdings.GiveBackWhileUnwinding(); }
+  void Ended(id /*exception*/, Nothing&) {}
 };
 
 void GiveBackAll(Holdings* holdings) {
@@ -29,17 +32,18 @@ void GiveBackAll(Holdings* holdings) {
 // on the way, after which the caller gets nothing either, gives back what was kept.
 struct Raising {
   id exception;
-  Holdings* kept;
+  Holdings& kept;
 
-  id Run() {
+  using State = Nothing;
+
+  void Begin(Nothing&) {}
+  id Run(Nothing&) {
     RaiseNSExceptionQVX(exception);
-    if (kept != nullptr) kept->ForgetAll();
+    kept.ForgetAll();
     return nullptr;
   }
-  void Left() {
-    if (kept != nullptr) kept->GiveBackWhileUnwinding();
-  }
-  id Ended(id thrown) { return thrown; }
+  void Left(Nothing&) { kept.GiveBackWhileUnwinding(); }
+  id Ended(id thrown, Nothing&) { return thrown; }
 };
 
 [[noreturn, gnu::noinline, gnu::cold]] void PassOn(id exception, Holdings* kept) {
@@ -49,13 +53,22 @@ struct Raising {
 
 }  // namespace
 
+void EndDropped(id exception) {
+  if (exception != nullptr && !IsNSException(exception)) [[unlikely]]
+    PassOn(exception, nullptr);
+}
+
 void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept) {
   GiveBackAll(held);
   if (exception == nullptr) return;
   if (!IsNSException(exception)) [[unlikely]]
     PassOn(exception, kept);
   if (then == OnNSException::kDrop) return;
-  if (const id thrown = InFrame(Raising{exception, kept})) PassOn(thrown, kept);
+  if (kept == nullptr) {  // whatever comes of it passes on by itself
+    RaiseNSExceptionQVX(exception);
+    return;
+  }
+  if (const id thrown = InFrame(Raising{exception, *kept})) PassOn(thrown, kept);
 }
 
 }  // namespace qvx

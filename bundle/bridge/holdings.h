@@ -1,7 +1,7 @@
 // bundle/bridge/holdings.h - what a guarded body owes back: the one way to own something in the bundle.
 //
 // A platform exception jumps over destructors, a C++ exception runs them. What is held here is given back in
-// either case: the list stands in the frame of the guard's caller, which outlives the jump.
+// either case: the list stands in the frame that the jump leads to, in memory.
 #pragma once
 
 #include <cstdlib>
@@ -69,13 +69,17 @@ class Holdings {
     count_ = index + 1;
     return index;
   }
-  // The thing is somebody else's from now on.
+  // The thing is somebody else's from now on. The last one of the list is always held.
   void Forget(unsigned index) {
-    items_[index].giveBack = nullptr;
-    if (index + 1 != count_) return;
+    if (index + 1 != count_) {
+      items_[index].giveBack = nullptr;
+      return;
+    }
     do --count_;
     while (count_ > 0 && items_[count_ - 1].giveBack == nullptr);
   }
+  // The same for the thing last held, with nothing held or forgotten since.
+  void ForgetLast(unsigned index) { count_ = index; }
   void ForgetAll() { count_ = 0; }
 
   unsigned Count() const { return count_; }

@@ -34,26 +34,6 @@ bool RespondsTo(id receiver, const Message<Name, Signature>& message) {
   }
 }
 
-void EnterInCache(id native, REALobject instance) {
-  if (instances != nullptr) CFDictionarySetValue(instances, native, instance);
-}
-
-void RemoveFromCache(id native) {
-  if (instances != nullptr) CFDictionaryRemoveValue(instances, native);
-}
-
-void DestroyInstance(REALobject instance, std::size_t offset) {
-  CocoaInit();
-  Guarded([instance, offset] {
-    if (instance == nullptr) return;
-    id& native = ClassData(instance, offset);
-    if (native == nullptr) return;
-    RemoveFromCache(native);
-    msg::release(native);
-    native = nullptr;
-  });
-}
-
 REALobject NewEnteredInstance(id native, const char* className, Holdings& holdings) {
   Held wrapper(holdings, REALnewInstance(className));
   if (!wrapper) return nullptr;

@@ -2,9 +2,11 @@
 // and the cache that gives one host object per native object.
 #pragma once
 
+#include "bundle/bridge/guard.h"
 #include "bundle/bridge/holdings.h"
 #include "bundle/host/services.h"
 #include "bundle/platform/cocoa.h"
+#include "bundle/platform/messages.h"
 
 namespace qvx {
 
@@ -37,12 +39,25 @@ inline id NativeOf(REALobject instance) {
 }
 
 // Cache entries. Without a cache nothing is done.
-void EnterInCache(id native, REALobject instance);
-void RemoveFromCache(id native);
+inline void EnterInCache(id native, REALobject instance) {
+  if (instances != nullptr) CFDictionarySetValue(instances, native, instance);
+}
+inline void RemoveFromCache(id native) {
+  if (instances != nullptr) CFDictionaryRemoveValue(instances, native);
+}
 
 // What the destructors do: inside the guard, removes the native object from the cache, releases it and clears
 // the class data. `offset` is where the class keeps its data; null instances are left alone.
-void DestroyInstance(REALobject instance, std::size_t offset);
+inline void DestroyInstance(REALobject instance, std::size_t offset) {
+  Guarded<OnNSException::kRaise, &CocoaInit>([instance, offset] {
+    if (instance == nullptr) return;
+    id& native = ClassData(instance, offset);
+    if (native == nullptr) return;
+    RemoveFromCache(native);
+    msg::release(native);
+    native = nullptr;
+  });
+}
 
 // A new instance of a wrapper class, which retains the native object and enters the cache. Null when the host
 // has no such class.

@@ -17,11 +17,6 @@ namespace {
 
 constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
 
-// From this version on strings are read and built by the host's newer services.
-bool HostHasNewStrings() {
-  return rbversion >= 2012.0;
-}
-
 // Copies `length` bytes and four zero bytes into a new buffer of `capacity` + 4 bytes. False without bytes or
 // memory.
 bool FillStringData(const char* bytes, std::int32_t length, std::int32_t capacity, std::uint32_t encoding,
@@ -163,8 +158,34 @@ void RaiseOutOfMemoryForString(Holdings& holdings) {
   mark.Release();
 }
 
-// A platform string of the bytes, where the host makes none of its own. Out of the way of every other string.
-[[gnu::noinline, gnu::cold]] id NewNSStringOfBytes(REALstring s, Holdings& holdings) {
+}  // namespace
+
+template <>
+void GiveBack(REALstringData record) {
+  if (REALDisposeStringData.Find() != nullptr) {
+    REALDisposeStringData(&record);
+  } else {
+    std::free(record.data);
+  }
+}
+
+void HostDataScope::ReadStringData(REALstring string) {
+  REALstringData record = {};
+  bool filled = false;
+  if (PluginGetStringData.Find() != nullptr) {
+    filled = REALGetStringData(string, kEncodingUnknown, &record, holdings_);
+  } else if (HasFallbackServices()) {
+    // The fallback sizes its buffer by this length; a host that has the service is not asked for more.
+    record.length = LenB(string);
+    filled = GetStringDataByFallback(string, kEncodingUnknown, &record, holdings_);
+  }
+  if (!filled) return;
+  data_ = Held(holdings_, record);
+  bytes = record.data;
+  length = record.length;
+}
+
+id NewNSStringOfBytes(REALstring s, Holdings& holdings) {
   std::uint32_t encoding = REALGetStringEncoding(s);
   if (encoding == kEncodingUnknown) encoding = kEncodingMacRoman;
 
@@ -190,57 +211,6 @@ void RaiseOutOfMemoryForString(Holdings& holdings) {
   scope.Release();
   held.Detach();
   return Autoreleased(string, holdings);
-}
-
-}  // namespace
-
-template <>
-void GiveBack(REALstringData record) {
-  if (REALDisposeStringData.Find() != nullptr) {
-    REALDisposeStringData(&record);
-  } else {
-    std::free(record.data);
-  }
-}
-
-void HostDataScope::LockString(REALstring string) {
-  string_ = Held(holdings_, string);
-  REALLockString(string);
-}
-
-void HostDataScope::LockObject(REALobject object) {
-  object_ = Held(holdings_, object);
-  REALLockObject(object);
-}
-
-void HostDataScope::ReadStringData(REALstring string) {
-  REALstringData record = {};
-  bool filled = false;
-  if (PluginGetStringData.Find() != nullptr) {
-    filled = REALGetStringData(string, kEncodingUnknown, &record, holdings_);
-  } else if (HasFallbackServices()) {
-    // The fallback sizes its buffer by this length; a host that has the service is not asked for more.
-    record.length = LenB(string);
-    filled = GetStringDataByFallback(string, kEncodingUnknown, &record, holdings_);
-  }
-  if (!filled) return;
-  data_ = Held(holdings_, record);
-  bytes = record.data;
-  length = record.length;
-}
-
-void HostDataScope::Release() {
-  string_.Release();
-  object_.Release();
-  data_.Release();
-}
-
-id NewNSString(REALstring s, Holdings& holdings) {
-  if (s == nullptr) return nullptr;
-  const void* copy = HostHasNewStrings() ? REALCopyStringCFString(s) : nullptr;
-  // On new hosts this asks the same service a second time. Deliberate.
-  if (copy == nullptr) copy = REALGetStringCFString(s, 0);
-  return copy != nullptr ? Autoreleased(copy, holdings) : NewNSStringOfBytes(s, holdings);
 }
 
 REALstring NSStringRB(id s, Holdings& holdings) {

@@ -19,9 +19,10 @@ inline id AsPlatformObject(CFTypeRef object) {
 
 // Hands the caller's reference to the autorelease pool and answers the object; nil is nil.
 [[gnu::always_inline]] inline id Autoreleased(CFTypeRef object, Holdings& holdings) {
-  Held held(holdings, object);
+  if (object == nullptr) return msg::autorelease(nullptr);
+  const unsigned held = holdings.Hold(object);
   msg::autorelease(AsPlatformObject(object));
-  held.Detach();
+  holdings.ForgetLast(held);
   return AsPlatformObject(object);
 }
 
@@ -34,11 +35,21 @@ class HostDataScope {
 
   // Locks the string or object while its bytes are read. It is unlocked on every way out, also where the host
   // has no service to lock it or that service throws.
-  void LockString(REALstring string);
-  void LockObject(REALobject object);
+  void LockString(REALstring string) {
+    string_ = Held(holdings_, string);
+    REALLockString(string);
+  }
+  void LockObject(REALobject object) {
+    object_ = Held(holdings_, object);
+    REALLockObject(object);
+  }
   // Reads the string's bytes as they are stored, through REALGetStringData.
   void ReadStringData(REALstring string);
-  void Release();
+  void Release() {
+    string_.Release();
+    object_.Release();
+    data_.Release();
+  }
 
   const char* bytes = nullptr;
   std::int32_t length = 0;
@@ -50,8 +61,22 @@ class HostDataScope {
   Held<REALstringData> data_;
 };
 
+// From this version on strings are read and built by the host's newer services.
+inline bool HostHasNewStrings() {
+  return rbversion >= 2012.0;
+}
+
+// A platform string of a host string's bytes, where the host makes none of its own; autoreleased.
+[[gnu::cold]] id NewNSStringOfBytes(REALstring s, Holdings& holdings);
+
 // The platform string for a host string, autoreleased; nil for null and for text the platform refuses.
-id NewNSString(REALstring s, Holdings& holdings);
+[[gnu::always_inline]] inline id NewNSString(REALstring s, Holdings& holdings) {
+  if (s == nullptr) return nullptr;
+  const void* copy = HostHasNewStrings() ? REALCopyStringCFString(s) : nullptr;
+  // On new hosts this asks the same service a second time. Deliberate.
+  if (copy == nullptr) copy = REALGetStringCFString(s, 0);
+  return copy != nullptr ? Autoreleased(copy, holdings) : NewNSStringOfBytes(s, holdings);
+}
 
 // A new host string for a platform string; the caller owns its one reference. Null for nil, for an empty
 // string, and for text that can't be had as UTF-8.

@@ -42,20 +42,20 @@ CGFloat ToCGFloat(double value) {
 }
 
 struct RGBA {
-  CGFloat red = 0;
-  CGFloat green = 0;
-  CGFloat blue = 0;
-  CGFloat alpha = 0;
+  CGFloat red;
+  CGFloat green;
+  CGFloat blue;
+  CGFloat alpha;
 };
 
-void SendGetRed(id color, RGBA& rgba) {
+[[gnu::always_inline]] inline void SendGetRed(id color, RGBA& rgba) {
   msg::getRed(color, &rgba.red, &rgba.green, &rgba.blue, &rgba.alpha);
 }
 
 // The colour's own RGB components or, if it has none, those it has in calibrated RGB; zeros if it can't be
 // converted. An NSException of the conversion is the caller's.
 [[gnu::always_inline]] inline RGBA RGBAOf(id color) {
-  RGBA rgba;
+  RGBA rgba = {};
   const bool answered = Guarded<OnNSException::kDrop>([color, &rgba] {
     SendGetRed(color, rgba);
     return true;
@@ -154,13 +154,13 @@ std::int32_t getCGColor(REALobject self) {
 // Guards every method that reads components by reference: the outputs are 0.0 before anything else, and are
 // written once `read` has filled as many values.
 template <typename Read, typename... Outputs>
-void ReadComponents(REALobject self, Read read, Outputs*... outputs) {
+void ReadComponents(REALobject self, Read /*read*/, Outputs*... outputs) {
   ((*outputs = 0.0), ...);
   Guarded([=] {
     const id color = NativeOf(self);
     if (color == nullptr) return;
     CGFloat values[sizeof...(outputs)] = {};
-    read(color, values);
+    Read()(color, values);
     const CGFloat* value = values;
     ((*outputs = double{*value++}), ...);
   });
@@ -231,14 +231,15 @@ REALobject DerivedColor(REALobject self, Derive derive) {
 }
 
 REALobject blendedColorWithFraction(REALobject self, double fraction, REALobject other) {
-  return DerivedColor(self, [fraction, other](id color, Holdings&) {
-    return msg::blendedColorWithFraction(color, ToCGFloat(fraction), NativeOf(other));
+  return DerivedColor(self, [part = ToCGFloat(fraction), other](id color, Holdings&) {
+    return msg::blendedColorWithFraction(color, part, NativeOf(other));
   });
 }
 
 REALobject colorWithAlphaComponent(REALobject self, double alpha) {
-  return DerivedColor(
-      self, [alpha](id color, Holdings&) { return msg::colorWithAlphaComponent(color, ToCGFloat(alpha)); });
+  return DerivedColor(self, [component = ToCGFloat(alpha)](id color, Holdings&) {
+    return msg::colorWithAlphaComponent(color, component);
+  });
 }
 
 REALobject colorUsingColorSpaceName(REALobject self, REALstring name) {
@@ -253,13 +254,13 @@ REALobject colorUsingColorSpace(REALobject self, REALobject space) {
 }
 
 REALobject shadowWithLevel(REALobject self, double level) {
-  return DerivedColor(self,
-                      [level](id color, Holdings&) { return msg::shadowWithLevel(color, ToCGFloat(level)); });
+  return DerivedColor(
+      self, [part = ToCGFloat(level)](id color, Holdings&) { return msg::shadowWithLevel(color, part); });
 }
 
 REALobject highlightWithLevel(REALobject self, double level) {
   return DerivedColor(
-      self, [level](id color, Holdings&) { return msg::highlightWithLevel(color, ToCGFloat(level)); });
+      self, [part = ToCGFloat(level)](id color, Holdings&) { return msg::highlightWithLevel(color, part); });
 }
 
 REALobject colorSpace(REALobject self) {
@@ -289,18 +290,22 @@ void writeToPasteboard(REALobject self) {
 // Guards every factory: the colour that `make` answers, as a host object; nil gives null.
 template <typename Make>
 REALobject Factory(Make make) {
-  CocoaInit();
-  return Guarded([make](Holdings& holdings) { return NewNSColorQVX(make(holdings), holdings); });
+  return Guarded<OnNSException::kRaise, &CocoaInit>(
+      [make](Holdings& holdings) { return NewNSColorQVX(make(holdings), holdings); });
 }
 
-// The element of a host array of doubles, or 0.0 where it can't be read. The service that reads it exists up
-// to host version 2015.011; newer hosts have none and are not asked. If one gains another, call it here.
-double ElementOrZero(REALarray array, std::int32_t index) {
-  constexpr double kNewestHostWithElements = 2015.011;
-  double element = 0.0;
-  if (array != nullptr && rbversion <= kNewestHostWithElements)
-    REALGetArrayValueDouble(array, index, &element);
-  return element;
+// The service that reads the elements of an array exists up to this version; newer hosts have none and are
+// not asked. If one gains another, call it in ReadElements.
+constexpr double kNewestHostWithElements = 2015.011;
+
+// The elements up to `upperBound` of a host array of doubles, 0.0 where they can't be read.
+void ReadElements(REALarray array, std::int32_t upperBound, CGFloat* values) {
+  const bool readable = array != nullptr && rbversion <= kNewestHostWithElements;
+  for (std::int32_t i = 0; i <= upperBound; ++i) {
+    double element = 0.0;
+    if (readable) REALGetArrayValueDouble(array, i, &element);
+    values[i] = ToCGFloat(element);
+  }
 }
 
 // The count of components is not compared with the space's own: the platform decides what a mismatch gives.
@@ -320,7 +325,7 @@ REALobject colorWithColorSpace(REALobject space, REALarray components) {
       return nullptr;
     }
     CGFloat values[kLargestUpperBound + 1];
-    for (std::int32_t i = 0; i <= upperBound; ++i) values[i] = ToCGFloat(ElementOrZero(components, i));
+    ReadElements(components, upperBound, values);
     return msg::colorWithColorSpace(NSColorClass(), nativeSpace, values, upperBound + 1);
   });
 }
@@ -331,10 +336,9 @@ REALobject colorWithCGColor(std::int32_t handle) {
 }
 
 REALobject colorWithDeviceCyan(double cyan, double magenta, double yellow, double black, double alpha) {
-  return Factory([=](Holdings&) {
-    return msg::colorWithDeviceCyan(NSColorClass(), ToCGFloat(cyan), ToCGFloat(magenta), ToCGFloat(yellow),
-                                    ToCGFloat(black), ToCGFloat(alpha));
-  });
+  return Factory(
+      [c = ToCGFloat(cyan), m = ToCGFloat(magenta), y = ToCGFloat(yellow), k = ToCGFloat(black),
+       a = ToCGFloat(alpha)](Holdings&) { return msg::colorWithDeviceCyan(NSColorClass(), c, m, y, k, a); });
 }
 
 // The family of three components and alpha; the message names the space and the kind of components.
@@ -357,15 +361,13 @@ constexpr auto& colorWithCalibratedHue =
     ThreeComponents<"colorWithCalibratedHue:saturation:brightness:alpha:">;
 
 // The family of white and alpha.
-[[gnu::noinline]] REALobject FromWhite(Selector& selector, double white, double alpha) {
-  return Factory([=, &selector](Holdings&) {
-    return Send<id>(NSColorClass(), selector, ToCGFloat(white), ToCGFloat(alpha));
-  });
+[[gnu::noinline]] REALobject FromWhite(Selector& selector, CGFloat white, CGFloat alpha) {
+  return Factory([=, &selector](Holdings&) { return Send<id>(NSColorClass(), selector, white, alpha); });
 }
 
 template <FixedString Name>
 REALobject White(double white, double alpha) {
-  return FromWhite(kSelector<Name>, white, alpha);
+  return FromWhite(kSelector<Name>, ToCGFloat(white), ToCGFloat(alpha));
 }
 constexpr auto& colorWithGenericGamma22White = White<"colorWithGenericGamma22White:alpha:">;
 constexpr auto& colorWithDeviceWhite = White<"colorWithDeviceWhite:alpha:">;

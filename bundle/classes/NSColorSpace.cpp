@@ -56,8 +56,7 @@ void Fill(REALobject self, Cache cache, Make make) {
     RefuseToFillAgain();
     return;
   }
-  CocoaInit();
-  Guarded([=](Holdings& holdings) {
+  Guarded<OnNSException::kRaise, &CocoaInit>([=](Holdings& holdings) {
     const id space = make(holdings);
     ClassData(self) = space;
     if (space != nullptr && cache == Cache::kEnter) EnterInCache(space, self);
@@ -120,11 +119,11 @@ constexpr auto& CGColorSpace = Number<"CGColorSpace">;
 // result stays if that raises.
 template <typename Make>
 REALobject Factory(Make make) {
-  CocoaInit();
-  return GuardedFill(REALobject{}, [make](REALobject& result, Holdings& holdings) {
-    result = NewNSColorSpaceQVX(make(holdings), holdings);
-    holdings.GiveBackAll();
-  });
+  return GuardedFill<OnNSException::kRaise, &CocoaInit>(
+      REALobject{}, [make](REALobject& result, Holdings& holdings) {
+        result = NewNSColorSpaceQVX(make(holdings), holdings);
+        holdings.GiveBackAll();
+      });
 }
 
 // A space that has just been allocated, in the holdings. Borrowed; nil is nil.

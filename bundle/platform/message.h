@@ -32,9 +32,9 @@ template <FixedString Name>
 inline constinit Selector kSelector{Name.text};
 
 // Sends a message whose method has exactly the type Result(id, SEL, Arguments...). A nil receiver answers 0
-// or 0.0, and so does a selector that can't be registered.
+// or 0.0, and so does a selector that can't be registered. The arguments are read when the message goes out.
 template <typename Result, typename... Arguments>
-Result Send(id receiver, Selector& selector, Arguments... arguments) {
+Result Send(id receiver, Selector& selector, const Arguments&... arguments) {
   const SEL registered = selector.Get();
   if (registered == nullptr) [[unlikely]]
     return Result();
@@ -54,7 +54,7 @@ class Message;
 template <FixedString Name, typename Result, typename... Arguments>
 class Message<Name, Result(Arguments...)> {
  public:
-  Result operator()(id receiver, Arguments... arguments) const {
+  Result operator()(id receiver, const Arguments&... arguments) const {
     return Send<Result, Arguments...>(receiver, kSelector<Name>, arguments...);
   }
   // For passing the selector itself to the platform.

@@ -5,33 +5,61 @@
 #import "libcocoa/colours/NSColor+Components.h"
 
 #import "libcocoa/colours/gnustep_colours.h"
+#include "libcocoa/colours/six_digits.h"
 #include "libcocoa/profiles/components.h"
 
-NSString* QVXWithComponents(NSString* text, NSColor* color) {
+typedef struct {
+  char bytes[QVXMostComponents * QVXNumberRoom + 1];
+} ComponentText;
+
+// The components with the alpha, a blank before each. By GNUstep's formats, the numbers would be half the
+// cost of an exception.
+static ComponentText TextOfComponents(NSColor* color) {
+  ComponentText text;
   CGFloat components[QVXMostComponents];
-  NSMutableString* all = [NSMutableString stringWithString:text];
   [color getComponents:components];
-  for (NSInteger i = 0; i < [color numberOfComponents]; ++i) [all appendFormat:@" %g", (double)components[i]];
-  return all;
+  NSInteger count = [color numberOfComponents];
+  char* end = text.bytes;
+  for (NSInteger i = 0; i < count; ++i) {
+    *end++ = ' ';
+    size_t length = QVXWriteSixDigits(components[i], end);
+    if (length == 0)
+      length = strlen(strcpy(end, [[NSString stringWithFormat:@"%g", (double)components[i]] UTF8String]));
+    end += length;
+  }
+  *end = 0;
+  return text;
+}
+
+NSString* QVXWithComponents(NSString* text, NSColor* color) {
+  return [text stringByAppendingString:[NSString stringWithUTF8String:TextOfComponents(color).bytes]];
 }
 
 // As the desktop platform describes the colour, where GNUstep's description is a dictionary. A pattern's
 // image is not asked what it is: one that can't be decoded may raise.
-static NSString* NameInReasons(NSColor* color) {
+static NSString* NameInReasons(NSColor* color, ComponentText* components) {
   if ([color isKindOfClass:[GSPatternColor class]]) return NSPatternColorSpace;
   if ([color isKindOfClass:[GSNamedColor class]])
     return [NSString stringWithFormat:@"%@ %@ %@", NSNamedColorSpace, [color catalogNameComponent],
                                       [color colorNameComponent]];
   if ([color isKindOfClass:[GSWhiteColor class]] || [color isKindOfClass:[GSRGBColor class]] ||
-      [color isKindOfClass:[GSDeviceCMYKColor class]])
-    return QVXWithComponents([color colorSpaceName], color);
-  return [color description];
+      [color isKindOfClass:[GSDeviceCMYKColor class]]) {
+    *components = TextOfComponents(color);
+    return [color colorSpaceName];
+  }
+  return [NSString stringWithFormat:@"%@", color];
 }
 
 void QVXRefuseComponent(NSColor* color, SEL selector) {
-  [NSException raise:NSInternalInconsistencyException
-              format:@"*** -%@ not valid for the NSColor %@; need to first convert colorspace.",
-                     NSStringFromSelector(selector), NameInReasons(color)];
+  ComponentText components = {""};
+  NSString* name = NameInReasons(color, &components);
+  char text[sizeof components + 100];
+  snprintf(text, sizeof text, "*** -%s not valid for the NSColor ", sel_getName(selector));
+  NSMutableString* reason = [NSMutableString stringWithUTF8String:text];
+  [reason appendString:name];
+  snprintf(text, sizeof text, "%s; need to first convert colorspace.", components.bytes);
+  [reason appendString:[NSString stringWithUTF8String:text]];
+  [[NSException exceptionWithName:NSInternalInconsistencyException reason:reason userInfo:nil] raise];
   __builtin_unreachable();
 }
 

@@ -69,6 +69,15 @@ NSColorSpaceModel QVXModelOfSpace(NSColorSpace* space);
 // How many components its colours have beside the alpha; 0 for nil, and for a space that has no colours.
 int QVXChannelsOfSpace(NSColorSpace* space);
 
+// What a conversion asks of a space, looked up at once.
+typedef struct {
+  QVXSpaceKind kind;
+  NSString* stockName;  // as QVXStockNameOfSpace
+  QVXProfile* profile;  // as QVXProfileOfSpace
+  int channels;         // as QVXChannelsOfSpace
+} QVXSpaceFacts;
+QVXSpaceFacts QVXFactsOfSpace(NSColorSpace* space);
+
 // The profile that colours of the space are converted with, borrowed: the carried one; sRGB for device RGB;
 // gamma 2.2 for device gray; NULL for the CMYK spaces without a profile, which are converted by formula
 // through device RGB.

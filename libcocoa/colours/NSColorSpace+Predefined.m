@@ -186,6 +186,12 @@ int QVXChannelsOfSpace(NSColorSpace* space) {
   }
 }
 
+QVXSpaceFacts QVXFactsOfSpace(NSColorSpace* space) {
+  QVXSpaceKind kind = QVXKindOfSpace(space);
+  return (QVXSpaceFacts){kind, predefined[kind].stockName, ProfileOfKind(space, kind),
+                         QVXChannelsOfSpace(space)};
+}
+
 - (NSColorSpaceModel)colorSpaceModel {
   return QVXModelOfSpace(self);
 }

@@ -5,96 +5,126 @@
 
 #import "libcocoa/colours/NSColor+Named.h"
 #import "libcocoa/colours/QVXProfileColor.h"
+#import "libcocoa/colours/gnustep_colours.h"
 #include "libcocoa/runtime/kept_class.h"
 
-// The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
-static NSString* FormulaName(NSColorSpace* space) {
-  NSString* name = QVXStockNameOfSpace(space);
-  if (name) return name;
-  return QVXKindOfSpace(space) == QVXGenericCMYKSpace && !QVXProfileOfSpace(space) ? NSDeviceCMYKColorSpace
-                                                                                   : nil;
+// A new colour of the class, to be initialised. GNUstep's own factories look their class up by its name,
+// which is a third of what they cost.
+static id NewColor(Class* kept, const char* className) {
+  return [NSAllocateObject(QVXKeptClass(kept, className), 0, NULL) autorelease];
 }
 
 NSColor* QVXColorWithComponents(NSColorSpace* space, const CGFloat* c) {
-  static Class kept;
-  Class colors = QVXKeptClass(&kept, "NSColor");
-  switch (QVXKindOfSpace(space)) {
+  static Class kept[QVXSpaceKinds];
+  QVXSpaceKind kind = QVXKindOfSpace(space);
+  Class* class = &kept[kind];
+  switch (kind) {
     case QVXDeviceRGBSpace:
-      return [colors colorWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
+      return [NewColor(class, "GSDeviceRGBColor") initWithDeviceRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
     case QVXGenericRGBSpace:
-      return [colors colorWithCalibratedRed:c[0] green:c[1] blue:c[2] alpha:c[3]];
+      return [NewColor(class, "GSCalibratedRGBColor") initWithCalibratedRed:c[0]
+                                                                      green:c[1]
+                                                                       blue:c[2]
+                                                                      alpha:c[3]];
     case QVXDeviceGraySpace:
-      return [colors colorWithDeviceWhite:c[0] alpha:c[1]];
+      return [NewColor(class, "GSDeviceWhiteColor") initWithDeviceWhite:c[0] alpha:c[1]];
     case QVXGenericGraySpace:
-      return [colors colorWithCalibratedWhite:c[0] alpha:c[1]];
+      return [NewColor(class, "GSCalibratedWhiteColor") initWithCalibratedWhite:c[0] alpha:c[1]];
     case QVXDeviceCMYKSpace:
-      return [colors colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];
+      return [NewColor(class, "GSDeviceCMYKColor") initWithDeviceCyan:c[0]
+                                                              magenta:c[1]
+                                                               yellow:c[2]
+                                                                black:c[3]
+                                                                alpha:c[4]];
     default:
       return QVXMakeProfileColor(space, c);
   }
 }
 
+// A space that a conversion leads from or to.
+typedef struct {
+  NSColorSpace* space;
+  QVXSpaceFacts is;
+} End;
+
+static End EndOf(NSColorSpace* space) {
+  return (End){space, QVXFactsOfSpace(space)};
+}
+
+// The name by which GNUstep's formulas know the space; nil if the space is converted through profiles.
+static NSString* FormulaName(const End* end) {
+  if (end->is.stockName) return end->is.stockName;
+  return end->is.kind == QVXGenericCMYKSpace && !end->is.profile ? NSDeviceCMYKColorSpace : nil;
+}
+
+static const QVXProfile* WorkingProfile(const End* end) {
+  return end->is.profile ? end->is.profile : QVXWorkingProfileOfSpace(end->space);
+}
+
 // By GNUstep's formulas. Generic CMYK without a profile takes part as device CMYK.
-static NSColor* ConvertByFormula(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
+static NSColor* ConvertByFormula(NSColor* color, const End* from, const End* to) {
   CGFloat components[QVXMostComponents];
-  if (!QVXStockNameOfSpace(from)) {
+  if (!from->is.stockName) {
     [color getComponents:components];
     color = QVXColorWithComponents(QVXSpaceOfKind(QVXDeviceCMYKSpace), components);
   }
   color = [color colorUsingColorSpaceName:FormulaName(to) device:nil];
-  if (QVXStockNameOfSpace(to) || !color) return color;
+  if (to->is.stockName || !color) return color;
   [color getComponents:components];
-  return QVXColorWithComponents(to, components);
+  return QVXColorWithComponents(to->space, components);
 }
 
 // Through Little CMS. A CMYK space without a profile is converted by formula to device RGB first, which is
 // sRGB.
-static NSColor* ConvertByProfile(NSColor* color, NSColorSpace* from, NSColorSpace* to) {
+static NSColor* ConvertByProfile(NSColor* color, const End* from, const End* to) {
   CGFloat components[QVXMostComponents];
   double source[QVXMostChannels];
   double result[QVXMostChannels];
   [color getComponents:components];
-  NSInteger last = [color numberOfComponents] - 1;
+  int last = from->is.channels;
   CGFloat alpha = components[last];
-  for (NSInteger i = 0; i < last; ++i) source[i] = components[i];
-  const QVXProfile* srgb = QVXProfileBuiltIn(QVXBuiltInSRGB);
-  const QVXProfile* fromProfile = QVXWorkingProfileOfSpace(from);
+  for (int i = 0; i < last; ++i) source[i] = components[i];
+  const QVXProfile* fromProfile = WorkingProfile(from);
+  const QVXProfile* toProfile = WorkingProfile(to);
+  const QVXProfile* srgb = fromProfile && toProfile ? NULL : QVXProfileBuiltIn(QVXBuiltInSRGB);
   if (!fromProfile) {
     for (int i = 0; i < 3; ++i) source[i] = QVXClip(1 - source[3] - source[i]);
     fromProfile = srgb;
   }
-  const QVXProfile* toProfile = QVXWorkingProfileOfSpace(to);
-  if (!fromProfile || !srgb) return nil;
-  if (fromProfile == (toProfile ? toProfile : srgb))
+  const QVXProfile* target = toProfile ? toProfile : srgb;
+  if (!fromProfile || !target) return nil;
+  if (fromProfile == target)
     memcpy(result, source, sizeof result);
-  else if (!QVXConvert(fromProfile, source, toProfile ? toProfile : srgb, result))
+  else if (!QVXConvert(fromProfile, source, target, result))
     return nil;
   if (!toProfile) {
     for (int i = 0; i < 3; ++i) result[i] = 1 - result[i];
     result[3] = 0;
   }
-  int channels = QVXChannelsOfSpace(to);
-  for (int i = 0; i < channels; ++i) components[i] = (CGFloat)result[i];
-  components[channels] = alpha;
-  return QVXColorWithComponents(to, components);
+  for (int i = 0; i < to->is.channels; ++i) components[i] = (CGFloat)result[i];
+  components[to->is.channels] = alpha;
+  return QVXColorWithComponents(to->space, components);
 }
 
-// Whether colours of the one space are colours of the other as they are. A space that equals one of GNUstep's
+// Whether colours of the one space are colours of another as they are. A space that equals one of GNUstep's
 // has the same numbers, but no colours of GNUstep's kinds.
-static BOOL IsSame(NSColorSpace* from, NSColorSpace* to) {
-  return from == to || (QVXSpacesAreEqual(from, to) && !QVXStockNameOfSpace(to));
+static BOOL IsSame(const End* from, const End* to) {
+  return from->is.profile && from->is.profile == to->is.profile && !to->is.stockName;
 }
 
-NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* to) {
-  if (!to || !color) return nil;
-  NSColorSpace* from = [color colorSpace];
-  if (!from) {
+NSColor* QVXColorInSpace(NSColor* color, NSColorSpace* space) {
+  if (!space || !color) return nil;
+  NSColorSpace* own = [color colorSpace];
+  if (!own) {
     color = QVXConcreteColor(color);
-    from = [color colorSpace];
+    own = [color colorSpace];
   }
-  if (!from) return nil;
-  if (IsSame(from, to)) return color;
-  if (QVXChannelsOfSpace(to) < 1) return nil;
-  return FormulaName(from) && FormulaName(to) ? ConvertByFormula(color, from, to)
-                                              : ConvertByProfile(color, from, to);
+  if (!own) return nil;
+  if (own == space) return color;
+  End from = EndOf(own);
+  End to = EndOf(space);
+  if (IsSame(&from, &to)) return color;
+  if (to.is.channels < 1) return nil;
+  return FormulaName(&from) && FormulaName(&to) ? ConvertByFormula(color, &from, &to)
+                                                : ConvertByProfile(color, &from, &to);
 }

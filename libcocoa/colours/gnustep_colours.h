@@ -11,9 +11,11 @@
 @end
 
 @interface GSDeviceWhiteColor : GSWhiteColor
+- (id)initWithDeviceWhite:(CGFloat)white alpha:(CGFloat)alpha;
 @end
 
 @interface GSCalibratedWhiteColor : GSWhiteColor
+- (id)initWithCalibratedWhite:(CGFloat)white alpha:(CGFloat)alpha;
 @end
 
 @interface GSDeviceCMYKColor : NSColor {
@@ -23,6 +25,11 @@
   CGFloat _black_component;
   CGFloat _alpha_component;
 }
+- (id)initWithDeviceCyan:(CGFloat)cyan
+                 magenta:(CGFloat)magenta
+                  yellow:(CGFloat)yellow
+                   black:(CGFloat)black
+                   alpha:(CGFloat)alpha;
 @end
 
 @interface GSRGBColor : NSColor {
@@ -37,9 +44,11 @@
 @end
 
 @interface GSDeviceRGBColor : GSRGBColor
+- (id)initWithDeviceRed:(CGFloat)red green:(CGFloat)green blue:(CGFloat)blue alpha:(CGFloat)alpha;
 @end
 
 @interface GSCalibratedRGBColor : GSRGBColor
+- (id)initWithCalibratedRed:(CGFloat)red green:(CGFloat)green blue:(CGFloat)blue alpha:(CGFloat)alpha;
 @end
 
 @interface GSNamedColor : NSColor {

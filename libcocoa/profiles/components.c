@@ -1,19 +1,9 @@
-// libcocoa/profiles/components.c - the components of a colour: their range, their hash.
+// libcocoa/profiles/components.c - the hash of a colour's components.
 #include "libcocoa/profiles/components.h"
 
-#include <math.h>
 #include <string.h>
 
 #include "libcocoa/profiles/hash.h"
-
-double QVXClip(double value) {
-  return value > 0 ? (value < 1 ? value : 1) : 0;
-}
-
-double QVXHeldComponent(double value, bool isLab) {
-  if (!isLab) return QVXClip(value);
-  return isfinite(value) ? value : 0;
-}
 
 uint32_t QVXHashOfComponents(const float* components, unsigned count) {
   uint32_t hash = QVXHashOfNothing;

@@ -1,6 +1,7 @@
 // libcocoa/profiles/components.h - the components of a colour: how many, their range, their hash.
 #pragma once
 
+#include <math.h>
 #include <stdbool.h>
 #include <stdint.h>
 
@@ -8,11 +9,16 @@
 enum { QVXMostChannels = 15, QVXMostComponents = QVXMostChannels + 1 };
 
 // The value clipped to 0 to 1; 0 if it is not a number.
-double QVXClip(double value);
+static inline double QVXClip(double value) {
+  return value > 0 ? (value < 1 ? value : 1) : 0;
+}
 
 // A component as a space can hold it: clipped to 0 to 1, or, where the space is Lab with its own units, 0 if
 // it is not finite.
-double QVXHeldComponent(double value, bool isLab);
+static inline double QVXHeldComponent(double value, bool isLab) {
+  if (!isLab) return QVXClip(value);
+  return isfinite(value) ? value : 0;
+}
 
 // Equal components have equal hashes, zero and minus zero included.
 uint32_t QVXHashOfComponents(const float* components, unsigned count);

@@ -75,8 +75,13 @@ TEST_F(Loading, IgnoresUnknownLocalesAndZones) {
   ExpectSilentSuccess(RunProgram({PROBE, LIBRARY}, {"LANG=xx_YY.foo", "LC_ALL=nowhere", "TZ=No/Where"}));
 }
 
+// GNUstep takes the temporary folder from TEMP, and says where that is none.
 TEST_F(Loading, NeedsNoTemporaryFolder) {
-  ExpectSilentSuccess(RunProgram({PROBE, LIBRARY}, {"TMPDIR=/nonexistent"}));
+  const Outcome outcome = RunProgram({PROBE, LIBRARY}, {"TEMP=/nonexistent"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output, kUsed);
+  EXPECT_NE(outcome.errors.find("Temporary directory (/nonexistent) does not exist"), std::string::npos)
+      << outcome.errors;
 }
 
 TEST_F(Loading, NamesANeededLibraryThatIsMissingInOneLine) {
@@ -115,8 +120,9 @@ TEST_F(Loading, SaysSoWhenTheRuntimeWasThereFirst) {
 
 class PasteboardServer : public Loading {
  protected:
-  // Ports are files of the temporary folder: an own one keeps these processes to themselves.
-  std::vector<std::string> environment_{"TMPDIR=" + folder_.string(), "HOME=" + folder_.string()};
+  // Ports are files of the temporary folder, which GNUstep asks this variable for: an own one keeps these
+  // processes to themselves.
+  std::vector<std::string> environment_{"TEMP=" + folder_.string(), "HOME=" + folder_.string()};
 };
 
 TEST_F(PasteboardServer, ThatRunsIsUsed) {

@@ -5,6 +5,8 @@
 //   fault_matrix BUNDLE --only TEXT           functions whose declaration contains TEXT
 //   fault_matrix BUNDLE --single              without pairs of faults
 //   fault_matrix BUNDLE --once                the same events on several host versions count once
+//   fault_matrix BUNDLE --faults N            of each function's faults every Nth, beginning with the first
+//   fault_matrix BUNDLE --pairs N             a second fault after every Nth of those that are made
 //   fault_matrix BUNDLE --reproduce CASE PLAN one call, with its events; CASE and PLAN as a report prints
 //   them
 //
@@ -59,8 +61,13 @@ void Note(const Case& each, const Plan& plan, std::uint32_t offset = 0) {
 // How much of everything is done.
 struct Extent {
   bool pairs = true;
+  std::size_t everyFault = 1;  // every Nth of them
+  std::size_t everyPair = 1;
   bool everyVersion = true;
   bool everyFunction = true;
+
+  // Whether what an allowance is for must have come.
+  [[nodiscard]] bool IsWhole() const { return everyFunction && pairs && everyFault == 1 && everyPair == 1; }
 };
 
 class FunctionRun {
@@ -110,12 +117,13 @@ class FunctionRun {
         std::ranges::count_if(baseline.steps, [](const Step& step) { return !FaultsAt(step).empty(); }));
     for (std::size_t i = 0; i < baseline.steps.size(); ++i) {
       for (const Fault fault : FaultsAt(baseline.steps[i])) {
+        if (faults_++ % extent_.everyFault != 0) continue;
         const Plan plan{{i, fault}};
         Note(each, plan, StackOffsetFor(plan));
         const Observation observed = Make(each, plan, true, StackOffsetFor(plan));
         ++shared->faults;
         Judge(each, plan, baseline, observed);
-        if (!extent_.pairs || !newForPairs) continue;
+        if (!extent_.pairs || !newForPairs || followed_++ % extent_.everyPair != 0) continue;
         if (faultable <= kMostEventsForPairs) {
           RunPairs(each, plan.front(), baseline, observed);
         } else {
@@ -196,6 +204,8 @@ class FunctionRun {
 
   const Target& target_;
   const Extent extent_;
+  std::size_t faults_ = 0;
+  std::size_t followed_ = 0;
   std::set<std::string> tracesTried_;
   std::set<std::string> traces_;
   std::set<std::string> reports_;
@@ -271,6 +281,13 @@ int Reproduce(const std::vector<Target>& targets, const std::string& wanted, con
   return 2;
 }
 
+std::size_t EveryOf(const char* text) {
+  const int every = std::atoi(text);
+  if (every > 0) return static_cast<std::size_t>(every);
+  std::fprintf(stderr, "wanted a number from 1 on, found \"%s\"\n", text);
+  std::exit(2);
+}
+
 // A line that nothing needs hides what it would allow.
 bool EveryAllowanceIsUsed(const Shared& sum) {
   bool all = true;
@@ -342,7 +359,7 @@ int RunAll(const std::vector<Target>& targets, const Extent& extent) {
       "%zu crashes; %.1f s\n",
       targets.size(), sum.cases, sum.events, sum.offsets, sum.faults, sum.pairs, sum.reports, sum.violations,
       crashes, took.count());
-  return sum.violations == 0 && crashes == 0 && (!extent.everyFunction || EveryAllowanceIsUsed(sum)) ? 0 : 1;
+  return sum.violations == 0 && crashes == 0 && (!extent.IsWhole() || EveryAllowanceIsUsed(sum)) ? 0 : 1;
 }
 
 }  // namespace
@@ -360,6 +377,8 @@ int main(int argc, char** argv) {
     const std::string argument = argv[i];
     if (argument == "--single") extent.pairs = false;
     if (argument == "--once") extent.everyVersion = false;
+    if (argument == "--faults" && i + 1 < argc) extent.everyFault = EveryOf(argv[++i]);
+    if (argument == "--pairs" && i + 1 < argc) extent.everyPair = EveryOf(argv[++i]);
     if (argument == "--reproduce" && i + 2 < argc) return Reproduce(targets, argv[i + 1], argv[i + 2]);
     if (argument == "--only" && i + 1 < argc) {
       extent.everyFunction = false;

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <set>
+#include <sstream>
 
 #include "tests/bundle/unit/fixture.h"
 
@@ -45,8 +45,9 @@ const Names kPlatformSymbols = {"objc_msgSend",
 class BuiltFile : public testing::Test {
  protected:
   void SetUp() override {
-    std::ifstream file(BUNDLE_FILE, std::ios::binary);
-    bytes.assign(std::istreambuf_iterator<char>(file), {});
+    std::ostringstream file;
+    file << std::ifstream(BUNDLE_FILE, std::ios::binary).rdbuf();
+    bytes = file.str();
     ASSERT_GT(bytes.size(), sizeof(Elf32_Ehdr))
         << "wanted the bundle at " << BUNDLE_FILE << ", found none; build it";
     std::memcpy(&header, bytes.data(), sizeof header);
@@ -90,7 +91,7 @@ class BuiltFile : public testing::Test {
     return 0;
   }
 
-  std::vector<char> bytes;
+  std::string bytes;
   Elf32_Ehdr header{};
   std::vector<Elf32_Phdr> segments;
   std::vector<Elf32_Shdr> sections;

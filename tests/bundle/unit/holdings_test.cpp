@@ -57,6 +57,17 @@ TEST_F(HoldingsTest, WhatIsDetachedIsNotGivenBack) {
   EXPECT_EQ(Calls("REALUnlockObject"), 0);
 }
 
+TEST_F(HoldingsTest, ForgetsTheLastAndStillHoldsWhatCameBefore) {
+  qvx::UnguardedHoldings holdings;
+  holdings.Hold(Borrowed());
+  HostObject& thing = host.NewObject("Thing");
+  holdings.ForgetLast(holdings.Hold(static_cast<qvx::REALobject>(thing.Handle())));
+  EXPECT_EQ(holdings.Count(), 1U);
+  holdings.Hold(Borrowed());
+  holdings.GiveBackAll();
+  EXPECT_EQ(Log().Services(), UnlocksOf({3, 1}));
+}
+
 TEST_F(HoldingsTest, HoldsNullAsNothing) {
   qvx::UnguardedHoldings holdings;
   Object none(holdings, nullptr);

@@ -229,6 +229,13 @@ SCENARIO(
   return WhyNoCyan([NSColor colorWithSRGBRed:1 green:0.5 blue:0 alpha:0.25]);
 }
 
+SCENARIO("such a reason shows six digits of a component, and what is none as it is",
+         "Called cyanComponent on non-CMYK colour",
+         "*** -cyanComponent not valid for the NSColor NSCustomColorSpace sRGB IEC61966-2.1 colorspace 1e-05 "
+         "0.333333 nan 0.0001; need to first convert colorspace.") {
+  return WhyNoCyan([NSColor colorWithSRGBRed:0.00001 green:0.33333333 blue:NAN alpha:0.0001]);
+}
+
 // An image that nothing can be learnt of.
 @interface UndecodableImage : NSImage
 @end

@@ -77,11 +77,10 @@ TEST(Threads, ConvertTheSameColoursToTheSameNumbers) {
   EXPECT_EQ(wrong, 0);
 }
 
-// Spaces come and go in every thread while others convert with them: more pairs than transforms are kept.
+// Spaces come and go in every thread while others convert with them.
 TEST(Threads, OpenAndCloseTheSameProfiles) {
-  const std::vector<std::string> names{"srgb.icc",    "a98.icc",         "sgray.icc",
-                                       "lab.icc",     "esrgb.icc",       "ps_cmyk.icc",
-                                       "rommrgb.icc", "default_rgb.icc", "default_gray.icc"};
+  const std::vector<std::string> names{"srgb.icc", "a98.icc",     "sgray.icc",
+                                       "lab.icc",  "ps_cmyk.icc", "default_gray.icc"};
   std::atomic<int> failed = 0;
   constexpr int kThreads = 4;
   std::vector<std::thread> threads;
@@ -106,16 +105,16 @@ TEST(Threads, OpenAndCloseTheSameProfiles) {
 }
 
 // Another profile than the installed one, with the same colours: its maker differs.
-Space spaceByMaker(unsigned maker) {
-  std::vector<char> bytes = profile("a98.icc");
+Space spaceByMaker(const char* name, unsigned maker) {
+  std::vector<char> bytes = profile(name);
   bytes.at(48) = static_cast<char>(maker);
   bytes.at(49) = static_cast<char>(maker + 1);
   return spaceFromProfile(bytes.data(), bytes.size());
 }
 
-std::vector<Space> spacesByMakers(unsigned count) {
+std::vector<Space> spacesByMakers(const char* name, unsigned count) {
   std::vector<Space> spaces;
-  for (unsigned i = 0; i < count; ++i) spaces.push_back(spaceByMaker(i));
+  for (unsigned i = 0; i < count; ++i) spaces.push_back(spaceByMaker(name, i));
   return spaces;
 }
 
@@ -125,19 +124,23 @@ int convertHalf(Space from, Space to) {
   return convertColour(from, half.data(), to, converted.data());
 }
 
+// Of gray, whose transforms are soon made.
 TEST(Threads, MakeEachTransformOfFortyProfilesOnce) {
-  const std::vector<Space> spaces = spacesByMakers(40);
+  const std::vector<Space> spaces = spacesByMakers("sgray.icc", 40);
   const auto convertAll = [&] {
     int failed = 0;
     for (const Space from : spaces)
-      for (const Space to : spaces) failed += convertHalf(from, to) == 4 ? 0 : 1;
+      for (const Space to : spaces) failed += convertHalf(from, to) == 2 ? 0 : 1;
     return failed;
   };
+  const int before = transformsMade;
   EXPECT_EQ(convertAll(), 0);
   const int made = transformsMade;
+  EXPECT_EQ(made - before, 40 * 39);
   std::atomic<int> failed = 0;
   {
     std::vector<std::jthread> threads;
+    threads.reserve(6);
     for (int i = 0; i < 6; ++i) threads.emplace_back([&] { failed += convertAll(); });
   }
   EXPECT_EQ(failed, 0);
@@ -203,7 +206,7 @@ double slowdown(const std::vector<Pair>& few, const std::vector<Pair>& many) {
 // The figures are for the reader of the log. Between all pairs, what is left is what the processor's caches
 // hold: it is the same with one thread.
 TEST(Cost, OfManyProfilesAndThreadsIsReported) {
-  const std::vector<Space> spaces = spacesByMakers(40);
+  const std::vector<Space> spaces = spacesByMakers("a98.icc", 40);
   const std::vector<Space> ten(spaces.begin(), spaces.begin() + 10);
   const double withOne = slowdown(pairsWithSRGB(ten), pairsWithSRGB(spaces));
   const double withAll = slowdown(allPairs(ten), allPairs(spaces));

@@ -28,14 +28,14 @@ crash() {
 shown() { grep -qF -e "$1" "$page" || fail "docs/crashes.md shows $1"; }
 
 # The class data of an object that is none is read here for the first time.
-crashing=$source/bundle/bridge/instances.cpp
-wanted=$(awk '/^void DestroyInstance\(/ { inside = 1 } inside && /native == nullptr/ { print NR; exit }' "$crashing")
+crashing=$source/bundle/bridge/instances.h
+wanted=$(awk '/^inline void DestroyInstance\(/ { inside = 1 } inside && /native == nullptr/ { print NR; exit }' "$crashing")
 # leads_there WHAT SAID: that the innermost function and line are those of the crash. Before the file's name may stand the
 # folder that the compiler worked in, build.
 leads_there() {
   grep -qE "DestroyInstance" <<<"$2" || fail "$1 names the function, found $2"
-  grep -qE -m1 "^(\./)?(build/\.{1,2}/)?bundle/bridge/instances\.cpp:$wanted(:[0-9]+)?( |$)" <<<"$2" ||
-    fail "$1 names bundle/bridge/instances.cpp:$wanted, found $2"
+  grep -qE -m1 "^(\./)?(build/\.{1,2}/)?bundle/bridge/instances\.h:$wanted(:[0-9]+)?( |$)" <<<"$2" ||
+    fail "$1 names bundle/bridge/instances.h:$wanted, found $2"
 }
 
 if [ ! -d "$build/desktop/QVXColor.bundle.dSYM" ]; then

@@ -14,15 +14,19 @@ fail() {
   failures=$((failures + 1))
 }
 
-# A locale with other letters, numbers and words than C's.
+# A locale with other letters, numbers and words than C's. Making it takes longer than what is tried in it: it stays.
 german=()
-if localedef -i de_DE -f UTF-8 "$work/de_DE.UTF-8" 2>/dev/null; then
+locales=$build/locales
+mkdir -p "$locales"
+[ -d "$locales/de_DE.UTF-8" ] ||
+  { localedef -i de_DE -f UTF-8 "$work/de_DE.UTF-8" 2>/dev/null && mv "$work/de_DE.UTF-8" "$locales/"; }
+if [ -d "$locales/de_DE.UTF-8" ]; then
   german=(LC_ALL=de_DE.UTF-8 LANGUAGE=de)
 else
   echo "without the package locales nothing is tried in a German locale"
 fi
 
-env PACKING_LEVEL=0 LOCPATH="$work" ${german[@]+"${german[@]}"} "$source/tools/package_linux" "$build" "$work/packages" || exit 1
+env PACKING_LEVEL=none LOCPATH="$locales" ${german[@]+"${german[@]}"} "$source/tools/package_linux" "$build" "$work/packages" || exit 1
 deb=$(echo "$work"/packages/*.deb)
 tarball=$(echo "$work"/packages/*.tar.xz)
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$source/CMakeLists.txt")
@@ -31,14 +35,14 @@ version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$source/CMakeLists
   fail "the .deb says what it is: $(dpkg-deb -f "$deb" Package Version Architecture | paste -sd' ')"
 for package in "$deb" "$tarball"; do
   size=$(stat -c %s "$package")
-  [ "$size" -le 20000000 ] || fail "packed quickly, a package has at most 20 MB: $(basename "$package") has $size bytes"
+  [ "$size" -le 62000000 ] || fail "without compression, a package has at most 62 MB: $(basename "$package") has $size bytes"
 done
 dpkg-deb -f "$deb" Depends | grep -q libc6-i386 || fail "the .deb wants the 32-bit C run-time"
 
 # The run-time of the machine, where the 32-bit loader finds it without a configuration.
 base=$work/base
 mkdir -p "$base"/{lib,lib32,etc,tmp,proc,dev,root,locale}
-[ ${#german[@]} = 0 ] || cp -r "$work/de_DE.UTF-8" "$base/locale/"
+[ ${#german[@]} = 0 ] || cp -r "$locales/de_DE.UTF-8" "$base/locale/"
 cp -L /lib/ld-linux.so.2 "$base/lib/"
 for library in libc.so.6 libm.so.6 libdl.so.2 libpthread.so.0 librt.so.1 libresolv.so.2 libgcc_s.so.1 libstdc++.so.6; do
   cp -L "$("$cxx" -m32 -print-file-name="$library")" "$base/lib32/" || exit 1
@@ -91,11 +95,16 @@ try() {
   [ -z "$found" ] || fail "$name needs nothing from outside, found $found"
 
   try_locale "$@"
+  locale=(${german[@]+"${german[@]}"})
   if [ ${#german[@]} -gt 0 ]; then
-    locale=("${german[@]}")
     try_locale "$name in a German locale" "$root" "$prefix"
-    locale=()
   fi
+  # Once only: it takes as long as all the others.
+  if [ $can_isolate = yes ]; then
+    found=$(inside "$root" "$hostrun" check --only-failed --host-version 2015.0 2>&1)
+    [[ $found = *" passed, 0 failed" && $found = "$checked" ]] || fail "$name checks its bundle: $found"
+  fi
+  locale=()
 }
 
 # try_locale NAME ROOT PREFIX: what it runs and says in the locale of "inside".
@@ -123,8 +132,6 @@ try_locale() {
       cmp -s "$source/examples/first-colors.out" "$work/out" || { fail "$name traces a program"; cat "$work/err"; }
     grep -qF 'sends +[NSColor colorWithDeviceRed: 1 green: 0.5' "$root/tmp/trace.txt" ||
       fail "$name shows the messages: $(head -n 5 "$root/tmp/trace.txt")"
-    found=$(inside "$root" "$hostrun" check --only-failed --host-version 2015.0 2>&1)
-    [[ $found = *" passed, 0 failed" && $found = "$checked" ]] || fail "$name checks its bundle: $found"
     found=$(echo NSColorQVX.orangeColor | inside "$root" "$hostrun" repl 2>&1)
     [ "$found" = "NSColorQVX NSCalibratedRGBColorSpace 1 0.5 0 1" ] || fail "$name runs what is typed: $found"
     inside "$root" "$hostrun" docs --out /tmp/reference.html 2>"$work/err" || { fail "$name writes the reference"; cat "$work/err"; }
@@ -141,7 +148,7 @@ for name in deb tarball; do
   mkdir -p "$root/usr/bin"
   case $name in
     deb) dpkg-deb -x "$deb" "$root" && prefix=/usr ;;
-    tarball) mkdir -p "$root/opt" && tar -xJf "$tarball" -C "$root/opt" && prefix=/opt/$(ls "$root/opt") ;;
+    tarball) mkdir -p "$root/opt" && tar -xf "$tarball" -C "$root/opt" && prefix=/opt/$(ls "$root/opt") ;;
   esac
   try "the $name" "$root" "$prefix"
 done
