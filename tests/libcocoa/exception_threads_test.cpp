@@ -1,5 +1,6 @@
 // tests/libcocoa/exception_threads_test.cpp - frames of several threads.
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <pthread.h>
 
 #include <array>
@@ -78,6 +79,16 @@ TEST(Threads, MayRaiseWhileTheyEnd) {
   pthread_key_delete(key);
   EXPECT_TRUE(end.wasDelivered);
   EXPECT_TRUE(end.isUntouched);
+}
+
+TEST(Threads, LeaveNoMemoryBehind) {
+  const auto makeMany = [] {
+    for (int i = 0; i < 100; ++i) std::thread([] { GuardedInC(&Nothing, nullptr); }).join();
+  };
+  makeMany();
+  const std::size_t before = ::mallinfo2().uordblks;
+  makeMany();
+  EXPECT_LT(::mallinfo2().uordblks, before + 1000);
 }
 
 TEST(Threads, RaisePastPlainFunctionsAtTheSameTime) {

@@ -82,6 +82,13 @@ TEST(RunLoop, WithNothingToDoIsFinished) {
   EXPECT_EQ(CFRunLoopRunInMode(nullptr, 0, 0), kCFRunLoopRunFinished);
 }
 
+TEST(RunLoop, TellsItsResultsByTheDesktopsNumbers) {
+  EXPECT_EQ(static_cast<int>(kCFRunLoopRunFinished), 1);
+  EXPECT_EQ(static_cast<int>(kCFRunLoopRunStopped), 2);
+  EXPECT_EQ(static_cast<int>(kCFRunLoopRunTimedOut), 3);
+  EXPECT_EQ(static_cast<int>(kCFRunLoopRunHandledSource), 4);
+}
+
 TEST(RunLoop, LetsGoOfAnEditedColourList) {
   const id name = Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), "edited");
   void* const pool = objc_autoreleasePoolPush();

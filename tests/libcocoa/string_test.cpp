@@ -273,12 +273,46 @@ TEST(LoneSurrogate, IsKeptWhereverItStands) {
   }
 }
 
+TEST(LoneSurrogate, AloneMakesAStringOfAnotherClass) {
+  constexpr qvx::Message<"class", id()> kClass;
+  const id plain = kClass(FromUnits(u"a\u20ACb").Object());
+  EXPECT_EQ(kClass(FromUnits(u"a\U0001F600b").Object()), plain);
+  EXPECT_EQ(kClass(FromUnits(u"a\U0001F600").Object()), plain);
+  EXPECT_NE(kClass(FromUnits(std::u16string{0xD83D, u'b'}).Object()), plain);
+  EXPECT_NE(kClass(FromUnits(u"a\xD83D").Object()), plain);
+}
+
 TEST(MacRoman, GoesThereAndBackForEveryByte) {
   std::string bytes;
   for (int byte = 1; byte < 256; ++byte) bytes += static_cast<char>(byte);
   const String string = FromBytes(bytes.c_str(), kMacRoman);
   EXPECT_EQ(CFStringGetLength(string.Get()), 255);
   EXPECT_EQ(Bytes(string, kMacRoman, 256), bytes + '\0');
+}
+
+TEST(MacRoman, HasTheseCharactersFrom0x80) {
+  std::string bytes;
+  for (int byte = 0x80; byte < 0x100; ++byte) bytes += static_cast<char>(byte);
+  EXPECT_EQ(Units(FromBytes(bytes.c_str(), kMacRoman)),
+            u"ÄÅÇÉÑÖÜáàâäãåçéèêëíìîïñóòôöõúùûü"
+            u"†°¢£§•¶ß®©™´¨≠ÆØ∞±≤≥¥µ∂∑∏π∫ªºΩæø"
+            u"¿¡¬√ƒ≈∆«»…\u00A0ÀÃÕŒœ–—“”‘’÷◊ÿŸ⁄€‹›ﬁﬂ"
+            u"‡·‚„‰ÂÊÁËÈÍÎÏÌÓÔ\uF8FFÒÚÛÙıˆ˜¯˘˙˚¸˝˛ˇ");
+}
+
+TEST(WindowsLatin1, HasTheseCharactersFrom0x80AndLatin1From0xA0) {
+  std::string bytes;
+  std::u16string units = u"€‚ƒ„…†‡ˆ‰Š‹ŒŽ‘’“”•–—˜™š›œžŸ";
+  for (int byte = 0x80; byte < 0x100; ++byte) {
+    if (std::strchr("\x81\x8D\x8F\x90\x9D", byte) == nullptr) bytes += static_cast<char>(byte);
+    if (byte >= 0xA0) units += static_cast<char16_t>(byte);
+  }
+  EXPECT_EQ(Units(FromBytes(bytes.c_str(), kWindowsLatin1)), units);
+}
+
+TEST(WindowsLatin1, LacksFiveBytes) {
+  for (const char* const byte : {"\x81", "\x8D", "\x8F", "\x90", "\x9D"})
+    EXPECT_EQ(FromBytes(byte, kWindowsLatin1).Get(), nullptr) << byte;
 }
 
 TEST(WindowsLatin1, GoesThereAndBackForEveryByteThatIsDefined) {

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -141,6 +142,18 @@ TEST_F(FileReference, IsTheSameForTheSamePath) {
   ASSERT_EQ(MakeRef(path, &first), noErr);
   ASSERT_EQ(MakeRef(path, &second), noErr);
   EXPECT_EQ(std::memcmp(&first, &second, sizeof first), 0);
+}
+
+TEST_F(FileReference, StaysThatOfItsPathAmongManyOthers) {
+  std::array<FSRef, 100> references{};
+  for (std::size_t i = 0; i < references.size(); ++i) {
+    ASSERT_EQ(MakeRef(std::string(i + 1, '/'), &references[i]), noErr);
+  }
+  for (std::size_t i = 0; i < references.size(); ++i) {
+    std::array<std::uint8_t, 200> path{};
+    ASSERT_EQ(FSRefMakePath(&references[i], path.data(), path.size()), noErr);
+    EXPECT_EQ(reinterpret_cast<const char*>(path.data()), std::string(i + 1, '/'));
+  }
 }
 
 TEST_F(FileReference, GivesItsPathBackIfTheBufferIsLargeEnough) {

@@ -41,6 +41,17 @@ desktop::SectionHeader SectionOf(const desktop::Bytes& file, const std::string& 
   return {};
 }
 
+desktop::SegmentCommand SegmentOf(const desktop::Bytes& file, const std::string& name) {
+  std::size_t offset = sizeof(desktop::Header);
+  for (std::uint32_t command = 0; command < At<desktop::Header>(file, 0).commandCount; ++command) {
+    const auto segment = At<desktop::SegmentCommand>(file, offset);
+    if (segment.start.kind == desktop::CommandKind::Segment && name == segment.name.data()) return segment;
+    offset += segment.start.size;
+  }
+  ADD_FAILURE() << "no segment " << name;
+  return {};
+}
+
 TEST(DebugFile, ChangesNothingInTheBundle) {
   EXPECT_EQ(LinkedWithDebug().bundle, desktop::Link(small::GoodObject().Bytes(), "_Entry").bundle);
 }
@@ -70,6 +81,48 @@ TEST(DebugFile, HasTheSectionsOfTheBundleWithoutWhatIsInThem) {
   }
 }
 
+TEST(DebugFile, HasTheSegmentsOfTheBundleWithoutWhatIsInThem) {
+  const desktop::Linked linked = LinkedWithDebug();
+  for (const char* const name : {"__TEXT", "__DATA"}) {
+    const desktop::SegmentCommand segment = SegmentOf(linked.debug, name);
+    EXPECT_EQ(segment.address, SegmentOf(linked.bundle, name).address) << name;
+    EXPECT_EQ(segment.memorySize, SegmentOf(linked.bundle, name).memorySize) << name;
+    EXPECT_EQ(segment.fileOffset, 0U) << name;
+    EXPECT_EQ(segment.fileSize, 0U) << name;
+    EXPECT_EQ(segment.initialProtection, 1U) << name;
+    EXPECT_EQ(segment.maximumProtection, 7U) << name;
+  }
+  for (const char* const name : {"__symbol_stub", "__nl_symbol_ptr", "__bss"})
+    EXPECT_EQ(SectionOf(linked.debug, name).flags & 0xFF, 0U) << name;
+}
+
+TEST(DebugFile, PutsTheSectionsForDebuggersBehindTheBundlesMemoryInWholePages) {
+  small::Object object = small::GoodObject();
+  small::AddDebug(object);
+  small::Section second = object.sections.back();
+  second.name = "__debug_info";
+  second.address += 8;
+  second.bytes = std::string(0x1000, 'x');
+  second.relocations.clear();
+  object.sections.push_back(second);
+  const desktop::Linked linked = desktop::Link(object.Bytes(), "_Entry");
+  const desktop::SegmentCommand data = SegmentOf(linked.bundle, "__DATA");
+  const desktop::SegmentCommand debug = SegmentOf(linked.debug, "__DWARF");
+  const desktop::SectionHeader lines = SectionOf(linked.debug, "__debug_line");
+  const desktop::SectionHeader info = SectionOf(linked.debug, "__debug_info");
+  EXPECT_EQ(debug.address, data.address + data.memorySize);
+  EXPECT_EQ(debug.memorySize, 0x2000U);
+  EXPECT_EQ(debug.fileSize, 0x1008U);
+  EXPECT_EQ(debug.sectionCount, 2U);
+  EXPECT_EQ(lines.fileOffset, debug.fileOffset);
+  EXPECT_EQ(lines.address, debug.address);
+  EXPECT_EQ(info.fileOffset, debug.fileOffset + 8);
+  EXPECT_EQ(info.address, debug.address + 8);
+  EXPECT_EQ(info.size, 0x1000U);
+  EXPECT_EQ(lines.flags, desktop::kForDebuggersOnly);
+  EXPECT_EQ(info.flags, desktop::kForDebuggersOnly);
+}
+
 TEST(DebugFile, NamesWhatTheObjectDefinesByAddress) {
   const desktop::Linked linked = LinkedWithDebug();
   const auto table =
@@ -83,7 +136,8 @@ TEST(DebugFile, NamesWhatTheObjectDefinesByAddress) {
     EXPECT_EQ(symbol.value, code + index * 0x20);
     EXPECT_STREQ(reinterpret_cast<const char*>(&linked.debug.at(table.stringOffset + symbol.name)),
                  names[index]);
-    EXPECT_EQ(symbol.section, 2U);  // behind the stubs
+    EXPECT_EQ(symbol.section, 2U);                     // behind the stubs
+    EXPECT_EQ(symbol.type, index == 0 ? 0x0F : 0x0E);  // only the entry is external
   }
 }
 

@@ -109,6 +109,31 @@ TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   EXPECT_EQ(zeros.fileOffset, 0U);
 }
 
+TEST(FinalLink, AlignsASectionToAPage) {
+  small::Object object = small::GoodObject();
+  object.sections[small::kBss].alignment = 12;
+  object.sections[small::kBss].address = 0x1000;
+  EXPECT_EQ(Bundle(object).Section("__bss").address % 0x1000, 0U);
+}
+
+TEST(FinalLink, TakesASectionThatEndsAtTheLargestAddress) {
+  small::Object object = small::GoodObject();
+  small::Section& zeros = object.sections[small::kBss];
+  zeros.zeros = 0x1000000 - zeros.address;
+  EXPECT_EQ(Bundle(object).Section("__bss").size, zeros.zeros);
+  ++zeros.zeros;
+  EXPECT_THROW(Linked(object), desktop::Refusal);
+}
+
+// The stubs are a section more.
+TEST(FinalLink, Makes255Sections) {
+  small::Object object = small::GoodObject();
+  while (object.sections.size() < 254) object.sections.push_back({"__DATA", "__more", 0, 0x1000});
+  EXPECT_NO_THROW(Linked(object));
+  object.sections.push_back({"__DATA", "__more", 0, 0x1000});
+  EXPECT_THROW(Linked(object), desktop::Refusal);
+}
+
 TEST(FinalLink, GivesTheSameBytesForTheSameObject) {
   EXPECT_EQ(Linked(small::GoodObject()), Linked(small::GoodObject()));
 }
@@ -145,6 +170,18 @@ TEST(RebaseOpcodes, CountLongRunsInANumber) {
   EXPECT_EQ(desktop::RebaseOpcodes(addresses, 0x1000), (Bytes{0x11, 0x21, 0x00, 0x60, 0xC8, 0x01, 0x00}));
 }
 
+// A pointer in the data and one for the code are bound to it: once in the bind operations, once among the
+// symbols.
+TEST(FinalLink, NamesAnImportOnceForAllThatIsBoundToIt) {
+  const Bytes bundle = Linked(small::GoodObject());
+  const std::string name("_NSCalibratedRGBColorSpace", 27);
+  std::size_t count = 0;
+  for (auto at = bundle.begin();
+       (at = std::search(at, bundle.end(), name.begin(), name.end())) != bundle.end(); ++at)
+    ++count;
+  EXPECT_EQ(count, 2U);
+}
+
 TEST(BindOpcodes, SayLibraryAndPlaceOnlyWhereTheyChange) {
   desktop::Imports imports;
   imports.imports = {{"_a", 0, 1, false}, {"_b", 1, 1, false}, {"_c", 2, 2, false}};
@@ -156,6 +193,16 @@ TEST(BindOpcodes, SayLibraryAndPlaceOnlyWhereTheyChange) {
 
 TEST(ExportTrie, HasOneEdgeToOneLeaf) {
   EXPECT_EQ(desktop::ExportTrie("_E", 0x1234), (Bytes{0, 1, '_', 'E', 0, 6, 3, 0, 0xB4, 0x24, 0}));
+}
+
+// Empty: it was linked.
+std::string RefusalOf(const Bytes& object) {
+  try {
+    desktop::Link(object, "_Entry");
+    return {};
+  } catch (const desktop::Refusal& refusal) {
+    return refusal.what();
+  }
 }
 
 // What is refused, and the whole line that says so.
@@ -170,12 +217,7 @@ class Refused : public testing::TestWithParam<Broken> {};
 TEST_P(Refused, SaysWhatWasWantedAndFound) {
   small::Object object = small::GoodObject();
   GetParam().change(object);
-  try {
-    Linked(object);
-    FAIL() << "linked";
-  } catch (const desktop::Refusal& refusal) {
-    EXPECT_STREQ(refusal.what(), GetParam().line);
-  }
+  EXPECT_EQ(RefusalOf(object.Bytes()), GetParam().line);
 }
 
 small::Section& Text(small::Object& object) {
@@ -214,7 +256,13 @@ const Broken kBroken[] = {
      "wanted code and constants in __TEXT, data in __DATA, found __OBJC,__data"},
     {"TextBehindData", [](auto& o) { o.sections[small::kFrames].address = 0x100; },
      "wanted the sections of __TEXT before all others, found __TEXT,__eh_frame behind"},
-    {"TextBehindFrames", [](auto& o) { std::swap(o.sections[small::kFrames].address, Text(o).address); },
+    {"TextBehindFrames",
+     [](auto& o) {
+       o.sections[small::kFrames].address = 0x24;
+       o.sections[small::kStrings].address = 0x28;
+     },
+     "wanted __TEXT,__eh_frame last in __TEXT, found __TEXT,__cstring behind"},
+    {"CodeBetweenItsPlaces", [](auto& o) { std::swap(o.sections[small::kFrames].address, Text(o).address); },
      "wanted the section __TEXT,__text at a multiple of 16, found 0x2C"},
     {"OverlappingSections", [](auto& o) { o.sections[small::kStrings].address = 0x20; },
      "wanted sections apart from each other, found __TEXT,__text and __TEXT,__cstring at 0x20"},
@@ -222,6 +270,12 @@ const Broken kBroken[] = {
      "wanted the section __DATA,__bss below 0x1000000, found its end at 0x8000003F"},
     {"AHugeAlignment", [](auto& o) { Data(o).alignment = 200; },
      "wanted the section __DATA,__data aligned to a page at most, found 2^200"},
+    {"AnAlignmentOfTwoPages",
+     [](auto& o) {
+       o.sections[small::kBss].alignment = 13;
+       o.sections[small::kBss].address = 0x2000;
+     },
+     "wanted the section __DATA,__bss aligned to a page at most, found 2^13"},
     {"AWeakDefinition", [](auto& o) { o.symbols[small::kHelper].description = 0x80; },
      "wanted the symbol \"_Helper\" defined or wanted without doubt, found it weak; link the rooms as one "
      "module "
@@ -332,6 +386,72 @@ TEST(Refused, EveryTruncatedObject) {
   for (std::size_t size = 0; size < whole.size(); ++size) {
     EXPECT_THROW(desktop::Link(std::span(whole).first(size), "_Entry"), desktop::Refusal) << size;
   }
+}
+
+// The good object's load commands: a segment with six sections, the symbol table, that of indirect symbols.
+constexpr std::size_t kCommandCountAt = 16;
+constexpr std::size_t kSegmentAt = sizeof(desktop::Header);
+constexpr std::size_t kSymbolTableAt =
+    kSegmentAt + sizeof(desktop::SegmentCommand) + 6 * sizeof(desktop::SectionHeader);
+constexpr std::size_t kIndirectTableAt = kSymbolTableAt + sizeof(desktop::SymbolTableCommand);
+static_assert(kIndirectTableAt == 516 && sizeof(desktop::DynamicSymbolTableCommand) == 80);
+
+// A word of the file changed.
+struct BrokenCommand {
+  const char* what;
+  std::size_t offset;
+  std::uint32_t word;
+  const char* line;
+};
+
+class RefusedCommands : public testing::TestWithParam<BrokenCommand> {};
+
+TEST_P(RefusedCommands, SayWhatWasWantedAndFound) {
+  Bytes bytes = small::GoodObject().Bytes();
+  std::memcpy(&bytes.at(GetParam().offset), &GetParam().word, sizeof GetParam().word);
+  EXPECT_EQ(RefusalOf(bytes), GetParam().line);
+}
+
+const BrokenCommand kBrokenCommands[] = {
+    {"OneLess", kCommandCountAt, 2, "wanted load commands of 568 bytes, found 488"},
+    {"FewerSections", kSegmentAt + 48, 5, "wanted a segment command of 396 bytes for 5 sections, found 464"},
+    {"TheSameTwice", kIndirectTableAt, 2, "wanted a symbol table once, found another"},
+    {"OfAnotherKind", kIndirectTableAt, 0x1B, "wanted a load command that an assembler writes, found 0x1B"},
+    {"LongerSymbolTable", kSymbolTableAt + 4, 28, "wanted a symbol table in 24 bytes, found 28"},
+    {"ShorterIndirectTable", kIndirectTableAt + 4, 76,
+     "wanted a table of indirect symbols in 80 bytes, found 76"},
+    {"LongerThanAll", kIndirectTableAt + 4, 84,
+     "wanted a load command of whole words that ends before 596, found 84 bytes at 516"},
+    {"NotWholeWords", kSymbolTableAt + 4, 22,
+     "wanted a load command of whole words that ends before 596, found 22 bytes at 492"},
+    {"ShorterThanItsHead", kSymbolTableAt + 4, 4,
+     "wanted a load command of whole words that ends before 596, found 4 bytes at 492"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, RefusedCommands, testing::ValuesIn(kBrokenCommands),
+                         [](const auto& each) { return std::string(each.param.what); });
+
+TEST(Refused, SymbolsAndNamesThatAreNotInTheFile) {
+  const Bytes good = small::GoodObject().Bytes();
+  desktop::SymbolTableCommand table{};
+  std::memcpy(&table, &good.at(kSymbolTableAt), sizeof table);
+  const auto with = [&good](std::size_t offset, std::uint32_t word) {
+    Bytes bytes = good;
+    std::memcpy(&bytes.at(offset), &word, sizeof word);
+    return RefusalOf(bytes);
+  };
+  const std::string size = std::to_string(good.size());
+  EXPECT_EQ(with(kSymbolTableAt + 12, 1000), "wanted the symbols inside the file, found 12000 bytes at " +
+                                                 std::to_string(table.symbolOffset) + " of " + size);
+  const std::string names = std::to_string(table.stringSize);
+  EXPECT_EQ(with(kSymbolTableAt + 20, table.stringSize + 1),
+            "wanted the symbols' names inside the file, found " + std::to_string(table.stringSize + 1) +
+                " bytes at " + std::to_string(table.stringOffset) + " of " + size);
+  EXPECT_EQ(with(table.symbolOffset + sizeof(desktop::SymbolEntry), table.stringSize),
+            "wanted the name of symbol 1 among " + names + " bytes of names, found " + names);
+  Bytes open = good;
+  open.back() = 'x';
+  EXPECT_EQ(RefusalOf(open), "wanted an end of the name of symbol 4, found the end of the names");
 }
 
 TEST(Refused, LoadCommandsThatDoNotEnd) {

@@ -372,6 +372,12 @@ TEST_F(BuildOnOldHost, NarrowsMoreInAHeapBufferOfTwoBytesPerUnitAndFour) {
   EXPECT_EQ(LiveBundleBlocks(), 0);
 }
 
+TEST_F(BuildOnOldHost, NarrowsALongTextWhole) {
+  std::u32string text;
+  for (char32_t i = 0; i < 1000; ++i) text += U'a' + i % 26;
+  EXPECT_EQ(TextOf(Build(Units32(text), kEncodingUTF32)), std::string(text.begin(), text.end()));
+}
+
 TEST_F(BuildOnOldHost, GivesTheNullStringWhenTheHeapBufferCannotBeHad) {
   Log().SetHook(
       [](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });

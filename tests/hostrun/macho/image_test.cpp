@@ -169,6 +169,85 @@ const Instructions kInstructions[] = {
 INSTANTIATE_TEST_SUITE_P(Instructions, FrameInstructions, testing::ValuesIn(kInstructions),
                          [](const auto& one) { return one.param.name; });
 
+// A file whose only frame is this common record.
+TestFile FileWithFrame(const std::string& record) {
+  TestFile file;
+  file.frameBytes = record + Raw(std::uint32_t{0});
+  file.frames.size = static_cast<std::uint32_t>(file.frameBytes.size());
+  return file;
+}
+
+// Where the pointer of a personality lies that is the first of the augmentation "zPLR".
+constexpr std::uint32_t kPersonality = TestFile::kFrames + 19;
+constexpr unsigned kIndirectFromItself = 0x9B;
+constexpr unsigned kFromItself = 0x1B;
+
+std::string RecordOfPersonality(unsigned form, std::uint32_t value) {
+  return AugmentedRecord("zPLR", Codes({form}) + Raw(value) + Codes({0x10, 0x10}), Codes({0x84, 2}));
+}
+
+TEST(DesktopFrames, KeepAPersonalityAndTheInstructionsBehindIt) {
+  const std::uint32_t distance = TestFile::kSymbol - kPersonality;
+  const TestFile file = FileWithFrame(RecordOfPersonality(kIndirectFromItself, distance));
+  const Image image(ReadFile(file.Bytes()), &FindTheSymbol);
+  std::string wanted = RecordOfPersonality(kIndirectFromItself, distance);
+  wanted[wanted.rfind('\x84')] = '\x85';
+  EXPECT_EQ(std::memcmp(image.memory().data() + TestFile::kFrames, wanted.data(), wanted.size()), 0);
+}
+
+TEST(DesktopFrames, HaveNoPersonalityThatIsReadOutsideOfTheImage) {
+  const std::uint32_t last = TestFile::kLinkEdit + kPage - 4 - kPersonality;
+  EXPECT_EQ(ProblemOf(FileWithFrame(RecordOfPersonality(kIndirectFromItself, last))), "");
+  for (const std::uint32_t outside : {last + 1, 0U - kPersonality - 1}) {
+    EXPECT_EQ(ProblemOf(FileWithFrame(RecordOfPersonality(kIndirectFromItself, outside))),
+              "wanted pointers into the image in the unwind tables, found one at 0x913 that leads out of it");
+  }
+  EXPECT_EQ(ProblemOf(FileWithFrame(RecordOfPersonality(kFromItself, last + 1))), "") << "nothing is read";
+}
+
+// An augmentation, its data, and what is said of it; empty: it is taken.
+struct Augmentation {
+  const char* name;
+  const char* letters;
+  std::initializer_list<unsigned> data;
+  const char* problem;
+};
+
+void PrintTo(const Augmentation& augmentation, std::ostream* out) {
+  *out << augmentation.name;
+}
+
+class FrameAugmentations : public testing::TestWithParam<Augmentation> {};
+
+TEST_P(FrameAugmentations, AreTakenOrRefused) {
+  const std::string problem =
+      ProblemOf(FileWithFrame(AugmentedRecord(GetParam().letters, Codes(GetParam().data), {})));
+  const std::string wanted = GetParam().problem;
+  const std::size_t found = wanted.find(", found ");
+  EXPECT_EQ(problem,
+            wanted.empty() ? "" : wanted.substr(0, found) + " in the unwind tables" + wanted.substr(found));
+}
+
+const Augmentation kAugmentations[] = {
+    {"NoLanguageData", "zLR", {0xFF, 0x10}, ""},
+    {"AbsoluteLanguageData", "zLR", {0x00, 0x10}, ""},
+    {"SignedLanguageData", "zLR", {0x0B, 0x1B}, ""},
+    {"UnsignedLanguageData", "zLR", {0x03, 0x13}, ""},
+    {"IndirectLanguageData", "zLR", {0x9B, 0x10}, ""},
+    {"LanguageDataFromElsewhere", "zLR", {0x30, 0x10}, "wanted pointers of a word, found the form 0x30"},
+    {"ShortLanguageData", "zLR", {0x12, 0x10}, "wanted pointers of a word, found the form 0x12"},
+    {"IndirectPointers", "zR", {0x90}, "wanted pointers of a word, found the form 0x90"},
+    {"ShortPointers", "zR", {0x1A}, "wanted pointers of a word, found the form 0x1a"},
+    {"ShortPersonality", "zP", {0x9A, 0, 0, 0, 0}, "wanted pointers of a word, found the form 0x9a"},
+    {"AnotherLetter", "zS", {}, "wanted the augmentations P, L and R, found S"},
+    {"NoLength", "R", {0x10}, "wanted an augmentation with its length, found R"},
+    {"MoreData", "zR", {0x10, 0}, "wanted augmentation data as long as it says, found another length"},
+    {"LessData", "zLR", {0x10}, "wanted augmentation data as long as it says, found another length"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Augmentations, FrameAugmentations, testing::ValuesIn(kAugmentations),
+                         [](const auto& one) { return one.param.name; });
+
 TEST(DesktopFrames, NeedAnEndThatTheUnwinderMeets) {
   TestFile file;
   file.frameBytes.resize(file.frameBytes.size() - 4);

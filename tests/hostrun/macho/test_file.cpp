@@ -40,10 +40,15 @@ std::string Record(std::string body) {
 
 }  // namespace
 
-// The factors 1 and -4, the return address in column 8, pointers relative to themselves.
+// Version 1, the factors 1 and -4, the return address in column 8.
+std::string AugmentedRecord(const std::string& letters, const std::string& data,
+                            const std::string& instructions) {
+  return Record(Raw(std::uint32_t{0}) + Codes({1}) + Text(letters) +
+                Codes({0x01, 0x7C, 8, static_cast<unsigned>(data.size())}) + data + instructions);
+}
+
 std::string CommonRecord(const std::string& instructions) {
-  return Record(Raw(std::uint32_t{0}) + Codes({1}) + Text("zR") + Codes({0x01, 0x7C, 8, 1, 0x10}) +
-                instructions);
+  return AugmentedRecord("zR", Codes({0x10}), instructions);
 }
 
 std::string FunctionRecord(const std::string& instructions) {

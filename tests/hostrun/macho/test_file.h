@@ -54,6 +54,9 @@ inline std::string Text(const std::string& text) {
   return text + '\0';
 }
 
-// Unwind records: the common one with these instructions, and one for the test's function.
+// Unwind records: the common one with these letters of augmentation, their data and instructions; the same
+// with pointers relative to themselves only; and one for the test's function.
+std::string AugmentedRecord(const std::string& letters, const std::string& data,
+                            const std::string& instructions);
 std::string CommonRecord(const std::string& instructions);
 std::string FunctionRecord(const std::string& instructions);

@@ -118,6 +118,9 @@ std::int32_t Live() {
 void InitWith(REALobject self, std::int32_t number) {
   DataOf<std::int32_t>(self) = number;
 }
+void InitWithText(REALobject self, REALstring text) {
+  DataOf<std::int32_t>(self) = -LengthByGlobalMethod(text);
+}
 std::int32_t Number(REALobject self, std::int32_t) {
   return DataOf<std::int32_t>(self);
 }
@@ -138,6 +141,7 @@ qvx::REALmethodDefinition Method(const char* declaration, R (*function)(A...)) {
 
 qvx::REALmethodDefinition methods[] = {
     Method("Constructor(number as integer)", &InitWith),
+    Method("Constructor(text as string)", &InitWithText),
     Method("AddIntegers(a as integer, b as integer = 10) as integer", &AddIntegers),
     Method("WideSum(a as int64, b as integer) as int64", &WideSum),
     Method("Halve(x as double) as double", &Halve),
@@ -188,7 +192,7 @@ qvx::REALclassDefinition definition = {13,
                                        properties,
                                        3,
                                        methods,
-                                       11,
+                                       12,
                                        nullptr,
                                        0,
                                        nullptr,

@@ -29,6 +29,116 @@ TEST(Encodings, MacRomanAndWindowsLatin1KeepTheirOwnCharacters) {
   }
 }
 
+TEST(Encodings, MacRomanHasTheseCharactersFrom0x80) {
+  const std::u32string wanted =
+      U"ÄÅÇÉÑÖÜáàâäãåçéèêëíìîïñóòôöõúùûü"
+      U"†°¢£§•¶ß®©™´¨≠ÆØ∞±≤≥¥µ∂∑∏π∫ªºΩæø"
+      U"¿¡¬√ƒ≈∆«»…\u00A0ÀÃÕŒœ–—“”‘’÷◊ÿŸ⁄€‹›ﬁﬂ"
+      U"‡·‚„‰ÂÊÁËÈÍÎÏÌÓÔ\uF8FFÒÚÛÙıˆ˜¯˘˙˚¸˝˛ˇ";
+  ASSERT_EQ(wanted.size(), 128U);
+  std::string bytes;
+  for (int byte = 0x80; byte <= 0xFF; ++byte) bytes += static_cast<char>(byte);
+  EXPECT_EQ(Decode(bytes, qvx::kEncodingMacRoman), wanted);
+  EXPECT_EQ(Encode(wanted, qvx::kEncodingMacRoman), bytes);
+}
+
+// Five bytes have no character of their own, and stand for control characters.
+TEST(Encodings, WindowsLatin1HasTheseCharactersFrom0x80) {
+  const std::u32string wanted =
+      U"€\x81"
+      U"‚ƒ„…†‡ˆ‰Š‹Œ\x8D"
+      U"Ž\x8F"
+      U"\x90"
+      U"‘’“”•–—˜™š›œ\x9D"
+      U"žŸ";
+  ASSERT_EQ(wanted.size(), 32U);
+  std::string bytes;
+  for (int byte = 0x80; byte < 0xA0; ++byte) bytes += static_cast<char>(byte);
+  EXPECT_EQ(Decode(bytes, qvx::kEncodingWindowsLatin1), wanted);
+  EXPECT_EQ(Encode(wanted, qvx::kEncodingWindowsLatin1), bytes);
+  EXPECT_EQ(Decode("\xA0\xFF", qvx::kEncodingWindowsLatin1), U"\xA0\xFF");
+}
+
+TEST(Encodings, EachUtf8LengthHasItsFirstAndLastCharacter) {
+  const struct {
+    std::string_view bytes;
+    char32_t character;
+  } edges[] = {{"\x7F", 0x7F},
+               {"\xC2\x80", 0x80},
+               {"\xDF\xBF", 0x7FF},
+               {"\xE0\xA0\x80", 0x800},
+               {"\xED\x9F\xBF", 0xD7FF},
+               {"\xEE\x80\x80", 0xE000},
+               {"\xEF\xBF\xBF", 0xFFFF},
+               {"\xF0\x90\x80\x80", 0x10000},
+               {"\xF4\x8F\xBF\xBF", 0x10FFFF}};
+  for (const auto& [bytes, character] : edges) {
+    EXPECT_EQ(DecodeStrictly(bytes, qvx::kEncodingUTF8), std::u32string(1, character)) << bytes;
+    EXPECT_EQ(Encode(std::u32string(1, character), qvx::kEncodingUTF8), bytes);
+  }
+}
+
+TEST(Encodings, MalformedUtf8IsReplacedAndTheRestRead) {
+  EXPECT_EQ(Decode("a\xC1\x81z", qvx::kEncodingUTF8), U"a\uFFFD\uFFFDz");
+  EXPECT_EQ(Decode("a\xE0\x9F\xBFz", qvx::kEncodingUTF8), U"a\uFFFDz");
+  EXPECT_EQ(Decode("a\xF5z", qvx::kEncodingUTF8), U"a\uFFFDz");
+  EXPECT_EQ(Decode("a\xE2\x82z", qvx::kEncodingUTF8), U"a\uFFFDz");
+}
+
+TEST(Encodings, Utf16HasItsFirstAndLastPair) {
+  for (const char32_t character : {0x10000, 0x103FF, 0x10400, 0x10FFFF}) {
+    const std::u32string text(1, character);
+    EXPECT_EQ(DecodeStrictly(Encode(text, qvx::kEncodingUTF16), qvx::kEncodingUTF16), text);
+  }
+  EXPECT_EQ(Utf16(U"\U0001F600"), u"\xD83D\xDE00");
+  EXPECT_EQ(Utf16(U"\uFFFF"), u"\uFFFF");
+}
+
+TEST(Encodings, HalvesOfUtf16PairsAreReplacedOneByOne) {
+  const auto decoded = [](std::u16string_view units) {
+    return Decode({reinterpret_cast<const char*>(units.data()), units.size() * 2}, qvx::kEncodingUTF16);
+  };
+  EXPECT_EQ(decoded(u"a\xD800z"), U"a\uFFFDz");
+  EXPECT_EQ(decoded(u"a\xDC00z"), U"a\uFFFDz");
+  EXPECT_EQ(decoded(u"\xD800\xD800"), U"\uFFFD\uFFFD");
+  EXPECT_EQ(decoded(u"\xDC00\xDC00"), U"\uFFFD\uFFFD");
+  EXPECT_EQ(decoded(u"\xD800"), U"\uFFFD");
+}
+
+TEST(Encodings, BrokenUnitsAreRefusedStrictly) {
+  EXPECT_FALSE(DecodeStrictly("abc", qvx::kEncodingUTF16).has_value());
+  EXPECT_FALSE(DecodeStrictly("abcde", qvx::kEncodingUTF32).has_value());
+  EXPECT_FALSE(DecodeStrictly(std::string_view("\0\0\x11\0", 4), qvx::kEncodingUTF32).has_value());
+  EXPECT_FALSE(DecodeStrictly(std::string_view("\0\xD8\0\0a\0\0\0", 8), qvx::kEncodingUTF32).has_value());
+}
+
+TEST(Encodings, WhatAnEncodingLacksIsAQuestionMark) {
+  for (const std::uint32_t encoding :
+       {qvx::kEncodingMacRoman, qvx::kEncodingWindowsLatin1, qvx::kEncodingASCII}) {
+    EXPECT_EQ(Encode(U"a\u0416\U000100C4z", encoding), "a??z") << encoding;
+  }
+}
+
+TEST(Letters, AreFoldedInAsciiAndBeyond) {
+  EXPECT_EQ(LowerCase(U'A'), U'a');
+  EXPECT_EQ(LowerCase(U'Z'), U'z');
+  EXPECT_EQ(LowerCase(U'@'), U'@');
+  EXPECT_EQ(LowerCase(U'['), U'[');
+  EXPECT_EQ(UpperCase(U'a'), U'A');
+  EXPECT_EQ(UpperCase(U'z'), U'Z');
+  EXPECT_EQ(UpperCase(U'`'), U'`');
+  EXPECT_EQ(UpperCase(U'{'), U'{');
+  EXPECT_EQ(LowerCase(U'\u00C4'), U'\u00E4');
+  EXPECT_EQ(UpperCase(U'\u00E4'), U'\u00C4');
+}
+
+TEST(Names, AreTheSameInEitherCaseOfAscii) {
+  EXPECT_EQ(LowerName("AZ@[az"), "az@[az");
+  EXPECT_TRUE(SameName("Name", "nAME"));
+  EXPECT_FALSE(SameName("Name", "Names"));
+  EXPECT_FALSE(SameName("Name", "Nama"));
+}
+
 TEST(Encodings, KnownBytes) {
   EXPECT_EQ(Decode("\x8E", qvx::kEncodingMacRoman), U"\u00E9");
   EXPECT_EQ(Decode("\x80", qvx::kEncodingWindowsLatin1), U"\u20AC");

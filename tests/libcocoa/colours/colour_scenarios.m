@@ -300,6 +300,26 @@ SCENARIO("colours that differ in the sign of zero have equal hashes", "equal, ha
                                     [zero hash] == [minus hash] ? @"equal" : @"unequal"];
 }
 
+static NSUInteger HashInAdobeRGB(CGFloat blue) {
+  CGFloat components[] = {0.1, 0.2, blue, 1};
+  return [[NSColor colorWithColorSpace:SpaceNamed(@"a98.icc") components:components count:4] hash];
+}
+
+SCENARIO("colours of each kind that differ have different hashes", "yes, yes, yes, no",
+         "yes, yes, yes, yes") {
+  return Joined([NSArray
+      arrayWithObjects:YesNo([[NSColor colorWithDeviceRed:0.1 green:0.2 blue:0.3
+                                                    alpha:1] hash] != [[NSColor colorWithDeviceRed:0.1
+                                                                                             green:0.2
+                                                                                              blue:0.4
+                                                                                             alpha:1] hash]),
+                       YesNo([[NSColor colorWithDeviceWhite:0.1 alpha:1] hash] !=
+                             [[NSColor colorWithDeviceWhite:0.2 alpha:1] hash]),
+                       YesNo([[NSColor colorWithDeviceCyan:0.1 magenta:0 yellow:0 black:0 alpha:1] hash] !=
+                             [[NSColor colorWithDeviceCyan:0.2 magenta:0 yellow:0 black:0 alpha:1] hash]),
+                       YesNo(HashInAdobeRGB(0.3) != HashInAdobeRGB(0.4)), nil]);
+}
+
 SCENARIO("stock colours are equal by kind and components", "yes, no", "yes, no") {
   NSColor* one = [NSColor colorWithDeviceRed:0.1 green:0.2 blue:0.3 alpha:1];
   NSColor* twin = [NSColor colorWithDeviceRed:0.1 green:0.2 blue:0.3 alpha:1];

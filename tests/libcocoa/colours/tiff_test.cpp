@@ -77,6 +77,33 @@ TEST(LZWStrip, HoldsStringsThatGrow) {
   EXPECT_EQ(Unpacked(kLZW, Packed({kClear, 7, 8, 258, 260}), 7), (Bytes{7, 8, 7, 8, 7, 8, 7}));
 }
 
+// Every pixel by a code of its own. A code takes one bit more as soon as the table lacks one entry of what
+// its bits can count, and never more than twelve.
+Bytes PackedOneByOne(const Bytes& pixels) {
+  Bytes strip;
+  unsigned bits = 0;
+  unsigned held = 0;
+  const auto put = [&](unsigned code, unsigned width) {
+    held = held << width | code;
+    for (bits += width; bits >= 8; bits -= 8) strip.push_back(static_cast<std::uint8_t>(held >> (bits - 8)));
+  };
+  put(kClear, 9);
+  unsigned entries = 258;
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    put(pixels[i], entries < 511 ? 9 : entries < 1023 ? 10 : entries < 2047 ? 11 : 12);
+    if (i > 0) ++entries;
+  }
+  put(kEnd, 12);
+  put(0, 8);
+  return strip;
+}
+
+TEST(LZWStrip, TakesWiderCodesAsItsTableGrowsAndKeepsAFullOne) {
+  Bytes pixels(5000);
+  for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<std::uint8_t>(i * 7 % 251);
+  EXPECT_EQ(Unpacked(kLZW, PackedOneByOne(pixels), pixels.size()), pixels);
+}
+
 TEST(LZWStrip, BeginsAfreshAfterAClearCode) {
   EXPECT_EQ(Unpacked(kLZW, Packed({kClear, 7, 8, kClear, 9, 9, 258}), 5), (Bytes{7, 8, 9, 9, 9}));
   EXPECT_EQ(Unpacked(kLZW, Packed({kClear, 7, 8, kClear, 258}), 4), Bytes{});

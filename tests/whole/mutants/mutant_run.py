@@ -11,12 +11,13 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 
 QUIET = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "stdin": subprocess.DEVNULL, "text": True}
 
 
-def run(*command):
-    return subprocess.run(command, check=False, **QUIET)
+def run(*command, limit=None):
+    return subprocess.run(command, check=False, timeout=limit, **QUIET)
 
 
 def mount(*arguments):
@@ -33,6 +34,7 @@ def enter(root, copy, bound):
         os.mkdir(f"{room}/{name}")
     # Process numbers, by which tests name their files, are the same in each of the namespaces.
     os.environ["TMPDIR"] = f"{room}/temporary"
+    os.environ["GTEST_FAIL_FAST"] = "1"
     for i, folder in enumerate(bound):
         os.mkdir(f"{room}/{i}")
         mount("--rbind", f"{root}/{folder}", f"{room}/{i}")
@@ -65,17 +67,26 @@ def verdict_of(task):
             return {"verdict": "refused"}
         if code_of(task["objects"]) == before:
             return {"verdict": "identical"}
-    for targets, tests in task["steps"]:
+    seconds = []
+    for (targets, tests, cases), limit in zip(task["steps"], task["limits"]):
         built = run("ninja", "-C", "build", *targets)
         if built.returncode != 0:
             return {"verdict": "noticed", "by": "the build of " + " ".join(targets), "said": built.stdout[-3000:]}
-        tested = run("ctest", "--test-dir", "build", "-R", tests, "--stop-on-failure", "--output-on-failure")
+        os.environ["GTEST_FILTER"] = cases
+        begun = time.monotonic()
+        try:
+            # A test that passes the second time failed by chance.
+            tested = run("ctest", "--test-dir", "build", "-R", tests, "--stop-on-failure", "--output-on-failure",
+                         "--repeat", "until-pass:2", limit=limit)
+        except subprocess.TimeoutExpired:
+            return {"verdict": "noticed", "by": f"the time limit of {tests}"}
+        seconds.append(round(time.monotonic() - begun, 1))
         failed = re.findall(r"^\s*\d+/\d+ Test +#\d+: (\S+) .*\*\*\*(?!Skipped)", tested.stdout, re.MULTILINE)
         if tested.returncode != 0:
-            return {"verdict": "noticed", "by": failed[0] if failed else "ctest", "said": tested.stdout[-3000:]}
+            return {"verdict": "noticed", "by": failed[-1] if failed else "ctest", "said": tested.stdout[-3000:]}
         if not re.search(r"^\s*\d+/\d+ Test .* Passed ", tested.stdout, re.MULTILINE):
             return {"verdict": "noticed", "by": "nobody", "said": f"no test that fits {tests} ran"}
-    return {"verdict": "survived"}
+    return {"verdict": "survived", "steps": seconds}
 
 
 if __name__ == "__main__":

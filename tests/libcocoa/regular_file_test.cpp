@@ -1,0 +1,132 @@
+// tests/libcocoa/regular_file_test.cpp - files that are asked what they are before they are touched.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+extern "C" {
+#include "libcocoa/files/regular_file.h"
+}
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class RegularFile : public testing::Test {
+ protected:
+  RegularFile() {
+    std::string made = (fs::canonical(fs::temp_directory_path()) / "regular-file-XXXXXX").string();
+    folder_ = mkdtemp(made.data());
+  }
+  ~RegularFile() override {
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+  }
+
+  std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+  std::string Written(const std::string& name, const std::string& contents) const {
+    std::ofstream(Path(name), std::ios::binary) << contents;
+    return Path(name);
+  }
+  std::string Folder(const std::string& name) const {
+    fs::create_directories(Path(name));
+    return Path(name);
+  }
+  std::string Link(const std::string& name, const std::string& target) const {
+    fs::create_symlink(target, Path(name));
+    return Path(name);
+  }
+
+ private:
+  fs::path folder_;
+};
+
+std::optional<std::string> ContentsOf(const std::string& path, std::size_t largest = 100) {
+  std::size_t size = 0;
+  void* const bytes = QVXReadRegularFile(path.c_str(), largest, &size);
+  if (bytes == nullptr) return std::nullopt;
+  std::string contents(static_cast<const char*>(bytes), size);
+  std::free(bytes);
+  return contents;
+}
+
+TEST_F(RegularFile, IsReadWholeUpToTheLargestSize) {
+  const std::string file = Written("file", "con");
+  EXPECT_EQ(ContentsOf(file), "con");
+  EXPECT_EQ(ContentsOf(file, 3), "con");
+  EXPECT_EQ(ContentsOf(file, 2), std::nullopt);
+  EXPECT_EQ(ContentsOf(Link("link", "file")), "con");
+  EXPECT_EQ(ContentsOf(Written("empty", "")), "");
+}
+
+TEST_F(RegularFile, IsReadAsFarAsItGoesWhereItIsShorterThanItsSize) {
+  const std::string file = "/sys/kernel/uevent_seqnum";  // a page, by its size
+  if (access(file.c_str(), R_OK) != 0) GTEST_SKIP() << "wanted " << file << ", found none";
+  const std::optional<std::string> contents = ContentsOf(file, 1U << 20U);
+  ASSERT_TRUE(contents);
+  EXPECT_TRUE(contents->ends_with('\n'));
+  EXPECT_LT(contents->size(), 100U);
+}
+
+TEST_F(RegularFile, IsNoneOfAnythingElse) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(ContentsOf(Path("pipe")), std::nullopt);
+  EXPECT_EQ(ContentsOf(Folder("folder"), 1U << 20U), std::nullopt);
+  EXPECT_EQ(ContentsOf("/dev/null"), std::nullopt);
+  EXPECT_EQ(ContentsOf(Path("nothing")), std::nullopt);
+}
+
+TEST_F(RegularFile, MayBePutWhereNothingOrARegularFileIs) {
+  Written("file", "");
+  EXPECT_TRUE(QVXIsPlaceForFile(Path("file").c_str()));
+  EXPECT_TRUE(QVXIsPlaceForFile(Path("nothing").c_str()));
+  EXPECT_TRUE(QVXIsPlaceForFile(Link("to-file", "file").c_str()));
+  EXPECT_TRUE(QVXIsPlaceForFile(Link("to-nothing", "nothing").c_str()));
+  EXPECT_FALSE(QVXIsPlaceForFile(Folder("folder").c_str()));
+  EXPECT_FALSE(QVXIsPlaceForFile(Link("to-folder", "folder").c_str()));
+  EXPECT_FALSE(QVXIsPlaceForFile(Path("file/below").c_str()));
+}
+
+TEST_F(RegularFile, IsInAFolderOrBelowIt) {
+  const std::string folder = Folder("folder");
+  Folder("folder/inner");
+  const auto inside = [&](const std::string& path) {
+    return QVXIsReallyInFolder(path.c_str(), folder.c_str());
+  };
+  EXPECT_TRUE(inside(folder + "/file"));
+  EXPECT_TRUE(inside(folder + "/inner/file"));
+  EXPECT_TRUE(inside(folder + "/inner/../file"));
+  EXPECT_FALSE(inside(folder + "/../file"));
+  EXPECT_FALSE(inside(folder));
+  EXPECT_FALSE(inside(Folder("folder2") + "/file")) << "its name only begins like the folder's";
+  EXPECT_FALSE(inside(folder + "/nothing/file"));
+  EXPECT_FALSE(QVXIsReallyInFolder((folder + "/file").c_str(), Path("nothing").c_str()));
+}
+
+TEST_F(RegularFile, IsWhereLinksLead) {
+  const std::string folder = Folder("folder");
+  Folder("elsewhere");
+  const std::string in = Link("in", "folder");
+  const std::string out = Link("folder/out", "../elsewhere");
+  EXPECT_TRUE(QVXIsReallyInFolder((in + "/file").c_str(), folder.c_str()));
+  EXPECT_TRUE(QVXIsReallyInFolder((folder + "/file").c_str(), in.c_str()));
+  EXPECT_FALSE(QVXIsReallyInFolder((out + "/file").c_str(), folder.c_str()));
+  EXPECT_TRUE(QVXIsReallyInFolder(out.c_str(), folder.c_str())) << "the last link is the file itself";
+}
+
+TEST_F(RegularFile, IsInTheCurrentFolderWithoutASlash) {
+  const fs::path before = fs::current_path();
+  fs::current_path(Folder("folder"));
+  EXPECT_TRUE(QVXIsReallyInFolder("file", Path("folder").c_str()));
+  EXPECT_FALSE(QVXIsReallyInFolder("file", Folder("elsewhere").c_str()));
+  fs::current_path(before);
+  EXPECT_TRUE(QVXIsReallyInFolder("/file", "/"));
+  EXPECT_FALSE(QVXIsReallyInFolder("/file", Path("folder").c_str()));
+}
+
+}  // namespace
