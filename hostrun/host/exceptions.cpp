@@ -18,6 +18,11 @@ Object*& Pending() {
   return pending;
 }
 
+// Out of the way of every call that raises nothing.
+[[noreturn, gnu::noinline, gnu::cold]] void ThrowPending() {
+  ThrowException(ObjectRef::Adopt(std::exchange(Pending(), nullptr)));
+}
+
 std::function<void(std::vector<TraceLine>&)>& TraceSource() {
   static std::function<void(std::vector<TraceLine>&)> source;
   return source;
@@ -120,7 +125,7 @@ void SetPendingException(Object* exception) {
 }
 
 void ThrowPendingException() {
-  if (Pending() != nullptr) ThrowException(ObjectRef::Adopt(std::exchange(Pending(), nullptr)));
+  if (Pending() != nullptr) ThrowPending();
 }
 
 void SetTraceSource(std::function<void(std::vector<TraceLine>&)> source) {
