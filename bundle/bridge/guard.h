@@ -113,10 +113,7 @@ void EndDropped(id exception);
 // What is done before the frame is entered, if anything. What it throws passes the guard by; a result that is
 // to be filled must not be a handle then, as nothing holds it yet.
 using Preparation = void (*)();
-template <Preparation prepare>
-void Prepare() {
-  if constexpr (prepare != nullptr) prepare();
-}
+inline void PrepareNothing() {}
 
 // What InFrame runs for Guarded: a body alone, or with its holdings.
 template <OnNSException then, Preparation prepare, typename Body>
@@ -125,7 +122,7 @@ struct GuardedBody {
 
   using State = Nothing;
 
-  void Begin(Nothing&) { Prepare<prepare>(); }
+  void Begin(Nothing&) { prepare(); }
   auto Run(Nothing&) { return body(); }
   void Left(Nothing&) {}
   auto Ended(id exception, Nothing&) {
@@ -143,7 +140,7 @@ struct GuardedHoldingBody {
 
   using State = Holdings;
 
-  void Begin(Holdings&) { Prepare<prepare>(); }
+  void Begin(Holdings&) { prepare(); }
   auto Run(Holdings& holdings) { return body(holdings); }
   void Left(Holdings& holdings) {
     if (holdings.Count() > 0) [[unlikely]]
@@ -157,7 +154,7 @@ struct GuardedHoldingBody {
 
 // Guards a body, which takes nothing or its Holdings, and answers what it answers; the neutral value
 // (nothing, 0, null) after an NSException.
-template <OnNSException then = OnNSException::kRaise, Preparation prepare = nullptr, typename Body>
+template <OnNSException then = OnNSException::kRaise, Preparation prepare = &PrepareNothing, typename Body>
 auto Guarded(Body body) {
   if constexpr (std::is_invocable_v<Body&, Holdings&>) {
     return InFrame(GuardedHoldingBody<then, prepare, Body>{body});
@@ -193,7 +190,7 @@ struct FillingBody {
   using State = Filling<Result>;
 
   void Begin(Filling<Result>& filling) {
-    Prepare<prepare>();
+    prepare();
     filling.result = static_cast<Result>(first);
     if constexpr (std::is_pointer_v<Result>) filling.kept.Hold(FilledHandle<Result>{&filling.result});
   }
@@ -216,7 +213,7 @@ struct FillingBody {
 
 // Guards a body, which takes the result, `result` until it sets another, and its Holdings; answers the result
 // as it stands at the end, after an NSException too. A handle is an owned reference.
-template <OnNSException then = OnNSException::kRaise, Preparation prepare = nullptr, typename Result,
+template <OnNSException then = OnNSException::kRaise, Preparation prepare = &PrepareNothing, typename Result,
           typename Body>
 Result GuardedFill(Result result, Body body) {
   using Filler = FillingBody<then, prepare, Result, Body>;

@@ -3,6 +3,7 @@
 # its reason beside the line. Fails below the goals, for a branch without a reason, and for a reason without a branch.
 #
 #   explain.py COVERAGE.json UNREACHED.txt REPORT.txt     COVERAGE.json is gcovr's
+import collections
 import json
 import sys
 
@@ -32,6 +33,7 @@ def main(coverage, table, report):
     with open(coverage, encoding="utf-8") as file:
         files = json.load(file)["files"]
     reasons = read_reasons(table)
+    found = collections.Counter()  # a text may stand on several lines of a file
     figures = []
     missed = []
     problems = []
@@ -52,15 +54,16 @@ def main(coverage, table, report):
                 problems.append(f"{place}: no test reaches this line: {text}")
             if untaken == 0:
                 continue
-            count, reason = reasons.get((name, text), (0, "no reason is given"))
+            _, reason = reasons.get((name, text), (0, "no reason is given"))
             missed.append(f"{place}: {untaken} of {len(here)} branches not taken\n    {text}\n    {reason}")
-            if count != untaken:
-                problems.append(f"{place}: {untaken} branches not taken, {count} explained in {table}: {text}")
-            reasons[name, text] = (count, reason, True)
+            found[name, text] += untaken
         figures.append((name, len(lines), sum(line["count"] > 0 for line in lines), branches, taken))
-    for (name, text), entry in reasons.items():
-        if len(entry) == 2:
+    for name, text in {**found, **reasons}:
+        untaken, (count, _) = found[name, text], reasons.get((name, text), (0, ""))
+        if untaken == 0:
             problems.append(f"{table}: every branch is taken where this reason stands, or the line is gone: {name} | {text}")
+        elif count != untaken:
+            problems.append(f"{name}: {untaken} branches not taken, {count} explained in {table}: {text}")
 
     total = ("all", *(sum(column) for column in list(zip(*figures))[1:]))
     rows = [f"{'file':28} {'lines':>12} {'':>8} {'branches':>12}"]
