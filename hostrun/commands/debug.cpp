@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/debug_console.h"
@@ -70,9 +71,11 @@ Action DebugCommand(CommandLine& line) {
   const auto options = std::make_shared<DebugOptions>();
   AddRunOptions(line, options->run);
   line.Find("program").Describe("The program to run");
+  std::vector<std::string> names;
+  for (const Debugger::StopOnName& each : Debugger::kStopOnNames) names.emplace_back(each.name);
   line.Add("--stop-on", options->stopOn,
            "Which exceptions halt the program; without this, those that nobody catches")
-      .OneOf({"raised", "uncaught", "never"})
+      .OneOf(names)
       .Takes("raised | uncaught | never");
   line.SetFooter(
       "Halts before the first statement and takes commands: break, step, next, finish, continue, print, "

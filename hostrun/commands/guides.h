@@ -29,7 +29,7 @@ struct OptionGuide {
   std::vector<std::string> names;  // with their dashes, the short ones first; none: an argument
   Operand value;
   std::string description;
-  std::string group;
+  std::string heading;
 };
 
 // The options and arguments of a command, in the order of its help.

@@ -94,22 +94,22 @@ std::string ManualPage(const std::vector<Guide>& guides, const std::string& vers
   page.Footer(hostrun.line->Footer());
 
   // What every host of hostrun's understands is told once.
-  constexpr const char* kHostGroup = "Host";
+  constexpr const char* kHostHeading = "Host";
   page.Section("OPTIONS");
   for (const OptionGuide& option : OptionsOf(hostrun)) {
-    if (option.group != kHostGroup) page.Option(option);
+    if (option.heading != kHostHeading) page.Option(option);
   }
   page.Section("\"OPTIONS OF THE HOST\"");
   page.Line("Without a command, and with each command whose help lists them:");
   for (const OptionGuide& option : OptionsOf(hostrun)) {
-    if (option.group == kHostGroup) page.Option(option);
+    if (option.heading == kHostHeading) page.Option(option);
   }
   page.Section("COMMANDS");
   for (std::size_t i = 1; i < guides.size(); ++i) {
     page.Line(".SS " + Usage(guides[i]));
     page.Text(guides[i].purpose);
     for (const OptionGuide& option : OptionsOf(guides[i])) {
-      if (option.group != kHostGroup) page.Option(option);
+      if (option.heading != kHostHeading) page.Option(option);
     }
     page.Line(".PP");
     page.Footer(guides[i].line->Footer());

@@ -41,6 +41,11 @@ wants 2 'found REALLockObjekt; did you mean REALLockObject' "$hostrun" --without
 wants 2 '; there are REAL' "$hostrun" --without Foo "$fine"
 wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nonsense "$fine"
 wants 2 "found REALnewInstance; the host's name for it is PluginNewInstance" "$hostrun" --without REALnewInstance "$fine"
+wants 2 'hostrun check: --time-limit: Value 0 not in range 0.1' "$hostrun" check --time-limit 0
+wants 2 'hostrun swatches: --columns: Value 51 not in range 1 to 50' "$hostrun" swatches --columns 51
+wants 2 'hostrun check: --only-failed excludes --verbose' "$hostrun" check --only-failed --verbose
+wants 2 'hostrun completion: shell: tcsh not in {bash,zsh,fish}' "$hostrun" completion tcsh
+wants 2 'hostrun completion: shell is required' "$hostrun" completion
 wants 0 '' "$hostrun" --help
 wants 0 '' "$hostrun" help
 wants 2 'hostrun help: wanted one command, found clases; hostrun --help lists the commands' "$hostrun" help clases
