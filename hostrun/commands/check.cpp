@@ -41,7 +41,7 @@ struct CheckOptions {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kCommand = "hostrun check";
+constexpr const char* kCheckName = "hostrun check";
 constexpr int kExitFailed = 1;
 // One before and one from each change of the records' layout, and the newest.
 constexpr std::array<const char*, 6> kVersions = {"2011.0",  "2012.0",  "2013.0",
@@ -259,7 +259,7 @@ int Check(const CheckOptions& options) {
   Checker checker(options, reporter);
   std::error_code error;
   if (!std::filesystem::exists(checker.bundle(), error))
-    return Refuse(kCommand, checker.bundle() + ": wanted a bundle, found no such file");
+    return Refuse(kCheckName, checker.bundle() + ": wanted a bundle, found no such file");
   if (const std::optional<Result> fatal = checker.CheckTheFile())
     return reporter.FinishEarly(checker.bundle(), *fatal);
   if (const std::optional<std::string> asked = options.version->Typed()) {
@@ -268,7 +268,7 @@ int Check(const CheckOptions& options) {
     for (const char* const version : kVersions) checker.CheckOn(version);
   }
   if (reporter.Total() == 0)
-    return Refuse(kCommand, "--filter: wanted part of a check's name, found no check with " + options.filter);
+    return Refuse(kCheckName, "--filter: wanted part of a check's name, found no check with " + options.filter);
   return reporter.Finish(checker.bundle());
 }
 

@@ -16,7 +16,7 @@
 namespace hostrun {
 namespace {
 
-constexpr const char* kCommand = "hostrun check-syntax";
+constexpr const char* kCheckSyntaxName = "hostrun check-syntax";
 constexpr int kExitFindings = 1;
 
 struct CheckSyntaxOptions {
@@ -81,14 +81,14 @@ int CheckOne(const Source& source, bool json, ordered_json& problems) {
 
 int CheckSyntax(const CheckSyntaxOptions& options) {
   const Problem problem = StartHost(options.host);
-  if (problem) return Refuse(kCommand, *problem);
+  if (problem) return Refuse(kCheckSyntaxName, *problem);
   ordered_json problems = ordered_json::array();
   int status = kExitFine;
   for (const std::string& file : options.files) {
     try {
       status = std::max(status, CheckOne(SourceOf(file, options.name), options.json, problems));
     } catch (const std::exception& error) {
-      status = Refuse(kCommand, error.what());
+      status = Refuse(kCheckSyntaxName, error.what());
     }
   }
   const bool nothingRead = status == kExitUse && options.files.size() == 1;

@@ -32,7 +32,7 @@ struct ClassesOptions {
   std::string descriptions;  // file
 };
 
-constexpr const char* kCommand = "hostrun classes";
+constexpr const char* kClassesName = "hostrun classes";
 constexpr double kNewestHost = 2015.0;
 constexpr double kOldestHost = 2011.0;
 
@@ -428,7 +428,7 @@ int Show(const ClassesOptions& options) {
   BothLayouts layouts;
   if (options.layout) layouts = AskForLayouts(options.host);
   const Problem problem = StartHost(options.host);
-  if (problem) return Refuse(kCommand, *problem);
+  if (problem) return Refuse(kClassesName, *problem);
   const Selection selection = Select(options);
   if (options.layout) return ShowLayout(selection, layouts, options.json);
   if (options.json) return ShowJson(selection);
@@ -450,7 +450,7 @@ int Classes(const ClassesOptions& options) {
   try {
     return Show(options);
   } catch (const std::exception& error) {
-    return Refuse(kCommand, error.what());
+    return Refuse(kClassesName, error.what());
   }
 }
 

@@ -18,7 +18,7 @@
 namespace hostrun {
 namespace {
 
-constexpr const char* kCommand = "hostrun debug";
+constexpr const char* kDebugName = "hostrun debug";
 constexpr const char* kPrompt = "(debug) ";
 
 struct DebugOptions {
@@ -56,7 +56,7 @@ int DebugOverPipe(const DebugOptions& options, const Source& source) {
 
 int Debug(const DebugOptions& options) {
   if (options.run.statements.empty() && options.run.program == kStandardInput) {
-    return Refuse(kCommand, "wanted a program file, found -: standard input is for the commands");
+    return Refuse(kDebugName, "wanted a program file, found -: standard input is for the commands");
   }
   RunOptions run = options.run;
   run.execute = [&options](const Source& source) {

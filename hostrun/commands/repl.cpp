@@ -22,7 +22,7 @@
 namespace hostrun {
 namespace {
 
-constexpr const char* kCommand = "hostrun repl";
+constexpr const char* kReplName = "hostrun repl";
 constexpr const char* kMorePrompt = "... ";
 
 // --- input
@@ -108,7 +108,7 @@ int ReadPipe(Loop& loop) {
 
 int Repl(const HostOptions& options) {
   const Problem problem = StartHost(options);
-  if (problem) return Refuse(kCommand, *problem);
+  if (problem) return Refuse(kReplName, *problem);
   Loop loop(TakesTrueColour(stdout));
   return isatty(STDIN_FILENO) != 0 ? ReadTerminal(loop) : ReadPipe(loop);
 }

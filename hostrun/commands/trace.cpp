@@ -33,7 +33,7 @@ struct TraceOptions {
   bool json = false;
 };
 
-constexpr const char* kCommand = "hostrun trace";
+constexpr const char* kTraceName = "hostrun trace";
 constexpr const char* kShim = "libhostrun-trace.so";
 
 // A process runs one trace, which the thunks and a crash must find without an argument.
@@ -76,7 +76,7 @@ Problem CheckFilter(const std::string& text, const TraceFilter& filter) {
             !cls->MethodsNamed(filter.member, true).empty();
   }
   if (known) return {};
-  return std::string(kCommand) + ": --filter: wanted CLASS or CLASS.MEMBER of the bundle, found " + text +
+  return std::string(kTraceName) + ": --filter: wanted CLASS or CLASS.MEMBER of the bundle, found " + text +
          "; hostrun classes lists them";
 }
 
@@ -116,9 +116,9 @@ int Trace(const TraceOptions& options) {
   try {
     const Source source = Source::FromFile(options.run.program);
     const Problem problem = StandBefore(options.run.host.platform);
-    status = problem ? Refuse(kCommand, *problem) : Watch(options, source);
+    status = problem ? Refuse(kTraceName, *problem) : Watch(options, source);
   } catch (const std::exception& error) {
-    status = Refuse(kCommand, error.what());
+    status = Refuse(kTraceName, error.what());
   }
   traceFile.reset();
   return status;
