@@ -48,26 +48,71 @@ void RaiseOutOfBoundsException(std::int64_t value, std::int64_t minimum, std::in
   buffer.Release();
 }
 
-// The frame of the body that the exception ended is gone when this runs. NSExceptions that are raised here,
-// by a log line that fails or for want of the sibling part, are dropped in frames of their own.
+namespace {
+
+void Log(id exception, Holdings& holdings) {
+  const id name = msg::name(exception);
+  const id reason = msg::reason(exception);
+  const id userInfo = msg::userInfo(exception);
+  const CFTypeRef format = CFStringCreateWithCString(nullptr, "A %@: %@, Info: %@\n", kEncodingASCII);
+  if (format == nullptr) return;
+  const unsigned held = holdings.Hold(format);
+  NSLog(AsPlatformObject(format), name, reason, userInfo);
+  holdings.ForgetLast(held);
+  CFRelease(format);
+}
+
+void RaiseWrapped(id exception, Holdings& holdings) {
+  void* const made = msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception);
+  const auto wrapper = static_cast<REALobject>(made);
+  if (wrapper == nullptr) return;
+  const unsigned held = holdings.Hold(wrapper);
+  REALRaiseException(wrapper);
+  holdings.ForgetLast(held);
+  REALUnlockObject(wrapper);
+}
+
+// What of a delivered exception is still to be told.
+enum class Untold { kAll, kHostException, kNothing };
+
+// Tells what is untold in a frame of its own, and answers what is left. An NSException on the way, from a log
+// line that fails or for want of the sibling part, is dropped.
+struct Telling {
+  id exception;
+  Untold untold;
+
+  struct State {
+    Holdings holdings;
+    Untold left;
+  };
+
+  void Begin(State& state) { state.left = untold; }
+  Untold Run(State& state) {
+    if (untold == Untold::kAll) {
+      state.left = Untold::kHostException;
+      Log(exception, state.holdings);
+    }
+    state.left = Untold::kNothing;
+    RaiseWrapped(exception, state.holdings);
+    return Untold::kNothing;
+  }
+  void Left(State& state) {
+    if (state.holdings.Count() > 0) [[unlikely]]
+      state.holdings.GiveBackWhileUnwinding();
+  }
+  Untold Ended(id thrown, State& state) {
+    EndDelivered(thrown, OnNSException::kDrop, &state.holdings, nullptr);
+    return state.left;
+  }
+};
+
+}  // namespace
+
+// The frame of the body that the exception ended is gone when this runs.
 void RaiseNSExceptionQVX(id exception) {
-  Guarded<OnNSException::kDrop>([exception](Holdings& holdings) {
-    const id name = msg::name(exception);
-    const id reason = msg::reason(exception);
-    const id userInfo = msg::userInfo(exception);
-    Held<CFTypeRef> format(holdings,
-                           CFStringCreateWithCString(nullptr, "A %@: %@, Info: %@\n", kEncodingASCII));
-    if (!format) return;
-    NSLog(AsPlatformObject(format.Get()), name, reason, userInfo);
-    format.Release();
-  });
-  Guarded<OnNSException::kDrop>([exception](Holdings& holdings) {
-    void* const made = msg::NewNSExceptionQVX(PlatformClass<"NSException">(), exception);
-    Held wrapper(holdings, static_cast<REALobject>(made));
-    if (!wrapper) return;
-    REALRaiseException(wrapper.Get());
-    wrapper.Release();
-  });
+  Untold untold = Untold::kAll;
+  do untold = InFrame(Telling{exception, untold});
+  while (untold != Untold::kNothing);
 }
 
 }  // namespace qvx

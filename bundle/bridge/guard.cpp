@@ -58,6 +58,13 @@ void EndDropped(id exception) {
     PassOn(exception, nullptr);
 }
 
+void EndRaised(id exception) {
+  if (exception == nullptr) return;
+  if (!IsNSException(exception)) [[unlikely]]
+    PassOn(exception, nullptr);
+  RaiseNSExceptionQVX(exception);
+}
+
 void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept) {
   GiveBackAll(held);
   if (exception == nullptr) return;

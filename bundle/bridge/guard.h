@@ -107,8 +107,9 @@ auto InFrame(const Body& body) {
 // `kept` for the caller, who gets nothing then, is given back first. Both lists may be null.
 void EndDelivered(id exception, OnNSException then, Holdings* held, Holdings* kept);
 
-// The same for a body without holdings whose NSExceptions are dropped.
+// The same for a body without holdings.
 void EndDropped(id exception);
+void EndRaised(id exception);
 
 // What is done before the frame is entered, if anything. What it throws passes the guard by; a result that is
 // to be filled must not be a handle then, as nothing holds it yet.
@@ -129,7 +130,7 @@ struct GuardedBody {
     if constexpr (then == OnNSException::kDrop) {
       EndDropped(exception);
     } else {
-      EndDelivered(exception, then, nullptr, nullptr);
+      EndRaised(exception);
     }
     return std::invoke_result_t<Body&>();
   }

@@ -13,6 +13,10 @@
 
 namespace qvx {
 
+id AutoreleasedNil() {
+  return msg::autorelease(nullptr);
+}
+
 namespace {
 
 constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();

@@ -48,21 +48,18 @@ struct RGBA {
   CGFloat alpha;
 };
 
-[[gnu::always_inline]] inline void SendGetRed(id color, RGBA& rgba) {
-  msg::getRed(color, &rgba.red, &rgba.green, &rgba.blue, &rgba.alpha);
-}
-
 // The colour's own RGB components or, if it has none, those it has in calibrated RGB; zeros if it can't be
 // converted. An NSException of the conversion is the caller's.
 [[gnu::always_inline]] inline RGBA RGBAOf(id color) {
   RGBA rgba = {};
   const bool answered = Guarded<OnNSException::kDrop>([color, &rgba] {
-    SendGetRed(color, rgba);
+    msg::getRed(color, &rgba.red, &rgba.green, &rgba.blue, &rgba.alpha);
     return true;
   });
   if (!answered) {
     rgba = {};  // whatever the first try wrote must not pass for a colour that can't be converted
-    SendGetRed(msg::colorUsingColorSpaceName(color, NSCalibratedRGBColorSpace), rgba);
+    msg::getRed(msg::colorUsingColorSpaceName(color, NSCalibratedRGBColorSpace), &rgba.red, &rgba.green,
+                &rgba.blue, &rgba.alpha);
   }
   return rgba;
 }
