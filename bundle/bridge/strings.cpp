@@ -13,10 +13,6 @@
 
 namespace qvx {
 
-id AutoreleasedNil() {
-  return msg::autorelease(nullptr);
-}
-
 namespace {
 
 constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
@@ -137,11 +133,13 @@ REALstring BuildUTF32OnOldHost(const char* data, std::int32_t length, Holdings& 
     case kEncodingUnknown: {
       const bool plain =
           std::all_of(data, data + length, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-      return BuildString(data, length, plain ? kEncodingASCII : encoding, holdings);
+      if (plain) encoding = kEncodingASCII;
+      break;
     }
     default:
-      return BuildString(data, length, encoding, holdings);
+      break;
   }
+  return BuildString(data, length, encoding, holdings);
 }
 
 // "OutOfMemoryException", whose own message is a string that may fail the same way: then it is raised
@@ -214,7 +212,8 @@ id NewNSStringOfBytes(REALstring s, Holdings& holdings) {
   Held<CFTypeRef> held(holdings, string);
   scope.Release();
   held.Detach();
-  return Autoreleased(string, holdings);
+  // nil is sent the message too.
+  return string != nullptr ? Autoreleased(string, holdings) : msg::autorelease(nullptr);
 }
 
 REALstring NSStringRB(id s, Holdings& holdings) {

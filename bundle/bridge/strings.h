@@ -17,13 +17,8 @@ inline id AsPlatformObject(CFTypeRef object) {
   return reinterpret_cast<id>(const_cast<void*>(object));
 }
 
-// nil is sent the message too.
-id AutoreleasedNil();
-
-// Hands the caller's reference to the autorelease pool and answers the object; nil is nil.
-[[gnu::always_inline]] inline id Autoreleased(CFTypeRef object, Holdings& holdings) {
-  if (object == nullptr) [[unlikely]]
-    return AutoreleasedNil();
+// Hands the caller's reference to the autorelease pool and answers the object, which is not nil.
+inline id Autoreleased(CFTypeRef object, Holdings& holdings) {
   const unsigned held = holdings.Hold(object);
   msg::autorelease(AsPlatformObject(object));
   holdings.ForgetLast(held);

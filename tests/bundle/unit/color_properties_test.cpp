@@ -154,6 +154,17 @@ TEST_P(ColorComponent, WidensThePlatformsSinglePrecisionExactly) {
   }
 }
 
+TEST_P(ColorComponent, TakesTheDeliveryOfNilForNoException) {
+  platform.Once(GetParam(), [](Send& send) { send.RaiseNil(); });
+  bool returned = false;
+  PassedOn([&] {
+    EXPECT_EQ(Get(), 0.0);
+    returned = true;
+  });
+  EXPECT_TRUE(returned);
+  EXPECT_EQ(Frames().delivered, 1);
+}
+
 TEST_P(ColorComponent, CostsNoAllocationAndNoHostService) {
   Get();
   Log().Clear();
