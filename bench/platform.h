@@ -81,4 +81,8 @@ class Pool {
   unsigned calls_ = 0;
 };
 
+// How a row's calls are made: with a pool that is drained every so often, or without for calls that
+// autorelease nothing.
+enum class Pooled { kNo, kYes };
+
 }  // namespace bench

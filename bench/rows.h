@@ -10,6 +10,7 @@
 #include "bench/allocations.h"
 #include "bench/bundle.h"
 #include "bench/instructions.h"
+#include "bench/pairs.h"
 
 namespace bench {
 
@@ -46,10 +47,6 @@ struct Counted {
   std::function<void(int times)> run;
 };
 std::vector<Counted>& AllCounted();
-
-// How a row's calls are made: with a pool that is drained every so often, or without for calls that
-// autorelease nothing.
-enum class Pooled { kNo, kYes };
 
 template <Pooled pooled, typename Call>
 void Measure(benchmark::State& state, Bundle& bundle, Call& call) {
@@ -104,6 +101,10 @@ void AddRow(Bundle& bundle, Row row, Call call) {
 template <Pooled pooled = Pooled::kNo, typename Path, typename Call>
 void AddRow(Bundle& bundle, Row row, Path path, Call call) {
   row.path = "prescribed path: " + row.name;
+  AllPairs().push_back(
+      {bundle.GetPlatform().name + "/" + row.name, [&bundle, path, call](Fastest& fastest) mutable {
+         MeasurePair<pooled>(bundle, path, call, fastest);
+       }});
   AddRow<pooled>(bundle, {.name = row.path, .counted = row.counted}, path);
   AddRow<pooled>(bundle, std::move(row), call);
 }
