@@ -35,15 +35,17 @@ bool RespondsTo(id receiver, const Message<Name, Signature>& message) {
 }
 
 REALobject NewEnteredInstance(id native, const char* className, Holdings& holdings) {
-  Held wrapper(holdings, REALnewInstance(className));
-  if (!wrapper) return nullptr;
+  const REALobject wrapper = REALnewInstance(className);
+  if (wrapper == nullptr) return nullptr;
+  const unsigned held = holdings.Hold(wrapper);
   const id retained = msg::retain(native);
-  ClassData(wrapper.Get()) = retained;
+  ClassData(wrapper) = retained;
   // Without a lock: the cache knows the wrapper as long as it lives, and the wrapper's destructor removes the
   // entry. A wrapper whose class data stayed nil would never remove it, so none is made for it.
   if (retained != nullptr) [[likely]]
-    EnterInCache(native, wrapper.Get());
-  return wrapper.Detach();
+    EnterInCache(native, wrapper);
+  holdings.ForgetLast(held);
+  return wrapper;
 }
 
 }  // namespace qvx
