@@ -2,6 +2,8 @@
 // counted.
 //
 //   bench measure FILE [--quick]   times and allocations of all rows, as JSON
+//   bench pairs [--quick]          the fastest times of each row's prescribed path and of the row, as lines
+//                                  "row <tab> nanoseconds <tab> nanoseconds"
 //   bench count TIMES              makes each counted row's call TIMES times inside CountedCalls, one row
 //                                  after the other; writes "row <tab> instructions", or "-" where the
 //                                  processor doesn't count
@@ -161,11 +163,6 @@ int MeasureAll(const char* file, bool quick) {
   AddAllRows(bundles, quick ? Scale::kQuick : Scale::kFull);
   Collector collector;
   RunBenchmarks(quick, collector);
-  // In rounds, so that a bad moment of the machine does not meet all slices of a pair.
-  std::map<std::string, Fastest> fastest;
-  for (int round = 0; round < (quick ? 2 : 5); ++round) {
-    for (const Pair& pair : AllPairs()) pair.measure(fastest[pair.name]);
-  }
   nlohmann::json rows = nlohmann::json::array();
   for (const Row& row : AllRows()) {
     const Measured& measured = collector.Of(row.platform + "/" + row.name);
@@ -181,13 +178,25 @@ int MeasureAll(const char* file, bool quick) {
                             {"nanoseconds", measured.nanoseconds},
                             {"allocations", measured.allocations},
                             {"bundle_allocations", measured.bundleAllocations}};
-    const auto pair = fastest.find(row.platform + "/" + row.name);
-    if (pair != fastest.end()) entry["ratio_to_path"] = pair->second.row / pair->second.path;
     if (measured.instructions > 0) entry["instructions"] = measured.instructions;
     rows.push_back(std::move(entry));
   }
   AddHostPrograms(quick ? 3 : 9, rows);
   std::ofstream(file) << nlohmann::json{{"quick", quick}, {"rows", rows}}.dump(1) << "\n";
+  return 0;
+}
+
+// In two rounds, so that a bad moment of the machine does not meet all slices of a pair.
+int MeasurePairs(bool quick) {
+  Bundles bundles;
+  AddAllRows(bundles, quick ? Scale::kQuick : Scale::kFull);
+  std::map<std::string, Fastest> fastest;
+  for (int round = 0; round < 2; ++round) {
+    for (const Pair& pair : AllPairs()) pair.measure(fastest[pair.name]);
+  }
+  for (const auto& [name, each] : fastest) {
+    std::printf("%s\t%.3f\t%.3f\n", name.c_str(), each.path.count(), each.row.count());
+  }
   return 0;
 }
 
@@ -236,16 +245,16 @@ int CountAll(int times, const Choice& choice) {
 
 int Run(int count, char** arguments) {
   const std::string command = count > 1 ? arguments[1] : "";
-  if (count > 2 && command == "measure") {
-    return MeasureAll(arguments[2], count > 3 && std::strcmp(arguments[3], "--quick") == 0);
-  }
+  const bool quick = count > 2 && std::strcmp(arguments[count - 1], "--quick") == 0;
+  if (count > 2 && command == "measure") return MeasureAll(arguments[2], quick);
+  if (command == "pairs") return MeasurePairs(quick);
   if (count > 2 && (command == "count" || command == "guarded")) {
     return CountAll(std::atoi(arguments[2]), {.guardedOnly = command == "guarded"});
   }
   if (count > 3 && command == "one") return CountAll(std::atoi(arguments[3]), {.name = arguments[2]});
-  std::fprintf(
-      stderr,
-      "bench: wanted measure FILE [--quick], count TIMES, guarded TIMES or one ROW TIMES; use tools/bench\n");
+  std::fprintf(stderr,
+               "bench: wanted measure FILE [--quick], pairs [--quick], count TIMES, guarded TIMES or one ROW "
+               "TIMES; use tools/bench\n");
   return 2;
 }
 
