@@ -244,11 +244,12 @@ TEST(Memory, SpacesAndColoursAreGoneWhenNobodyHoldsThem) {
   countObjects();
   const std::array<float, kMostComponents> half{0.5F, 0.5F, 0.5F, 0.5F, 0.5F};
   std::array<float, kMostComponents> converted{};
+  const Space kept = predefinedSpace("sRGBColorSpace");  // for the life of the process
   const int spacesBefore = liveObjects("NSColorSpace");
   const int coloursBefore = liveObjects("QVXProfileColor");
   for (int i = 0; i < 100; ++i) {
     const Space cmyk = spaceNamed("ps_cmyk.icc");
-    ASSERT_EQ(convertColour(cmyk, half.data(), predefinedSpace("sRGBColorSpace"), converted.data()), 4);
+    ASSERT_EQ(convertColour(cmyk, half.data(), kept, converted.data()), 4);
     releaseSpace(cmyk);
     ASSERT_EQ(spaceFromProfile("junk", 4), nullptr);
   }
