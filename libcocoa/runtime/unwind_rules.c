@@ -272,6 +272,11 @@ bool QVXUnwindRuleOf(const QVXPlace* place, QVXUnwindRule* out) {
   return QVXUnwindRuleAt(place->returnAddress - 1, out);
 }
 
+QVXPlace QVXCallerOf(const void* frameAddress) {
+  const uintptr_t* words = frameAddress;  // the caller's ebp, the return address
+  return (QVXPlace){.returnAddress = words[1], .stackPointer = (uintptr_t)(words + 2), .ebp = words[0]};
+}
+
 static uintptr_t WordAt(uintptr_t address) {
   return *(const uintptr_t*)address;
 }
