@@ -146,10 +146,12 @@ TEST_F(FrameInformation, TellsASignalsFrame) {
 }
 
 TEST_F(FrameInformation, ReadsThePersonalityInEachEncoding) {
-  for (const int encoding : {int{kAbsolute}, int{kUnsigned4}, int{kSigned4}, int{kDataRelative}}) {
+  for (const int encoding : {int{kAbsolute}, int{kUnsigned4}, int{kSigned4}}) {
     ASSERT_TRUE(Find(WithPersonality(static_cast<std::uint8_t>(encoding), kObjectiveC, kAbsolute, 1)));
     EXPECT_EQ(found_.personality, kObjectiveC) << encoding;
   }
+  ASSERT_TRUE(Find(WithPersonality(kDataRelative, kObjectiveC - unwind_tables::kData, kAbsolute, 1)));
+  EXPECT_EQ(found_.personality, kObjectiveC);
   const std::uintptr_t stored = kObjectiveC;
   ASSERT_TRUE(Find(WithPersonality(kIndirect, reinterpret_cast<std::uintptr_t>(&stored), kAbsolute, 1)));
   EXPECT_EQ(found_.personality, kObjectiveC);

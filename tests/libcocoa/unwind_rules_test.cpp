@@ -101,6 +101,7 @@ TEST_P(UnwindRuleProgram, Says) {
 INSTANTIATE_TEST_SUITE_P(
     All, UnwindRuleProgram,
     testing::Values(
+        Program{"TheEndFromEcxForAWhile", {0x0C, 1, 0, 0x0C, 5, 8}, {kQVXFromEbp, 8, kQVXNowhere, 0}},
         Program{"EbpStored", {0x85, 2}, {kQVXFromStackPointer, 4, kQVXFromEnd, -8}},
         Program{"AFarOffset", {0x0E, 0x80, 0x02}, {kQVXFromStackPointer, 256, kQVXNowhere, 0}},
         Program{"TheEndFromEbp", {0x0D, 5}, {kQVXFromEbp, 4, kQVXNowhere, 0}},
@@ -141,18 +142,18 @@ TEST_P(UnwindRuleRefused, WhatCompilersDoNotWriteForOrdinaryFunctions) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, UnwindRuleRefused,
-    testing::Values(Bytes{0x07, 5},                          // ebp undefined
-                    Bytes{0x08, 8},                          // eip the same as the caller's
-                    Bytes{0x88, 2},                          // eip not where a call puts it
-                    Bytes{0x10, 8, 2, 0x75, 0x7C},           // nor told by an expression
-                    Bytes{0x10, 8, 2, 0x11, 0x7C},           // of whatever form
-                    Bytes{0x10, 5, 2, 0x11, 0x7C},           // ebp by an unknown operation
-                    Bytes{0x10, 5, 0},                       // by none
-                    Bytes{0x10, 5, 3, 0x75, 0x7C, 0x06},     // by one too many
-                    Bytes{0x0C, 0, 4}, Bytes{0x0D, 0},       // the end from eax
-                    Bytes{0x0C, 3, 4}, Bytes{0x0D, 3},       // from ebx
-                    Bytes{0x0C, 6, 4}, Bytes{0x0D, 6},       // from esi
-                    Bytes{0x0C, 8, 4}, Bytes{0x0D, 8},       // from eip
+    testing::Values(Bytes{0x07, 5},                       // ebp undefined
+                    Bytes{0x08, 8},                       // eip the same as the caller's
+                    Bytes{0x88, 2},                       // eip not where a call puts it
+                    Bytes{0x10, 8, 2, 0x75, 0x7C},        // nor told by an expression
+                    Bytes{0x10, 8, 2, 0x11, 0x7C},        // of whatever form
+                    Bytes{0x10, 5, 2, 0x11, 0x7C},        // ebp by an unknown operation
+                    Bytes{0x10, 5, 0},                    // by none
+                    Bytes{0x10, 5, 3, 0x75, 0x7C, 0x06},  // by one too many
+                    Bytes{0x0C, 0, 4}, Bytes{0x0D, 0},    // the end from eax
+                    Bytes{0x0C, 3, 4}, Bytes{0x0D, 3},    // from ebx
+                    Bytes{0x0C, 6, 4}, Bytes{0x0D, 6},    // from esi
+                    Bytes{0x0F, 3, 0x75, 0x74, 0x06, 0x0D, 3}, Bytes{0x0C, 8, 4}, Bytes{0x0D, 8},  // from eip
                     Bytes{0x0C, 0x85, 0x02, 4},              // from a number that ends like ebp's
                     Bytes{0x0D, 0x85, 0x02},                 //
                     Bytes{0x0F, 0},                          // the end by no operation

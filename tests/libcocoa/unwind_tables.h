@@ -3,17 +3,17 @@
 
 #include <sys/mman.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 extern "C" {
 // The compiler's run-time library.
-void __register_frame(void* section);
-void __deregister_frame(void* section);
+void __register_frame_info_bases(const void* section, void* object, void* text, void* data);
+void* __deregister_frame_info(const void* section);
 }
 
 namespace unwind_tables {
@@ -49,6 +49,9 @@ class Room {
   void* memory_;
 };
 
+// What data-relative pointers are relative to.
+constexpr std::uintptr_t kData = 0x5000;
+
 // What the entries of one function say, as compilers for this machine write it unless told otherwise.
 struct Entries {
   std::uintptr_t begin = 0;
@@ -75,9 +78,10 @@ class Table {
     const Bytes ownEntry = Padded(Word(distance) + Word(entries.begin) + Word(entries.size) +
                                   Sized(entries.functionAugmentation) + entries.own);
     section_ = section_ + Word(ownEntry.size()) + ownEntry + Word(0);
-    __register_frame(section_.data());
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
+    __register_frame_info_bases(section_.data(), object_.data(), nullptr, reinterpret_cast<void*>(kData));
   }
-  ~Table() { __deregister_frame(section_.data()); }
+  ~Table() { __deregister_frame_info(section_.data()); }
   Table(const Table&) = delete;
   Table& operator=(const Table&) = delete;
 
@@ -89,6 +93,7 @@ class Table {
   }
 
   Bytes section_;
+  std::array<void*, 8> object_{};  // the run-time library's own
 };
 
 }  // namespace unwind_tables
