@@ -44,6 +44,24 @@ SCENARIO("a list comes back from its file",
                                                     : [NSString stringWithFormat:@"%@", Told(From(path))];
 }
 
+SCENARIO(
+    "custom colours and patterns of one list come back together", "",
+    "0.250 0.500 0.750 1.000 Custom sRGB IEC61966-2.1, 0.500 0.250 0.125 1.000 Custom sRGB IEC61966-2.1, "
+    "NSPatternColorSpace, NSPatternColorSpace, first 0.250 0.500 0.750 1.000 CalibratedRGB") {
+  NSColorList* list = Palette();
+  [list setColor:[NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:1] forKey:@"one"];
+  [list setColor:[NSColor colorWithSRGBRed:0.5 green:0.25 blue:0.125 alpha:1] forKey:@"two"];
+  [list setColor:Pattern() forKey:@"three"];
+  [list setColor:Pattern() forKey:@"four"];
+  [list writeToFile:InScratch(@"palette.clr")];
+  NSColorList* back = From(InScratch(@"palette.clr"));
+  return Joined([NSArray
+      arrayWithObjects:Shown([back colorWithKey:@"one"]), Shown([back colorWithKey:@"two"]),
+                       [[back colorWithKey:@"three"] colorSpaceName],
+                       [[back colorWithKey:@"four"] colorSpaceName],
+                       [@"first " stringByAppendingString:Shown([back colorWithKey:@"first"])], nil]);
+}
+
 SCENARIO("a list written to a folder gets a file of its name", "yes, yes", "yes, yes") {
   NSString* folder = InScratch(@"folder");
   [[NSFileManager defaultManager] createDirectoryAtPath:folder attributes:nil];

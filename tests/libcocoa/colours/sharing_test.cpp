@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <lcms2.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <array>
@@ -201,6 +202,30 @@ double slowdown(const std::vector<Pair>& few, const std::vector<Pair>& many) {
   }
   std::nth_element(ratios.begin(), ratios.begin() + ratios.size() / 2, ratios.end());
   return ratios[ratios.size() / 2];
+}
+
+std::size_t heapInUse() {
+  const struct mallinfo2 use = ::mallinfo2();
+  return use.uordblks + use.hblkhd;
+}
+
+TEST(Memory, OfProfilesIsGivenBackWhetherTheyCanBeOpenedOrNot) {
+  const Space target = predefinedSpace("sRGBColorSpace");
+  std::vector<char> withTooManyTags = profile("sgray.icc");
+  std::fill_n(withTooManyTags.begin() + 128, 4, '\xFF');
+  constexpr unsigned kRounds = 50;
+  const auto openMany = [&] {
+    for (unsigned i = 0; i < kRounds; ++i) {
+      const Space gray = spaceByMaker("sgray.icc", i);
+      ASSERT_EQ(convertHalf(gray, target), 4);
+      releaseSpace(gray);
+      ASSERT_EQ(spaceFromProfile(withTooManyTags.data(), withTooManyTags.size()), nullptr);
+    }
+  };
+  openMany();
+  const std::size_t before = heapInUse();
+  openMany();
+  EXPECT_LT(heapInUse(), before + kRounds * 16);
 }
 
 // The figures are for the reader of the log. Between all pairs, what is left is what the processor's caches
