@@ -62,6 +62,25 @@ SCENARIO(
                        [@"first " stringByAppendingString:Shown([back colorWithKey:@"first"])], nil]);
 }
 
+// Hue, saturation, brightness and alpha, and the space.
+static NSString* HSBOf(NSColor* color) {
+  return [NSString stringWithFormat:@"%.2f %.2f %.2f %.2f %@", (double)[color hueComponent],
+                                    (double)[color saturationComponent], (double)[color brightnessComponent],
+                                    (double)[color alphaComponent], [color colorSpaceName]];
+}
+
+SCENARIO("greys that were made from a hue keep it in a list", "",
+         "0.25 0.00 0.50 0.75 NSDeviceRGBColorSpace, 0.25 0.50 0.00 0.75 NSCalibratedRGBColorSpace") {
+  NSColorList* list = Palette();
+  [list setColor:[NSColor colorWithDeviceHue:0.25 saturation:0 brightness:0.5 alpha:0.75] forKey:@"grey"];
+  [list setColor:[NSColor colorWithCalibratedHue:0.25 saturation:0.5 brightness:0 alpha:0.75]
+          forKey:@"black"];
+  [list writeToFile:InScratch(@"palette.clr")];
+  NSColorList* back = From(InScratch(@"palette.clr"));
+  return Joined([NSArray
+      arrayWithObjects:HSBOf([back colorWithKey:@"grey"]), HSBOf([back colorWithKey:@"black"]), nil]);
+}
+
 SCENARIO("a list written to a folder gets a file of its name", "yes, yes", "yes, yes") {
   NSString* folder = InScratch(@"folder");
   [[NSFileManager defaultManager] createDirectoryAtPath:folder attributes:nil];
