@@ -228,6 +228,26 @@ TEST(Memory, OfProfilesIsGivenBackWhetherTheyCanBeOpenedOrNot) {
   EXPECT_LT(heapInUse(), before + kRounds * 16);
 }
 
+TEST(Memory, OfTransformsIsLimitedAndThoseInUseStay) {
+  constexpr std::size_t kLimit = 128 * 1024 * 1024;
+  const std::vector<Space> spaces = spacesByMakers("default_cmyk.icc", 22);
+  const std::size_t before = heapInUse();
+  const int madeBefore = transformsMade;
+  std::size_t most = 0;
+  const std::vector<Pair> pairs = allPairs(spaces);
+  for (const Pair& pair : pairs) {
+    ASSERT_EQ(convertHalf(pair.first, pair.second), 5);
+    most = std::max(most, heapInUse() - before);
+    convertHalf(pairs[0].first, pairs[0].second);
+  }
+  EXPECT_LT(most, kLimit);
+  EXPECT_GT(most, kLimit / 4 * 3);
+  EXPECT_EQ(transformsMade - madeBefore, static_cast<int>(pairs.size()));
+  for (const Pair& pair : pairs) convertHalf(pair.first, pair.second);
+  EXPECT_GT(transformsMade - madeBefore, static_cast<int>(pairs.size()));
+  for (const Space each : spaces) releaseSpace(each);
+}
+
 // The figures are for the reader of the log. Between all pairs, what is left is what the processor's caches
 // hold: it is the same with one thread.
 TEST(Cost, OfManyProfilesAndThreadsIsReported) {
