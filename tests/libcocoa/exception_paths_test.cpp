@@ -106,6 +106,14 @@ TEST(Exception, RunsTheFinallyBlocksOnItsWay) {
   EXPECT_EQ(ran, 1);
 }
 
+TEST(Exception, RunsTheFinallyBlockInsideOfPlainC) {
+  int ran = 0;
+  Through([&](Body body,
+              void* context) { EXPECT_EQ(NameOf(Guarded([&] { ThroughPlainC(body, context); })), "Bang"); },
+          [&] { ThroughFinally(&RaiseBang, nullptr, &ran); });
+  EXPECT_EQ(ran, 1);
+}
+
 TEST(Exception, RunsNestedFinallyBlocksFromTheInsideOut) {
   int ran = 0;
   EXPECT_EQ(NameOf(Guarded([&] { ThroughTwoFinallys(&RaiseBang, nullptr, &ran); })), "Bang");
