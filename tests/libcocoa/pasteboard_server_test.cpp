@@ -9,6 +9,7 @@
 
 #include "libcocoa/runtime/host_support.h"
 #include "tests/libcocoa/guarded.h"
+#include "tests/libcocoa/platform_values.h"
 
 namespace {
 
@@ -27,22 +28,8 @@ constexpr Message<"availableTypeFromArray:changeCount:", id(id, int*)> kAvailabl
 constexpr Message<"componentsJoinedByString:", id(id)> kJoined;
 constexpr Message<"release", void()> kRelease;
 
-id Platform(const std::string& text) {
-  return Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), text.c_str());
-}
-
 id Changeable(const std::string& text) {
   return Message<"stringWithString:", id(id)>()(PlatformClass<"NSMutableString">(), Platform(text));
-}
-
-void Append(id string, const char* text) {
-  Message<"appendString:", void(id)>()(string, Platform(text));
-}
-
-id Array(std::initializer_list<const char*> texts) {
-  const id array = Message<"array", id()>()(PlatformClass<"NSMutableArray">());
-  for (const char* text : texts) Message<"addObject:", void(id)>()(array, Platform(text));
-  return array;
 }
 
 id Bytes(const char* text) {
@@ -96,7 +83,7 @@ TEST_F(Server, GivesTheSamePasteboardForTheSameName) {
 TEST_F(Server, KeepsANameThatChangesWhereItCameFrom) {
   const id name = Changeable("first");
   const id board = Named(name);
-  Append(name, " and more");
+  Message<"appendString:", void(id)>()(name, Platform(" and more"));
   EXPECT_EQ(Text(kName(board)), "first");
   EXPECT_EQ(Named(Platform("first")), board);
 }
