@@ -192,10 +192,6 @@ QVXSpaceFacts QVXFactsOfSpace(NSColorSpace* space) {
                          QVXChannelsOfSpace(space)};
 }
 
-- (NSColorSpaceModel)colorSpaceModel {
-  return QVXModelOfSpace(self);
-}
-
 - (int)numberOfColorComponents {
   return QVXChannelsOfSpace(self);
 }

@@ -15,9 +15,10 @@ BOOL QVXIsColorArchive(NSData* data);
 // size, so that a small one can't claim it all.
 size_t QVXRoomForImages(NSData* data);
 
-// The colour (NSColor) or the list (QVXColorListContents) that is the archive's root; nil if it is damaged or
-// holds anything else. What the images take is subtracted from `*room`. A pattern whose image is packed in
-// another way, is archived by name only, or does not fit into the room, reads as QVXUnreadablePattern().
+// The archive's root: a colour (NSColor), a list (QVXColorListContents), or another object that those are
+// made of, such as a string; nil if the archive is damaged or holds anything else. What the images take is
+// subtracted from `*room`. A pattern whose image is packed in another way, is archived by name only, or does
+// not fit into the room, reads as QVXUnreadablePattern().
 id QVXReadColorArchive(NSData* data, size_t* room);
 
 // The grey that stands for a pattern that a reader can't make: this reader, or another program's.

@@ -448,6 +448,5 @@ id QVXReadColorArchive(NSData* data, size_t* room) {
   reader->_room = *room;
   id root = [reader readObject];
   *room = reader->_room;
-  BOOL known = [root isKindOfClass:[NSColor class]] || [root isKindOfClass:[QVXColorListContents class]];
-  return reader->_failed || !known ? nil : [[root retain] autorelease];
+  return [[root retain] autorelease];
 }

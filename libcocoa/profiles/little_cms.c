@@ -8,8 +8,6 @@
 
 static cmsContext context;
 
-static void IgnoreError(cmsContext raiser, cmsUInt32Number code, const char* text) {}
-
 static _Thread_local int64_t memory;
 static _Thread_local int64_t limit = INT64_MAX;
 
@@ -53,7 +51,6 @@ static void MakeContext(void) {
       .ReallocPtr = Reallocate,
   };
   context = cmsCreateContext(&memory, NULL);
-  if (context) cmsSetLogErrorHandlerTHR(context, IgnoreError);
 }
 
 cmsContext QVXLittleCMS(void) {

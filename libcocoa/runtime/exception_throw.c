@@ -68,8 +68,8 @@ static void FreeDeliveriesBelow(uintptr_t address) {
   }
 }
 
+// `exception` is all zeros.
 static void PrepareException(NativeException* exception, id value) {
-  memset(exception, 0, sizeof *exception);
   exception->header.exception_class = kObjectiveCExceptionClass;
   exception->value = value;
 }

@@ -48,8 +48,7 @@ typedef struct {
 
 // Where things are at one point of a function.
 typedef struct {
-  uint8_t endRegister;  // 0: `end` has been told by an expression
-  Location end;
+  Location end;  // nowhere: it is told from a register that no ordinary function has for it
   Location ebp;
   bool hasCaller;
   bool returnsElsewhere;  // the return address is not on top, where a call puts it
@@ -104,6 +103,10 @@ static uint32_t ReadDistance(const uint8_t** p, uint8_t instruction) {
   return distance;
 }
 
+static uint8_t BaseOf(uint32_t number) {
+  return number == kEsp ? kQVXFromStackPointer : number == kEbp ? kQVXFromEbp : kQVXNowhere;
+}
+
 // An instruction without an operand of its own in it. False if it is not understood.
 static bool RunExtended(Run* run, uint8_t instruction, const uint8_t** p) {
   State* state = &run->state;
@@ -138,19 +141,17 @@ static bool RunExtended(Run* run, uint8_t instruction, const uint8_t** p) {
     case kDefineEnd:
       *p = QVXReadUnsigned(*p, &number);
       *p = QVXReadUnsigned(*p, &offset);
-      state->endRegister = (uint8_t)number;
-      state->end.offset = (int32_t)offset;
-      return number < 8 && number != 0;
+      state->end = (Location){BaseOf(number), (int32_t)offset};
+      return true;
     case kDefineEndRegister:
       *p = QVXReadUnsigned(*p, &number);
-      state->endRegister = (uint8_t)number;
-      return number < 8 && number != 0;
+      state->end.base = BaseOf(number);
+      return true;
     case kDefineEndOffset:
       *p = QVXReadUnsigned(*p, &offset);
       state->end.offset = (int32_t)offset;
       return true;
     case kDefineEndExpression:
-      state->endRegister = 0;
       return ReadExpression(p, true, &state->end);
     case kExpression: {
       *p = QVXReadUnsigned(*p, &number);
@@ -199,10 +200,7 @@ static bool MakeRule(uintptr_t address, QVXUnwindRule* rule) {
   run.entry = run.state;
   if (!RunProgram(&run, information.own)) return false;
   State* state = &run.state;
-  if (state->hasCaller && state->returnsElsewhere) return false;
-  if (state->endRegister == kEsp) state->end.base = kQVXFromStackPointer;
-  if (state->endRegister == kEbp) state->end.base = kQVXFromEbp;
-  if (state->endRegister != 0 && state->endRegister != kEsp && state->endRegister != kEbp) return false;
+  if (state->end.base == kQVXNowhere || (state->hasCaller && state->returnsElsewhere)) return false;
   *rule = (QVXUnwindRule){
       .address = address,
       .start = information.start,
@@ -270,6 +268,11 @@ bool QVXUnwindRuleAt(uintptr_t address, QVXUnwindRule* out) {
 // A return address may lie behind the function's end.
 bool QVXUnwindRuleOf(const QVXPlace* place, QVXUnwindRule* out) {
   return QVXUnwindRuleAt(place->returnAddress - 1, out);
+}
+
+QVXPlace QVXCallerOf(const void* frameAddress) {
+  const uintptr_t* words = frameAddress;  // the caller's ebp, the return address
+  return (QVXPlace){.returnAddress = words[1], .stackPointer = (uintptr_t)(words + 2), .ebp = words[0]};
 }
 
 static uintptr_t WordAt(uintptr_t address) {

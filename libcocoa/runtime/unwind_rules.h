@@ -49,10 +49,7 @@ bool QVXUnwindRuleAt(uintptr_t address, QVXUnwindRule* out);
 bool QVXUnwindRuleOf(const QVXPlace* place, QVXUnwindRule* out);
 
 // The caller of the function that has this frame address.
-static inline QVXPlace QVXCallerOf(const void* frameAddress) {
-  const uintptr_t* words = frameAddress;  // the caller's ebp, the return address
-  return (QVXPlace){.returnAddress = words[1], .stackPointer = (uintptr_t)(words + 2), .ebp = words[0]};
-}
+QVXPlace QVXCallerOf(const void* frameAddress);
 
 // The upper end of the function's part of the stack, above its return address.
 uintptr_t QVXUpperEnd(const QVXUnwindRule* rule, const QVXPlace* place);

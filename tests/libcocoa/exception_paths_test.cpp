@@ -1,9 +1,25 @@
 // tests/libcocoa/exception_paths_test.cpp - what an exception passes, runs and stops at on its way to a
 // frame.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unwind.h>
 
 #include "tests/libcocoa/guarded.h"
 #include "tests/libcocoa/raising.h"
+
+namespace {
+
+int walks = 0;  // of the compiler's unwinder
+
+}  // namespace
+
+// Takes the place of the unwinder's own, which it counts and calls.
+extern "C" _Unwind_Reason_Code _Unwind_Backtrace(_Unwind_Trace_Fn step, void* argument) {
+  ++walks;
+  static const auto own =
+      reinterpret_cast<decltype(&_Unwind_Backtrace)>(dlsym(RTLD_NEXT, "_Unwind_Backtrace"));
+  return own(step, argument);
+}
 
 namespace {
 
@@ -28,6 +44,47 @@ TEST(Exception, PassesCPlusPlusWithoutStoppingAtACatchAll) {
   EXPECT_EQ(caught, 0);
 }
 
+void Nothing(void*) {}
+
+// How often the compiler's unwinder walked while the body ran in a frame, which has to take "Bang".
+template <typename Body>
+int WalksToDeliver(const Body& body) {
+  walks = 0;
+  EXPECT_EQ(NameOf(Guarded(body)), "Bang");
+  return walks;
+}
+
+[[gnu::noinline]] void LeaveAFrame() {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "delivered to a frame that is gone";
+}
+
+TEST(Exception, PastPlainFunctionsNeedsNoUnwinder) {
+  const id bang = NewException("Bang", "");
+  EXPECT_EQ(WalksToDeliver([&] { objc_exception_throw(bang); }), 0);
+  EXPECT_EQ(WalksToDeliver([] { RaiseBang(nullptr); }), 0);
+  EXPECT_EQ(
+      WalksToDeliver([&] { Through([](Body body, void* context) { body(context); }, [&] { Raise(bang); }); }),
+      0);
+  EXPECT_EQ(WalksToDeliver([&] {
+              LeaveAFrame();
+              objc_exception_throw(bang);
+            }),
+            0);
+  EXPECT_EQ(WalksToDeliver([&] {
+              GuardedInC(&Nothing, nullptr);
+              objc_exception_throw(bang);
+            }),
+            0);
+}
+
+TEST(Exception, PastWhatNoRuleIsKnownForNeedsTheUnwinder) {
+  int ran = 0;
+  EXPECT_GT(WalksToDeliver([&] { ThroughFinally(&RaiseBang, nullptr, &ran); }), 0);
+  EXPECT_GT(WalksToDeliver([] { ThroughPlainC(&RaiseBang, nullptr); }), 0);
+}
+
 struct Counter {
   int& count;
   ~Counter() { ++count; }
@@ -46,6 +103,14 @@ TEST(Exception, PassesCPlusPlusWithoutRunningDestructors) {
 TEST(Exception, RunsTheFinallyBlocksOnItsWay) {
   int ran = 0;
   EXPECT_EQ(NameOf(Guarded([&] { ThroughFinally(&RaiseBang, nullptr, &ran); })), "Bang");
+  EXPECT_EQ(ran, 1);
+}
+
+TEST(Exception, RunsTheFinallyBlockInsideOfPlainC) {
+  int ran = 0;
+  Through([&](Body body,
+              void* context) { EXPECT_EQ(NameOf(Guarded([&] { ThroughPlainC(body, context); })), "Bang"); },
+          [&] { ThroughFinally(&RaiseBang, nullptr, &ran); });
   EXPECT_EQ(ran, 1);
 }
 

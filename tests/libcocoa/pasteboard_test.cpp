@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/libcocoa/guarded.h"
+#include "tests/libcocoa/platform_values.h"
 
 namespace {
 
@@ -18,16 +19,6 @@ constexpr Message<"setData:forType:", BOOL(id, id)> kSetData;
 constexpr Message<"changeCount", int()> kChangeCount;
 constexpr Message<"timesAsked", int()> kTimesAsked;
 constexpr Message<"timesLost", int()> kTimesLost;
-
-id Platform(const std::string& text) {
-  return Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), text.c_str());
-}
-
-id Array(std::initializer_list<const char*> texts) {
-  const id array = Message<"array", id()>()(PlatformClass<"NSMutableArray">());
-  for (const char* text : texts) Message<"addObject:", void(id)>()(array, Platform(text));
-  return array;
-}
 
 id Pasteboard(const char* name) {
   return Message<"pasteboardWithName:", id(id)>()(PlatformClass<"NSPasteboard">(), Platform(name));

@@ -7,11 +7,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <stdexcept>
 #include <vector>
 
 #include "tests/libcocoa/guarded.h"
 #include "tests/libcocoa/paths.h"
+
+// The library's own, which GNUstep asks for the stack of an exception.
+extern "C" unsigned GSPrivateReturnAddresses(std::uintptr_t** addresses);
 
 namespace {
 
@@ -168,6 +172,37 @@ TEST(StackTrace, EndsAfter128FunctionsOfADeepStack) {
   const Addresses kept = KeptBy(trace.exception);
   EXPECT_GT(kept.size(), 120U);
   EXPECT_LE(kept.size(), 128U);
+}
+
+// The number of return addresses, seen from so deep, and whether all lie in something that is loaded.
+struct Count {
+  unsigned addresses;
+  bool areKnown;
+};
+
+Count CountFrom(int depth) {
+  if (depth != 0) {
+    const Count count = CountFrom(depth - 1);
+    __asm__ volatile("");
+    return count;
+  }
+  std::uintptr_t* addresses = nullptr;
+  Count count{GSPrivateReturnAddresses(&addresses), true};
+  for (unsigned i = 0; i < count.addresses; ++i) {
+    Dl_info about;
+    if (dladdr(reinterpret_cast<void*>(addresses[i]), &about) == 0) count.areKnown = false;  // NOLINT
+  }
+  std::free(addresses);
+  return count;
+}
+
+TEST(StackTrace, HasOneAddressForEachFunctionUpTo128) {
+  const Count few = CountFrom(3);
+  EXPECT_EQ(CountFrom(4).addresses, few.addresses + 1);
+  EXPECT_TRUE(few.areKnown);
+  const Count most = CountFrom(500);
+  EXPECT_EQ(most.addresses, 128U);
+  EXPECT_TRUE(most.areKnown);
 }
 
 }  // namespace

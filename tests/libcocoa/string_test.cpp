@@ -280,6 +280,18 @@ TEST(LoneSurrogate, AloneMakesAStringOfAnotherClass) {
   EXPECT_EQ(kClass(FromUnits(u"a\U0001F600").Object()), plain);
   EXPECT_NE(kClass(FromUnits(std::u16string{0xD83D, u'b'}).Object()), plain);
   EXPECT_NE(kClass(FromUnits(u"a\xD83D").Object()), plain);
+  // What lies behind the last unit is no other half.
+  EXPECT_EQ(Units(FromUnits(std::u16string_view(u"a\U0001F600").substr(0, 2))), u"a\xD83D");
+  // The outermost ones of both kinds make whole pairs with each other, and what lies beside them is plain.
+  for (const char16_t high : {char16_t{0xD800}, char16_t{0xDBFF}}) {
+    for (const char16_t low : {char16_t{0xDC00}, char16_t{0xDFFF}})
+      EXPECT_EQ(kClass(FromUnits(std::u16string{high, low}).Object()), plain);
+    for (const char16_t other : {char16_t{0xD7FF}, char16_t{0xDBFF}, char16_t{0xE000}})
+      EXPECT_NE(kClass(FromUnits(std::u16string{high, other}).Object()), plain);
+  }
+  EXPECT_EQ(kClass(FromUnits(std::u16string{0xD7FF, 0xE000, 0xFEFF, 0xFFFE}).Object()), plain);
+  EXPECT_NE(kClass(FromUnits(std::u16string{0xFEFF}).Object()), plain);
+  EXPECT_NE(kClass(FromUnits(std::u16string{0xFFFE}).Object()), plain);
 }
 
 TEST(MacRoman, GoesThereAndBackForEveryByte) {

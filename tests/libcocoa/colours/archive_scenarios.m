@@ -40,6 +40,43 @@ SCENARIO("an opaque CMYK colour comes back from a keyed archive opaque",
   return Shown(Keyed([NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1]));
 }
 
+// Decodes a keyed CMYK colour with that text for its components.
+@interface CMYKCoder : NSCoder {
+ @public
+  const char* components;
+}
+@end
+
+@implementation CMYKCoder
+- (BOOL)allowsKeyedCoding {
+  return YES;
+}
+- (BOOL)containsValueForKey:(NSString*)key {
+  return [key isEqual:@"NSColorSpace"];
+}
+- (int)decodeIntForKey:(NSString*)key {
+  return [key isEqual:@"NSColorSpace"] ? 5 : 0;
+}
+- (const uint8_t*)decodeBytesForKey:(NSString*)key returnedLength:(NSUInteger*)length {
+  if (![key isEqual:@"NSCYMK"]) return NULL;
+  *length = strlen(components);
+  return (const uint8_t*)components;
+}
+@end
+
+static NSString* CMYKFrom(const char* components) {
+  CMYKCoder* coder = [[CMYKCoder new] autorelease];
+  coder->components = components;
+  return Shown([[[NSColor alloc] initWithCoder:coder] autorelease]);
+}
+
+SCENARIO("a keyed CMYK colour may have an alpha, and what follows does not count", "",
+         "0.100 0.200 0.300 0.400 1.000 DeviceCMYK, 0.100 0.200 0.300 0.400 0.500 DeviceCMYK, "
+         "0.100 0.200 0.300 0.400 0.500 DeviceCMYK") {
+  return Joined([NSArray arrayWithObjects:CMYKFrom("0.1 0.2 0.3 0.4"), CMYKFrom("0.1 0.2 0.3 0.4 0.5"),
+                                          CMYKFrom("0.1 0.2 0.3 0.4 0.5 0.6"), nil]);
+}
+
 SCENARIO("a pattern comes back from an unkeyed archive", "nil", "NSPatternColorSpace") {
   return [Unkeyed(Pattern()) colorSpaceName] ?: @"nil";
 }

@@ -156,6 +156,19 @@ SCENARIO("a custom RGB colour tells hue, saturation and brightness", "0.0000 0.0
                                           b == [color brightnessComponent])];
 }
 
+SCENARIO("a custom RGB colour without a hue has hue and saturation 0", "",
+         "0.00 0.00 0.00, 0.00 0.00 0.25, 0.00 0.00 1.00") {
+  NSMutableArray* parts = [NSMutableArray array];
+  for (int i = 0; i < 3; ++i) {
+    const CGFloat value = i == 2 ? 1 : (CGFloat)i / 4;
+    NSColor* color = [NSColor colorWithSRGBRed:value green:value blue:value alpha:1];
+    [parts addObject:[NSString stringWithFormat:@"%.2f %.2f %.2f", (double)[color hueComponent],
+                                                (double)[color saturationComponent],
+                                                (double)[color brightnessComponent]]];
+  }
+  return Joined(parts);
+}
+
 SCENARIO("a stock colour's hue, saturation and brightness make it again",
          "0.5833 0.6667 0.6000, 0.200 0.400 0.600 1.000 CalibratedRGB",
          "0.5833 0.6667 0.6000, 0.200 0.400 0.600 1.000 CalibratedRGB") {

@@ -119,4 +119,21 @@ TEST(ForgedPasteboards, WithADamagedTrailerRaiseNothing) {
   readPasteboards([&] { return sealed({parts.archive, damaged(parts.trailer)}); });
 }
 
+// Lists whose names are lists: each takes seven bytes of the archive, and hundreds of the stack to be read.
+TEST(ForgedPasteboards, WithListsInListsEndBeforeTheStackDoes) {
+  constexpr std::uint32_t kLists = 200'000;
+  const std::string head = "GNUstep archive00002c24:00000001:00000001:00000000:";
+  const std::string newClass = std::string{0x31, 1, 0, 11} + "NSColorList" + std::string{0, 0, 0, 2, 0};
+  Bytes bytes(head.begin(), head.end());
+  for (std::uint32_t i = 1; i <= kLists; ++i) {
+    bytes.push_back(0x70);  // an object, with its number in four bytes
+    for (unsigned shift : {24U, 16U, 8U, 0U}) bytes.push_back(static_cast<std::uint8_t>(i >> shift));
+    if (i == 1)
+      bytes.insert(bytes.end(), newClass.begin(), newClass.end());
+    else
+      bytes.insert(bytes.end(), {0xB1, 1});  // of the first class
+  }
+  EXPECT_EQ(colorFromBytes(bytes.data(), bytes.size()), 0);
+}
+
 }  // namespace

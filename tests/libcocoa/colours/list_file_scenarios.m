@@ -44,6 +44,67 @@ SCENARIO("a list comes back from its file",
                                                     : [NSString stringWithFormat:@"%@", Told(From(path))];
 }
 
+SCENARIO(
+    "custom colours and patterns of one list come back together", "",
+    "0.250 0.500 0.750 1.000 Custom sRGB IEC61966-2.1, 0.500 0.250 0.125 1.000 Custom sRGB IEC61966-2.1, "
+    "NSPatternColorSpace, NSPatternColorSpace, first 0.250 0.500 0.750 1.000 CalibratedRGB") {
+  NSColorList* list = Palette();
+  [list setColor:[NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:1] forKey:@"one"];
+  [list setColor:[NSColor colorWithSRGBRed:0.5 green:0.25 blue:0.125 alpha:1] forKey:@"two"];
+  [list setColor:Pattern() forKey:@"three"];
+  [list setColor:Pattern() forKey:@"four"];
+  [list writeToFile:InScratch(@"palette.clr")];
+  NSColorList* back = From(InScratch(@"palette.clr"));
+  return Joined([NSArray
+      arrayWithObjects:Shown([back colorWithKey:@"one"]), Shown([back colorWithKey:@"two"]),
+                       [[back colorWithKey:@"three"] colorSpaceName],
+                       [[back colorWithKey:@"four"] colorSpaceName],
+                       [@"first " stringByAppendingString:Shown([back colorWithKey:@"first"])], nil]);
+}
+
+// Hue, saturation, brightness and alpha, and the space.
+static NSString* HSBOf(NSColor* color) {
+  return [NSString stringWithFormat:@"%.2f %.2f %.2f %.2f %@", (double)[color hueComponent],
+                                    (double)[color saturationComponent], (double)[color brightnessComponent],
+                                    (double)[color alphaComponent], [color colorSpaceName]];
+}
+
+SCENARIO("greys that were made from a hue keep it in a list", "",
+         "0.25 0.00 0.50 0.75 NSDeviceRGBColorSpace, 0.25 0.50 0.00 0.75 NSCalibratedRGBColorSpace") {
+  NSColorList* list = Palette();
+  [list setColor:[NSColor colorWithDeviceHue:0.25 saturation:0 brightness:0.5 alpha:0.75] forKey:@"grey"];
+  [list setColor:[NSColor colorWithCalibratedHue:0.25 saturation:0.5 brightness:0 alpha:0.75]
+          forKey:@"black"];
+  [list writeToFile:InScratch(@"palette.clr")];
+  NSColorList* back = From(InScratch(@"palette.clr"));
+  return Joined([NSArray
+      arrayWithObjects:HSBOf([back colorWithKey:@"grey"]), HSBOf([back colorWithKey:@"black"]), nil]);
+}
+
+SCENARIO("colours with two equal components come back from a list exactly", "", "120 of 120") {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Palette"] autorelease];
+  for (int i = 1; i <= 40; ++i) {
+    const CGFloat a = (CGFloat)i / 41;
+    const CGFloat b = (CGFloat)(41 - i) / 43;
+    [list setColor:[NSColor colorWithDeviceRed:a green:a blue:b alpha:1]
+            forKey:[NSString stringWithFormat:@"%d red green", i]];
+    [list setColor:[NSColor colorWithDeviceRed:b green:a blue:a alpha:1]
+            forKey:[NSString stringWithFormat:@"%d green blue", i]];
+    [list setColor:[NSColor colorWithDeviceRed:a green:b blue:a alpha:1]
+            forKey:[NSString stringWithFormat:@"%d red blue", i]];
+  }
+  [list writeToFile:InScratch(@"palette.clr")];
+  NSColorList* back = From(InScratch(@"palette.clr"));
+  unsigned same = 0;
+  for (NSString* key in [list allKeys]) {
+    CGFloat before[4], after[4];
+    [[list colorWithKey:key] getComponents:before];
+    [[back colorWithKey:key] getComponents:after];
+    same += memcmp(before, after, sizeof before) == 0;
+  }
+  return [NSString stringWithFormat:@"%u of %u", same, (unsigned)[[list allKeys] count]];
+}
+
 SCENARIO("a list written to a folder gets a file of its name", "yes, yes", "yes, yes") {
   NSString* folder = InScratch(@"folder");
   [[NSFileManager defaultManager] createDirectoryAtPath:folder attributes:nil];
@@ -124,6 +185,14 @@ SCENARIO("a text file is read",
          "first 0.250 0.500 0.750 1.000 CalibratedRGB; the second 1.000 0.000 0.000 0.500 CalibratedRGB",
          "first 0.250 0.500 0.750 1.000 CalibratedRGB; the second 1.000 0.000 0.000 0.500 CalibratedRGB") {
   return Told(From(PutText(@"palette.clr", @"2\n0 0.25 0.5 0.75 1 first\n0 1 0 0 0.5 the second\n")));
+}
+SCENARIO("a text file may be of UTF-8 or Latin-1, line by line", "", "2 keys, yes, yes") {
+  const char text[] = "2\n0 0 0 0 1 caf\xC3\xA9\n0 0 0 0 1 th\xE9\n";
+  NSArray* keys = [From(Put(@"palette.clr", [NSData dataWithBytes:text length:strlen(text)])) allKeys];
+  return Joined([NSArray
+      arrayWithObjects:[NSString stringWithFormat:@"%u keys", (unsigned)[keys count]],
+                       YesNo([keys containsObject:[NSString stringWithUTF8String:"caf\xC3\xA9"]]),
+                       YesNo([keys containsObject:[NSString stringWithUTF8String:"th\xC3\xA9"]]), nil]);
 }
 SCENARIO("half a text file makes no list", "empty", "nil") {
   return Told(From(PutText(@"palette.clr", @"2\n0 0.25 0.5 0.75 1 first\n")));

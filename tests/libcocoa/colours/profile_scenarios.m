@@ -49,6 +49,11 @@ SCENARIO("a profile's name may hold any character", "75 6e 6b 6e 6f 77 6e", "61 
   return NameFrom((const wchar_t[]){'a', 0xFC, 0x4E2D, 0xD83D, 0xDE00, 'b', 0});
 }
 
+SCENARIO("a profile's name may hold the characters beside those that come in halves", "",
+         "d7ff e000 ffff d800 dc00 dbff dfff") {
+  return NameFrom((const wchar_t[]){0xD7FF, 0xE000, 0xFFFF, 0xD800, 0xDC00, 0xDBFF, 0xDFFF, 0});
+}
+
 SCENARIO("a profile's name with half a character in it is none", "75 6e 6b 6e 6f 77 6e", "") {
   return NameFrom((const wchar_t[]){'a', 0xD83D, 'b', 0});
 }

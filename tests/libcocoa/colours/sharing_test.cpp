@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <lcms2.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <array>
@@ -203,6 +204,49 @@ double slowdown(const std::vector<Pair>& few, const std::vector<Pair>& many) {
   return ratios[ratios.size() / 2];
 }
 
+std::size_t heapInUse() {
+  const struct mallinfo2 use = ::mallinfo2();
+  return use.uordblks + use.hblkhd;
+}
+
+TEST(Memory, OfProfilesIsGivenBackWhetherTheyCanBeOpenedOrNot) {
+  const Space target = predefinedSpace("sRGBColorSpace");
+  std::vector<char> withTooManyTags = profile("sgray.icc");
+  std::fill_n(withTooManyTags.begin() + 128, 4, '\xFF');
+  constexpr unsigned kRounds = 50;
+  const auto openMany = [&](unsigned firstMaker) {
+    for (unsigned i = 0; i < kRounds; ++i) {
+      const Space gray = spaceByMaker("sgray.icc", firstMaker + i);
+      ASSERT_EQ(convertHalf(gray, target), 4);
+      releaseSpace(gray);
+      ASSERT_EQ(spaceFromProfile(withTooManyTags.data(), withTooManyTags.size()), nullptr);
+    }
+  };
+  openMany(0);
+  const std::size_t before = heapInUse();
+  openMany(kRounds);  // others: none may be found again
+  EXPECT_LT(heapInUse(), before + kRounds * 16);
+}
+
+TEST(Memory, OfTransformsIsLimitedAndThoseInUseStay) {
+  constexpr std::size_t kLimit = 128 * 1024 * 1024;
+  const std::vector<Space> spaces = spacesByMakers("default_cmyk.icc", 22);
+  const std::size_t before = heapInUse();
+  const int madeBefore = transformsMade;
+  std::size_t most = 0;
+  const std::vector<Pair> pairs = allPairs(spaces);
+  for (const Pair& pair : pairs) {
+    ASSERT_EQ(convertHalf(pair.first, pair.second), 5);
+    most = std::max(most, heapInUse() - before);
+    convertHalf(pairs[0].first, pairs[0].second);
+  }
+  EXPECT_LT(most, kLimit);
+  EXPECT_EQ(transformsMade - madeBefore, static_cast<int>(pairs.size()));
+  for (const Pair& pair : pairs) convertHalf(pair.first, pair.second);
+  EXPECT_GT(transformsMade - madeBefore, static_cast<int>(pairs.size()));
+  for (const Space each : spaces) releaseSpace(each);
+}
+
 // The figures are for the reader of the log. Between all pairs, what is left is what the processor's caches
 // hold: it is the same with one thread.
 TEST(Cost, OfManyProfilesAndThreadsIsReported) {
@@ -244,11 +288,12 @@ TEST(Memory, SpacesAndColoursAreGoneWhenNobodyHoldsThem) {
   countObjects();
   const std::array<float, kMostComponents> half{0.5F, 0.5F, 0.5F, 0.5F, 0.5F};
   std::array<float, kMostComponents> converted{};
+  const Space kept = predefinedSpace("sRGBColorSpace");  // for the life of the process
   const int spacesBefore = liveObjects("NSColorSpace");
   const int coloursBefore = liveObjects("QVXProfileColor");
   for (int i = 0; i < 100; ++i) {
     const Space cmyk = spaceNamed("ps_cmyk.icc");
-    ASSERT_EQ(convertColour(cmyk, half.data(), predefinedSpace("sRGBColorSpace"), converted.data()), 4);
+    ASSERT_EQ(convertColour(cmyk, half.data(), kept, converted.data()), 4);
     releaseSpace(cmyk);
     ASSERT_EQ(spaceFromProfile("junk", 4), nullptr);
   }

@@ -174,6 +174,33 @@ SCENARIO("what a theme's list lacks has the light values", "", "1.000 0.000 0.00
                        LightBut("gridColor"), nil]);
 }
 
+// A theme whose colours are a list that the program made before.
+@interface ListTheme : NSObject {
+ @public
+  NSColorList* list;
+}
+@end
+
+@implementation ListTheme
+- (NSColorList*)colors {
+  return list;
+}
+@end
+
+SCENARIO("a theme's list that the program has written gets what it lacks all the same", "",
+         "no, nothing, 0.930 0.930 0.930 1.000 CalibratedRGB") {
+  [NSColor gridColor];
+  ListTheme* theme = [[ListTheme new] autorelease];
+  theme->list = [[[NSColorList alloc] initWithName:@"System"] autorelease];
+  [theme->list setColor:[NSColor redColor] forKey:@"gridColor"];
+  [theme->list writeToFile:nil];
+  NSString* isEditable = YesNo([theme->list isEditable]);
+  NSNotificationCenter* center = [NSNotificationCenter defaultCenter];
+  NSString* raised = RAISED([center postNotificationName:@"GSThemeDidActivateNotification" object:theme]);
+  return Joined(
+      [NSArray arrayWithObjects:isEditable, raised, Shown([theme->list colorWithKey:@"controlColor"]), nil]);
+}
+
 SCENARIO("the colour under pages is there when such a list lacks it", "raises NSInvalidArgumentException",
          "0.590 0.590 0.590 1.000 CalibratedRGB") {
   InChild(WriteSystem);

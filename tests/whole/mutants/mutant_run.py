@@ -13,7 +13,9 @@ import sys
 import tempfile
 import time
 
-QUIET = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "stdin": subprocess.DEVNULL, "text": True}
+# What a mutant makes a test say may be no text.
+QUIET = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "stdin": subprocess.DEVNULL, "text": True,
+         "errors": "backslashreplace"}
 
 
 def run(*command, limit=None):
