@@ -1,0 +1,67 @@
+# tests/whole/approved/answers.py HOSTRUN [--renew] - what hostrun's commands answer, to the letter: help, manual page,
+# completions, classes, layouts, checks, sessions; compared with the approved files, or renews these, and prints what changes.
+import os
+import pathlib
+import re
+import subprocess
+import sys
+from concurrent.futures import ThreadPoolExecutor
+
+from approved import SOURCE, compare
+
+COMMANDS = ["classes", "check", "check-syntax", "debug", "trace", "repl", "docs", "swatches", "completion", "manual"]
+SMALL = "--platform none --bundle BUILD/broken/Any.so"  # a bundle of one class
+
+# By the file that has them: what is typed, behind the variables that the environment has then. What is read follows a " < ".
+ANSWERS = {
+    "help": ["--help", *(f"help {command}" for command in COMMANDS)],
+    "shells": [*(f"completion {shell}" for shell in ("bash", "zsh", "fish")), "manual"],
+    "classes": [
+        "classes", "classes --all --flags", "classes RuntimeException", "classes NSColorListQVX --host-version 2012.0",
+        "classes NSColorQVX.getWhite", "classes setColor --flags", "classes Constructor", "classes --all Append",
+        "classes NSColorSpaceQVX.NSCMYKColorSpaceModel", "classes NSColorQVX.getHSV --json", f"classes --json {SMALL}",
+        "classes Nothing", "classes NSColorQVX.redColour", "classes NSColorQVX.zzz", "classes NSColorQVX NSColorListQVX"],
+    "layouts": [
+        "classes --layout", "classes NSColorSpaceQVX --layout --host-version 2013.0", "classes getWhite --layout",
+        "classes NSColorSpaceQVX.NSUnknownColorSpaceModel --layout", f"classes --layout --json {SMALL}"],
+    "checks": [
+        "check --host-version 2015.0 --filter ColorList", "check --filter /records/",
+        f"check --json --host-version 2015.0 {SMALL}", f"check --host-version 2011.0 {SMALL}",
+        f"BROKEN_BUNDLE_FAULT=Crash check --host-version 2015.0 --only-failed {SMALL}",
+        f"BROKEN_BUNDLE_FAULT=NotNeutral check --host-version 2015.0 --json --filter Sound.Number {SMALL}",
+        "check --platform none --only-failed BUILD/broken/NoEntryPoint.so", "check --without REALLockObject --filter /order"],
+    "traces": [
+        *(f"trace {options} tests/whole/approved/traced.bas" for options in (
+            "--json", "--all --filter NSColorQVX.getRGB", "--summary --filter NSColorQVX.redColor",
+            "--summary --json --filter NSColorListQVX.setColor", "--leaks --filter NSColorListQVX"))],
+    "repl": [
+        "repl < :help\n:doc NSColorQVX.redColor\n:doc NSColorListQVX\n:doc NSExceptionQVX.message\n:doc Zzz\n:doc NSColorQVX.redColour\n"
+        ":doc\n:hlep\n:quit\n1",
+        "repl < 1 + 2\n\"text\"\nTrue\nNil\n&c102030\nArray(1, 2)\nNSColorQVX.orangeColor\nNSColorSpaceQVX.deviceRGBColorSpace\n"
+        "New NSColorListQVX\nNew Dictionary\nNew MemoryBlock(3)\n1.5\n1 / 0\nx"],
+}
+
+hostrun = pathlib.Path(sys.argv[1]).resolve()
+BUILD = str(hostrun.parent)
+
+# What is each build's own, or each run's.
+OWN = [(r"code at 0x[0-9a-f]+(  )? *", r"code at ADDRESS\1"), (r'"ms": \d+', '"ms": TIME'), (r'"nanoseconds":\d+', '"nanoseconds":TIME'),
+       (r", [0-9.]+ µs", ", TIME"), (r" +[0-9]+\.[0-9]+ +[0-9]+\.[0-9] ", " TIME "),
+       (r'<0x[0-9a-f]+>', "<ADDRESS>")]
+
+
+def answer(line):
+    arguments, _, read = line.partition(" < ")
+    words = arguments.replace("BUILD", BUILD).split()
+    variables = dict(word.split("=") for word in words if "=" in word)
+    done = subprocess.run([hostrun, *(word for word in words if "=" not in word)], input=read + "\n" if read else "", text=True,
+                          env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **variables}, cwd=SOURCE, capture_output=True,
+                          check=False)
+    said = f"$ hostrun {line}\n{done.stdout}{done.stderr}status {done.returncode}\n\n".replace(BUILD, "BUILD")
+    for own, name in OWN:
+        said = re.sub(own, name, said)
+    return said.replace(str(SOURCE), "SOURCE")
+
+
+with ThreadPoolExecutor(2) as workers:
+    compare([(f"{name}.answers", "".join(workers.map(answer, lines))) for name, lines in ANSWERS.items()])
