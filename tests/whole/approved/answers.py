@@ -11,6 +11,13 @@ from approved import SOURCE, compare
 
 COMMANDS = ["classes", "check", "check-syntax", "debug", "trace", "repl", "docs", "swatches", "completion", "manual"]
 SMALL = "--platform none --bundle BUILD/broken/Any.so"  # a bundle of one class
+WRONG = "tests/hostrun/programs/errors"
+
+
+def with_echo(session):
+    """The lines of a session, each with itself as a text before it."""
+    return "".join('"' + line.replace('"', '""') + f'"\n{line}\n' for line in session.read_text().splitlines())
+
 
 # By the file that has them: what is typed, behind the variables that the environment has then. What is read follows a " < ".
 ANSWERS = {
@@ -34,6 +41,10 @@ ANSWERS = {
         *(f"trace {options} tests/whole/approved/traced.bas" for options in (
             "--json", "--all --filter NSColorQVX.getRGB", "--summary --filter NSColorQVX.redColor",
             "--summary --json --filter NSColorListQVX.setColor", "--leaks --filter NSColorListQVX"))],
+    "errors": [
+        "check-syntax " + " ".join(sorted(str(file.relative_to(SOURCE)) for file in SOURCE.glob(f"{WRONG}/*.bas"))),
+        "check-syntax --json tests/whole/approved/lacking.bas", "check-syntax tests/whole/approved/lacking.bas"],
+    "values": [f"repl {SMALL} < {with_echo(SOURCE / 'tests/whole/approved/values.session')}"],
     "repl": [
         "repl < :help\n:doc NSColorQVX.redColor\n:doc NSColorListQVX\n:doc NSExceptionQVX.message\n:doc Zzz\n:doc NSColorQVX.redColour\n"
         ":doc\n:hlep\n:quit\n1",
@@ -57,7 +68,7 @@ def answer(line):
     done = subprocess.run([hostrun, *(word for word in words if "=" not in word)], input=read + "\n" if read else "", text=True,
                           env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **variables}, cwd=SOURCE, capture_output=True,
                           check=False)
-    said = f"$ hostrun {line}\n{done.stdout}{done.stderr}status {done.returncode}\n\n".replace(BUILD, "BUILD")
+    said = f"$ hostrun {arguments}\n{done.stdout}{done.stderr}status {done.returncode}\n\n".replace(BUILD, "BUILD")
     for own, name in OWN:
         said = re.sub(own, name, said)
     return said.replace(str(SOURCE), "SOURCE")
