@@ -3,20 +3,26 @@
 import os
 import pathlib
 import re
+import resource
 import subprocess
 import sys
+import tempfile
 from concurrent.futures import ThreadPoolExecutor
 
-from approved import SOURCE, compare
+from approved import FOLDER, SOURCE, compare
 
 COMMANDS = ["classes", "check", "check-syntax", "debug", "trace", "repl", "docs", "swatches", "completion", "manual"]
 SMALL = "--platform none --bundle BUILD/broken/Any.so"  # a bundle of one class
 WRONG = "tests/hostrun/programs/errors"
 
 
-def with_echo(session):
+def session(name):
+    return (FOLDER / f"{name}.session").read_text()
+
+
+def with_echo(name):
     """The lines of a session, each with itself as a text before it."""
-    return "".join('"' + line.replace('"', '""') + f'"\n{line}\n' for line in session.read_text().splitlines())
+    return "".join('"' + line.replace('"', '""') + f'"\n{line}\n' for line in session(name).splitlines())
 
 
 # By the file that has them: what is typed, behind the variables that the environment has then. What is read follows a " < ".
@@ -44,7 +50,8 @@ ANSWERS = {
     "errors": [
         "check-syntax " + " ".join(sorted(str(file.relative_to(SOURCE)) for file in SOURCE.glob(f"{WRONG}/*.bas"))),
         "check-syntax --json tests/whole/approved/lacking.bas", "check-syntax tests/whole/approved/lacking.bas"],
-    "values": [f"repl {SMALL} < {with_echo(SOURCE / 'tests/whole/approved/values.session')}"],
+    "refused": ["repl < " + session("refused")],
+    "values": [f"repl {SMALL} < {with_echo('values')}", f"repl {SMALL} < {with_echo('loops')}"],
     "repl": [
         "repl < :help\n:doc NSColorQVX.redColor\n:doc NSColorListQVX\n:doc NSExceptionQVX.message\n:doc Zzz\n:doc NSColorQVX.redColour\n"
         ":doc\n:hlep\n:quit\n1",
@@ -61,14 +68,20 @@ OWN = [(r"code at 0x[0-9a-f]+(  )? *", r"code at ADDRESS\1"), (r'"ms": \d+', '"m
        (r'<0x[0-9a-f]+>', "<ADDRESS>")]
 
 
+def end_what_writes_for_ever():
+    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))
+
+
 def answer(line):
     arguments, _, read = line.partition(" < ")
     words = arguments.replace("BUILD", BUILD).split()
     variables = dict(word.split("=") for word in words if "=" in word)
-    done = subprocess.run([hostrun, *(word for word in words if "=" not in word)], input=read + "\n" if read else "", text=True,
-                          env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **variables}, cwd=SOURCE, capture_output=True,
-                          check=False)
-    said = f"$ hostrun {arguments}\n{done.stdout}{done.stderr}status {done.returncode}\n\n".replace(BUILD, "BUILD")
+    with tempfile.TemporaryFile("w+") as out:
+        done = subprocess.run([hostrun, *(word for word in words if "=" not in word)], input=read + "\n" if read else "", text=True,
+                              env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **variables}, cwd=SOURCE, stdout=out,
+                              stderr=subprocess.PIPE, preexec_fn=end_what_writes_for_ever, check=False)
+        out.seek(0)
+        said = f"$ hostrun {arguments}\n{out.read()}{done.stderr}status {done.returncode}\n\n".replace(BUILD, "BUILD")
     for own, name in OWN:
         said = re.sub(own, name, said)
     return said.replace(str(SOURCE), "SOURCE")
