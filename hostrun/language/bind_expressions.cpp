@@ -230,6 +230,8 @@ PlacePtr Binder::BindPlace(const Expression& expression) {
   }
   if (expression.kind == Expression::Kind::Name) {
     const Variable* const variable = FindVariable(expression.name);
+    if (ClassOf(expression) != nullptr)
+      Fail(expression.at, "wanted a variable before '=', found the class " + expression.name);
     if (variable == nullptr) {
       FailUnknown(
           expression.at, expression.name,

@@ -129,11 +129,11 @@ EnumDeclaration Parser::ParseEnum() {
 }
 
 ExpressionPtr Parser::ParseLoneExpression() {
+  if (!errors_.empty()) throw ProgramErrors(std::move(errors_));
   while (Peek().kind == TokenKind::EndOfLine) Take();
   ExpressionPtr expression = ParseExpression();
   while (Peek().kind == TokenKind::EndOfLine) Take();
   if (Peek().kind != TokenKind::EndOfFile) Fail("the end of the expression");
-  if (!errors_.empty()) throw ProgramErrors(std::move(errors_));
   return expression;
 }
 

@@ -3,6 +3,7 @@
 // What concerns the file is given by macros and options of the build.
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <array>
@@ -91,7 +92,18 @@ REALproc Proc(R (*function)(A...)) {
   return reinterpret_cast<REALproc>(function);
 }
 
+// The end of what may be read: letters before it, and behind it nothing at all.
+char* EndOfMemory() {
+  constexpr std::size_t kPage = 4096;
+  auto* const pages = static_cast<char*>(
+      mmap(nullptr, 2 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  std::memset(pages, 'a', kPage);
+  mprotect(pages + kPage, kPage, PROT_NONE);
+  return pages + kPage;
+}
+
 const char* UseDeclaration() {
+  if (Has("TextWithoutEnd")) return EndOfMemory() - 8;
   if (Has("DeclarationIsNoText")) return reinterpret_cast<const char*>(16);
   if (Has("BadDeclaration")) return "Use(other Sound)";
   return Has("UnknownType") ? "Use(other as Nowhere)" : "Use(other as Sound)";
@@ -142,6 +154,10 @@ void Describe(std::int32_t version) {
   definition.sharedMethodCount = 1;
   definition.constants = old ? Shrunk<OldConstant>(constants) : constants.data();
   definition.constantCount = Has("CountTooLarge") ? 1000000 : 1;
+  if (Has("RecordsBehindMemory")) {
+    definition.constants = reinterpret_cast<qvx::REALconstant*>(EndOfMemory());
+    definition.constantCount = 0;
+  }
   definition.flags = qvx::kClassFlags;
 }
 

@@ -229,6 +229,22 @@ TEST(Debug, RepeatsAStepForAnEmptyLine) {
             "debugged.bas:1\n >    1  Print 1\n1\n >    2  Print 2\n2\n >    3  Print 3\n7\n");
 }
 
+TEST(Debug, RepeatsOnlyWhatGoesOn) {
+  EXPECT_EQ(
+      OutOf("Print 1\nPrint 2\nPrint 3\n", "step\n\nlocals\n\n"),
+      "debugged.bas:1\n >    1  Print 1\n1\n >    2  Print 2\n2\n >    3  Print 3\nno variables here\n");
+  const std::string rounds = OutOf(kSum, "break 8\ncontinue\n\n\n");
+  EXPECT_TRUE(rounds.ends_with("2\ndebugged.bas:8: breakpoint 1\n*>    8    Print i\n")) << rounds;
+  std::string once = "break 2\ncontinue\n";
+  std::string withEmptyLines = once;
+  for (const std::string command :
+       {"break", "finish", "print 1", "globals", "backtrace", "frame", "exceptions", "help", "locals"}) {
+    once += command + "\n";
+    withEmptyLines += command + "\n\n";
+  }
+  EXPECT_EQ(OutOf(kSum, withEmptyLines), OutOf(kSum, once));
+}
+
 TEST(Debug, TakesShortFormsAndBeginnings) {
   const std::string said = OutOf(kSum, "b 7\nc\ns\nbt\nfin\np i\nn\nl 1\ncont\nbre\nq\n");
   EXPECT_EQ(LastLine(said), "    1  debugged.bas:7");
@@ -238,18 +254,47 @@ TEST(Debug, TakesShortFormsAndBeginnings) {
 }
 
 TEST(Debug, ExplainsItsCommands) {
-  const std::string help = OutOf(kSum, "help\n");
-  for (const std::string command :
-       {"break", "delete", "step", "next", "finish", "continue", "print", "locals", "globals", "backtrace",
-        "up", "down", "frame", "list", "exceptions", "restart", "help", "quit"}) {
-    EXPECT_NE(help.find(" " + command + " "), std::string::npos) << command;
-  }
+  EXPECT_EQ(
+      OutOf("Print 1\n", "help\n"),
+      "debugged.bas:1\n"
+      " >    1  Print 1\n"
+      "  b               break [LINE | ROUTINE [if CONDITION]]   halts there; alone: lists the breakpoints\n"
+      "  d               delete [NUMBER...]                      takes breakpoints away; alone: all\n"
+      "  s               step                                    runs one statement, into a routine that it "
+      "calls\n"
+      "  n               next                                    runs one statement, with all that it calls\n"
+      "  fin out         finish                                  runs to the statement behind this call\n"
+      "  c cont          continue                                runs to the next breakpoint\n"
+      "  p               print EXPRESSION                        shows a value\n"
+      "  lo              locals                                  shows the variables of the routine\n"
+      "  g               globals                                 shows the variables of the program's own "
+      "level\n"
+      "  bt stack where  backtrace                               shows the calls, innermost first\n"
+      "  u               up                                      looks at the call that led here\n"
+      "  do              down                                    goes back by one call\n"
+      "  f               frame [NUMBER]                          looks at that call\n"
+      "  l               list [LINE | ROUTINE]                   shows the program; again: its next lines\n"
+      "  e               exceptions [raised | uncaught | never]  which exceptions halt; alone: shows it\n"
+      "  r run           restart                                 runs the program again from its beginning\n"
+      "  h ?             help                                    shows this\n"
+      "  q exit          quit                                    ends\n"
+      "An empty line repeats step, next, continue and list. Ctrl-C halts a program that runs.\n");
 }
 
 TEST(Debug, WantsARunningProgramForWhatNeedsOne) {
-  EXPECT_EQ(ErrorOf("Print 1\n", "continue\nprint 1\nstep\nbreak 1\nlist\n"),
-            "print: wanted a program that runs, found one that has ended; restart runs it again\n"
-            "step: wanted a program that runs, found one that has ended; restart runs it again\n");
+  std::string commands = "continue\n";
+  std::string refused;
+  for (const std::string name : {"step", "next", "finish", "continue", "print", "locals", "globals",
+                                 "backtrace", "up", "down", "frame"}) {
+    commands += name + "\n";
+    refused += name + ": wanted a program that runs, found one that has ended; restart runs it again\n";
+  }
+  EXPECT_EQ(ErrorOf("Print 1\n", commands), refused);
+  const std::string said = OutOf("Print 1\n", "continue\nbreak 1\nlist\nexceptions\ndelete\nbreak\nhelp\n");
+  EXPECT_NE(said.find(std::string(kEnd) +
+                      "breakpoint 1: debugged.bas:1\n*     1  Print 1\nuncaught\nno breakpoints\n  b "),
+            std::string::npos)
+      << said;
 }
 
 TEST(Debug, TakesNoProgramFromStandardInput) {

@@ -137,6 +137,47 @@ TEST(Debug, ListsTheProgram) {
   EXPECT_NE(OutOf(kSum, "list Twice\n").find("      1  Function Twice"), std::string::npos);
 }
 
+TEST(Debug, ListsTenLinesFromFourBeforeTheOneThatIsMeant) {
+  std::string program;
+  for (int i = 1; i <= 30; ++i) program += "Print " + std::to_string(i) + "\n";
+  const auto listed = [&](const std::string& commands) {
+    std::string numbers;
+    for (const std::string& line : Lines(OutOf(program, commands))) {
+      if (line.find("  Print ") != std::string::npos)
+        numbers += line.substr(line.find_last_of(' ')) + (line[1] == '>' ? ">" : "");
+    }
+    return numbers;
+  };
+  const std::string first = " 1>";  // where it is halted
+  EXPECT_EQ(listed("list\n"), first + " 1> 2 3 4 5 6 7 8 9 10");
+  EXPECT_EQ(listed("list 5\n"), first + " 1> 2 3 4 5 6 7 8 9 10");
+  EXPECT_EQ(listed("list 6\n"), first + " 2 3 4 5 6 7 8 9 10 11");
+  EXPECT_EQ(listed("list 20\nlist\n"), first + " 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30");
+  EXPECT_EQ(listed("list 34\n"), first + " 30");
+  EXPECT_EQ(listed("break 12\ncontinue\nlist\n"), first + " 12> 8 9 10 11 12> 13 14 15 16 17");
+  EXPECT_EQ(ErrorOf(program, "list 35\nlist Nowhere\n"),
+            "list: wanted a line up to 30, the last one; found 31\n"
+            "list: wanted a line or a routine with statements, found Nowhere\n");
+}
+
+TEST(Debug, ListsALastLineThatDoesNotEnd) {
+  EXPECT_EQ(OutOf("Print 1\nPrint 2", "list\n"),
+            "debugged.bas:1\n >    1  Print 1\n >    1  Print 1\n      2  Print 2\n");
+}
+
+TEST(Debug, ShowsTwentyOneCallsInFull) {
+  const auto calls = [](int depth) {
+    return Lines(OutOf(
+        "Sub Down(n As Integer)\n  If n > 0 Then Down n - 1\nEnd Sub\nDown " + std::to_string(depth) + "\n",
+        "break 2 if n = 0\ncontinue\nbacktrace\n"));
+  };
+  const std::vector<std::string> shown = calls(19);
+  EXPECT_EQ(shown.at(shown.size() - 2), "  #19 debugged.bas:2 in Down");
+  EXPECT_EQ(shown.back(), "  #20 debugged.bas:4");
+  const std::vector<std::string> oneMore = calls(20);
+  EXPECT_EQ(oneMore.at(oneMore.size() - 2), "  and 1 more calls, up to");
+}
+
 // --- exceptions
 
 const char* const kRaises =

@@ -121,6 +121,42 @@ TEST(Problems, AreNamedByClassAndMember) {
   EXPECT_EQ(ProblemOf(third), "BrokenThree: registered a second time");
 }
 
+// The host's own part lies behind the class data, which has room for a native pointer, at a multiple of 8.
+TEST(Layouts, TheHostsPartBeginsBehindTheClassData) {
+  const struct {
+    const char* name;
+    std::int32_t dataSize;
+    std::uint32_t payloadOffset;
+  } samples[] = {{"DataOfNone", 0, 40}, {"DataOfLess", -1, 40}, {"DataOf16", 16, 40},
+                 {"DataOf17", 17, 48},  {"DataOf24", 24, 48},   {"DataOf25", 25, 56}};
+  static qvx::REALclassDefinition definitions[std::size(samples)];
+  for (std::size_t i = 0; i < std::size(samples); ++i) {
+    definitions[i].version = 13;
+    definitions[i].name = samples[i].name;
+    definitions[i].dataSize = samples[i].dataSize;
+    TheRegistry().Register(definitions[i], Origin::Host, PayloadFor<double>());
+    const Class& cls = TheRegistry().ClassNamed(samples[i].name);
+    EXPECT_EQ(cls.dataOffset, kClassDataOffset);
+    EXPECT_EQ(cls.payloadOffset, samples[i].payloadOffset) << samples[i].name;
+  }
+}
+
+TEST(Layouts, ClassDataFollowsThatOfTheClassThatItDescendsFrom) {
+  static qvx::REALclassDefinition above{};
+  above.version = 13;
+  above.name = "Above";
+  above.dataSize = 32;
+  TheRegistry().Register(above, Origin::Bundle);
+  static qvx::REALclassDefinition below{};
+  below.version = 13;
+  below.name = "Below";
+  below.superName = "Above";
+  below.dataSize = 16;
+  TheRegistry().Register(below, Origin::Bundle);
+  EXPECT_EQ(below.dataOffset, above.dataOffset + 32);
+  EXPECT_EQ(TheRegistry().ClassNamed("Below").payloadOffset, above.dataOffset + 48);
+}
+
 TEST(Objects, ALongChainOfOwnersIsFreedWithoutAsDeepAChainOfCalls) {
   std::size_t before = 0;
   for (const Object* o = FirstLiveObject(); o != nullptr; o = o->next) ++before;

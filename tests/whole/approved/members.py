@@ -1,5 +1,5 @@
-# tests/whole/approved/members.py HOSTRUN [--renew] - what the reference has about members of each kind, compared with the
-# approved file; or renews that, and prints what changes.
+# tests/whole/approved/members.py HOSTRUN [--renew] - what the reference has about members of each kind, and the page around
+# the members but for its style and its script, compared with the approved files; or renews these, and prints what changes.
 import pathlib
 import re
 import subprocess
@@ -18,4 +18,5 @@ with tempfile.TemporaryDirectory() as folder:
                    capture_output=True)
     text = page.read_text()
 articles = [re.search(f'<article id="{re.escape(name)}".*?</article>\n', text, re.S) for name in MEMBERS]
-compare([("members.html", "".join(article[0] if article else "none\n" for article in articles))])
+compare([("members.html", "".join(article[0] if article else "none\n" for article in articles)),
+         ("page.html", re.sub("(?s)<article id=.*?</article>\n|<style>.*?</style>\n|<script>.*?</script>\n", "", text))])
