@@ -29,6 +29,7 @@ TEST(DebugTerminal, AsksForCommandsUntilItIsLeft) {
   ASSERT_TRUE(terminal.Prompts(kPrompt));
   terminal.Type(kEndOfInput);
   EXPECT_EQ(terminal.Status(), 0);
+  EXPECT_TRUE(terminal.screen().ends_with("\r\n")) << terminal.screen();
 }
 
 TEST(DebugTerminal, CompletesCommandsAndBehindThemTheNamesOfTheProgram) {
@@ -117,6 +118,7 @@ TEST(DebugTerminal, DropsALineWhenItIsInterrupted) {
   terminal.Type("quit");
   ASSERT_TRUE(terminal.Shows("quit"));
   terminal.Type(kInterrupt);
+  ASSERT_TRUE(terminal.Shows("\r\n")) << terminal.screen();
   ASSERT_TRUE(terminal.Prompts(kPrompt)) << terminal.screen();
   terminal.Type("print 2 + 3\n");
   EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();

@@ -109,6 +109,14 @@ TEST(Terminal, ListsWhatABeginningMayBecome) {
   EXPECT_TRUE(terminal.Shows("NSColorSpaceQVX.genericRGBColorSpace")) << terminal.screen();
 }
 
+TEST(Terminal, EndsTheLineOfThePromptWhenTheInputEnds) {
+  AtTerminal terminal({"repl"});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type(kEndOfInput);
+  EXPECT_EQ(terminal.Status(), 0);
+  EXPECT_TRUE(terminal.screen().ends_with("\r\n")) << terminal.screen();
+}
+
 TEST(Terminal, KeepsAHistoryFromOneSessionToTheNext) {
   const std::vector<std::string> own = {"XDG_STATE_HOME=" + TemporaryFile("", "") + "history"};
   {
@@ -172,6 +180,7 @@ TEST(Terminal, DropsALineWhenItIsInterrupted) {
   terminal.Type("Print 1 +");
   ASSERT_TRUE(terminal.Shows("+"));
   terminal.Type(kInterrupt);
+  ASSERT_TRUE(terminal.Shows("\r\n")) << terminal.screen();
   ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
   terminal.Type("Print 2 + 3\n");
   EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();
