@@ -15,14 +15,15 @@ namespace {
 
 using desktop::Bytes;
 
-Bytes Linked(const small::Object& object) {
-  return desktop::Link(object.Bytes(), "_Entry").bundle;
+Bytes Linked(const small::Object& object, const std::string& entry = "_Entry") {
+  return desktop::Link(object.Bytes(), entry).bundle;
 }
 
 // A linked bundle, read at the offsets that the format gives them.
 class Bundle {
  public:
-  explicit Bundle(const small::Object& object) : bytes_(Linked(object)) {}
+  explicit Bundle(const small::Object& object, const std::string& entry = "_Entry")
+      : bytes_(Linked(object, entry)) {}
 
   template <typename Record>
   Record At(std::size_t offset) const {
@@ -31,6 +32,23 @@ class Bundle {
     return record;
   }
   std::uint32_t Word(std::size_t offset) const { return At<std::uint32_t>(offset); }
+
+  // The offsets of the load commands of that kind.
+  std::vector<std::size_t> Commands(desktop::CommandKind kind) const {
+    std::vector<std::size_t> offsets;
+    std::size_t offset = sizeof(desktop::Header);
+    for (std::uint32_t left = At<desktop::Header>(0).commandCount; left > 0; --left) {
+      const auto start = At<desktop::CommandStart>(offset);
+      if (start.kind == kind) offsets.push_back(offset);
+      offset += start.size;
+    }
+    return offsets;
+  }
+  std::size_t ZerosBefore(std::size_t end) const {
+    std::size_t count = 0;
+    while (bytes_.at(end - 1 - count) == 0) ++count;
+    return count;
+  }
 
   desktop::SectionHeader Section(const std::string& name) const {
     std::size_t offset = sizeof(desktop::Header);
@@ -72,6 +90,14 @@ TEST(FinalLink, MovesPointersInDataWithWhatTheyPointTo) {
   EXPECT_EQ(bundle.Word(data + 4), bundle.Section("__cstring").address + 4);
 }
 
+TEST(FinalLink, MovesPointersThatNameASymbolOfTheObject) {
+  small::Object object = small::GoodObject();
+  object.sections[small::kData].bytes[0] = 2;  // added to the helper's address
+  object.sections[small::kData].relocations[0] = small::Plain(0, small::kHelper, false, true);
+  const Bundle bundle(object);
+  EXPECT_EQ(bundle.Word(bundle.Section("__data").address), bundle.Section("__text").address + 0x22);
+}
+
 TEST(FinalLink, LeavesPointersToLibrariesEmpty) {
   const Bundle bundle(small::GoodObject());
   EXPECT_EQ(bundle.Word(bundle.Section("__data").address + 8), 0U);
@@ -99,6 +125,42 @@ TEST(FinalLink, SendsCallsToAStubThatJumpsThroughThePointer) {
   EXPECT_EQ(bundle.Section("__symbol_stub").size, 12U);
   EXPECT_EQ(end + bundle.Word(end - 4), stub);
   EXPECT_EQ(stub + 5 + bundle.Word(stub + 8), bundle.Section("__nl_symbol_ptr").address + 8);
+}
+
+TEST(FinalLink, SendsCallsThatNameASymbolOfTheObjectToIt) {
+  small::Object object = small::GoodObject();
+  const std::uint32_t toItself = 0U - 0x17;
+  std::memcpy(&object.sections[small::kText].bytes[0x13], &toItself, sizeof toItself);
+  object.sections[small::kText].relocations[1] = small::Plain(0x13, small::kHelper, true, true);
+  const Bundle bundle(object);
+  EXPECT_EQ(bundle.Word(bundle.Section("__text").address + 0x13), 0x20U - 0x17U);
+}
+
+// A name ends with a zero, and up to three more fill the word.
+TEST(FinalLink, FillsUpNamesToAWordAndNoFurther) {
+  for (const std::string entry : {"_E", "_En", "_Ent", "_Entr"}) {
+    small::Object object = small::GoodObject();
+    object.symbols[small::kEntry].name = entry;
+    const Bundle bundle(object, entry);
+    const auto offsets = bundle.Commands(desktop::CommandKind::SymbolTable);
+    ASSERT_EQ(offsets.size(), 1U);
+    const auto table = bundle.At<desktop::SymbolTableCommand>(offsets[0]);
+    EXPECT_EQ(table.stringSize % 4, 0U) << entry;
+    EXPECT_LE(bundle.ZerosBefore(table.stringOffset + table.stringSize), 4U) << entry;
+  }
+}
+
+TEST(FinalLink, FillsUpPathsOfLibrariesToAWordAndNoFurther) {
+  small::Object object = small::GoodObject();
+  object.symbols[small::kStrlen].name = "___cxa_begin_catch";  // of a library whose path fills its words
+  const Bundle bundle(object);
+  const auto offsets = bundle.Commands(desktop::CommandKind::LoadLibrary);
+  EXPECT_EQ(offsets.size(), 3U);
+  for (const std::size_t offset : offsets) {
+    const auto command = bundle.At<desktop::LoadLibraryCommand>(offset);
+    EXPECT_EQ(command.start.size % 4, 0U);
+    EXPECT_LE(bundle.ZerosBefore(offset + command.start.size), 4U);
+  }
 }
 
 TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
@@ -193,6 +255,11 @@ TEST(BindOpcodes, SayLibraryAndPlaceOnlyWhereTheyChange) {
 
 TEST(ExportTrie, HasOneEdgeToOneLeaf) {
   EXPECT_EQ(desktop::ExportTrie("_E", 0x1234), (Bytes{0, 1, '_', 'E', 0, 6, 3, 0, 0xB4, 0x24, 0}));
+}
+
+TEST(ExportTrie, TakesANameOf123BytesAndNoLonger) {
+  EXPECT_NO_THROW(desktop::ExportTrie(std::string(123, 'n'), 0x1234));
+  EXPECT_THROW(desktop::ExportTrie(std::string(124, 'n'), 0x1234), desktop::Refusal);
 }
 
 // Empty: it was linked.

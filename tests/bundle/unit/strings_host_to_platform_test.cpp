@@ -305,6 +305,14 @@ TEST_F(StringDataFallback, ConvertsOtherwiseAndReleasesTheConvertedString) {
   Dispose(data);
 }
 
+TEST_F(StringDataFallback, CopiesASingleByte) {
+  REALstringData data{nullptr, 1, 77};
+  ASSERT_TRUE(Get(host.NewString("a", kEncodingUTF8), kEncodingUnknown, &data));
+  EXPECT_EQ(Bytes(data), "a");
+  EXPECT_TRUE(EndsInFourZeros(data));
+  Dispose(data);
+}
+
 TEST_F(StringDataFallback, AnEmptyStringGivesNoBytesAndFourZeros) {
   REALstringData data{};
   ASSERT_TRUE(Get(host.NewString("", kEncodingUTF8), kEncodingUnknown, &data));
