@@ -1,5 +1,6 @@
 // tests/libcocoa/dictionary_test.cpp - dictionaries from pointer to pointer.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include "libcocoa/foundation/CFDictionary.h"
 #include "tests/libcocoa/guarded.h"
@@ -75,6 +76,26 @@ TEST_F(Dictionary, KeepsAHundredThousandEntriesApart) {
   EXPECT_EQ(CFDictionaryGetCount(dictionary_), 50000);
   EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(16 * 16)), Pointer(16));
   EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(17 * 16)), nullptr);
+}
+
+std::size_t HeapInUse() {
+  const struct mallinfo2 use = ::mallinfo2();
+  return use.uordblks + use.hblkhd;
+}
+
+TEST_F(Dictionary, GivesMemoryBackAndKeepsWhatIsLeft) {
+  constexpr std::uintptr_t kEntries = 20000;
+  const std::size_t before = HeapInUse();
+  for (std::uintptr_t i = 1; i <= kEntries; ++i)
+    CFDictionarySetValue(dictionary_, Pointer(i), Pointer(3 * i));
+  const std::size_t most = HeapInUse();
+  for (std::uintptr_t i = 1; i <= kEntries; ++i) {
+    if (i % 100 != 0) CFDictionaryRemoveValue(dictionary_, Pointer(i));
+  }
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), static_cast<CFIndex>(kEntries / 100));
+  for (std::uintptr_t i = 1; i <= kEntries; ++i)
+    ASSERT_EQ(CFDictionaryGetValue(dictionary_, Pointer(i)), i % 100 == 0 ? Pointer(3 * i) : nullptr);
+  EXPECT_LE(HeapInUse() - before, (most - before) / 2);
 }
 
 TEST_F(Dictionary, IsAnObjectWithReferences) {

@@ -80,6 +80,37 @@ SCENARIO("a pattern comes back from the pasteboard", "nil", "NSPatternColorSpace
   return [[NSColor colorFromPasteboard:board] colorSpaceName] ?: @"nil";
 }
 
+// The archive with the seven numbers of its RGB colour as doubles: so machines of 64 bits write them.
+static NSData* WithDoubles(NSData* archive) {
+  enum { kNumbers = 7, kItem = 5, kFloat = 0x0B, kDouble = 0x0C };
+  const unsigned char* bytes = [archive bytes];
+  for (NSUInteger at = 0; at + kNumbers * kItem <= [archive length]; ++at) {
+    int found = 0;
+    while (found < kNumbers && bytes[at + (NSUInteger)found * kItem] == kFloat) ++found;
+    if (found < kNumbers) continue;
+    NSMutableData* changed = [NSMutableData dataWithBytes:bytes length:at];
+    for (int i = 0; i < kNumbers; ++i) {
+      NSSwappedFloat stored;
+      memcpy(&stored, bytes + at + i * kItem + 1, sizeof stored);
+      const NSSwappedDouble wide = NSSwapHostDoubleToBig((double)NSSwapBigFloatToHost(stored));
+      const unsigned char tag = kDouble;
+      [changed appendBytes:&tag length:1];
+      [changed appendBytes:&wide length:sizeof wide];
+    }
+    const NSUInteger end = at + kNumbers * kItem;
+    [changed appendBytes:bytes + end length:[archive length] - end];
+    return changed;
+  }
+  return nil;
+}
+
+SCENARIO("a colour that a machine of 64 bits put on the pasteboard is read", "",
+         "0.250 0.500 0.750 1.000 DeviceRGB") {
+  NSColor* color = [NSColor colorWithDeviceRed:0.25 green:0.5 blue:0.75 alpha:1];
+  return Shown(
+      [NSColor colorFromPasteboard:BoardWith(WithDoubles([NSArchiver archivedDataWithRootObject:color]))]);
+}
+
 SCENARIO("junk on the pasteboard is no colour", "raises NSRangeException", "nil") {
   return Shown(
       [NSColor colorFromPasteboard:BoardWith([@"no archive" dataUsingEncoding:NSASCIIStringEncoding])]);
