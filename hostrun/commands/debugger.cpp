@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <tuple>
 
-#include "hostrun/commands/line_editor.h"
 #include "hostrun/host/exceptions.h"
+#include "hostrun/host/interrupts.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/show.h"
 #include "hostrun/host/standard_input.h"

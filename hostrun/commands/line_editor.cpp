@@ -20,6 +20,8 @@
 #include <memory>
 #include <string_view>
 
+#include "hostrun/host/interrupts.h"
+
 namespace hostrun {
 namespace {
 
@@ -47,6 +49,16 @@ void TellPastes(bool wanted) {
   std::fflush(stdout);
 }
 
+// Waits for a byte, or the end of the input. False: for an interrupt.
+bool WaitForByte(int terminal) {
+  const HeldInterrupt held;
+  pollfd one{terminal, POLLIN, 0};
+  while (interrupted == 0) {
+    if (ppoll(&one, 1, nullptr, &held.before()) >= 0 || errno != EINTR) return true;
+  }
+  return false;
+}
+
 // The next byte, or -1 at the end of the input or for an interrupt.
 int NextByte(int terminal) {
   if (!waiting.empty()) {
@@ -54,12 +66,13 @@ int NextByte(int terminal) {
     waiting.erase(0, 1);
     return byte;
   }
-  for (;;) {
+  while (WaitForByte(terminal)) {
     unsigned char byte = 0;
     const ssize_t count = read(terminal, &byte, 1);
     if (count == 1) return byte;
-    if (count == 0 || errno != EINTR || interrupted != 0) return -1;
+    if (count == 0 || errno != EINTR) return -1;
   }
+  return -1;
 }
 
 // Behind an escape: takes the rest of a mark, and nothing else.

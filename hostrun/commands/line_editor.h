@@ -1,29 +1,13 @@
 // hostrun/commands/line_editor.h - lines typed at a terminal, with history and completion.
 #pragma once
 
-#include <csignal>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace hostrun {
-
-// While it lives, an interrupt from the terminal calls the handler; afterwards it does what it did before.
-class InterruptHandler {
- public:
-  explicit InterruptHandler(void (*handler)(int)) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    sigaction(SIGINT, &action, &before_);
-  }
-  InterruptHandler(const InterruptHandler&) = delete;
-  InterruptHandler& operator=(const InterruptHandler&) = delete;
-  ~InterruptHandler() { sigaction(SIGINT, &before_, nullptr); }
-
- private:
-  struct sigaction before_ {};
-};
 
 // There is one terminal, and one of these in a process. Reads the history when it is made, and adds each line
 // to its file at once: sessions side by side keep each other's lines.

@@ -12,6 +12,7 @@
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/call.h"
+#include "hostrun/host/interrupts.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/show.h"
 #include "hostrun/host/standard_input.h"

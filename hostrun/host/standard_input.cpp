@@ -6,8 +6,9 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <utility>
+
+#include "hostrun/host/interrupts.h"
 
 namespace hostrun {
 namespace {
@@ -16,24 +17,6 @@ InputInterrupt& Interrupt() {
   static InputInterrupt interrupt;
   return interrupt;
 }
-
-// SIGINT waits while this lives.
-class HeldInterrupt {
- public:
-  HeldInterrupt() {
-    sigset_t held;
-    sigemptyset(&held);
-    sigaddset(&held, SIGINT);
-    sigprocmask(SIG_BLOCK, &held, &before_);
-  }
-  HeldInterrupt(const HeldInterrupt&) = delete;
-  HeldInterrupt& operator=(const HeldInterrupt&) = delete;
-  ~HeldInterrupt() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-  const sigset_t& before() const { return before_; }
-
- private:
-  sigset_t before_ = {};
-};
 
 void WaitForInput() {
   if (!Interrupt().asked) return;
