@@ -2,6 +2,8 @@
 // whether it has something to clean up.
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "tests/libcocoa/unwind_tables.h"
 
 extern "C" {
@@ -34,12 +36,13 @@ class FrameInformation : public testing::Test {
  protected:
   const Room room_{4096};
   QVXFrameInformation found_{};
+  std::optional<Table> table_;  // what found_ points into
 
   // Whether it is found, in found_.
   bool Find(Entries entries) {
     entries.begin = room_.begin();
     entries.size = room_.size();
-    const Table table(entries);
+    table_.emplace(entries);
     return QVXFindFrameInformation(room_.begin() + 1, &found_);
   }
   // A function with a personality routine, and perhaps actions.
@@ -72,16 +75,9 @@ TEST_F(FrameInformation, TellsBothProgramsFromBeginningToEnd) {
   entries.functionAugmentation = {1, 2, 3, 4, 5};
   entries.common = {0x0C, 4, 4, 0x88, 1, 0x41};
   entries.own = {0x0E, 8, 0x43};
-  Bytes common;
-  Bytes own;
-  {
-    entries.begin = room_.begin();
-    entries.size = room_.size();
-    const Table table(entries);
-    ASSERT_TRUE(QVXFindFrameInformation(room_.begin(), &found_));
-    common.assign(found_.common.begin, found_.common.end);
-    own.assign(found_.own.begin, found_.own.end);
-  }
+  ASSERT_TRUE(Find(entries));
+  Bytes common(found_.common.begin, found_.common.end);
+  Bytes own(found_.own.begin, found_.own.end);
   while (!common.empty() && common.back() == 0) common.pop_back();  // what fills up the entry
   while (!own.empty() && own.back() == 0) own.pop_back();
   EXPECT_EQ(common, entries.common);
