@@ -80,11 +80,17 @@ static CFIndex SkipPlainUnits(const UniChar* units, CFIndex begin, CFIndex count
   return i - begin;
 }
 
+// Whether the unit there and the next one are a character together.
+static BOOL HasPartner(const UniChar* units, CFIndex at, CFIndex count) {
+  return units[at] >= 0xD800 && units[at] <= 0xDBFF && at + 1 < count && units[at + 1] >= 0xDC00 &&
+         units[at + 1] <= 0xDFFF;
+}
+
 static BOOL NeedsVerbatimString(const UniChar* units, CFIndex count) {
   if (count != 0 && (units[0] == 0xFEFF || units[0] == 0xFFFE)) return YES;
   for (CFIndex i = SkipPlainUnits(units, 0, count); i < count; ++i) {
     if (units[i] < 0xD800 || units[i] > 0xDFFF) continue;
-    if (units[i] > 0xDBFF || i + 1 == count || units[i + 1] < 0xDC00 || units[i + 1] > 0xDFFF) return YES;
+    if (!HasPartner(units, i, count)) return YES;
     ++i;
   }
   return NO;
@@ -142,18 +148,50 @@ QVX_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator
   return (CFMutableStringRef)[(NSString*)string mutableCopy];
 }
 
-QVX_EXPORT void CFStringNormalize(CFMutableStringRef string, CFIndex form) {
-  NSMutableString* text = (NSMutableString*)string;
-  NSString* normalised = nil;
+// nil for a form that is none.
+static NSString* Normalised(NSString* text, CFIndex form) {
   switch (form) {
     // clang-format off
-    case 0: normalised = [text decomposedStringWithCanonicalMapping]; break;
-    case 1: normalised = [text decomposedStringWithCompatibilityMapping]; break;
-    case 2: normalised = [text precomposedStringWithCanonicalMapping]; break;
-    case 3: normalised = [text precomposedStringWithCompatibilityMapping]; break;
+    case 0: return [text decomposedStringWithCanonicalMapping];
+    case 1: return [text decomposedStringWithCompatibilityMapping];
+    case 2: return [text precomposedStringWithCanonicalMapping];
+    case 3: return [text precomposedStringWithCompatibilityMapping];
     // clang-format on
     default:
-      break;
+      return nil;
   }
-  if (normalised) [text setString:normalised];
+}
+
+// The text piece by piece, for GNUstep gives up on what needs a verbatim string, or drops it. A unit of that
+// kind has no other form, and nothing is moved or composed across it.
+static NSString* NormalisedInPieces(const UniChar* units, CFIndex count, CFIndex form) {
+  NSMutableString* whole = [NSMutableString stringWithCapacity:(NSUInteger)count];
+  for (CFIndex begin = 0, end = 0; begin < count; begin = end) {
+    while (end < count) {
+      const CFIndex size = HasPartner(units, end, count) ? 2 : 1;
+      if (NeedsVerbatimString(units + end, size)) break;
+      end += size;
+    }
+    const BOOL isPlain = end > begin;
+    if (!isPlain) ++end;
+    NSString* piece = (NSString*)CFStringCreateWithCharacters(NULL, units + begin, end - begin);
+    [whole appendString:isPlain ? Normalised(piece, form) : piece];
+    [piece release];
+  }
+  return whole;
+}
+
+QVX_EXPORT void CFStringNormalize(CFMutableStringRef string, CFIndex form) {
+  NSMutableString* text = (NSMutableString*)string;
+  if (form < 0 || form > 3) return;
+  const NSUInteger count = [text length];
+  UniChar onStack[kStackUnits];
+  UniChar* units = count <= kStackUnits ? onStack : malloc(count * sizeof *units);
+  if (!units) return;
+  [text getCharacters:units range:NSMakeRange(0, count)];
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+  [text setString:NeedsVerbatimString(units, (CFIndex)count) ? NormalisedInPieces(units, (CFIndex)count, form)
+                                                             : Normalised(text, form)];
+  [pool drain];
+  if (units != onStack) free(units);
 }
