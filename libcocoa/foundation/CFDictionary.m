@@ -35,6 +35,9 @@ static NSMapTable* NewTable(NSUInteger capacity) {
 
 @end
 
+// Room that is made beforehand at most; a dictionary grows beyond it as it needs.
+static const CFIndex kMostRoom = 1024;
+
 static Class dictionaryClass;
 
 // nil for anything but a dictionary made here: in any other the keys would be taken for objects.
@@ -66,7 +69,8 @@ QVX_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef alloc
                                                             const void* valueCallBacks) {
   if (capacity < 0 || keyCallBacks || valueCallBacks) return NULL;
   dictionaryClass = [QVXPointerDictionary class];
-  return (CFMutableDictionaryRef)[[QVXPointerDictionary alloc] initWithCapacity:(NSUInteger)capacity];
+  const CFIndex room = capacity < kMostRoom ? capacity : kMostRoom;
+  return (CFMutableDictionaryRef)[[QVXPointerDictionary alloc] initWithCapacity:(NSUInteger)room];
 }
 
 QVX_EXPORT CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
