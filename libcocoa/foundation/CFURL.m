@@ -3,7 +3,6 @@
 
 #import <Foundation/Foundation.h>
 #include <string.h>
-#include <sys/stat.h>
 
 #include "libcocoa/runtime/exported.h"
 
@@ -13,14 +12,26 @@ QVX_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* 
   NSString* text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
                                                                                length:strlen(path)];
   if (!text) return NULL;
-  struct stat status;
-  BOOL folder = stat(path, &status) == 0 && S_ISDIR(status.st_mode);
-  return (CFURLRef)[[NSURL alloc] initFileURLWithPath:text isDirectory:folder];
+  return (CFURLRef)[[NSURL alloc] initFileURLWithPath:text isDirectory:QVXFSRefIsFolder(ref)];
+}
+
+// Whether a path can be of that text: GNUstep raises for a surrogate without its partner, and takes a zero
+// for the end.
+static BOOL CanBeInPath(NSString* text) {
+  const NSUInteger count = [text length];
+  unichar last = 0;  // the first half of a character, or 0
+  for (NSUInteger i = 0; i < count; ++i) {
+    const unichar unit = [text characterAtIndex:i];
+    const BOOL isSecond = unit >= 0xDC00 && unit <= 0xDFFF;
+    if (unit == 0 || isSecond != (last != 0)) return NO;
+    last = unit >= 0xD800 && unit <= 0xDBFF ? unit : 0;
+  }
+  return last == 0;
 }
 
 QVX_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
                                                           CFStringRef component, Boolean isDirectory) {
-  if (!url || !component) return NULL;
+  if (!url || !component || !CanBeInPath((NSString*)component)) return NULL;
   NSString* folder = [(NSURL*)url path];
   if (!folder) return NULL;
   // Not stringByAppendingPathComponent:, which takes a backslash for a separator.

@@ -1,4 +1,7 @@
 // libcocoa/foundation/FSRef.c - file references: a tag and an index into the process's table of paths.
+// Files of any size and time, and with any number, have a reference.
+#define _FILE_OFFSET_BITS 64
+#define _TIME_BITS 64
 #include "libcocoa/foundation/FSRef.h"
 
 #include <pthread.h>
@@ -91,6 +94,12 @@ const char* QVXPathOfFSRef(const FSRef* ref) {
   const char* path = reference.index < pathCount ? paths[reference.index] : NULL;
   pthread_mutex_unlock(&lock);
   return path;
+}
+
+bool QVXFSRefIsFolder(const FSRef* ref) {
+  const char* path = QVXPathOfFSRef(ref);
+  struct stat status;
+  return path && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 QVX_EXPORT OSStatus FSRefMakePath(const FSRef* ref, uint8_t* path, uint32_t pathSize) {
