@@ -100,9 +100,13 @@ QVX_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, co
                                                     CFIndex count) {
   if (count < 0 || (!characters && count != 0)) return NULL;
   NSUInteger length = (NSUInteger)count;
-  if (NeedsVerbatimString(characters, count))
-    return (CFStringRef)[[QVXVerbatimString alloc] initWithUnits:characters length:length];
-  return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:length];
+  @try {
+    if (NeedsVerbatimString(characters, count))
+      return (CFStringRef)[[QVXVerbatimString alloc] initWithUnits:characters length:length];
+    return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:length];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
 }
 
 QVX_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* bytes,
@@ -145,10 +149,14 @@ QVX_EXPORT CFIndex CFStringGetLength(CFStringRef string) {
 
 QVX_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,
                                                         CFStringRef string) {
-  return (CFMutableStringRef)[(NSString*)string mutableCopy];
+  @try {
+    return (CFMutableStringRef)[(NSString*)string mutableCopy];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
 }
 
-// nil for a form that is none.
+// nil for a form that is none, and when memory is exhausted.
 static NSString* Normalised(NSString* text, CFIndex form) {
   switch (form) {
     // clang-format off
@@ -162,21 +170,41 @@ static NSString* Normalised(NSString* text, CFIndex form) {
   }
 }
 
-// The text piece by piece, for GNUstep gives up on what needs a verbatim string, or drops it. A unit of that
-// kind has no other form, and nothing is moved or composed across it.
+// GNUstep takes 36 bytes for each unit that it decomposes, and follows a null pointer if it does not get
+// them.
+enum { kLongestPiece = 32 * 1024 };
+
+// Whether no form moves or composes anything across the place before the unit: Latin letters and the unified
+// ideographs begin anew.
+static BOOL BeginsAnew(UniChar unit) {
+  return unit < 0x300 || (unit >= 0x3400 && unit < 0xA000);
+}
+
+// The end of the piece that begins there: one unit that is no text, or text up to the next such unit, or as
+// far as it should go at once.
+static CFIndex EndOfPiece(const UniChar* units, CFIndex begin, CFIndex count) {
+  CFIndex end = begin;
+  while (end < count && (end - begin < kLongestPiece || !BeginsAnew(units[end]))) {
+    const CFIndex size = HasPartner(units, end, count) ? 2 : 1;
+    if (NeedsVerbatimString(units + end, size)) break;
+    end += size;
+  }
+  return end > begin ? end : begin + 1;
+}
+
+// The text piece by piece. GNUstep gives up on what needs a verbatim string, or drops it: a unit of that kind
+// has no other form, and nothing is moved or composed across it. nil when memory is exhausted.
 static NSString* NormalisedInPieces(const UniChar* units, CFIndex count, CFIndex form) {
   NSMutableString* whole = [NSMutableString stringWithCapacity:(NSUInteger)count];
   for (CFIndex begin = 0, end = 0; begin < count; begin = end) {
-    while (end < count) {
-      const CFIndex size = HasPartner(units, end, count) ? 2 : 1;
-      if (NeedsVerbatimString(units + end, size)) break;
-      end += size;
-    }
-    const BOOL isPlain = end > begin;
-    if (!isPlain) ++end;
+    end = EndOfPiece(units, begin, count);
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     NSString* piece = (NSString*)CFStringCreateWithCharacters(NULL, units + begin, end - begin);
-    [whole appendString:isPlain ? Normalised(piece, form) : piece];
+    NSString* normalised = NeedsVerbatimString(units + begin, end - begin) ? piece : Normalised(piece, form);
+    if (normalised) [whole appendString:normalised];
     [piece release];
+    [pool drain];
+    if (!normalised) return nil;
   }
   return whole;
 }
@@ -190,8 +218,13 @@ QVX_EXPORT void CFStringNormalize(CFMutableStringRef string, CFIndex form) {
   if (!units) return;
   [text getCharacters:units range:NSMakeRange(0, count)];
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-  [text setString:NeedsVerbatimString(units, (CFIndex)count) ? NormalisedInPieces(units, (CFIndex)count, form)
-                                                             : Normalised(text, form)];
+  @try {
+    const BOOL isPlain = count <= kLongestPiece && !NeedsVerbatimString(units, (CFIndex)count);
+    NSString* normalised = isPlain ? Normalised(text, form) : NormalisedInPieces(units, (CFIndex)count, form);
+    if (normalised) [text setString:normalised];
+  } @catch (NSException* exhausted) {
+    // it stays as it is
+  }
   [pool drain];
   if (units != onStack) free(units);
 }

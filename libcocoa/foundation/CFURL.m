@@ -9,10 +9,14 @@
 QVX_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* ref) {
   const char* path = QVXPathOfFSRef(ref);
   if (!path) return NULL;
-  NSString* text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
-                                                                               length:strlen(path)];
-  if (!text) return NULL;
-  return (CFURLRef)[[NSURL alloc] initFileURLWithPath:text isDirectory:QVXFSRefIsFolder(ref)];
+  @try {
+    NSString* text = [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
+                                                                                 length:strlen(path)];
+    if (!text) return NULL;
+    return (CFURLRef)[[NSURL alloc] initFileURLWithPath:text isDirectory:QVXFSRefIsFolder(ref)];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
 }
 
 // Whether a path can be of that text: GNUstep raises for a surrogate without its partner, and takes a zero
@@ -32,15 +36,23 @@ static BOOL CanBeInPath(NSString* text) {
 QVX_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
                                                           CFStringRef component, Boolean isDirectory) {
   if (!url || !component || !CanBeInPath((NSString*)component)) return NULL;
-  NSString* folder = [(NSURL*)url path];
-  if (!folder) return NULL;
-  // Not stringByAppendingPathComponent:, which takes a backslash for a separator.
-  NSString* separator = [folder hasSuffix:@"/"] ? @"" : @"/";
-  NSString* path = [NSString stringWithFormat:@"%@%@%@", folder, separator, (NSString*)component];
-  return (CFURLRef)[[NSURL alloc] initFileURLWithPath:path isDirectory:isDirectory != 0];
+  @try {
+    NSString* folder = [(NSURL*)url path];
+    if (!folder) return NULL;
+    // Not stringByAppendingPathComponent:, which takes a backslash for a separator.
+    NSString* separator = [folder hasSuffix:@"/"] ? @"" : @"/";
+    NSString* path = [NSString stringWithFormat:@"%@%@%@", folder, separator, (NSString*)component];
+    return (CFURLRef)[[NSURL alloc] initFileURLWithPath:path isDirectory:isDirectory != 0];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
 }
 
 QVX_EXPORT CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFIndex style) {
   if (!url || style != kCFURLPOSIXPathStyle) return NULL;
-  return (CFStringRef)[[(NSURL*)url path] copy];
+  @try {
+    return (CFStringRef)[[(NSURL*)url path] copy];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
 }

@@ -442,6 +442,30 @@ TEST(Normalization, KeepsUnitsThatAreNoTextAndPassesOverThem) {
   }
 }
 
+// A long text is normalised a piece at a time: no letter may be cut from its marks.
+TEST(Normalization, OfALongTextIsThatOfItsParts) {
+  for (const std::u16string& part : {std::u16string(u"e\u0323\u0301\u4E00\uAC00\u1100\u1161\u11A8 "),
+                                     std::u16string(u"\u1100\u1161\u11A8"), std::u16string(u"\u00E9\u0323"),
+                                     std::u16string(u"\u4E00\u0301\U0001D15E")}) {
+    for (CFIndex form = 0; form < 4; ++form) {
+      const auto normalized = [&](const std::u16string& text) {
+        const String string = FromUnits(text);
+        const CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, string.Get());
+        CFStringNormalize(copy, form);
+        return Units(String(copy));
+      };
+      const std::u16string once = normalized(part);
+      std::u16string many;
+      std::u16string expected;
+      for (int i = 0; i < 20'000; ++i) {
+        many += part;
+        expected += once;
+      }
+      EXPECT_TRUE(normalized(many) == expected) << "form " << form;
+    }
+  }
+}
+
 TEST(Normalization, OfNothingIsNothing) {
   CFStringNormalize(nullptr, 0);
 }
