@@ -163,6 +163,15 @@ TEST(FinalLink, FillsUpPathsOfLibrariesToAWordAndNoFurther) {
   }
 }
 
+TEST(FinalLink, AsksForNoLaterVersionOfALibraryThanTheFirst) {
+  const Bundle bundle(small::GoodObject());
+  for (const std::size_t offset : bundle.Commands(desktop::CommandKind::LoadLibrary)) {
+    const auto command = bundle.At<desktop::LoadLibraryCommand>(offset);
+    EXPECT_EQ(command.currentVersion, 0x10000U);
+    EXPECT_EQ(command.compatibleVersion, 0x10000U);
+  }
+}
+
 TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   const Bundle bundle(small::GoodObject());
   const desktop::SectionHeader zeros = bundle.Section("__bss");
@@ -375,6 +384,12 @@ const Broken kBroken[] = {
      "wanted the exported symbol \"_Entry\", found none"},
     {"AnotherExport", [](auto& o) { o.symbols[small::kHelper].type |= desktop::kExternal; },
      "wanted one exported symbol, \"_Entry\", found \"_Helper\""},
+    {"TwoExportsOfAName",
+     [](auto& o) {
+       o.symbols[small::kHelper].type |= desktop::kExternal;
+       o.symbols[small::kHelper].name = "_Entry";
+     },
+     "wanted one exported symbol, \"_Entry\", found \"_Entry\" again"},
     {"AnExportOfData",
      [](auto& o) {
        o.symbols[small::kEntry].section = small::kData + 1;
