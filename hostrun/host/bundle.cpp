@@ -146,6 +146,13 @@ bool IsDesktopFile(const std::string& file) {
 }
 
 macho::File ReadDesktopFile(const std::string& file) {
+  constexpr std::uintmax_t kLargest = 64U << 20U;
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  if (!error && size > kLargest) {
+    throw macho::FormatError("a bundle of at most " + std::to_string(kLargest) + " bytes",
+                             std::to_string(size));
+  }
   std::ifstream in(file, std::ios::binary);
   return macho::ReadFile({std::istreambuf_iterator<char>(in), {}});
 }
