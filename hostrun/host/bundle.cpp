@@ -18,6 +18,7 @@
 #include "hostrun/host/desktop_symbols.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/services.h"
+#include "hostrun/macho/format.h"
 #include "hostrun/macho/image.h"
 
 namespace hostrun {
@@ -114,9 +115,17 @@ Problem MapElf(const std::string& file) {
 
 Problem MapDesktop(const std::string& file) {
   try {
-    auto image = std::make_unique<macho::Image>(ReadDesktopFile(file), &FindDesktopSymbol);
-    void* const entry = image->Exported("_REALPluginMain");
-    if (entry == nullptr) return Refusal(file, kEntryWanted, "none");
+    const macho::File contents = ReadDesktopFile(file);
+    const auto exported =
+        std::find_if(contents.exports.begin(), contents.exports.end(),
+                     [](const macho::Export& one) { return one.symbol == "_REALPluginMain"; });
+    if (exported == contents.exports.end()) return Refusal(file, kEntryWanted, "none");
+    const macho::Segment& segment = *contents.SegmentAround(exported->address, 1);
+    if ((segment.protection & macho::kExecute) == 0)
+      return Refusal(file, kEntryWanted, "it in " + segment.name + ", which can't be executed");
+
+    auto image = std::make_unique<macho::Image>(contents, &FindDesktopSymbol);
+    void* const entry = image->Exported(exported->symbol);
     const std::span<std::uint8_t> memory = image->memory();
     const auto begin = reinterpret_cast<std::uintptr_t>(memory.data());
     bundle = {reinterpret_cast<decltype(bundle.enter)>(entry), begin, begin + memory.size()};

@@ -62,6 +62,19 @@ TEST(Check, RefusesADesktopFileThatIsTooLargeToBeRead) {
       << output.out;
 }
 
+TEST(Use, ADesktopBundleIsEnteredWhereItMayBeExecutedOnly) {
+  TestFile file = SoundFile();
+  file.segments[0].protection = kRead;
+  const std::vector<std::uint8_t> bytes = file.Bytes();
+  const std::string path = TemporaryFile("Desktop", {bytes.begin(), bytes.end()});
+  const Finished output = RunHostrun({"--platform", "none", "--bundle", path, "--execute", "Print 1"});
+  EXPECT_EQ(output.status, 2);
+  EXPECT_EQ(output.err,
+            path +
+                ": wanted an exported function REALPluginMain, found it in __TEXT, which can't be "
+                "executed\n");
+}
+
 struct DesktopFault {
   const char* name;
   void (*spoil)(TestFile& file);
