@@ -50,6 +50,9 @@ bool IsCutShort(std::ifstream& in, const Elf32_Ehdr& header) {
 }
 
 Problem CheckElfFile(const std::string& file) {
+  std::error_code error;
+  if (std::filesystem::is_directory(file, error))
+    return Refusal(file, kWanted, "a folder; take the folder NAME.bundle, or the file in it");
   std::ifstream in(file, std::ios::binary);
   if (!in) return Refusal(file, kWanted, std::strerror(errno));
   Elf32_Ehdr header{};
