@@ -187,6 +187,19 @@ TEST(FinalLink, AsksForNoLaterVersionOfALibraryThanTheFirst) {
   }
 }
 
+TEST(FinalLink, BeginsAndEndsCodeAndDataAtPages) {
+  const Bundle bundle(small::GoodObject());
+  const auto offsets = bundle.Commands(desktop::CommandKind::Segment);
+  ASSERT_EQ(offsets.size(), 3U);
+  for (int index = 0; index < 2; ++index) {
+    const auto segment = bundle.At<desktop::SegmentCommand>(offsets[index]);
+    EXPECT_EQ(segment.address % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.memorySize % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.fileOffset % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.fileSize % 0x1000, 0U) << index;
+  }
+}
+
 TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   const Bundle bundle(small::GoodObject());
   const desktop::SectionHeader zeros = bundle.Section("__bss");
