@@ -115,7 +115,7 @@ QVX_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const
   size_t length = QVXTextEncodingLength(encoding, bytes);
   UniChar onStack[kStackUnits];
   // No encoding has more units than bytes.
-  UniChar* units = length <= kStackUnits ? onStack : malloc(length * sizeof *units);
+  UniChar* units = length <= kStackUnits ? onStack : reallocarray(NULL, length, sizeof *units);
   if (!units) return NULL;
   size_t count;
   CFStringRef string = NULL;

@@ -1,6 +1,8 @@
 // tests/libcocoa/string_test.cpp - Core Foundation strings: encodings, strictness, bounds.
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstring>
@@ -383,6 +385,23 @@ TEST(StrictConversion, RefusesWhatTheEncodingLacks) {
   EXPECT_FALSE(Convert(FromUnits(u"\u0081"), kWindowsLatin1, 16).whole);
   EXPECT_FALSE(Convert(FromUnits(u"a\u4E00"), kMacRoman, 16).whole);
   EXPECT_FALSE(Convert(FromUnits(u"\U0001F600"), kMacRoman, 16).whole);
+}
+
+// One page after another shows the same file: two gigabytes of text that take a megabyte of memory.
+TEST(StrictConversion, RefusesATextWhoseUnitsMemoryCannotHold) {
+  constexpr std::size_t kPiece = 1U << 20U;
+  constexpr std::size_t kPieces = 2048;
+  const int file = memfd_create("text", 0);
+  ASSERT_EQ(write(file, std::string(kPiece, 'a').data(), kPiece), static_cast<ssize_t>(kPiece));
+  void* const place =
+      mmap(nullptr, (kPieces + 1) * kPiece, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (place == MAP_FAILED) GTEST_SKIP() << "wanted two gigabytes of addresses, found less";
+  char* const text = static_cast<char*>(place);
+  for (std::size_t i = 0; i < kPieces; ++i)
+    ASSERT_NE(mmap(text + i * kPiece, kPiece, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0), MAP_FAILED);
+  EXPECT_EQ(CFStringCreateWithCString(nullptr, text, kUTF8), nullptr);
+  munmap(text, (kPieces + 1) * kPiece);
+  close(file);
 }
 
 TEST(MutableCopy, IsIndependentOfItsOriginalAndOfTheLimit) {
