@@ -102,6 +102,9 @@ class Reader {
   }
 
   void ReadSegment(Bytes command) {
+    constexpr std::size_t kMost = 16;  // as many as a rebase or a bind can name
+    if (file_.segments.size() == kMost)
+      throw FormatError("at most " + std::to_string(kMost) + " segments", "more");
     const auto record = RecordAt<SegmentCommand>(command, 0, kLoadCommands);
     Segment segment{NameOf(record.name), record.address,    record.size, record.fileOffset,
                     record.fileSize,     record.protection, {}};

@@ -157,6 +157,14 @@ const Spoilt kSpoilt[] = {
      "wanted __LINKEDIT behind __DATA, found a place before its end"},
     {"Huge", [](TestFile& f) { f.segments[2].size = 0x10000000; },
      "wanted segments in proportion to the file, found a span of 0x10002000 bytes"},
+    {"ManySegments",
+     [](TestFile& f) {
+       SegmentCommand empty = f.segments[0];
+       empty.size = empty.fileSize = 0;
+       f.segments.insert(f.segments.begin() + 1, 14, empty);
+       for (std::size_t i = 1; i <= 14; ++i) f.segments[i].address = f.segments[i].fileOffset = kPage;
+     },
+     "wanted at most 16 segments, found more"},
     {"SectionOutside", [](TestFile& f) { f.frames.size = kPage; },
      "wanted __TEXT,__eh_frame inside of its segment, found 0x900 and 0x1000 bytes"},
     {"SectionElsewhere", [](TestFile& f) { f.frames.fileOffset = 0; },
