@@ -40,7 +40,7 @@ Section ReadSection(const SectionRecord& record, const Segment& segment) {
                       Hex(section.address) + " and " + Hex(section.size) + " bytes");
   }
   const std::uint32_t type = record.flags & kSectionType;
-  if (type == kInitialisers || type == kTerminators)
+  if (type == kInitialisers || type == kTerminators || type == kInitialiserOffsets)
     throw FormatError("a bundle that runs nothing on loading", name + " with functions to run");
   if (type >= kFirstThreadLocal) throw FormatError("a bundle without variables of each thread", name);
   const std::uint32_t inSegment = section.address - segment.address;

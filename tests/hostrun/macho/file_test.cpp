@@ -171,6 +171,8 @@ const Spoilt kSpoilt[] = {
      "wanted __TEXT,__eh_frame at the same place in the file as in memory, found 0x0"},
     {"Initialisers", [](TestFile& f) { f.frames.flags = kInitialisers; },
      "wanted a bundle that runs nothing on loading, found __TEXT,__eh_frame with functions to run"},
+    {"InitialiserOffsets", [](TestFile& f) { f.frames.flags = kInitialiserOffsets; },
+     "wanted a bundle that runs nothing on loading, found __TEXT,__eh_frame with functions to run"},
     {"ThreadLocal", [](TestFile& f) { f.frames.flags = kFirstThreadLocal; },
      "wanted a bundle without variables of each thread, found __TEXT,__eh_frame"},
     {"InitialRoutine",
@@ -266,12 +268,12 @@ const Spoilt kSpoilt[] = {
      [](TestFile& f) {
        f.exports = Codes({4, 0, 0x80, 0x80, 0x02, 0});
      },
-     "wanted  inside of the segments, found 0x8000"},
+     "wanted the export \"\" inside of the segments, found 0x8000"},
     {"ExportOfAnotherKind",
      [](TestFile& f) {
        f.exports = Codes({2, 8, 0, 0});
      },
-     "wanted plain symbols in the tree of exports, found  with the flags 0x8"},
+     "wanted plain symbols in the tree of exports, found \"\" with the flags 0x8"},
     {"NodeOutside",
      [](TestFile& f) {
        f.exports = Codes({0, 1}) + Text("_a") + Codes({0x7F});
