@@ -33,7 +33,7 @@ void CheckHeader(const Header& header) {
 }
 
 Section ReadSection(const SectionRecord& record, const Segment& segment) {
-  const Section section = {NameOf(record.name), record.address, record.size};
+  Section section = {NameOf(record.name), record.address, record.size};
   const std::string name = segment.name + "," + section.name;
   if (!segment.Holds(section.address, section.size)) {
     throw FormatError(name + " inside of its segment",
