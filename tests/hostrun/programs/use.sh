@@ -31,7 +31,12 @@ echo 'Print "ran"' >"$folder/fine.bas"
 fine=$folder/fine.bas
 wants 2 'no such file' "$hostrun" "$folder/missing.bas"
 wants 2 'found a folder' "$hostrun" "$folder"
-wants 2 'program is required' "$hostrun"
+wants 2 'hostrun: a program is required' "$hostrun"
+wants 2 'hostrun trace: a program is required: wanted PROGRAM.bas' "$hostrun" trace
+wants 2 'hostrun debug: a program is required: wanted PROGRAM.bas' "$hostrun" debug
+wants 2 'missing: wanted a program file, found no such file' "$hostrun" trace missing
+wants 2 'missing: wanted a program file, found no such file' "$hostrun" debug missing
+wants 2 'missing: wanted a program file or a command, found neither' "$hostrun" --leaks missing
 wants 2 '--frobnicate' "$hostrun" --frobnicate "$fine"
 wants 2 '--host-version' "$hostrun" --host-version new "$fine"
 wants 2 'found --bogus' "$hostrun" --bogus "$fine"
@@ -133,6 +138,8 @@ wants 2 '-e:1:7: wanted a variable' "$hostrun" -e 'Print missing'
 wants 0 '' bash -c 'printf "Print 6 * 7, Arguments(0)\n" | "$0" - first' "$hostrun"
 says '42 first'
 wants 2 'standard input:2:7: wanted an expression' bash -c 'printf "Print 1\nPrint )\n" | "$0" -' "$hostrun"
+wants 0 '-e:1: NSColorQVX.redColor' "$hostrun" trace -e 'NSColorQVX.redColor'
+wants 0 'standard input:1: NSColorQVX.redColor' bash -c 'echo NSColorQVX.redColor | "$0" trace -' "$hostrun"
 printf '#!%s\nPrint "a command", Arguments(0)\n' "$hostrun" >"$folder/command"
 chmod +x "$folder/command"
 wants 0 '' "$folder/command" given
@@ -146,6 +153,36 @@ says 'name? Ada!
 0
 3
 []'
+
+# A standard stream that is closed: no file takes its place.
+cat >"$folder/writes.bas" <<'END'
+Dim file As TextFile = TextFile.Create(Arguments(0))
+file.WriteLine "kept"
+Print "printed"
+Raise New RuntimeException("said")
+END
+wants 1 '' bash -c '"$0" "$1" "$2" 2>&-' "$hostrun" "$folder/writes.bas" "$folder/kept"
+says 'printed'
+wants 2 'uncaught RuntimeException: said' bash -c '"$0" "$1" "$2" >&-' "$hostrun" "$folder/writes.bas" "$folder/kept"
+wants 2 '' bash -c '"$0" trace --out "$2.calls" "$1" "$2" <&- >&- 2>&-' "$hostrun" "$folder/writes.bas" "$folder/kept"
+if [ "$(cat "$folder/kept")" != kept ] || [ -s "$folder/kept.calls" ]; then
+  echo "wanted 'kept' and no trace of calls, found: $(cat "$folder/kept" "$folder/kept.calls")"
+  failed=1
+fi
+wants 2 '' bash -c '"$0" trace -e NSColorQVX.redColor 2>/dev/full' "$hostrun"
+
+# Whoever reads only the first line ends what prints for ever, without a word.
+wants 0 '' bash -c '"$0" -e Do -e "Print 1" -e Loop | head -n 1; echo ${PIPESTATUS[0]}' "$hostrun"
+says '1
+2'
+wants 0 '' bash -c 'yes 1 | "$0" repl | head -n 1; echo ${PIPESTATUS[1]}' "$hostrun"
+says '1
+2'
+if [ -s "$folder/err" ]; then
+  echo "wanted nothing on stderr, found: $(cat "$folder/err")"
+  failed=1
+fi
+wants 2 'hostrun: wanted to write standard output, found: No space left on device' bash -c '"$0" manual >/dev/full' "$hostrun"
 
 # Bundles that are none.
 wants 2 'No such file or directory' "$hostrun" --bundle "$folder/missing.so" "$fine"
