@@ -232,7 +232,9 @@ template <class Number>
 HostString* Format(Number number, HostString* pattern) {
   const std::string form = Utf8Of(pattern);
   const std::size_t first = form.find_first_of("0#.,");
-  if (first == std::string::npos) return NewString(ExactText(ValueOf(number)) + form);
+  if (first == std::string::npos || !std::isfinite(static_cast<double>(number))) {
+    return NewString(ExactText(ValueOf(number)) + (first == std::string::npos ? form : std::string()));
+  }
   const std::size_t last = form.find_last_of("0#.,") + 1;
   const std::string digits = form.substr(first, last - first);
   const std::size_t point = std::min(digits.find('.'), digits.size());
