@@ -101,17 +101,19 @@ std::int32_t InStr(HostString* source, HostString* find) {
 }
 
 HostString* Replaced(HostString* source, HostString* find, HostString* with, bool all) {
-  std::u32string text = CodePointsOf(source);
+  const std::u32string text = CodePointsOf(source);
+  const std::u32string folded = Folded(text);
   const std::u32string wanted = Folded(CodePointsOf(find));
   const std::u32string replacement = CodePointsOf(with);
   if (wanted.empty()) return StringRef::Share(source).Detach();
-  std::u32string folded = Folded(text);
-  for (std::size_t at = 0; (at = folded.find(wanted, at)) != std::u32string::npos; at += replacement.size()) {
-    text.replace(at, wanted.size(), replacement);
-    folded.replace(at, wanted.size(), replacement);
+  std::u32string out;
+  std::size_t from = 0;
+  for (std::size_t at = 0; (at = folded.find(wanted, from)) != std::u32string::npos;) {
+    out.append(text, from, at - from).append(replacement);
+    from = at + wanted.size();
     if (!all) break;
   }
-  return FromCodePoints(text);
+  return FromCodePoints(out.append(text, from));
 }
 HostString* Replace(HostString* s, HostString* find, HostString* with) {
   return Replaced(s, find, with, false);
