@@ -1,4 +1,7 @@
 // hostrun/language/bind_expressions.cpp - settles expressions.
+#include <algorithm>
+#include <iterator>
+
 #include "hostrun/host/registry.h"
 #include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
@@ -41,9 +44,11 @@ std::vector<std::string> Binder::KnownNames() const {
   return names;
 }
 
-void Binder::FailUnknown(Position at, const std::string& name, const std::string& message) {
+void Binder::FailUnknown(Position at, const std::string& name, const std::string& message,
+                         std::vector<std::string> names) {
   if (collecting_) refused_.insert(LowerName(name));
-  Fail(at, message + DidYouMean(name, KnownNames()));
+  std::ranges::move(KnownNames(), std::back_inserter(names));
+  Fail(at, message + DidYouMean(name, names));
 }
 
 Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type,

@@ -203,7 +203,8 @@ class Binder {
   void BindRoutine(const RoutineDeclaration& declaration, Routine& routine);
 
   // Fails: a name that stands for nothing. While a whole program is settled, once for each name.
-  [[noreturn]] void FailUnknown(Position at, const std::string& name, const std::string& message);
+  [[noreturn]] void FailUnknown(Position at, const std::string& name, const std::string& message,
+                                std::vector<std::string> names = {});
   // All that a name alone can stand for.
   std::vector<std::string> KnownNames() const;
   std::vector<std::string> TypeNames() const;

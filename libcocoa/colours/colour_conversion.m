@@ -83,12 +83,11 @@ static NSColor* ConvertByFormula(NSColor* color, const End* from, const End* to)
 // sRGB.
 static NSColor* ConvertByProfile(NSColor* color, const End* from, const End* to) {
   CGFloat components[QVXMostComponents];
-  double source[QVXMostChannels];
+  double source[QVXMostComponents];
   double result[QVXMostChannels];
   [color getComponents:components];
-  int last = from->is.channels;
-  CGFloat alpha = components[last];
-  for (int i = 0; i < last; ++i) source[i] = components[i];
+  const int alpha = from->is.channels;  // the place of the source's
+  for (int i = 0; i <= alpha; ++i) source[i] = components[i];
   const QVXProfile* fromProfile = WorkingProfile(from);
   const QVXProfile* toProfile = WorkingProfile(to);
   if ((!fromProfile && !IsCMYK(from)) || (!toProfile && !IsCMYK(to))) return nil;
@@ -108,7 +107,7 @@ static NSColor* ConvertByProfile(NSColor* color, const End* from, const End* to)
     result[3] = 0;
   }
   for (int i = 0; i < to->is.channels; ++i) components[i] = (CGFloat)result[i];
-  components[to->is.channels] = alpha;
+  components[to->is.channels] = (CGFloat)source[alpha];
   return QVXColorWithComponents(to->space, components);
 }
 

@@ -99,6 +99,7 @@ StatementPtr ParseCallOrAssignment(Parser& parser) {
   // Arguments without brackets.
   if (statement->call->kind == Expression::Kind::Call) parser.Fail("the end of the statement after the call");
   ExpressionPtr call = Parser::Make(Expression::Kind::Call, statement->call->at);
+  call->bare = true;
   parser.Adopt(*call, std::move(statement->call));
   do {
     parser.Adopt(*call, parser.ParseExpression());
