@@ -15,7 +15,9 @@ constexpr const char* kLoadCommands = "the load commands";
 // A name that fills its field has no zero behind it.
 template <std::size_t size>
 std::string NameOf(const char (&field)[size]) {
-  return {field, std::find(std::begin(field), std::end(field), '\0')};
+  std::string name(field, std::find(std::begin(field), std::end(field), '\0'));
+  CheckPlain(name, kLoadCommands);
+  return name;
 }
 
 void CheckHeader(const Header& header) {

@@ -1,12 +1,15 @@
 // tests/bundle/desktop/final_link_test.cpp - the final link is faithful to an object, or says why not.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <string>
 
 #include "bundle/desktop/final_link/export_trie.h"
 #include "bundle/desktop/final_link/link.h"
+#include "bundle/desktop/final_link/load_commands.h"
 #include "bundle/desktop/final_link/opcodes.h"
 #include "bundle/desktop/final_link/refusal.h"
 #include "tests/bundle/desktop/small_object.h"
@@ -163,6 +166,15 @@ TEST(FinalLink, FillsUpPathsOfLibrariesToAWordAndNoFurther) {
   }
 }
 
+TEST(FinalLink, AsksForNoLaterVersionOfALibraryThanTheFirst) {
+  const Bundle bundle(small::GoodObject());
+  for (const std::size_t offset : bundle.Commands(desktop::CommandKind::LoadLibrary)) {
+    const auto command = bundle.At<desktop::LoadLibraryCommand>(offset);
+    EXPECT_EQ(command.currentVersion, 0x10000U);
+    EXPECT_EQ(command.compatibleVersion, 0x10000U);
+  }
+}
+
 TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   const Bundle bundle(small::GoodObject());
   const desktop::SectionHeader zeros = bundle.Section("__bss");
@@ -201,14 +213,38 @@ TEST(FinalLink, GivesTheSameBytesForTheSameObject) {
 }
 
 TEST(FinalLink, GivesAnotherUuidForAnotherObject) {
-  const auto uuidOf = [](const Bytes& bundle) {
-    const std::array<std::uint8_t, 8> command = {0x1B, 0, 0, 0, 24, 0, 0, 0};
-    const auto found = std::search(bundle.begin(), bundle.end(), command.begin(), command.end());
-    return Bytes(found + 8, found + 24);
-  };
   small::Object other = small::GoodObject();
   other.sections[small::kStrings].bytes[0] = 'S';
-  EXPECT_NE(uuidOf(Linked(small::GoodObject())), uuidOf(Linked(other)));
+  EXPECT_NE(desktop::UuidOf(Linked(small::GoodObject())), desktop::UuidOf(Linked(other)));
+}
+
+// Version 8 and the variant take six bits; no other is the same for all objects.
+TEST(FinalLink, FillsTheUuidBesideItsVersionAndItsVariant) {
+  std::array<std::uint8_t, 16> inAll{};
+  std::array<std::uint8_t, 16> inAny{};
+  inAll.fill(0xFF);
+  for (char letter = '!'; letter <= '~'; ++letter) {
+    small::Object object = small::GoodObject();
+    object.sections[small::kStrings].bytes[0] = letter;
+    const auto uuid = desktop::UuidOf(Linked(object));
+    for (std::size_t i = 0; i < uuid.size(); ++i) {
+      inAll[i] &= uuid[i];
+      inAny[i] |= uuid[i];
+    }
+  }
+  EXPECT_EQ(inAll, (std::array<std::uint8_t, 16>{0, 0, 0, 0, 0, 0, 0x80, 0, 0x80}));
+  EXPECT_EQ(inAny, (std::array<std::uint8_t, 16>{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x8F, 0xFF,  //
+                                                 0xBF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}));
+}
+
+TEST(FinalLink, ImportsNothingThatNoRelocationNames) {
+  small::Object object = small::GoodObject();
+  object.symbols.push_back(object.symbols[small::kEntry]);
+  object.symbols[small::kEntry] = object.symbols[small::kStrlen];
+  object.symbols[small::kEntry].name = "_memcpy";
+  const Bytes bundle = Linked(object);
+  const std::string name = "_memcpy";
+  EXPECT_EQ(std::search(bundle.begin(), bundle.end(), name.begin(), name.end()), bundle.end());
 }
 
 TEST(FinalLink, LinksAnObjectThatImportsNothing) {
@@ -257,19 +293,47 @@ TEST(ExportTrie, HasOneEdgeToOneLeaf) {
   EXPECT_EQ(desktop::ExportTrie("_E", 0x1234), (Bytes{0, 1, '_', 'E', 0, 6, 3, 0, 0xB4, 0x24, 0}));
 }
 
-TEST(ExportTrie, TakesANameOf123BytesAndNoLonger) {
-  EXPECT_NO_THROW(desktop::ExportTrie(std::string(123, 'n'), 0x1234));
-  EXPECT_THROW(desktop::ExportTrie(std::string(124, 'n'), 0x1234), desktop::Refusal);
-}
-
-// Empty: it was linked.
-std::string RefusalOf(const Bytes& object) {
+// Empty: it did not refuse.
+std::string RefusalOf(const std::function<void()>& step) {
   try {
-    desktop::Link(object, "_Entry");
+    step();
     return {};
   } catch (const desktop::Refusal& refusal) {
     return refusal.what();
   }
+}
+std::string RefusalOf(const Bytes& object) {
+  return RefusalOf([&] { desktop::Link(object, "_Entry"); });
+}
+
+TEST(BindOpcodes, NameOneOfFifteenLibraries) {
+  desktop::Imports imports;
+  imports.imports = {{"_a", 0, 15, false}, {"_b", 1, 16, false}};
+  const auto bind = [&](std::size_t import) {
+    return [&imports, import] {
+      desktop::BindOpcodes(std::vector<desktop::Bind>{{0x1004, import}}, imports, 0x1000);
+    };
+  };
+  EXPECT_EQ(RefusalOf(bind(0)), "");
+  EXPECT_EQ(RefusalOf(bind(1)), "wanted at most 15 libraries, found 16");
+}
+
+TEST(ExportTrie, TakesANameOf123BytesAndNoLonger) {
+  const auto trie = [](std::size_t length) {
+    return [length] { desktop::ExportTrie(std::string(length, 'n'), 0x1234); };
+  };
+  EXPECT_EQ(RefusalOf(trie(123)), "");
+  EXPECT_EQ(RefusalOf(trie(124)), "wanted the exported symbol's name shorter than 124 bytes, found 124");
+}
+
+TEST(Quoted, CutsANameAfter100Letters) {
+  const std::string longest(100, 'n');
+  EXPECT_EQ(desktop::Quoted(longest), '"' + longest + '"');
+  EXPECT_EQ(desktop::Quoted(longest + "o"), '"' + longest + "...\"");
+}
+
+TEST(Quoted, ShowsLettersBetweenSpaceAndTilde) {
+  EXPECT_EQ(desktop::Quoted(" ~\x1F\x7F\x80"), "\" ~???\"");
 }
 
 // What is refused, and the whole line that says so.
@@ -375,6 +439,12 @@ const Broken kBroken[] = {
      "wanted the exported symbol \"_Entry\", found none"},
     {"AnotherExport", [](auto& o) { o.symbols[small::kHelper].type |= desktop::kExternal; },
      "wanted one exported symbol, \"_Entry\", found \"_Helper\""},
+    {"TwoExportsOfAName",
+     [](auto& o) {
+       o.symbols[small::kHelper].type |= desktop::kExternal;
+       o.symbols[small::kHelper].name = "_Entry";
+     },
+     "wanted one exported symbol, \"_Entry\", found \"_Entry\" again"},
     {"AnExportOfData",
      [](auto& o) {
        o.symbols[small::kEntry].section = small::kData + 1;

@@ -93,6 +93,17 @@ TEST_F(OwnershipOnOldHost, TheNarrowedTextAndItsTemporaryString) {
   host.raised.clear();
 }
 
+TEST_F(OwnershipOnOldHost, TheNarrowedTextIsNotLeftToTheGuard) {
+  const std::string bytes(800, 'a');
+  Guard([&](qvx::Holdings& holdings) {
+    void* const string = qvx::REALBuildUnicodeString(bytes.data(), static_cast<std::int64_t>(bytes.size()),
+                                                     qvx::kEncodingUTF32, holdings);
+    ++host.String(string).owned;  // by this test
+    EXPECT_EQ(holdings.Count(), 0U);
+    host.UnlockString(string);
+  });
+}
+
 TEST_F(OwnershipOnNewHost, TheConvertedStringWhileItsBytesAreRead) {
   for (const char* const service : {"LenB", "StringGetCString"}) {
     host.missing = {"PluginGetStringData"};

@@ -2,6 +2,7 @@
 // fault.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/hostrun/commands/run_hostrun.h"
@@ -45,6 +46,33 @@ std::vector<std::string> FaultsOf(const TestFile& file) {
 
 TEST(Check, PassesADesktopFileThatKeepsTheContract) {
   EXPECT_EQ(FaultsOf(SoundFile()), std::vector<std::string>{});
+}
+
+TEST(Check, RefusesADesktopFileThatIsTooLargeToBeRead) {
+  const std::vector<std::uint8_t> bytes = SoundFile().Bytes();
+  const std::string path = TemporaryFile("Desktop", {bytes.begin(), bytes.end()});
+  constexpr std::uintmax_t kSize = 3ULL << 30U;  // with a hole: it takes no room on the disk
+  std::filesystem::resize_file(path, kSize);
+  const Finished output = RunHostrun({"check", "--platform", "none", "--filter", "file/format", path});
+  std::filesystem::remove(path);
+  EXPECT_EQ(output.status, 1);
+  EXPECT_NE(output.out.find("failed    file/format: " + path +
+                            ": wanted a bundle of at most 67108864 bytes, found 3221225472\n"),
+            std::string::npos)
+      << output.out;
+}
+
+TEST(Use, ADesktopBundleIsEnteredWhereItMayBeExecutedOnly) {
+  TestFile file = SoundFile();
+  file.segments[0].protection = kRead;
+  const std::vector<std::uint8_t> bytes = file.Bytes();
+  const std::string path = TemporaryFile("Desktop", {bytes.begin(), bytes.end()});
+  const Finished output = RunHostrun({"--platform", "none", "--bundle", path, "--execute", "Print 1"});
+  EXPECT_EQ(output.status, 2);
+  EXPECT_EQ(output.err,
+            path +
+                ": wanted an exported function REALPluginMain, found it in __TEXT, which can't be "
+                "executed\n");
 }
 
 struct DesktopFault {

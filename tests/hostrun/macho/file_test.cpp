@@ -341,11 +341,37 @@ const Spoilt kSpoilt[] = {
      "wanted known operations in the bind information, found the operation 0xd0"},
     {"LongName", [](TestFile& f) { f.binds = Codes({0x40}) + std::string(2000, 'x'); },
      "wanted names of at most 1024 bytes in the bind information, found a longer one"},
+    {"NameOfOtherLetters", [](TestFile& f) { f.binds = Codes({0x40}) + Text("_two\nlines"); },
+     "wanted names in plain letters in the bind information, found the byte 0xa"},
+    {"SegmentOfOtherLetters", [](TestFile& f) { f.segments[1].name[2] = '\x1B'; },
+     "wanted names in plain letters in the load commands, found the byte 0x1b"},
+    {"LongNameOfManyWords",
+     [](TestFile& f) {
+       f.binds = Codes({0x11, 0x40}) + Text(std::string(1024, 'x')) + Codes({0x71, 0, 0xC0, 0x80, 0x20}) +
+                 Codes({0xFC, 0xFF, 0xFF, 0xFF, 0x0F});
+     },
+     "wanted names in proportion to the file in the bind information, found too many"},
     {"ExportInACircle",
      [](TestFile& f) {
        f.exports = Codes({0, 1}) + Text("_a") + Codes({0});
      },
      "wanted each node once in the tree of exports, found a second way to 0x0"},
+    {"LongNameOfManyExports",
+     [](TestFile& f) {
+       // Nodes behind each other, each with 255 ways; its last way leads to the next node.
+       constexpr unsigned kNodes = 5;
+       constexpr unsigned kNodeSize = 2 + 254 * 2 + 3;
+       unsigned next = 2 + 1001 + 2;
+       const auto way = [&next] { return Codes({0x80 | (next & 0x7F), next >> 7}); };
+       f.exports = Codes({0, 1}) + Text(std::string(1000, 'x')) + way();
+       for (unsigned node = 0; node < kNodes; ++node) {
+         next += kNodeSize;
+         f.exports += Codes({0, 255});
+         for (unsigned other = 0; other < 254; ++other) f.exports += Codes({0, 0x7F});
+         f.exports += Codes({0}) + way();
+       }
+     },
+     "wanted names in proportion to the file in the tree of exports, found too many"},
     {"ExportOutside",
      [](TestFile& f) {
        f.exports = Codes({4, 0, 0x80, 0x80, 0x02, 0});

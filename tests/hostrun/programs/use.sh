@@ -160,7 +160,7 @@ wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/cut.so" "$fine
 head -c 4000 "$fixture" >"$folder/half.so"
 wants 2 'found a truncated ELF file' "$hostrun" --bundle "$folder/half.so" "$fine"
 wants 2 'wanted an exported function REALPluginMain, found none' "$hostrun" --bundle "$(dirname "$hostrun")/libcocoa.so" "$fine"
-wants 2 'wanted a bundle' "$hostrun" --bundle "$folder" "$fine"
+wants 2 'found a folder; take the folder NAME.bundle, or the file in it' "$hostrun" --bundle "$folder" "$fine"
 
 # Desktop bundles that are none.
 mach() { printf '\xce\xfa\xed\xfe'; printf "$1"; }
