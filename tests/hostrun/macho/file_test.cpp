@@ -396,7 +396,7 @@ const Spoilt kSpoilt[] = {
      [](TestFile& f) {
        f.exports = Codes({3, 0, 0x80, 0x60, 0});
      },
-     "wanted \"\" inside of the segments, found 0x3000"},
+     "wanted the export \"\" inside of the segments, found 0x3000"},
     {"LongExport",
      [](TestFile& f) {
        const std::string half(513, 'x');
