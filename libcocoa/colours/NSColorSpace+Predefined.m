@@ -209,8 +209,7 @@ int QVXChannelsOfSpace(NSColorSpace* space) {
 
 QVXSpaceFacts QVXFactsOfSpace(NSColorSpace* space) {
   QVXSpaceKind kind = QVXKindOfSpace(space);
-  return (QVXSpaceFacts){kind, StockNameOfKind(kind), ProfileOfKind(space, kind),
-                         QVXChannelsOfSpace(space)};
+  return (QVXSpaceFacts){kind, StockNameOfKind(kind), ProfileOfKind(space, kind), QVXChannelsOfSpace(space)};
 }
 
 - (int)numberOfColorComponents {
