@@ -79,10 +79,21 @@ TEST(Exception, PastPlainFunctionsNeedsNoUnwinder) {
             0);
 }
 
+TEST(Exception, WithoutAFrameIsTheRuntimesAtOnce) {
+  walks = 0;
+  EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang");
+  EXPECT_EQ(walks, 0);
+}
+
 TEST(Exception, PastWhatNoRuleIsKnownForNeedsTheUnwinder) {
   int ran = 0;
   EXPECT_GT(WalksToDeliver([&] { ThroughFinally(&RaiseBang, nullptr, &ran); }), 0);
   EXPECT_GT(WalksToDeliver([] { ThroughPlainC(&RaiseBang, nullptr); }), 0);
+}
+
+void RaiseBangPastAFinally(void* context) {
+  int ran = 0;
+  ThroughFinally(&RaiseBang, context, &ran);
 }
 
 struct Counter {
@@ -183,6 +194,22 @@ TEST(Exception, RunsNoFinallyBlockBeyondAFrameOfAFunctionWithoutCleanUps) {
   EXPECT_EQ(state.inner, 1);
   EXPECT_EQ(state.outer_at_delivery, 0);
   EXPECT_EQ(state.outer, 1);  // left normally
+}
+
+TEST(Exception, LeavesTheFinallyBlockOfTheFramesOwnFunctionForLater) {
+  for (const Body before : {&RaiseBang, &RaiseBangPastAFinally}) {
+    int ran = 0;
+    int ranAtDelivery = -1;
+    EXPECT_EQ(NameOf(GuardedInFinally(before, nullptr, &ran, &ranAtDelivery)), "Bang");
+    EXPECT_EQ(ranAtDelivery, 0);
+    EXPECT_EQ(ran, 1);
+  }
+}
+
+TEST(Exception, RunsTheFinallyBlockOfACallThatNeverReturns) {
+  int ran = 0;
+  EXPECT_EQ(NameOf(Guarded([&] { ThroughFinallyWithoutReturn(&RaiseBang, nullptr, &ran); })), "Bang");
+  EXPECT_EQ(ran, 1);
 }
 
 TEST(Exception, UnlocksWhatASynchronizedBlockHeld) {

@@ -91,12 +91,13 @@ TEST(RunLoop, TellsItsResultsByTheDesktopsNumbers) {
 
 TEST(RunLoop, LetsGoOfAnEditedColourList) {
   const id name = Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), "edited");
+  // The first colour of a process brings the system's list with it.
+  const id colour = Message<"blackColor", id()>()(PlatformClass<"NSColor">());
   void* const pool = objc_autoreleasePoolPush();
   QVXCountInstances(1);
   const CFIndex before = QVXLiveInstances("NSColorList");
   const id list =
       Message<"initWithName:", id(id)>()(Message<"alloc", id()>()(PlatformClass<"NSColorList">()), name);
-  const id colour = Message<"blackColor", id()>()(PlatformClass<"NSColor">());
   Message<"setColor:forKey:", void(id, id)>()(list, colour, name);
   CFRelease(list);
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);

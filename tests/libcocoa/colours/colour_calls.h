@@ -40,6 +40,13 @@ int colorsInListFile(const char* path);
 // Reads a colour that was put on a pasteboard as these bytes. 1 if there is one, 0 if not, or kRaised.
 int colorFromBytes(const void* bytes, size_t size);
 
+// A number that stands for all that can be asked of the colour in these bytes, or of the list in the file: 0
+// for none, 1 if one is raised.
+unsigned colorTold(const void* bytes, size_t size);
+unsigned listTold(const char* path);
+
+int spacesAreEqual(Space one, Space other);
+
 // Writes a list of four stock colours; with two exact ones besides; with three patterns besides those.
 // Yes: 1.
 typedef enum { kStockColours, kExactColours, kPatterns } ListContents;  // NOLINT(modernize-use-using)

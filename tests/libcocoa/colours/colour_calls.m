@@ -151,13 +151,17 @@ int colorsInListFile(const char* path) {
   return answer;
 }
 
+static NSColor* ColorFrom(const void* bytes, size_t size) {
+  OneDatum* board = [[OneDatum new] autorelease];
+  board->datum = [[NSData alloc] initWithBytes:bytes length:size];
+  return [NSColor colorFromPasteboard:(NSPasteboard*)board];
+}
+
 int colorFromBytes(const void* bytes, size_t size) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   int answer = kRaised;
   @try {
-    OneDatum* board = [[OneDatum new] autorelease];
-    board->datum = [[NSData alloc] initWithBytes:bytes length:size];
-    NSColor* color = [NSColor colorFromPasteboard:(NSPasteboard*)board];
+    NSColor* color = ColorFrom(bytes, size);
     UseColor(color);
     answer = color ? 1 : 0;
   } @catch (NSException* exception) {
@@ -165,6 +169,91 @@ int colorFromBytes(const void* bytes, size_t size) {
   }
   [pool release];
   return answer;
+}
+
+// FNV-1a, from 2 on.
+static unsigned With(unsigned told, const void* bytes, size_t size) {
+  for (size_t i = 0; i < size; ++i) told = (told ^ ((const unsigned char*)bytes)[i]) * 16777619U;
+  return told < 2 ? 2 : told;
+}
+
+static unsigned WithText(unsigned told, NSString* text) {
+  const char* bytes = text ? [text UTF8String] : "none";
+  return With(told, bytes, strlen(bytes) + 1);
+}
+
+static unsigned WithBitmap(unsigned told, NSBitmapImageRep* bitmap) {
+  told = WithText(told,
+                  [NSString stringWithFormat:@"%@ %d %d %d %d %d %d %@", NSStringFromSize([bitmap size]),
+                                             (int)[bitmap pixelsWide], (int)[bitmap pixelsHigh],
+                                             (int)[bitmap bitsPerSample], (int)[bitmap samplesPerPixel],
+                                             [bitmap hasAlpha], [bitmap isOpaque], [bitmap colorSpaceName]]);
+  unsigned char* planes[5] = {NULL};
+  [bitmap getBitmapDataPlanes:planes];
+  for (int i = 0; i < 5 && planes[i]; ++i) told = With(told, planes[i], (size_t)[bitmap bytesPerPlane]);
+  return told;
+}
+
+static unsigned WithColor(unsigned told, NSColor* color);
+
+static unsigned WithImage(unsigned told, NSImage* image) {
+  told = WithText(told,
+                  [NSString stringWithFormat:@"%@ %d %d %d %d %d %d %d", NSStringFromSize([image size]),
+                                             [image isDataRetained], [image isFlipped],
+                                             [image usesEPSOnResolutionMismatch], [image prefersColorMatch],
+                                             [image matchesOnMultipleResolution], [image isCachedSeparately],
+                                             [image cacheDepthMatchesImageDepth]]);
+  told = WithColor(told, [image backgroundColor]);
+  for (NSBitmapImageRep* each in [image representations]) told = WithBitmap(told, each);
+  return told;
+}
+
+static unsigned WithColor(unsigned told, NSColor* color) {
+  NSString* kind = [color colorSpaceName];
+  told = WithText(told, kind);
+  if (!color) return told;
+  if ([kind isEqual:NSPatternColorSpace]) return WithImage(told, [color patternImage]);
+  if ([kind isEqual:NSNamedColorSpace])
+    return WithText(WithText(told, [color catalogNameComponent]), [color colorNameComponent]);
+  CGFloat components[kMostComponents];
+  [color getComponents:components];
+  told = WithText(told, [[color colorSpace] localizedName]);
+  told = With(told, components, (size_t)[color numberOfComponents] * sizeof *components);
+  if (![kind isEqual:NSDeviceRGBColorSpace] && ![kind isEqual:NSCalibratedRGBColorSpace]) return told;
+  const CGFloat hue[] = {[color hueComponent], [color saturationComponent], [color brightnessComponent]};
+  return With(told, hue, sizeof hue);
+}
+
+unsigned colorTold(const void* bytes, size_t size) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  unsigned told = 0;
+  @try {
+    NSColor* color = ColorFrom(bytes, size);
+    if (color) told = WithColor(2, color);
+  } @catch (NSException* exception) {
+    told = 1;
+  }
+  [pool release];
+  return told;
+}
+
+unsigned listTold(const char* path) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  unsigned told = 0;
+  @try {
+    NSColorList* list = [[[NSColorList alloc] initWithName:nil
+                                                  fromFile:[NSString stringWithUTF8String:path]] autorelease];
+    if (list) told = WithText(2, [list name]);
+    for (NSString* key in [list allKeys]) told = WithColor(WithText(told, key), [list colorWithKey:key]);
+  } @catch (NSException* exception) {
+    told = 1;
+  }
+  [pool release];
+  return told;
+}
+
+int spacesAreEqual(Space one, Space other) {
+  return [(NSColorSpace*)one isEqual:(NSColorSpace*)other];
 }
 
 static NSBitmapImageRep* Bitmap(void) {
