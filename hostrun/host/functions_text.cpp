@@ -210,7 +210,9 @@ double Val(HostString* s) {
     const std::size_t letter =
         kLetters.find(static_cast<char>(LowerCase(static_cast<unsigned char>(text[start + 1]))));
     if (letter == std::string_view::npos) return 0;
-    return static_cast<double>(std::strtoull(text.c_str() + start + 2, nullptr, kBases[letter]));
+    std::uint64_t whole = 0;
+    std::from_chars(text.data() + start + 2, text.data() + text.size(), whole, kBases[letter]);
+    return static_cast<double>(whole);
   }
   double number = 0;
   const char* first = text.c_str() + start;
