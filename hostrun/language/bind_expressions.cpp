@@ -191,13 +191,16 @@ CodePtr Binder::BindBinary(const Expression& binary) {
   const std::string l = left->type->name;
   const std::string r = right->type->name;
   CodePtr made = MakeBinary(binary.at, binary.name, std::move(left), std::move(right));
-  if (!made) {
-    std::string message = "'" + binary.name + "' does not work on " + l + " and " + r;
-    if (binary.name == "&" || (binary.name == "+" && (l == "String" || r == "String")))
-      message += "; Str(...) makes text of a number";
-    Fail(binary.at, message);
-  }
+  if (!made) FailOperator(binary.at, binary.name, l, r);
   return made;
+}
+
+void Binder::FailOperator(Position at, const std::string& op, const std::string& left,
+                          const std::string& right) {
+  std::string message = "'" + op + "' does not work on " + left + " and " + right;
+  const bool text = left == "String" || right == "String";
+  if (op.starts_with('&') || (op.starts_with('+') && text)) message += "; Str(...) makes text of a number";
+  Fail(at, message);
 }
 
 CodePtr Binder::Convert(CodePtr code, const Type* type, const std::string& what) {

@@ -94,6 +94,10 @@ class Binder {
 
   [[noreturn]] static void Fail(Position at, const std::string& message) { throw ProgramError(at, message); }
 
+  // No such operator between values of these types.
+  [[noreturn]] static void FailOperator(Position at, const std::string& op, const std::string& left,
+                                        const std::string& right);
+
   // Thrown where a name is used whose declaration was refused: that was reported already.
   struct Consequence {};
   // Runs `bind`; while a whole program is settled, an error in it is noted and lets the next part be looked

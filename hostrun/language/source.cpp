@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -74,9 +75,14 @@ Source Source::FromFile(const std::string& path) {
 
 Source Source::FromStandardInput() {
   constexpr const char* kName = "standard input";
-  return {kName, Read(std::cin, [](const std::string& found) {
-            return std::runtime_error(std::string(kName) + ": wanted a program, found " + found);
-          })};
+  const auto refuse = [](const std::string& found) {
+    return std::runtime_error(std::string(kName) + ": wanted a program, found " + found);
+  };
+  errno = 0;
+  std::string text = Read(std::cin, refuse);
+  // The stream over C's stdin takes an error for the end.
+  if (std::ferror(stdin) != 0) throw refuse(std::strerror(errno));
+  return {kName, std::move(text)};
 }
 
 std::string_view Source::Line(std::int32_t number) const {

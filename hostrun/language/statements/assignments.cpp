@@ -36,7 +36,7 @@ struct Assignment final : Statement {
     } else {
       const std::string right = code->type->name;
       code = MakeBinary(at, op, binder.BindValue(*place), std::move(code));
-      if (!code) Binder::Fail(at, "'" + op + "=' does not work on " + type->name + " and " + right);
+      if (!code) Binder::FailOperator(at, op + "=", type->name, right);
     }
     into.steps.push_back(
         MakeAssign(at, std::move(bound), Binder::Convert(std::move(code), type, "the assignment")));

@@ -197,6 +197,8 @@ says '42 first'
 wants 2 'standard input:2:7: wanted an expression' bash -c 'printf "Print 1\nPrint )\n" | "$0" -' "$hostrun"
 wants 0 '-e:1: NSColorQVX.redColor' "$hostrun" trace -e 'NSColorQVX.redColor'
 wants 0 'standard input:1: NSColorQVX.redColor' bash -c 'echo NSColorQVX.redColor | "$0" trace -' "$hostrun"
+wants 2 'standard input: wanted a program, found Bad file descriptor' bash -c '"$0" - <&-' "$hostrun"
+wants 2 'standard input: wanted a program, found Is a directory' bash -c '"$0" - </' "$hostrun"
 printf '#!%s\nPrint "a command", Arguments(0)\n' "$hostrun" >"$folder/command"
 chmod +x "$folder/command"
 wants 0 '' "$folder/command" given
