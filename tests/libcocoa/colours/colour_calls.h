@@ -45,6 +45,9 @@ int colorFromBytes(const void* bytes, size_t size);
 unsigned colorTold(const void* bytes, size_t size);
 unsigned listTold(const char* path);
 
+// Makes, converts, archives or edits, by the number of the use: 1, or 0 if there is no such use.
+int useColors(int use);
+
 int spacesAreEqual(Space one, Space other);
 
 // Writes a list of four stock colours; with two exact ones besides; with three patterns besides those.

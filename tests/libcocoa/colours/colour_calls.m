@@ -3,7 +3,9 @@
 
 #include <time.h>
 
+#import "libcocoa/colours/NSColor+CoreGraphics.h"
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
+#import "libcocoa/colours/NSColorSpace+Profiles.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
 extern BOOL GSDebugAllocationActive(BOOL active);
@@ -250,6 +252,86 @@ unsigned listTold(const char* path) {
   }
   [pool release];
   return told;
+}
+
+static void ArchiveUnkeyed(id object) {
+  [NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:object]];
+}
+static void ArchiveKeyed(id object) {
+  [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:object]];
+}
+
+static NSColorList* Edited(void) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Edited"] autorelease];
+  for (int i = 0; i < 20; ++i)
+    [list setColor:[NSColor redColor] forKey:[NSString stringWithFormat:@"key %d", i]];
+  [list insertColor:[NSColor blueColor] key:@"key 7" atIndex:3];
+  [list insertColor:[NSColor blueColor] key:@"new" atIndex:3];
+  [list removeColorWithKey:@"key 9"];
+  return list;
+}
+
+static NSString* WhyNoCyan(NSColor* color) {
+  @try {
+    [color cyanComponent];
+  } @catch (NSException* exception) {
+    return [exception reason];
+  }
+  return nil;
+}
+
+int useColors(int use) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColor* ink = [NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1];
+  NSColor* exact = [NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1];
+  int known = 1;
+  switch (use) {
+    case 0:
+      ArchiveUnkeyed(ink);
+      ArchiveUnkeyed(exact);
+      ArchiveUnkeyed([NSColor colorWithDeviceWhite:0.5 alpha:1]);
+      break;
+    case 1:
+      ArchiveKeyed(ink);
+      ArchiveKeyed(exact);
+      ArchiveKeyed([NSColorSpace sRGBColorSpace]);
+      break;
+    case 2:
+      ArchiveUnkeyed([NSColorSpace sRGBColorSpace]);
+      break;
+    case 3:
+      Edited();
+      break;
+    case 4:
+      WhyNoCyan(exact);
+      WhyNoCyan([NSColor controlColor]);
+      WhyNoCyan([NSColor whiteColor]);
+      break;
+    case 5:
+      [[exact copy] release];
+      [[exact colorWithAlphaComponent:0.5] description];
+      [[exact colorUsingColorSpaceName:NSDeviceCMYKColorSpace]
+          colorUsingColorSpace:[NSColorSpace adobeRGB1998ColorSpace]];
+      [exact blendedColorWithFraction:0.5 ofColor:ink];
+      break;
+    case 6:
+      [[[NSColorSpace alloc] initWithColorSyncProfile:[[NSColorSpace sRGBColorSpace] colorSyncProfile]]
+          release];
+      [[[NSColorSpace alloc] initWithCGColorSpace:[[NSColorSpace sRGBColorSpace] CGColorSpace]] release];
+      [[[NSColorSpace alloc] initWithICCProfileData:[[NSColorSpace sRGBColorSpace] ICCProfileData]] release];
+      [NSColor colorWithCGColor:[exact CGColor]];
+      break;
+    case 7:
+      [NSColorSpace availableColorSpacesWithModel:-1];
+      [NSColorList availableColorLists];
+      [[NSColor controlColor] colorWithAlphaComponent:0.5];
+      break;
+    default:
+      known = 0;
+      break;
+  }
+  [pool release];
+  return known;
 }
 
 int spacesAreEqual(Space one, Space other) {
