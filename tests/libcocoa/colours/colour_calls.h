@@ -62,6 +62,9 @@ typedef enum { kUnpacked, kLZW, kPackBits } Packing;  // NOLINT(modernize-use-us
 // that pattern: its size, and the bytes if the buffer is large enough.
 size_t archiveWithPattern(Packing packing, int inList, void* buffer, size_t capacity);
 
+// The same of a colour that has a name instead of components.
+size_t archiveOfNamedColor(void* buffer, size_t capacity);
+
 size_t pasteboardBytes(void* buffer, size_t capacity);
 
 // How many objects of the class live now.

@@ -229,12 +229,14 @@ static unsigned WithColor(unsigned told, NSColor* color) {
 unsigned colorTold(const void* bytes, size_t size) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   unsigned told = 0;
+  [NSColor setIgnoresAlpha:NO];
   @try {
     NSColor* color = ColorFrom(bytes, size);
     if (color) told = WithColor(2, color);
   } @catch (NSException* exception) {
     told = 1;
   }
+  [NSColor setIgnoresAlpha:YES];
   [pool release];
   return told;
 }
@@ -398,15 +400,26 @@ size_t pasteboardBytes(void* buffer, size_t capacity) {
   return size;
 }
 
+static size_t ArchiveOf(id object, void* buffer, size_t capacity) {
+  NSData* data = [NSArchiver archivedDataWithRootObject:object];
+  if ([data length] <= capacity) [data getBytes:buffer length:[data length]];
+  return [data length];
+}
+
 size_t archiveWithPattern(Packing packing, int inList, void* buffer, size_t capacity) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSColor* pattern = PatternPacked(packing);
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"] autorelease];
   [list setColor:[NSColor redColor] forKey:@"red"];
   [list setColor:pattern forKey:@"pattern"];
-  NSData* data = [NSArchiver archivedDataWithRootObject:inList ? (id)list : pattern];
-  size_t size = [data length];
-  if (size <= capacity) [data getBytes:buffer length:size];
+  size_t size = ArchiveOf(inList ? (id)list : pattern, buffer, capacity);
+  [pool release];
+  return size;
+}
+
+size_t archiveOfNamedColor(void* buffer, size_t capacity) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  size_t size = ArchiveOf([NSColor controlColor], buffer, capacity);
   [pool release];
   return size;
 }
