@@ -18,6 +18,8 @@ void ThroughFinallyThatThrowsAndCatches(Body, void* context, int* ran);
 void ThroughFinallyCalling(Body, void* context, Body cleanUp, void* cleanUpContext);
 int ThroughFinallyThatReturns(Body, void* context);  // the exception ends there; returns 7
 void ThroughPlainC(Body, void* context);             // has no unwind tables
+// Has none either. Enters a frame, leaves it, and enters it again without _setjmp; 1 if that is delivered to.
+int InAReenteredPlainFrame(Body, void* context);
 
 // Answers what its @catch (NSException *) took, nil for nothing.
 id ThroughCatch(Body, void* context);

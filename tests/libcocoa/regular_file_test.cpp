@@ -1,17 +1,47 @@
 // tests/libcocoa/regular_file_test.cpp - files that are asked what they are before they are touched.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
+#include <vector>
 
 extern "C" {
 #include "libcocoa/files/regular_file.h"
+}
+
+namespace {
+
+// How the next reads of this thread end: with so many bytes at most, or with an error, which is negative.
+// Those after them end as the system has it.
+struct Reads {
+  std::deque<ssize_t> ends;
+  std::vector<std::size_t> wanted{};  // bytes by each, in order
+};
+thread_local Reads* reads = nullptr;
+
+}  // namespace
+
+// Takes the place of the C library's own, which it calls.
+extern "C" ssize_t read(int file, void* bytes, std::size_t size) {
+  static const auto own = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
+  if (reads == nullptr) return own(file, bytes, size);
+  reads->wanted.push_back(size);
+  if (reads->ends.empty()) return own(file, bytes, size);
+  const ssize_t end = reads->ends.front();
+  reads->ends.pop_front();
+  if (end >= 0) return end == 0 ? 0 : own(file, bytes, std::min(size, static_cast<std::size_t>(end)));
+  errno = static_cast<int>(-end);
+  return -1;
 }
 
 namespace {
@@ -72,6 +102,39 @@ TEST_F(RegularFile, IsReadAsFarAsItGoesWhereItIsShorterThanItsSize) {
   ASSERT_TRUE(contents);
   EXPECT_TRUE(contents->ends_with('\n'));
   EXPECT_LT(contents->size(), 100U);
+}
+
+std::optional<std::string> ContentsByReads(const std::string& path, Reads& by) {
+  reads = &by;
+  std::optional<std::string> contents = ContentsOf(path);
+  reads = nullptr;
+  return contents;
+}
+
+using Sizes = std::vector<std::size_t>;
+
+TEST_F(RegularFile, IsReadOnWhereItComesInPieces) {
+  Reads pieces{{3, 2}};
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), pieces), "0123456789");
+  EXPECT_EQ(pieces.wanted, (Sizes{10, 7, 5}));
+}
+
+TEST_F(RegularFile, IsReadOnAfterAnInterruption) {
+  Reads interrupted{{-EINTR, 4, -EINTR}};
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), interrupted), "0123456789");
+  EXPECT_EQ(interrupted.wanted, (Sizes{10, 10, 6, 6}));
+}
+
+TEST_F(RegularFile, IsNoneWhereItCanNotBeReadToTheEnd) {
+  Reads failing{{4, -EIO}};
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), failing), std::nullopt);
+  EXPECT_EQ(failing.wanted, (Sizes{10, 6}));
+}
+
+TEST_F(RegularFile, EndsWhereItHasBecomeShorter) {
+  Reads shorter{{-EINTR, 4, 0}};  // the interruption before is over
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), shorter), "0123");
+  EXPECT_EQ(shorter.wanted, (Sizes{10, 10, 6}));
 }
 
 TEST_F(RegularFile, IsNoneOfAnythingElse) {

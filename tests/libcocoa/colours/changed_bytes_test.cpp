@@ -80,6 +80,13 @@ TEST(ChangedBytes, OfAnArchivedPattern) {
           [](const Bytes& bytes) { return colorTold(bytes.data(), bytes.size()); });
 }
 
+TEST(ChangedBytes, OfAnArchivedNamedColour) {
+  Bytes whole(archiveOfNamedColor(nullptr, 0));
+  archiveOfNamedColor(whole.data(), whole.size());
+  Compare("archived named colour", whole, 0, whole.size(),
+          [](const Bytes& bytes) { return colorTold(bytes.data(), bytes.size()); });
+}
+
 // Of red and the other kinds that GNUstep has, without a trailer.
 TEST(ChangedBytes, OfAnArchivedList) {
   const damage::ListFile file;
@@ -102,6 +109,8 @@ TEST(ChangedBytes, OfATrailer) {
     MakeSeal(bytes.data(), end, kTrailer, bytes.data() + end);
     return colorTold(bytes.data(), bytes.size());
   });
+  Compare("seal", whole, end, whole.size(),
+          [](const Bytes& bytes) { return colorTold(bytes.data(), bytes.size()); });
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 
 #include <time.h>
 
+#import "libcocoa/colours/NSColor+CoreGraphics.h"
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
+#import "libcocoa/colours/NSColorSpace+Profiles.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
 extern BOOL GSDebugAllocationActive(BOOL active);
@@ -227,12 +229,14 @@ static unsigned WithColor(unsigned told, NSColor* color) {
 unsigned colorTold(const void* bytes, size_t size) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   unsigned told = 0;
+  [NSColor setIgnoresAlpha:NO];
   @try {
     NSColor* color = ColorFrom(bytes, size);
     if (color) told = WithColor(2, color);
   } @catch (NSException* exception) {
     told = 1;
   }
+  [NSColor setIgnoresAlpha:YES];
   [pool release];
   return told;
 }
@@ -250,6 +254,86 @@ unsigned listTold(const char* path) {
   }
   [pool release];
   return told;
+}
+
+static void ArchiveUnkeyed(id object) {
+  [NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:object]];
+}
+static void ArchiveKeyed(id object) {
+  [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:object]];
+}
+
+static NSColorList* Edited(void) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Edited"] autorelease];
+  for (int i = 0; i < 20; ++i)
+    [list setColor:[NSColor redColor] forKey:[NSString stringWithFormat:@"key %d", i]];
+  [list insertColor:[NSColor blueColor] key:@"key 7" atIndex:3];
+  [list insertColor:[NSColor blueColor] key:@"new" atIndex:3];
+  [list removeColorWithKey:@"key 9"];
+  return list;
+}
+
+static NSString* WhyNoCyan(NSColor* color) {
+  @try {
+    [color cyanComponent];
+  } @catch (NSException* exception) {
+    return [exception reason];
+  }
+  return nil;
+}
+
+int useColors(int use) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColor* ink = [NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1];
+  NSColor* exact = [NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1];
+  int known = 1;
+  switch (use) {
+    case 0:
+      ArchiveUnkeyed(ink);
+      ArchiveUnkeyed(exact);
+      ArchiveUnkeyed([NSColor colorWithDeviceWhite:0.5 alpha:1]);
+      break;
+    case 1:
+      ArchiveKeyed(ink);
+      ArchiveKeyed(exact);
+      ArchiveKeyed([NSColorSpace sRGBColorSpace]);
+      break;
+    case 2:
+      ArchiveUnkeyed([NSColorSpace sRGBColorSpace]);
+      break;
+    case 3:
+      Edited();
+      break;
+    case 4:
+      WhyNoCyan(exact);
+      WhyNoCyan([NSColor controlColor]);
+      WhyNoCyan([NSColor whiteColor]);
+      break;
+    case 5:
+      [[exact copy] release];
+      [[exact colorWithAlphaComponent:0.5] description];
+      [[exact colorUsingColorSpaceName:NSDeviceCMYKColorSpace]
+          colorUsingColorSpace:[NSColorSpace adobeRGB1998ColorSpace]];
+      [exact blendedColorWithFraction:0.5 ofColor:ink];
+      break;
+    case 6:
+      [[[NSColorSpace alloc] initWithColorSyncProfile:[[NSColorSpace sRGBColorSpace] colorSyncProfile]]
+          release];
+      [[[NSColorSpace alloc] initWithCGColorSpace:[[NSColorSpace sRGBColorSpace] CGColorSpace]] release];
+      [[[NSColorSpace alloc] initWithICCProfileData:[[NSColorSpace sRGBColorSpace] ICCProfileData]] release];
+      [NSColor colorWithCGColor:[exact CGColor]];
+      break;
+    case 7:
+      [NSColorSpace availableColorSpacesWithModel:-1];
+      [NSColorList availableColorLists];
+      [[NSColor controlColor] colorWithAlphaComponent:0.5];
+      break;
+    default:
+      known = 0;
+      break;
+  }
+  [pool release];
+  return known;
 }
 
 int spacesAreEqual(Space one, Space other) {
@@ -316,15 +400,26 @@ size_t pasteboardBytes(void* buffer, size_t capacity) {
   return size;
 }
 
+static size_t ArchiveOf(id object, void* buffer, size_t capacity) {
+  NSData* data = [NSArchiver archivedDataWithRootObject:object];
+  if ([data length] <= capacity) [data getBytes:buffer length:[data length]];
+  return [data length];
+}
+
 size_t archiveWithPattern(Packing packing, int inList, void* buffer, size_t capacity) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSColor* pattern = PatternPacked(packing);
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"] autorelease];
   [list setColor:[NSColor redColor] forKey:@"red"];
   [list setColor:pattern forKey:@"pattern"];
-  NSData* data = [NSArchiver archivedDataWithRootObject:inList ? (id)list : pattern];
-  size_t size = [data length];
-  if (size <= capacity) [data getBytes:buffer length:size];
+  size_t size = ArchiveOf(inList ? (id)list : pattern, buffer, capacity);
+  [pool release];
+  return size;
+}
+
+size_t archiveOfNamedColor(void* buffer, size_t capacity) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  size_t size = ArchiveOf([NSColor controlColor], buffer, capacity);
   [pool release];
   return size;
 }

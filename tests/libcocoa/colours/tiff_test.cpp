@@ -283,6 +283,19 @@ TEST(TIFFFile, MayHaveShortAndLongNumbersInAndBehindAField) {
   EXPECT_FALSE(IsTaken(FileWith(258, kShort, 0, {8, 0})));
 }
 
+TEST(TIFFFile, HoldsTheValuesBehindAFieldToTheLastByte) {
+  for (const std::uint32_t type : {kShort, kLong}) {
+    Bytes file = FileWith(
+        258, type, 3, type == kShort ? Bytes{8, 0, 8, 0, 8, 0} : Bytes{8, 0, 0, 0, 8, 0, 0, 0, 8, 0, 0, 0});
+    EXPECT_TRUE(IsTaken(file));
+    const std::size_t size = file.size();
+    for (std::size_t missing = 1; missing <= 6; ++missing) {
+      QVXBitmap bitmap{};
+      EXPECT_FALSE(QVXOpenBitmap(file.data(), size - missing, &bitmap)) << type << ' ' << missing;
+    }
+  }
+}
+
 TEST(TIFFFile, HasOneSizeForAllSamples) {
   EXPECT_FALSE(IsTaken(FileWith(258, kShort, 2, {8, 0, 4, 0})));
   EXPECT_FALSE(IsTaken(FileWith(258, kShort, 3, {8, 0, 4, 0, 8, 0})));
