@@ -69,8 +69,8 @@ class Listener {
       const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
       pollfd one{from_, POLLIN, 0};
       const int ready = poll(&one, 1, left > 0 ? static_cast<int>(left) : 0);
-      if (ready < 0 && errno == EINTR) continue;
       if (ready == 0) return false;
+      if (ready < 0) continue;  // interrupted
       std::array<char, 4096> part{};
       const ssize_t count = read(from_, part.data(), part.size());
       if (count <= 0) return true;

@@ -18,6 +18,7 @@
 #include "hostrun/host/desktop_symbols.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/services.h"
+#include "hostrun/macho/format.h"
 #include "hostrun/macho/image.h"
 
 namespace hostrun {
@@ -49,6 +50,9 @@ bool IsCutShort(std::ifstream& in, const Elf32_Ehdr& header) {
 }
 
 Problem CheckElfFile(const std::string& file) {
+  std::error_code error;
+  if (std::filesystem::is_directory(file, error))
+    return Refusal(file, kWanted, "a folder; take the folder NAME.bundle, or the file in it");
   std::ifstream in(file, std::ios::binary);
   if (!in) return Refusal(file, kWanted, std::strerror(errno));
   Elf32_Ehdr header{};
@@ -114,9 +118,17 @@ Problem MapElf(const std::string& file) {
 
 Problem MapDesktop(const std::string& file) {
   try {
-    auto image = std::make_unique<macho::Image>(ReadDesktopFile(file), &FindDesktopSymbol);
-    void* const entry = image->Exported("_REALPluginMain");
-    if (entry == nullptr) return Refusal(file, kEntryWanted, "none");
+    const macho::File contents = ReadDesktopFile(file);
+    const auto exported =
+        std::find_if(contents.exports.begin(), contents.exports.end(),
+                     [](const macho::Export& one) { return one.symbol == "_REALPluginMain"; });
+    if (exported == contents.exports.end()) return Refusal(file, kEntryWanted, "none");
+    const macho::Segment& segment = *contents.SegmentAround(exported->address, 1);
+    if ((segment.protection & macho::kExecute) == 0)
+      return Refusal(file, kEntryWanted, "it in " + segment.name + ", which can't be executed");
+
+    auto image = std::make_unique<macho::Image>(contents, &FindDesktopSymbol);
+    void* const entry = image->Exported(exported->symbol);
     const std::span<std::uint8_t> memory = image->memory();
     const auto begin = reinterpret_cast<std::uintptr_t>(memory.data());
     bundle = {reinterpret_cast<decltype(bundle.enter)>(entry), begin, begin + memory.size()};
@@ -146,6 +158,13 @@ bool IsDesktopFile(const std::string& file) {
 }
 
 macho::File ReadDesktopFile(const std::string& file) {
+  constexpr std::uintmax_t kLargest = 64U << 20U;
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  if (!error && size > kLargest) {
+    throw macho::FormatError("a bundle of at most " + std::to_string(kLargest) + " bytes",
+                             std::to_string(size));
+  }
   std::ifstream in(file, std::ios::binary);
   return macho::ReadFile({std::istreambuf_iterator<char>(in), {}});
 }

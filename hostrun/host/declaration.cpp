@@ -123,13 +123,16 @@ class Reader {
 
   Value HexLiteral() {
     const char32_t kind = at_ < text_.size() ? LowerCase(static_cast<unsigned char>(text_[at_])) : U'\0';
+    if (kind != U'h' && kind != U'c') Fail(kHexWanted);
     std::uint32_t number = 0;
     const char* const end = text_.data() + text_.size();
     const auto [stop, error] = std::from_chars(text_.data() + at_ + 1, end, number, 16);
-    if ((kind != U'h' && kind != U'c') || error != std::errc()) Fail("hexadecimal digits after &h or &c");
+    if (error != std::errc()) Fail(kHexWanted);
     at_ = static_cast<std::size_t>(stop - text_.data());
     return kind == U'c' ? Value::Color(number) : Value::Integer(static_cast<std::int32_t>(number));
   }
+
+  static constexpr const char* kHexWanted = "hexadecimal digits after &h or &c";
 
   std::string_view text_;
   std::size_t at_ = 0;

@@ -20,6 +20,14 @@ Bytes Part(Bytes bytes, std::uint32_t offset, std::uint32_t size, const char* wh
   return bytes.subspan(offset, size);
 }
 
+void CheckPlain(std::string_view name, const char* what) {
+  for (const char letter : name) {
+    if (letter >= ' ' && letter <= '~') continue;
+    throw FormatError(std::string("names in plain letters in ") + what,
+                      "the byte " + Hex(static_cast<std::uint8_t>(letter)));
+  }
+}
+
 void Cursor::GoTo(std::uint32_t offset) {
   Part(bytes_, offset, 0, what_);
   at_ = offset;
@@ -85,6 +93,7 @@ std::string Cursor::Text() {
     }
     text += static_cast<char>(byte);
   }
+  CheckPlain(text, what_);
   return text;
 }
 

@@ -6,6 +6,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace hostrun::macho {
 
@@ -31,6 +32,10 @@ T RecordAt(Bytes bytes, std::uint32_t offset, const char* what) {
   return record;
 }
 
+// Throws FormatError for a name, of the part called `what`, that is more than letters, digits, signs and
+// blanks: names come into lines of text.
+void CheckPlain(std::string_view name, const char* what);
+
 // Goes through bytes from the front. Each step throws FormatError where the bytes end before it does; `what`
 // names them there.
 class Cursor {
@@ -49,7 +54,7 @@ class Cursor {
   std::uint32_t Unsigned();
   std::uint32_t UnsignedStep();
   std::int32_t Signed();
-  // Up to a zero byte; moves behind it. At most kLongestText bytes.
+  // A name, up to a zero byte; moves behind it. At most kLongestText bytes.
   std::string Text();
 
   static constexpr std::uint32_t kLongestText = 1024;

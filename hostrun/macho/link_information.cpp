@@ -93,10 +93,32 @@ void CheckType(std::uint32_t type, const char* what) {
   throw FormatError(std::string("known operations in ") + what, "the operation " + Hex(byte));
 }
 
+// What is said of names is kept with each word that is bound and each name that is exported, and one name can
+// be said of all of them. A small file does not take much memory.
+class Room {
+ public:
+  Room(const File& file, const char* what)
+      : what_(what), left_(kAlways + kMostTimes * std::uint64_t{file.bytes.size()}) {}
+
+  void Take(std::size_t bytes) {
+    if (bytes > left_)
+      throw FormatError(std::string("names in proportion to the file in ") + what_, "too many");
+    left_ -= bytes;
+  }
+
+ private:
+  static constexpr std::uint64_t kAlways = 1U << 20U;
+  static constexpr std::uint64_t kMostTimes = 16;
+
+  const char* what_;
+  std::uint64_t left_;
+};
+
 // Reads one part of the bind information.
 class BindReader {
  public:
-  BindReader(Bytes part, File& file) : file_(file), in_(part, kWhat), place_(file, kWhat) {}
+  BindReader(Bytes part, File& file)
+      : file_(file), in_(part, kWhat), place_(file, kWhat), room_(file, kWhat) {}
 
   // Lazy binds are separated by Done, and padded with it.
   void Read(bool doneEnds) {
@@ -169,19 +191,21 @@ class BindReader {
   void Add() {
     if (bind_.symbol.empty()) throw FormatError(std::string("a symbol in ") + kWhat, "a bind before any");
     bind_.address = place_.Take();
+    room_.Take(bind_.symbol.size());
     file_.binds.push_back(bind_);
   }
 
   File& file_;
   Cursor in_;
   Place place_;
+  Room room_;
   Bind bind_{};
 };
 
 // Walks the tree of exported names from its root. Each node is met once, whatever its edges say.
 class ExportReader {
  public:
-  ExportReader(Bytes part, File& file) : part_(part), file_(file) {}
+  ExportReader(Bytes part, File& file) : part_(part), file_(file), room_(file, kWhat) {}
 
   void Read() {
     std::vector<Node> open = {{0, {}}};
@@ -216,6 +240,7 @@ class ExportReader {
         throw FormatError("names of at most " + std::to_string(Cursor::kLongestText) + " bytes in " + kWhat,
                           "a longer one");
       }
+      room_.Take(sizeof child + child.name.size());
       open.push_back(std::move(child));
     }
   }
@@ -224,15 +249,16 @@ class ExportReader {
     const std::uint32_t flags = in.Unsigned();
     if (flags != 0)
       throw FormatError(std::string("plain symbols in ") + kWhat,
-                        node.name + " with the flags " + Hex(flags));
+                        '"' + node.name + "\" with the flags " + Hex(flags));
     const std::uint32_t address = file_.segments.front().address + in.Unsigned();
     if (file_.SegmentAround(address, 1) == nullptr)
-      throw FormatError(node.name + " inside of the segments", Hex(address));
+      throw FormatError("the export \"" + node.name + "\" inside of the segments", Hex(address));
     file_.exports.push_back({node.name, address});
   }
 
   Bytes part_;
   File& file_;
+  Room room_;
   std::set<std::uint32_t> met_;
 };
 

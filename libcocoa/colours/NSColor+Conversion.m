@@ -4,13 +4,15 @@
 
 #import "libcocoa/colours/colour_conversion.h"
 #include "libcocoa/profiles/components.h"
+#include "libcocoa/runtime/kept_class.h"
 #import "libcocoa/runtime/stock_methods.h"
 
 @implementation NSColor (QVXConversion)
 
 // nil for named colours and patterns, which have no space of their own.
 - (NSColorSpace*)colorSpace {
-  return [NSColorSpace colorSpaceForColorSpaceName:[self colorSpaceName]];
+  static Class kept;
+  return [QVXKeptClass(&kept, "NSColorSpace") colorSpaceForColorSpaceName:[self colorSpaceName]];
 }
 
 - (NSColor*)colorUsingColorSpace:(NSColorSpace*)space {

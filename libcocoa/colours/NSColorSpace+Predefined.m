@@ -13,7 +13,7 @@
 
 typedef struct {
   NSString* name;
-  NSString* stockName;  // of the GNUstep colours that live in the space
+  NSString** stockName;  // GNUstep's own, of its colours that live in the space; NULL without such
   NSColorSpaceModel model;
   int builtIn;         // the profile that the space carries, or kNoProfile
   int workingBuiltIn;  // the profile for arithmetic, or kNoProfile
@@ -24,18 +24,22 @@ enum { kNoProfile = -1 };
 // By QVXSpaceKind.
 // clang-format off
 static const Predefined predefined[QVXSpaceKinds] = {
-    {nil, nil, NSUnknownColorSpaceModel, kNoProfile, kNoProfile},
-    {@"Device RGB", @"NSDeviceRGBColorSpace", NSRGBColorSpaceModel, kNoProfile, QVXBuiltInSRGB},
-    {@"Device Gray", @"NSDeviceWhiteColorSpace", NSGrayColorSpaceModel, kNoProfile, QVXBuiltInGamma22Gray},
-    {@"Device CMYK", @"NSDeviceCMYKColorSpace", NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
-    {@"Generic RGB", @"NSCalibratedRGBColorSpace", NSRGBColorSpaceModel, QVXBuiltInGenericRGB, QVXBuiltInGenericRGB},
-    {@"Generic Gray", @"NSCalibratedWhiteColorSpace", NSGrayColorSpaceModel, QVXBuiltInGenericGray, QVXBuiltInGenericGray},
-    {@"Generic CMYK", nil, NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
-    {@"sRGB IEC61966-2.1", nil, NSRGBColorSpaceModel, QVXBuiltInSRGB, QVXBuiltInSRGB},
-    {@"Adobe RGB (1998)", nil, NSRGBColorSpaceModel, QVXBuiltInAdobeRGB, QVXBuiltInAdobeRGB},
-    {@"Generic Gray Gamma 2.2 Profile", nil, NSGrayColorSpaceModel, QVXBuiltInGamma22Gray, QVXBuiltInGamma22Gray},
+    {nil, NULL, NSUnknownColorSpaceModel, kNoProfile, kNoProfile},
+    {@"Device RGB", &NSDeviceRGBColorSpace, NSRGBColorSpaceModel, kNoProfile, QVXBuiltInSRGB},
+    {@"Device Gray", &NSDeviceWhiteColorSpace, NSGrayColorSpaceModel, kNoProfile, QVXBuiltInGamma22Gray},
+    {@"Device CMYK", &NSDeviceCMYKColorSpace, NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
+    {@"Generic RGB", &NSCalibratedRGBColorSpace, NSRGBColorSpaceModel, QVXBuiltInGenericRGB, QVXBuiltInGenericRGB},
+    {@"Generic Gray", &NSCalibratedWhiteColorSpace, NSGrayColorSpaceModel, QVXBuiltInGenericGray, QVXBuiltInGenericGray},
+    {@"Generic CMYK", NULL, NSCMYKColorSpaceModel, kNoProfile, kNoProfile},
+    {@"sRGB IEC61966-2.1", NULL, NSRGBColorSpaceModel, QVXBuiltInSRGB, QVXBuiltInSRGB},
+    {@"Adobe RGB (1998)", NULL, NSRGBColorSpaceModel, QVXBuiltInAdobeRGB, QVXBuiltInAdobeRGB},
+    {@"Generic Gray Gamma 2.2 Profile", NULL, NSGrayColorSpaceModel, QVXBuiltInGamma22Gray, QVXBuiltInGamma22Gray},
 };
 // clang-format on
+
+static NSString* StockNameOfKind(int kind) {
+  return predefined[kind].stockName ? *predefined[kind].stockName : nil;
+}
 
 // Filled once, read without a lock: a stored object never changes.
 static NSColorSpace* spaces[QVXSpaceKinds];
@@ -101,10 +105,13 @@ static QVXProfile* InstalledCMYK(void) {
 }
 
 + (NSColorSpace*)colorSpaceForColorSpaceName:(NSString*)name {
+  // GNUstep's colours give its own names: those are known without a look at their letters.
+  for (int kind = QVXOtherSpace + 1; name && kind < QVXSpaceKinds; ++kind)
+    if (StockNameOfKind(kind) == name) return QVXSpaceOfKind(kind);
   if ([name isEqual:NSCalibratedBlackColorSpace]) name = NSCalibratedWhiteColorSpace;
   if ([name isEqual:NSDeviceBlackColorSpace]) name = NSDeviceWhiteColorSpace;
   for (int kind = QVXOtherSpace + 1; name && kind < QVXSpaceKinds; ++kind)
-    if ([predefined[kind].stockName isEqual:name]) return QVXSpaceOfKind(kind);
+    if ([StockNameOfKind(kind) isEqual:name]) return QVXSpaceOfKind(kind);
   return nil;
 }
 
@@ -124,7 +131,7 @@ QVXSpaceKind QVXKindOfSpace(NSColorSpace* space) {
 }
 
 NSString* QVXStockNameOfSpace(NSColorSpace* space) {
-  return predefined[QVXKindOfSpace(space)].stockName;
+  return StockNameOfKind(QVXKindOfSpace(space));
 }
 
 static QVXProfile* ProfileOfKind(NSColorSpace* space, QVXSpaceKind kind) {
@@ -152,8 +159,22 @@ NSColorSpace* QVXSpaceOfBuiltIn(const QVXProfile* profile) {
   return nil;
 }
 
+// The device space of the model, which stands for a space that has nothing but a model.
+static QVXSpaceKind DeviceKindOf(NSColorSpaceModel model) {
+  switch (model) {
+    case NSGrayColorSpaceModel:
+      return QVXDeviceGraySpace;
+    case NSRGBColorSpaceModel:
+      return QVXDeviceRGBSpace;
+    default:
+      return QVXOtherSpace;
+  }
+}
+
 QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
   QVXSpaceKind kind = QVXKindOfSpace(space);
+  if (kind == QVXOtherSpace && space && !space->_colorSyncProfile)
+    kind = DeviceKindOf(space->_colorSpaceModel);
   int builtIn = predefined[kind].workingBuiltIn;
   return builtIn == kNoProfile ? ProfileOfKind(space, kind) : QVXProfileBuiltIn(builtIn);
 }
@@ -188,8 +209,7 @@ int QVXChannelsOfSpace(NSColorSpace* space) {
 
 QVXSpaceFacts QVXFactsOfSpace(NSColorSpace* space) {
   QVXSpaceKind kind = QVXKindOfSpace(space);
-  return (QVXSpaceFacts){kind, predefined[kind].stockName, ProfileOfKind(space, kind),
-                         QVXChannelsOfSpace(space)};
+  return (QVXSpaceFacts){kind, StockNameOfKind(kind), ProfileOfKind(space, kind), QVXChannelsOfSpace(space)};
 }
 
 - (int)numberOfColorComponents {

@@ -57,6 +57,11 @@ static NSString* FormulaName(const End* end) {
   return end->is.kind == QVXGenericCMYKSpace && !end->is.profile ? NSDeviceCMYKColorSpace : nil;
 }
 
+// Whether a space without a profile is converted by formula.
+static BOOL IsCMYK(const End* end) {
+  return QVXModelOfSpace(end->space) == NSCMYKColorSpaceModel;
+}
+
 static const QVXProfile* WorkingProfile(const End* end) {
   return end->is.profile ? end->is.profile : QVXWorkingProfileOfSpace(end->space);
 }
@@ -85,6 +90,7 @@ static NSColor* ConvertByProfile(NSColor* color, const End* from, const End* to)
   for (int i = 0; i <= alpha; ++i) source[i] = components[i];
   const QVXProfile* fromProfile = WorkingProfile(from);
   const QVXProfile* toProfile = WorkingProfile(to);
+  if ((!fromProfile && !IsCMYK(from)) || (!toProfile && !IsCMYK(to))) return nil;
   const QVXProfile* srgb = fromProfile && toProfile ? NULL : QVXProfileBuiltIn(QVXBuiltInSRGB);
   if (!fromProfile) {
     for (int i = 0; i < 3; ++i) source[i] = QVXClip(1 - source[3] - source[i]);

@@ -5,8 +5,6 @@
 #include <stdlib.h>
 
 static QVXMethod Find(Class class, const char* className, char kind, SEL selector, QVXMethod* kept) {
-  QVXMethod known = __atomic_load_n(kept, __ATOMIC_ACQUIRE);
-  if (known) return known;
   unsigned count = 0;
   unsigned found = 0;
   Method oldest = NULL;
@@ -25,16 +23,19 @@ static QVXMethod Find(Class class, const char* className, char kind, SEL selecto
         kind, className, sel_getName(selector));
     abort();
   }
-  known = (QVXMethod)method_getImplementation(oldest);
+  QVXMethod known = (QVXMethod)method_getImplementation(oldest);
   __atomic_store_n(kept, known, __ATOMIC_RELEASE);
   return known;
 }
 
 QVXMethod QVXStockMethod(const char* className, SEL selector, QVXMethod* kept) {
-  return Find(objc_getClass(className), className, '-', selector, kept);
+  QVXMethod known = __atomic_load_n(kept, __ATOMIC_ACQUIRE);
+  return known ? known : Find(objc_getClass(className), className, '-', selector, kept);
 }
 
 QVXMethod QVXStockClassMethod(const char* className, SEL selector, QVXMethod* kept) {
+  QVXMethod known = __atomic_load_n(kept, __ATOMIC_ACQUIRE);
+  if (known) return known;
   Class class = objc_getClass(className);
   return Find(class ? object_getClass((id) class) : Nil, className, '+', selector, kept);
 }

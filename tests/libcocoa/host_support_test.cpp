@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
+#include <limits>
 
 #include "libcocoa/foundation/CFRunLoop.h"
 #include "libcocoa/runtime/host_support.h"
@@ -75,6 +77,16 @@ TEST(RunLoop, PostsNotificationsQueuedForIdleTime) {
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);
   EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 1U);
   Message<"removeObserver:", void(id)>()(centre, array);
+}
+
+TEST(RunLoop, WaitsNoTimeThatIsNone) {
+  for (const double seconds : {-1.0, std::nan(""), -std::numeric_limits<double>::infinity()}) {
+    const id array = kNew(PlatformClass<"NSMutableArray">());
+    Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(
+        array, sel_registerName("addObject:"), array, 0.0);
+    EXPECT_EQ(Guarded([&] { CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, 0); }), nullptr) << seconds;
+    EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 1U) << seconds;
+  }
 }
 
 TEST(RunLoop, WithNothingToDoIsFinished) {

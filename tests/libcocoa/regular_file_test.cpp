@@ -1,6 +1,7 @@
 // tests/libcocoa/regular_file_test.cpp - files that are asked what they are before they are touched.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -144,6 +145,35 @@ TEST_F(RegularFile, IsNoneOfAnythingElse) {
   EXPECT_EQ(ContentsOf(Path("nothing")), std::nullopt);
 }
 
+// Opening a pipe would let the program go on that waits to write into it, and then end it.
+TEST_F(RegularFile, IsAskedForBeforeAnythingIsOpened) {
+  const std::string pipe = Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int watch = inotify_init1(IN_NONBLOCK);
+  ASSERT_GE(inotify_add_watch(watch, pipe.c_str(), IN_OPEN), 0);
+  EXPECT_EQ(ContentsOf(pipe), std::nullopt);
+  inotify_event event;
+  EXPECT_EQ(read(watch, &event, sizeof event), -1) << "it was opened";
+  close(watch);
+}
+
+TEST_F(RegularFile, IsOneWhateverItsSizeAndTime) {
+  const std::string file = Written("file", "contents");
+  ASSERT_EQ(std::system(("touch -d 2100-01-01 " + file).c_str()), 0);
+  EXPECT_EQ(ContentsOf(file), "contents");
+  const std::string large = Written("large", "");
+  ASSERT_EQ(truncate64(large.c_str(), 3LL << 30), 0);
+  EXPECT_TRUE(QVXIsPlaceForFile(file.c_str()));
+  EXPECT_TRUE(QVXIsPlaceForFile(large.c_str()));
+}
+
+TEST_F(RegularFile, IsNoFolder) {
+  EXPECT_TRUE(QVXIsFolder(Folder("folder").c_str()));
+  EXPECT_TRUE(QVXIsFolder(Link("to-folder", "folder").c_str()));
+  EXPECT_FALSE(QVXIsFolder(Written("file", "").c_str()));
+  EXPECT_FALSE(QVXIsFolder(Path("nothing").c_str()));
+}
+
 TEST_F(RegularFile, MayBePutWhereNothingOrARegularFileIs) {
   Written("file", "");
   EXPECT_TRUE(QVXIsPlaceForFile(Path("file").c_str()));
@@ -180,6 +210,36 @@ TEST_F(RegularFile, IsWhereLinksLead) {
   EXPECT_TRUE(QVXIsReallyInFolder((folder + "/file").c_str(), in.c_str()));
   EXPECT_FALSE(QVXIsReallyInFolder((out + "/file").c_str(), folder.c_str()));
   EXPECT_TRUE(QVXIsReallyInFolder(out.c_str(), folder.c_str())) << "the last link is the file itself";
+}
+
+TEST_F(RegularFile, LeavesAFolderByALinkHoweverThePathIsSpelled) {
+  const std::string folder = Folder("folder");
+  Folder("folder/inner");
+  Folder("elsewhere/deep");
+  Link("folder/out", "../elsewhere");
+  Link("folder/around", "inner");
+  Link("in", "folder");
+  const auto leaves = [&](const std::string& path) {
+    return QVXLeavesFolderByLink(path.c_str(), folder.c_str());
+  };
+  EXPECT_TRUE(leaves(folder + "/out/file"));
+  EXPECT_TRUE(leaves(folder + "//out/./file"));
+  EXPECT_TRUE(leaves(folder + "/inner/../out/deep/file"));
+  EXPECT_TRUE(leaves(folder + "/out/../file"));
+  EXPECT_TRUE(leaves(Path("in/out/file")));
+  EXPECT_TRUE(leaves(Path("elsewhere/../folder/out/file")));
+  EXPECT_FALSE(leaves(folder + "/file"));
+  EXPECT_FALSE(leaves(folder + "/around/file")) << "the link stays in the folder";
+  EXPECT_FALSE(leaves(folder + "/out")) << "the last link is the file itself";
+  EXPECT_FALSE(leaves(folder + "/../elsewhere/file")) << "no link leads there";
+  EXPECT_FALSE(leaves(Path("elsewhere/file")));
+  EXPECT_FALSE(QVXLeavesFolderByLink((folder + "/file").c_str(), Path("nothing").c_str()));
+  const fs::path before = fs::current_path();
+  fs::current_path(folder);
+  EXPECT_TRUE(leaves("out/file"));
+  EXPECT_FALSE(leaves("inner/file"));
+  EXPECT_FALSE(leaves("file"));
+  fs::current_path(before);
 }
 
 TEST_F(RegularFile, IsInTheCurrentFolderWithoutASlash) {

@@ -64,11 +64,12 @@ void PlaceText(const Object& object, std::uint32_t commandsEnd, std::size_t stub
   const std::uint32_t first = object.sections.empty() ? 0 : object.sections.front().address;
   // Moved by whole units of the strictest alignment, everything in the block stays aligned.
   const std::uint32_t block = RoundUp(layout.stubs + stubsSize, alignment) + first % alignment;
-  for (std::size_t index = 0; index < object.sections.size() && IsText(object.sections[index]); ++index) {
-    const InputSection& section = object.sections[index];
+  for (std::size_t index = 0; const InputSection& section : object.sections) {
+    if (!IsText(section)) break;
     layout.movedBy[index] = std::int64_t{block} - first;
     layout.text.push_back(Carry(section, index, section.address - first + block));
     if (IsFrames(section)) layout.text.back().size += kEndOfFrames;
+    ++index;
   }
   layout.textEnd = RoundUp(layout.text.back().End(), kPageSize);
 }

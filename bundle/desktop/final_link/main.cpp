@@ -2,16 +2,22 @@
 //
 //   final_link OBJECT BUNDLE DEBUG SYMBOL    the bundle exports SYMBOL and nothing else; DEBUG is for
 //   debuggers
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "bundle/desktop/final_link/link.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 desktop::Bytes ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -19,15 +25,36 @@ desktop::Bytes ReadFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-// Writes the whole file or none.
-void WriteFile(const std::string& path, const desktop::Bytes& bytes) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+// Whoever may read the file may execute it.
+constexpr fs::perms kExecutable = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
+
+[[noreturn]] void RefuseToWrite(const fs::path& path, const std::string& found) {
+  throw std::runtime_error("wanted to write " + path.native() + ", found " + found);
+}
+
+// Writes the whole file, or leaves what is there: it is written beside its place and then takes it. It has
+// those of the rights `more` that go with who may read it.
+void WriteFile(const fs::path& path, const desktop::Bytes& bytes, fs::perms more = fs::perms::none) {
+  std::error_code error;
+  const fs::file_status before = fs::status(path, error);
+  if (fs::exists(before) && !fs::is_regular_file(before)) RefuseToWrite(path, "something that is no file");
+
+  const fs::path fresh = path.native() + ".new";
+  std::ofstream file(fresh, std::ios::binary | std::ios::trunc);
+  if (!file) RefuseToWrite(path, std::strerror(errno));
   file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   file.close();
-  if (!file) {
-    std::remove(path.c_str());
-    throw std::runtime_error("wanted to write " + path + ", found that it can't be written");
+  error.clear();
+  if (!file) error.assign(errno, std::generic_category());
+  if (!error) {
+    const auto readers = static_cast<unsigned>(fs::status(fresh, error).permissions()) >> 2;
+    fs::permissions(fresh, more & static_cast<fs::perms>(readers), fs::perm_options::add, error);
   }
+  if (!error) fs::rename(fresh, path, error);
+  if (!error) return;
+  std::error_code ignored;
+  fs::remove(fresh, ignored);
+  RefuseToWrite(path, error.message());
 }
 
 }  // namespace
@@ -40,8 +67,8 @@ int main(int count, char** arguments) {
   const std::string object = arguments[1];
   try {
     const desktop::Linked linked = desktop::Link(ReadFile(object), std::string("_") + arguments[4]);
-    WriteFile(arguments[2], linked.bundle);
     WriteFile(arguments[3], linked.debug);
+    WriteFile(arguments[2], linked.bundle, kExecutable);
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "final_link: %s: %s\n", object.c_str(), problem.what());
     return 1;

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# tests/bundle/desktop/command_test.sh FINAL-LINK FOLDER - the command says what is wrong in one line, and leaves what
-# was there before.
+# tests/bundle/desktop/command_test.sh FINAL-LINK GOOD-OBJECT FOLDER - the command says what is wrong in one line, and
+# leaves what was there before. GOOD-OBJECT writes an object that can be linked.
 set -uo pipefail
 link=$1
-folder=$2
+good=$2
+folder=$3
 failures=0
 rm -rf "$folder"
 mkdir -p "$folder"
@@ -22,15 +23,37 @@ refuses() {
   fi
 }
 
+# wants WHAT COMMAND...: that the command succeeds.
+wants() {
+  if ! "${@:2}"; then
+    echo "wanted $1, found it otherwise"
+    failures=$((failures + 1))
+  fi
+}
+
 refuses 2 'usage: final_link OBJECT BUNDLE DEBUG SYMBOL' zeros.o QVXColor
 refuses 1 'final_link: zeros.o: wanted the magic number 0xFEEDFACE, found 0x0' zeros.o QVXColor debug Entry
 refuses 1 'final_link: none.o: wanted an object to read, found none' none.o QVXColor debug Entry
-if [ "$(cat QVXColor)" != "the bundle before" ]; then
-  echo "wanted the bundle before, found it changed"
-  failures=$((failures + 1))
-fi
-if [ -e debug ]; then
-  echo "wanted no file for debuggers, found one"
-  failures=$((failures + 1))
-fi
+wants "the bundle before" grep -qx "the bundle before" QVXColor
+wants "no file for debuggers" test ! -e debug
+
+"$good" good.o
+mkdir folder
+refuses 1 'final_link: good.o: wanted to write folder, found something that is no file' good.o folder debug Entry
+wants "the folder before" test -d folder
+refuses 1 'final_link: good.o: wanted to write none/debug, found No such file or directory' good.o QVXColor none/debug Entry
+wants "the bundle before" grep -qx "the bundle before" QVXColor
+(
+  ulimit -f 1 # in 1024 bytes: less than a bundle takes
+  trap '' XFSZ
+  refuses 1 'final_link: good.o: wanted to write QVXColor, found File too large' good.o QVXColor debug Entry
+  exit $failures
+)
+failures=$?
+wants "the bundle before" grep -qx "the bundle before" QVXColor
+
+"$link" good.o QVXColor debug Entry || failures=$((failures + 1))
+wants "a bundle that may be executed" test -x QVXColor
+wants "a file for debuggers that may not" test ! -x debug
+wants "nothing else" test "$(echo *)" = "QVXColor debug folder good.o zeros.o"
 exit $failures

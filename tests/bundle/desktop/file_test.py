@@ -46,6 +46,9 @@ class Header(unittest.TestCase):
         flags = re.findall(r"MH_\w+", output_of("llvm-readobj-14", "--file-headers", file.path))
         self.assertCountEqual(flags, ["MH_NOUNDEFS", "MH_DYLDLINK", "MH_TWOLEVEL"])
 
+    def test_may_be_executed(self):
+        self.assertTrue(os.access(file.path, os.X_OK))
+
     def test_is_small(self):
         self.assertLessEqual(len(file.bytes), LARGEST_FILE)
 

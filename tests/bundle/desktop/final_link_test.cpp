@@ -1,12 +1,15 @@
 // tests/bundle/desktop/final_link_test.cpp - the final link is faithful to an object, or says why not.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <string>
 
 #include "bundle/desktop/final_link/export_trie.h"
 #include "bundle/desktop/final_link/link.h"
+#include "bundle/desktop/final_link/load_commands.h"
 #include "bundle/desktop/final_link/opcodes.h"
 #include "bundle/desktop/final_link/refusal.h"
 #include "tests/bundle/desktop/small_object.h"
@@ -110,6 +113,18 @@ TEST(FinalLink, KeepsDistancesInTheBlock) {
   EXPECT_EQ(bundle.Word(code + 0x13), 0x20U - 0x17U);
 }
 
+TEST(FinalLink, KeepsDifferencesBetweenWhatMovesApart) {
+  small::Object object = small::GoodObject();
+  small::Section& data = object.sections[small::kData];
+  const std::uint32_t held = 0x20 - data.address;
+  std::memcpy(data.bytes.data(), &held, sizeof held);
+  data.relocations[0] = small::Scattered(0, 0x20, 4);
+  data.relocations.insert(data.relocations.begin() + 1, small::Scattered(0, data.address, 1));
+  const Bundle bundle(object);
+  const std::uint32_t moved = bundle.Section("__data").address;
+  EXPECT_EQ(bundle.Word(moved), bundle.Section("__text").address + 0x20 - moved);
+}
+
 TEST(FinalLink, SendsReadsOfAnImportToItsPointer) {
   const Bundle bundle(small::GoodObject());
   const std::uint32_t here = bundle.Section("__text").address + 5;
@@ -163,6 +178,28 @@ TEST(FinalLink, FillsUpPathsOfLibrariesToAWordAndNoFurther) {
   }
 }
 
+TEST(FinalLink, AsksForNoLaterVersionOfALibraryThanTheFirst) {
+  const Bundle bundle(small::GoodObject());
+  for (const std::size_t offset : bundle.Commands(desktop::CommandKind::LoadLibrary)) {
+    const auto command = bundle.At<desktop::LoadLibraryCommand>(offset);
+    EXPECT_EQ(command.currentVersion, 0x10000U);
+    EXPECT_EQ(command.compatibleVersion, 0x10000U);
+  }
+}
+
+TEST(FinalLink, BeginsAndEndsCodeAndDataAtPages) {
+  const Bundle bundle(small::GoodObject());
+  const auto offsets = bundle.Commands(desktop::CommandKind::Segment);
+  ASSERT_EQ(offsets.size(), 3U);
+  for (int index = 0; index < 2; ++index) {
+    const auto segment = bundle.At<desktop::SegmentCommand>(offsets[index]);
+    EXPECT_EQ(segment.address % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.memorySize % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.fileOffset % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.fileSize % 0x1000, 0U) << index;
+  }
+}
+
 TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   const Bundle bundle(small::GoodObject());
   const desktop::SectionHeader zeros = bundle.Section("__bss");
@@ -201,14 +238,47 @@ TEST(FinalLink, GivesTheSameBytesForTheSameObject) {
 }
 
 TEST(FinalLink, GivesAnotherUuidForAnotherObject) {
-  const auto uuidOf = [](const Bytes& bundle) {
-    const std::array<std::uint8_t, 8> command = {0x1B, 0, 0, 0, 24, 0, 0, 0};
-    const auto found = std::search(bundle.begin(), bundle.end(), command.begin(), command.end());
-    return Bytes(found + 8, found + 24);
-  };
   small::Object other = small::GoodObject();
   other.sections[small::kStrings].bytes[0] = 'S';
-  EXPECT_NE(uuidOf(Linked(small::GoodObject())), uuidOf(Linked(other)));
+  EXPECT_NE(desktop::UuidOf(Linked(small::GoodObject())), desktop::UuidOf(Linked(other)));
+}
+
+// Version 8 and the variant take six bits; no other is the same for all objects.
+TEST(FinalLink, FillsTheUuidBesideItsVersionAndItsVariant) {
+  std::array<std::uint8_t, 16> inAll{};
+  std::array<std::uint8_t, 16> inAny{};
+  inAll.fill(0xFF);
+  for (char letter = '!'; letter <= '~'; ++letter) {
+    small::Object object = small::GoodObject();
+    object.sections[small::kStrings].bytes[0] = letter;
+    const auto uuid = desktop::UuidOf(Linked(object));
+    for (std::size_t i = 0; i < uuid.size(); ++i) {
+      inAll[i] &= uuid[i];
+      inAny[i] |= uuid[i];
+    }
+  }
+  EXPECT_EQ(inAll, (std::array<std::uint8_t, 16>{0, 0, 0, 0, 0, 0, 0x80, 0, 0x80}));
+  EXPECT_EQ(inAny, (std::array<std::uint8_t, 16>{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x8F, 0xFF,  //
+                                                 0xBF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}));
+}
+
+TEST(FinalLink, ImportsTheFirstSymbolAsAnyOther) {
+  small::Object object = small::GoodObject();
+  std::swap(object.symbols[small::kEntry], object.symbols[small::kStrlen]);
+  object.sections[small::kText].relocations[0] = small::Plain(0x18, small::kEntry, true, true);
+  const Bytes bundle = Linked(object);
+  const std::string name = "_strlen";
+  EXPECT_NE(std::search(bundle.begin(), bundle.end(), name.begin(), name.end()), bundle.end());
+}
+
+TEST(FinalLink, ImportsNothingThatNoRelocationNames) {
+  small::Object object = small::GoodObject();
+  object.symbols.push_back(object.symbols[small::kEntry]);
+  object.symbols[small::kEntry] = object.symbols[small::kStrlen];
+  object.symbols[small::kEntry].name = "_memcpy";
+  const Bytes bundle = Linked(object);
+  const std::string name = "_memcpy";
+  EXPECT_EQ(std::search(bundle.begin(), bundle.end(), name.begin(), name.end()), bundle.end());
 }
 
 TEST(FinalLink, LinksAnObjectThatImportsNothing) {
@@ -257,19 +327,47 @@ TEST(ExportTrie, HasOneEdgeToOneLeaf) {
   EXPECT_EQ(desktop::ExportTrie("_E", 0x1234), (Bytes{0, 1, '_', 'E', 0, 6, 3, 0, 0xB4, 0x24, 0}));
 }
 
-TEST(ExportTrie, TakesANameOf123BytesAndNoLonger) {
-  EXPECT_NO_THROW(desktop::ExportTrie(std::string(123, 'n'), 0x1234));
-  EXPECT_THROW(desktop::ExportTrie(std::string(124, 'n'), 0x1234), desktop::Refusal);
-}
-
-// Empty: it was linked.
-std::string RefusalOf(const Bytes& object) {
+// Empty: it did not refuse.
+std::string RefusalOf(const std::function<void()>& step) {
   try {
-    desktop::Link(object, "_Entry");
+    step();
     return {};
   } catch (const desktop::Refusal& refusal) {
     return refusal.what();
   }
+}
+std::string RefusalOf(const Bytes& object) {
+  return RefusalOf([&] { desktop::Link(object, "_Entry"); });
+}
+
+TEST(BindOpcodes, NameOneOfFifteenLibraries) {
+  desktop::Imports imports;
+  imports.imports = {{"_a", 0, 15, false}, {"_b", 1, 16, false}};
+  const auto bind = [&](std::size_t import) {
+    return [&imports, import] {
+      desktop::BindOpcodes(std::vector<desktop::Bind>{{0x1004, import}}, imports, 0x1000);
+    };
+  };
+  EXPECT_EQ(RefusalOf(bind(0)), "");
+  EXPECT_EQ(RefusalOf(bind(1)), "wanted at most 15 libraries, found 16");
+}
+
+TEST(ExportTrie, TakesANameOf123BytesAndNoLonger) {
+  const auto trie = [](std::size_t length) {
+    return [length] { desktop::ExportTrie(std::string(length, 'n'), 0x1234); };
+  };
+  EXPECT_EQ(RefusalOf(trie(123)), "");
+  EXPECT_EQ(RefusalOf(trie(124)), "wanted the exported symbol's name shorter than 124 bytes, found 124");
+}
+
+TEST(Quoted, CutsANameAfter100Letters) {
+  const std::string longest(100, 'n');
+  EXPECT_EQ(desktop::Quoted(longest), '"' + longest + '"');
+  EXPECT_EQ(desktop::Quoted(longest + "o"), '"' + longest + "...\"");
+}
+
+TEST(Quoted, ShowsLettersBetweenSpaceAndTilde) {
+  EXPECT_EQ(desktop::Quoted(" ~\x1F\x7F\x80"), "\" ~???\"");
 }
 
 // What is refused, and the whole line that says so.
@@ -375,6 +473,12 @@ const Broken kBroken[] = {
      "wanted the exported symbol \"_Entry\", found none"},
     {"AnotherExport", [](auto& o) { o.symbols[small::kHelper].type |= desktop::kExternal; },
      "wanted one exported symbol, \"_Entry\", found \"_Helper\""},
+    {"TwoExportsOfAName",
+     [](auto& o) {
+       o.symbols[small::kHelper].type |= desktop::kExternal;
+       o.symbols[small::kHelper].name = "_Entry";
+     },
+     "wanted one exported symbol, \"_Entry\", found \"_Entry\" again"},
     {"AnExportOfData",
      [](auto& o) {
        o.symbols[small::kEntry].section = small::kData + 1;
@@ -401,6 +505,8 @@ const Broken kBroken[] = {
      "wanted the relocation at 0x4 of __DATA,__data of an address, a distance or a difference, found kind 1"},
     {"ATargetNowhere", [](auto& o) { Data(o).relocations[1] = small::Scattered(4, 0x99, 0); },
      "wanted the target of the relocation at 0x4 of __DATA,__data in a section, found 0x99"},
+    {"ATargetInsideOfAPointer", [](auto& o) { Text(o).relocations[4] = small::Scattered(0x08, 0x3E, 4); },
+     "wanted the target of the relocation at 0x8 of __TEXT,__text at a pointer, found 0x3E"},
     {"NoSuchSymbol", [](auto& o) { Data(o).relocations[2] = small::Plain(8, 77, false, true); },
      "wanted the relocation at 0x8 of __DATA,__data by one of 5 symbols, found symbol 77"},
     {"NoSuchSection", [](auto& o) { Data(o).relocations[0] = small::Plain(0, 7, false, false); },

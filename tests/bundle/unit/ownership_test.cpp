@@ -93,6 +93,27 @@ TEST_F(OwnershipOnOldHost, TheNarrowedTextAndItsTemporaryString) {
   host.raised.clear();
 }
 
+TEST_F(OwnershipOnOldHost, TheNarrowedTextIsNotLeftToTheGuard) {
+  const std::string bytes(800, 'a');
+  Guard([&](qvx::Holdings& holdings) {
+    void* const string = qvx::REALBuildUnicodeString(bytes.data(), static_cast<std::int64_t>(bytes.size()),
+                                                     qvx::kEncodingUTF32, holdings);
+    ++host.String(string).owned;  // by this test
+    EXPECT_EQ(holdings.Count(), 0U);
+    host.UnlockString(string);
+  });
+}
+
+TEST_F(OwnershipOnNewHost, TheTextOfAnOutOfBoundsExceptionIsNotLeftToTheGuard) {
+  Guard([](qvx::Holdings& holdings) {
+    qvx::RaiseOutOfBoundsException(5, 0, 3, "index", "colorAtIndex", holdings);
+    EXPECT_EQ(holdings.Count(), 0U);
+  });
+  ASSERT_THAT(host.raised, SizeIs(1));
+  host.Unlock(host.raised[0].object);
+  host.raised.clear();
+}
+
 TEST_F(OwnershipOnNewHost, TheConvertedStringWhileItsBytesAreRead) {
   for (const char* const service : {"LenB", "StringGetCString"}) {
     host.missing = {"PluginGetStringData"};

@@ -305,6 +305,16 @@ TEST_F(StringDataFallback, ConvertsOtherwiseAndReleasesTheConvertedString) {
   Dispose(data);
 }
 
+TEST_F(StringDataFallback, CopiesNothingIntoARecordOfNoBytes) {
+  for (const std::int32_t length : {0, -1}) {
+    REALstringData data{nullptr, length, 77};
+    ASSERT_TRUE(Get(host.NewString("abc", kEncodingUTF8), kEncodingUnknown, &data));
+    EXPECT_EQ(data.length, 0);
+    EXPECT_TRUE(EndsInFourZeros(data));
+    Dispose(data);
+  }
+}
+
 TEST_F(StringDataFallback, CopiesASingleByte) {
   REALstringData data{nullptr, 1, 77};
   ASSERT_TRUE(Get(host.NewString("a", kEncodingUTF8), kEncodingUnknown, &data));

@@ -2,6 +2,7 @@
 // fault.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/hostrun/commands/run_hostrun.h"
@@ -45,6 +46,51 @@ std::vector<std::string> FaultsOf(const TestFile& file) {
 
 TEST(Check, PassesADesktopFileThatKeepsTheContract) {
   EXPECT_EQ(FaultsOf(SoundFile()), std::vector<std::string>{});
+}
+
+TEST(Check, RefusesADesktopFileThatIsTooLargeToBeRead) {
+  const std::vector<std::uint8_t> bytes = SoundFile().Bytes();
+  const std::string path = TemporaryFile("Desktop", {bytes.begin(), bytes.end()});
+  constexpr std::uintmax_t kSize = 3ULL << 30U;  // with a hole: it takes no room on the disk
+  std::filesystem::resize_file(path, kSize);
+  const Finished output = RunHostrun({"check", "--platform", "none", "--filter", "file/format", path});
+  std::filesystem::remove(path);
+  EXPECT_EQ(output.status, 1);
+  EXPECT_NE(output.out.find("failed    file/format: " + path +
+                            ": wanted a bundle of at most 67108864 bytes, found 3221225472\n"),
+            std::string::npos)
+      << output.out;
+}
+
+TEST(Use, ADesktopBundleIsEnteredWhereItMayBeExecutedOnly) {
+  TestFile file = SoundFile();
+  file.segments[0].protection = kRead;
+  const std::vector<std::uint8_t> bytes = file.Bytes();
+  const std::string path = TemporaryFile("Desktop", {bytes.begin(), bytes.end()});
+  const Finished output = RunHostrun({"--platform", "none", "--bundle", path, "--execute", "Print 1"});
+  EXPECT_EQ(output.status, 2);
+  EXPECT_EQ(output.err,
+            path +
+                ": wanted an exported function REALPluginMain, found it in __TEXT, which can't be "
+                "executed\n");
+}
+
+TEST(Use, ADesktopBundleWithoutItsPlatformIsToldFromOneThatWantsMoreThanThePlatform) {
+  TestFile file = SoundFile();
+  const auto found = [&file](const char* symbol) {
+    file.binds = Codes({0x11, 0x40}) + Text(symbol) + Codes({0x51, 0x71, 4, 0x90, 0});
+    const std::vector<std::uint8_t> bytes = file.Bytes();
+    const std::string path = TemporaryFile("Desktop", {bytes.begin(), bytes.end()});
+    const Finished output = RunHostrun({"--platform", "none", "--bundle", path, "--execute", "Print 1"});
+    EXPECT_EQ(output.status, 2);
+    return output.err.substr(path.size());
+  };
+  EXPECT_EQ(
+      found("_objc_msgSend"),
+      ": wanted the platform's symbol _objc_msgSend in this process, found none; load a platform library "
+      "before the bundle\n");
+  EXPECT_EQ(found("_printf"),
+            ": wanted symbols of the platform and the language's run-time only, found _printf\n");
 }
 
 struct DesktopFault {

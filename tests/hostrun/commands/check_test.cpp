@@ -198,7 +198,7 @@ TEST(Check, PassesTheBundleOfThisBuildOnEveryHost) {
 TEST(Check, StopsAtWhatIsNoBundleAtAllAndSaysSoInOneLine) {
   const std::pair<std::string, std::string> files[] = {
       {TemporaryFile("text.so", "no bundle"), "found a file that is neither ELF nor Mach-O"},
-      {"/", "found a file that is neither ELF nor Mach-O"},
+      {"/", "found a folder; take the folder NAME.bundle, or the file in it"},
       {"/bin/true", "found a 64-bit ELF file"}};
   for (const auto& [file, found] : files) {
     const Finished finished = RunHostrun(CheckArguments(file));

@@ -1,6 +1,8 @@
 // tests/hostrun/commands/repl_test.cpp - "hostrun repl" with its lines from a pipe.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/hostrun/commands/run_hostrun.h"
 
 namespace command_tests {
@@ -90,9 +92,12 @@ TEST(Repl, ReportsABlockThatIsNeverClosed) {
 
 TEST(Repl, ShowsWhatTheReferenceSays) {
   const Finished member = Typed(":doc NSColorQVX.colorValue\n");
-  EXPECT_EQ(member.out.rfind("NSColorQVX.colorValue\n  The colour as the host's own `Color`", 0), 0U)
+  EXPECT_EQ(member.out.rfind("NSColorQVX.colorValue\n  The colour as the host's own Color", 0), 0U)
       << member.out;
   EXPECT_EQ(member.err, "");
+  const std::vector<std::string> lines = Lines(Typed(":doc NSColorQVX.getCMYK\n").out);
+  EXPECT_TRUE(std::ranges::all_of(
+      lines, [](const std::string& line) { return line.starts_with("NSColorQVX.") || line.size() <= 78; }));
   const Finished cls = Typed(":doc nscolorqvx\n");
   EXPECT_EQ(cls.out.rfind("NSColorQVX\n  A colour of the platform.", 0), 0U) << cls.out;
   EXPECT_NE(cls.out.find(" colorValue"), std::string::npos) << cls.out;
@@ -103,6 +108,13 @@ TEST(Repl, ShowsWhatTheReferenceSays) {
   EXPECT_NE(Typed(":doc\n").err.find(":doc: wanted a class or CLASS.MEMBER"), std::string::npos);
 }
 
+TEST(Repl, ShowsOfAMemberWhatIsSaidOfItsGroup) {
+  EXPECT_EQ(Typed(":doc NSColorQVX.redColor\n").out,
+            "NSColorQVX.redColor as NSColorQVX\n  Red: 1, 0, 0.\n  Nil gives: Nil on a platform without this "
+            "colour.\n  Raises: NSExceptionQVX when the platform "
+            "raises.\n");
+}
+
 TEST(Repl, ShowsWhatTheReferenceSaysOfTheHostsOwnClasses) {
   for (const std::string cls :
        {"MemoryBlock", "FolderItem", "NSExceptionQVX", "RuntimeException", "Dictionary", "TextFile",
@@ -111,7 +123,8 @@ TEST(Repl, ShowsWhatTheReferenceSaysOfTheHostsOwnClasses) {
     EXPECT_EQ(finished.out.rfind(cls + "\n  ", 0), 0U) << finished.out << finished.err;
   }
   EXPECT_EQ(Typed(":doc dictionary.HasKey\n").out,
-            "Dictionary.HasKey(key as variant) as boolean\n  Whether the key is there.\n");
+            "Dictionary.HasKey(key as variant) as boolean\n  Whether the key is there.\n  Nil gives: Does "
+            "not apply.\n  Raises: Nothing.\n");
 }
 
 TEST(Repl, ShowsWhatAClassHasFromTheOneThatItDescendsFrom) {
@@ -120,7 +133,8 @@ TEST(Repl, ShowsWhatAClassHasFromTheOneThatItDescendsFrom) {
       << cls.out;
   for (const std::string name : {"IOException", "NSExceptionQVX"}) {
     EXPECT_EQ(Typed(":doc " + name + ".message\n").out,
-              "RuntimeException.Message\n  Why it was raised, for people.\n");
+              "RuntimeException.Message\n  Why it was raised, for people.\n  Nil gives: Does not apply.\n  "
+              "Raises: Nothing.\n");
   }
 }
 

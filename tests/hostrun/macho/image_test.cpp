@@ -3,12 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
 #include "tests/hostrun/macho/test_file.h"
+
+// Of the compiler's run-time library: the unwind table's entry for an address, or null.
+extern "C" const void* _Unwind_Find_FDE(void* address, void* bases);  // NOLINT(bugprone-reserved-identifier)
 
 namespace {
 
@@ -101,6 +106,45 @@ TEST(DesktopImage, GoesWithItsObject) {
   EXPECT_EQ(RightsAt(memory), "");
 }
 
+// Its own addresses count from anywhere.
+TEST(DesktopImage, MayBeginAtAnyAddress) {
+  constexpr std::uint32_t kFirst = 0x4000;
+  TestFile file;
+  for (SegmentCommand& segment : file.segments) segment.address += kFirst;
+  file.frames.address += kFirst;
+  std::vector<std::uint8_t> bytes = file.Bytes();
+  bytes[TestFile::kPointer + 1] = static_cast<std::uint8_t>((kFirst + TestFile::kFunction) >> 8U);
+  const Image image(ReadFile(std::move(bytes)), &FindTheSymbol);
+  EXPECT_EQ(image.memory().size(), 3 * kPage);
+  EXPECT_EQ(image.Exported("_answer"), image.memory().data() + TestFile::kFunction);
+  EXPECT_EQ(WordAt(image, TestFile::kPointer), AddressOf(image.Exported("_answer")));
+  EXPECT_EQ(WordAt(image, TestFile::kSymbol), AddressOf(&symbol));
+  EXPECT_EQ(RightsAt(image.memory().data() + TestFile::kData), "rw-p");
+}
+
+// What a segment has in memory beyond its bytes in the file is zero.
+TEST(DesktopImage, HasZerosBehindTheBytesOfTheFile) {
+  TestFile file;
+  file.segments[1].fileSize = 2;
+  const Image image(ReadFile(file.Bytes()), &FindTheSymbol);
+  EXPECT_EQ(WordAt(image, TestFile::kPointer), AddressOf(image.memory().data()) + TestFile::kFunction);
+  EXPECT_EQ(image.memory()[TestFile::kData + 8], 0);
+}
+
+TEST(DesktopImage, IsKnownToTheUnwinderAsLongAsItIsThere) {
+  void* function = nullptr;
+  const auto known = [&function] {
+    std::array<void*, 3> bases{};
+    return _Unwind_Find_FDE(function, bases.data()) != nullptr;
+  };
+  {
+    const Image image(ReadFile(TestFile().Bytes()), &FindTheSymbol);
+    function = image.Exported("_answer");
+    EXPECT_TRUE(known());
+  }
+  EXPECT_FALSE(known());
+}
+
 TEST(DesktopImage, SharesNothingWithAnother) {
   const File file = ReadFile(TestFile().Bytes());
   const Image first(file, &FindTheSymbol);
@@ -159,7 +203,11 @@ const Instructions kInstructions[] = {
     {"Numbers", {0x0E, 5, 0x0E, 4, 0x13, 5, 0x2E, 4}, {0x0E, 5, 0x0E, 4, 0x13, 5, 0x2E, 4}},
     {"Places", {0x02, 5, 0x03, 5, 4, 0x04, 4, 5, 4, 5, 0x44}, {0x02, 5, 0x03, 5, 4, 0x04, 4, 5, 4, 5, 0x44}},
     {"States", {0x0A, 0x0B}, {0x0A, 0x0B}},
+    {"Location", {0x01, 5, 5, 5, 5, 0x84, 1}, {0x01, 5, 5, 5, 5, 0x85, 1}},
+    {"LastRegister", {0x0C, 16, 4, 0x90, 1}, {0x0C, 16, 4, 0x90, 1}},
+    {"RegisterBeyondTheLast", {0x91, 1}, {}},
     {"StateOfNobody", {0x0B}, {}},
+    {"StateTwice", {0x0A, 0x0B, 0x0B}, {}},
     {"Expression", {0x0F, 1, 0x74}, {}},
     {"UnknownInstruction", {0x3F}, {}},
     {"UnknownRegister", {0x0C, 17, 4}, {}},
@@ -247,6 +295,80 @@ const Augmentation kAugmentations[] = {
 
 INSTANTIATE_TEST_SUITE_P(Augmentations, FrameAugmentations, testing::ValuesIn(kAugmentations),
                          [](const auto& one) { return one.param.name; });
+
+// A record with these words behind its length, as they are.
+std::string BareRecord(const std::string& body) {
+  return Raw(static_cast<std::uint32_t>(body.size())) + body;
+}
+
+TEST(DesktopFrames, HaveAVersionAndAColumnForTheReturnAddress) {
+  const auto common = [](unsigned version, unsigned column) {
+    return BareRecord(Raw(std::uint32_t{0}) + Codes({version}) + Text("zR") +
+                      Codes({1, 0x7C, column, 1, 0x10, 0, 0, 0}));
+  };
+  EXPECT_EQ(ProblemOf(FileWithFrame(common(1, 8))), "");
+  EXPECT_EQ(ProblemOf(FileWithFrame(common(3, 8))), "wanted version 1 in the unwind tables, found 3");
+  EXPECT_EQ(ProblemOf(FileWithFrame(common(1, 9))),
+            "wanted the return address in column 8 in the unwind tables, found 9");
+}
+
+TEST(DesktopFrames, HaveNothingThatGoesBeyondItsEntry) {
+  const auto common = [](std::initializer_list<unsigned> rest) {
+    return BareRecord(Raw(std::uint32_t{0}) + Codes({1}) + Text("z") + Codes({1, 0x7C, 8}) + Codes(rest));
+  };
+  EXPECT_EQ(ProblemOf(FileWithFrame(common({1, 0}))),
+            "wanted augmentation data as long as it says in the unwind tables, found another length");
+  EXPECT_EQ(ProblemOf(FileWithFrame(common({2, 0}))),
+            "wanted augmentation data inside its entry in the unwind tables, found 0x2");
+  EXPECT_EQ(ProblemOf(FileWithFrame(common({0, 0x02}))),
+            "wanted instructions inside their entry in the unwind tables, found one that goes beyond it");
+}
+
+// The entry of a function behind a common one, with its place as the common entry's pointers have it.
+TestFile FileWithFunction(unsigned pointers, std::uint32_t begin, std::uint32_t size) {
+  const std::string common = AugmentedRecord("zR", Codes({pointers}), {});
+  const auto back = static_cast<std::uint32_t>(common.size() + 4);
+  return FileWithFrame(common + BareRecord(Raw(back) + Raw(begin) + Raw(size) + Codes({0, 0x84, 1, 0})));
+}
+constexpr std::uint32_t kFunctionsPlace = TestFile::kFrames + 28;
+
+TEST(DesktopFrames, AreOfFunctionsInsideOfTheImage) {
+  ASSERT_EQ(AugmentedRecord("zR", Codes({0x10}), {}).size(), 20U);
+  constexpr std::uint32_t kSize = TestFile::kLinkEdit + kPage;
+  const auto problem = [](std::uint32_t begin, std::uint32_t size) {
+    return ProblemOf(FileWithFunction(0x10, begin - kFunctionsPlace, size));
+  };
+  EXPECT_EQ(problem(0, kSize), "");
+  EXPECT_EQ(problem(kSize, 0), "");
+  const std::string wanted = "wanted functions inside of the image in the unwind tables, found ";
+  EXPECT_EQ(problem(0, kSize + 1), wanted + "0x3001 bytes at 0x0");
+  EXPECT_EQ(problem(kSize + 1, 0), wanted + "0x0 bytes at 0x3001");
+}
+
+TEST(DesktopFrames, MayHoldAddressesThatAreRebased) {
+  TestFile file = FileWithFunction(0x00, TestFile::kFunction, 6);
+  file.rebases = Codes({0x20, 0x9C, 0x12, 0x51});
+  const Image image(ReadFile(file.Bytes()), &FindTheSymbol);
+  EXPECT_EQ(WordAt(image, kFunctionsPlace), AddressOf(image.memory().data()) + TestFile::kFunction);
+  EXPECT_EQ(image.memory()[kFunctionsPlace + 9], 0x85);
+  file.rebases.clear();
+  EXPECT_NE(ProblemOf(file), "");
+}
+
+TEST(DesktopFrames, MayEndWithTheirPage) {
+  TestFile file;
+  const std::string end = Raw(std::uint32_t{0});
+  file.frames.address = file.frames.fileOffset = kPage - 24;
+  file.frames.size = 24;
+  std::vector<std::uint8_t> bytes = file.Bytes();
+  const std::string common = AugmentedRecord("zR", Codes({0x10}), {}) + end;
+  std::copy(common.begin(), common.end(), bytes.begin() + kPage - 24);
+  EXPECT_NO_THROW(Image(ReadFile(bytes), &FindTheSymbol));
+  const std::string withoutEnd = AugmentedRecord("zR", Codes({0x10}), Codes({0, 0, 0, 0}));
+  ASSERT_EQ(withoutEnd.size(), 24U);
+  std::copy(withoutEnd.begin(), withoutEnd.end(), bytes.begin() + kPage - 24);
+  EXPECT_THROW(Image(ReadFile(bytes), &FindTheSymbol), FormatError);
+}
 
 TEST(DesktopFrames, NeedAnEndThatTheUnwinderMeets) {
   TestFile file;

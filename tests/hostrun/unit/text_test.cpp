@@ -119,6 +119,27 @@ TEST(Encodings, WhatAnEncodingLacksIsAQuestionMark) {
   }
 }
 
+TEST(Encodings, MalformedUtf8AndAsciiAreRefusedStrictly) {
+  for (const std::string_view malformed :
+       {"\x80", "\xC1\x81", "\xF5\x80\x80\x80", "\xE2\x82", "\xE2\x82z", "\xE0\x9F\xBF", "\xED\xA0\x80",
+        "\xED\xBF\xBF", "\xF4\x90\x80\x80"}) {
+    EXPECT_FALSE(DecodeStrictly(malformed, qvx::kEncodingUTF8).has_value()) << malformed;
+  }
+  EXPECT_EQ(DecodeStrictly("a\x7F", qvx::kEncodingASCII), U"a\x7F");
+  EXPECT_FALSE(DecodeStrictly("a\x80", qvx::kEncodingASCII).has_value());
+  EXPECT_EQ(Decode("a\x80z", qvx::kEncodingASCII), U"a\uFFFDz");
+}
+
+TEST(Encodings, Utf32HasEachCharacterButHalvesOfPairs) {
+  const auto decoded = [](char32_t unit) {
+    return Decode({reinterpret_cast<const char*>(&unit), sizeof unit}, qvx::kEncodingUTF32);
+  };
+  for (const char32_t character : {0x0, 0xD7FF, 0xE000, 0x10FFFF}) {
+    EXPECT_EQ(decoded(character), std::u32string(1, character));
+  }
+  for (const char32_t none : {0xD800, 0xDFFF, 0x110000}) EXPECT_EQ(decoded(none), U"\uFFFD");
+}
+
 TEST(Letters, AreFoldedInAsciiAndBeyond) {
   EXPECT_EQ(LowerCase(U'A'), U'a');
   EXPECT_EQ(LowerCase(U'Z'), U'z');

@@ -42,8 +42,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       if (image.Exported(one.symbol) == nullptr) fuzz::Fail(one.symbol + " is exported and has no address");
     }
   } catch (const FormatError& error) {
-    if (!std::string_view(error.what()).starts_with("wanted "))
-      fuzz::Fail(std::string("not what a refusal says: ") + error.what());
+    const std::string_view line = error.what();
+    if (!line.starts_with("wanted ") || line.find_first_of("\n\r\x1B") != line.npos)
+      fuzz::Fail("not what a refusal says: " + std::string(line));
   }
   return 0;
 }
