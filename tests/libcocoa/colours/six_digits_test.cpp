@@ -14,9 +14,10 @@ extern "C" {
 namespace {
 
 std::string ByTheLibrary(float number) {
-  char text[QVXNumberRoom + 1] = "";
-  const std::size_t length = QVXWriteSixDigits(number, text);
-  EXPECT_EQ(length, std::string(text).size());
+  std::string text(QVXNumberRoom + 1, '#');
+  const std::size_t length = QVXWriteSixDigits(number, text.data());
+  EXPECT_EQ(text.at(length), length == 0 ? '#' : 0);
+  text.resize(length);
   return length == 0 ? "left to others" : text;
 }
 
