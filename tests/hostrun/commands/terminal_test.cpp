@@ -150,6 +150,31 @@ TEST(Terminal, KeepsAHistoryFromOneSessionToTheNext) {
   EXPECT_TRUE(next.Shows("\r\n42\r\n")) << next.screen();
 }
 
+TEST(Terminal, KeepsItsHistoryInTheHomeFolderWhereNoOtherIsNamed) {
+  const std::string home = TemporaryFile("", "") + "home";
+  std::filesystem::create_directory(home);
+  for (const std::string state : {"XDG_STATE_HOME=", "XDG_STATE_HOME=not/from/the/root"}) {
+    AtTerminal terminal(kRepl, {state, "HOME=" + home});
+    ASSERT_TRUE(terminal.Prompts());
+    terminal.Type("12*12\n");
+    ASSERT_TRUE(terminal.Shows("\r\n144\r\n")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts());
+  }
+  EXPECT_EQ(Lines(ReadFile(home + "/.local/state/hostrun/history")),
+            (std::vector<std::string>{"_HiStOrY_V2_", "12*12", "12*12"}));
+  EXPECT_FALSE(std::filesystem::exists("not"));
+}
+
+TEST(Terminal, KeepsNoHistoryWhereThereIsNoFolderForIt) {
+  AtTerminal terminal(kRepl, {"XDG_STATE_HOME=", "HOME="});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("12*12\n");
+  ASSERT_TRUE(terminal.Shows("\r\n144\r\n")) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type(kEndOfInput);
+  EXPECT_EQ(terminal.Status(), 0);
+}
+
 // The file as the library writes it: a line of its own, and a blank as its number.
 std::string KeptLine(int number) {
   return "Print\\040" + std::to_string(number);
@@ -204,6 +229,27 @@ TEST(Terminal, TakesLettersBeyondAscii) {
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Print \"äöü€\".Length, \"äöü€\"\n");
   EXPECT_TRUE(terminal.Shows("\r\n4 äöü€\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, TakesAByteThatBelongsToNoLetterForAQuestionMark) {
+  AtTerminal terminal(kRepl);
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Print \"a\xFFz\"\n");
+  EXPECT_TRUE(terminal.Shows("\r\na?z\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, IsAskedToMarkPastesWhileALineIsReadUnlessItIsDumb) {
+  AtTerminal terminal(kRepl);
+  ASSERT_TRUE(terminal.Shows("\033[?2004h"));
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Print 12*12\n");
+  ASSERT_TRUE(terminal.Shows("\033[?2004l")) << terminal.screen();
+  ASSERT_TRUE(terminal.Shows("\r\n144\r\n")) << terminal.screen();
+  AtTerminal dumb(kRepl, {"TERM=dumb"});
+  ASSERT_TRUE(dumb.Prompts());
+  dumb.Type("Print 12*12\n");
+  ASSERT_TRUE(dumb.Shows("144\r\n")) << dumb.screen();
+  EXPECT_EQ(dumb.screen().find("2004"), std::string::npos) << dumb.screen();
 }
 
 TEST(Terminal, InterruptsWhatIsRunningAndKeepsTheSession) {

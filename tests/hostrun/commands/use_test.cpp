@@ -114,6 +114,23 @@ TEST(Use, AnUncaughtExceptionShowsClassMessageNumberAndTheLinesOfTheProgram) {
                               "  in Outer, called from line 7\n");
 }
 
+// The line before each has had the last word of where the program stands.
+TEST(Use, WhatAProgramLeaksIsNamedByTheLineThatMadeIt) {
+  const std::string program = TemporaryFile("rings.bas",
+                                            "Dim n As Integer = Len(\"x\")\n"
+                                            "Dim a() As Variant = Array(1)\n"
+                                            "a.Append a\n"
+                                            "n = Len(\"x\")\n"
+                                            "Dim b() As Variant\n"
+                                            "b.Append b\n"
+                                            "n = Len(\"x\")\n"
+                                            "Dim c As New Dictionary\n"
+                                            "c.Value(1) = c\n");
+  EXPECT_EQ(RunSmall({"--leaks", program}).err,
+            "still alive at the end:\n  1 Dictionary, made in line 8\n  1 array, made in line 2\n"
+            "  1 array, made in line 5\n");
+}
+
 TEST(Use, WhatABundleLeaksIsNamedByTheLineThatCalledIt) {
   const std::string program = TemporaryFile("calls.bas", "Dim s As Sound\ns = Sound.Make\ns = Sound.Make\n");
   const auto leaksOf = [&](const std::string& fault) {
