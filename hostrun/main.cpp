@@ -1,8 +1,10 @@
 // hostrun/main.cpp - hostrun: runs programs of the host language through a bundle, and the tools around it.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -16,6 +18,7 @@
 #include "hostrun/commands/guides.h"
 #include "hostrun/commands/run.h"
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/suggest.h"
 #include "hostrun/language/program.h"
 
@@ -72,7 +75,7 @@ std::vector<hostrun::Guide> Guides() {
 hostrun::Action ManualCommand(hostrun::CommandLine& line) {
   line.SetFooter("Example:\n  hostrun manual | man -l -\n\nExit status: 0 written, 2 an error of use.");
   return [] {
-    std::fputs(hostrun::ManualPage(Guides(), QVX_VERSION).c_str(), stdout);
+    hostrun::WriteOutput(hostrun::ManualPage(Guides(), QVX_VERSION));
     return hostrun::kExitFine;
   };
 }
@@ -86,7 +89,7 @@ hostrun::Action CompletionCommand(hostrun::CommandLine& line) {
   line.SetFooter(
       "Example:\n  eval \"$(hostrun completion bash)\"\n\nExit status: 0 written, 2 an error of use.");
   return [shell] {
-    std::fputs(hostrun::Completion(*shell, Guides()).c_str(), stdout);
+    hostrun::WriteOutput(hostrun::Completion(*shell, Guides()));
     return hostrun::kExitFine;
   };
 }
@@ -141,9 +144,20 @@ int Help(int argc, char** argv) {
   return Dispatch(3, line.data());
 }
 
+// A standard stream that is closed gets what refuses to be read or written: a file that the program opens
+// would take its number, and with it what is meant for the stream.
+void HoldClosedStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  HoldClosedStreams();
+  // What can't be written is found out where it is written.
+  std::signal(SIGPIPE, SIG_IGN);
   int status = hostrun::kExitUse;
   try {
     status = Dispatch(argc, argv);

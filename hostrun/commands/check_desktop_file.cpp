@@ -1,5 +1,6 @@
 // hostrun/commands/check_desktop_file.cpp - checks of a desktop bundle's file.
 #include <algorithm>
+#include <set>
 #include <string_view>
 
 #include "hostrun/commands/check_file.h"
@@ -53,13 +54,12 @@ Problem CheckOnlyEntry(const File& file) {
 
 Problem CheckUndefined(const File& file) {
   std::vector<std::string> unknown;
+  std::set<std::string> met;
   for (const macho::Bind& bind : file.binds) {
     const std::string library =
         bind.library > 0 ? file.libraries[static_cast<std::size_t>(bind.library) - 1] : "no library";
     const std::string text = bind.symbol + " of " + library;
-    if (!IsDesktopSymbol(bind.symbol, library) &&
-        std::find(unknown.begin(), unknown.end(), text) == unknown.end())
-      unknown.push_back(text);
+    if (!IsDesktopSymbol(bind.symbol, library) && met.insert(text).second) unknown.push_back(text);
   }
   if (unknown.empty()) return {};
   return "wanted undefined symbols of the language's run-time and the platform only, found " +

@@ -4,7 +4,6 @@
 #include <functional>
 #include <iterator>
 #include <memory>
-#include <sstream>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/describe.h"
@@ -128,14 +127,7 @@ class Descriptions {
   void Print(const Class& cls, const std::string& key) const {
     ForEachMember(cls, [&](const GroupText& group, const MemberText& member) {
       if (member.declaration != key) return;
-      for (const std::string& paragraph : member.said.paragraphs) Paragraph("", paragraph);
-      const auto field = [](const char* label, const std::optional<std::string>& own,
-                            const std::optional<std::string>& groups) {
-        if (own || groups) Paragraph(label, own ? *own : *groups);
-      };
-      field("Nil gives: ", member.said.nil, group.said.nil);
-      field("Raises: ", member.said.raises, group.said.raises);
-      field("Mind: ", member.said.note, group.said.note);
+      WriteOutput(TerminalText(member.said, group.said));
     });
   }
 
@@ -148,22 +140,6 @@ class Descriptions {
         for (const MemberText& member : group.members) visit(group, member);
       }
     }
-  }
-
-  // In lines of at most 78 characters, indented.
-  static void Paragraph(const char* label, const std::string& text) {
-    constexpr std::size_t kWidth = 78;
-    std::string line = "  ";
-    std::istringstream words(label + text);
-    for (std::string word; words >> word;) {
-      std::erase(word, '`');
-      if (line.size() + word.size() >= kWidth) {
-        std::printf("%s\n", line.c_str());
-        line = "  ";
-      }
-      line += (line.size() > 2 ? " " : "") + word;
-    }
-    std::printf("%s\n", line.c_str());
   }
 
   std::vector<ClassText> classes_;

@@ -3,11 +3,11 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <sstream>
 #include <utility>
 
 #include "hostrun/commands/terminal.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/suggest.h"
 
 namespace hostrun {
@@ -140,7 +140,7 @@ std::optional<int> CommandLine::Read(const std::string& command, int argc, char*
   } catch (const CLI::Success& wish) {
     std::ostringstream said;
     const int status = app_->exit(wish, said);
-    std::fputs(said.str().c_str(), stdout);
+    WriteOutput(said.str());
     return status;
   } catch (const CLI::ExtrasError& error) {
     const std::vector<std::string> unknown = app_->remaining();

@@ -69,6 +69,7 @@ int Debug(const DebugOptions& options) {
 
 Action DebugCommand(CommandLine& line) {
   const auto options = std::make_shared<DebugOptions>();
+  options->run.command = kDebugName;
   AddRunOptions(line, options->run);
   line.Find("program").Describe("The program to run");
   std::vector<std::string> names;

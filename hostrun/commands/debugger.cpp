@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <csignal>
 #include <map>
-#include <new>
 #include <stdexcept>
 #include <tuple>
 
@@ -238,7 +237,8 @@ std::optional<std::string> Debugger::Evaluate(const Frame& frame, const std::str
     throw std::runtime_error(kInterrupted);
   } catch (const QuitRequest&) {
     throw std::runtime_error("wanted a value, found the end of the program; it is still halted");
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception& error) {
+    if (!LacksMemory(error)) throw;
     throw std::runtime_error("not enough memory");
   }
 }

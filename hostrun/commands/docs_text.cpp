@@ -6,6 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace hostrun {
 namespace {
@@ -14,6 +15,19 @@ constexpr std::string_view kIndent = "  ";
 constexpr std::string_view kClass = "class ";
 constexpr std::string_view kFirstSteps = "[first steps]";
 constexpr std::string_view kExample = "[example]";
+
+std::string Paragraph(const char* label, const std::string& text) {
+  constexpr std::size_t kWidth = 78;
+  std::string lines;
+  std::string line(kIndent);
+  std::istringstream words(label + text);
+  for (std::string word; words >> word;) {
+    std::erase(word, '`');
+    if (line.size() + word.size() >= kWidth) lines += std::exchange(line, std::string(kIndent)) + "\n";
+    line += (line.size() > kIndent.size() ? " " : "") + word;
+  }
+  return lines + line + "\n";
+}
 
 class Reader {
  public:
@@ -148,6 +162,19 @@ std::vector<ClassText> ReadDescriptions(const std::string& fileName) {
         ": wanted the descriptions of the members, found no such file; name it with --descriptions");
   }
   return ParseDescriptions(fileName, text.str());
+}
+
+std::string TerminalText(const Said& member, const Said& group) {
+  std::string text;
+  for (const std::string& paragraph : member.paragraphs) text += Paragraph("", paragraph);
+  const auto field = [&](const char* label, const std::optional<std::string>& own,
+                         const std::optional<std::string>& groups) {
+    if (own || groups) text += Paragraph(label, own ? *own : *groups);
+  };
+  field("Nil gives: ", member.nil, group.nil);
+  field("Raises: ", member.raises, group.raises);
+  field("Mind: ", member.note, group.note);
+  return text;
 }
 
 }  // namespace hostrun

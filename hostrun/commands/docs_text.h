@@ -43,4 +43,8 @@ std::vector<ClassText> ParseDescriptions(const std::string& fileName, const std:
 std::string FindDescriptions();
 std::vector<ClassText> ReadDescriptions(const std::string& fileName);
 
+// For a terminal: what is said of a member, and of its group where the member leaves something out, in
+// indented lines of at most 78 characters, without the marks of code.
+std::string TerminalText(const Said& member, const Said& group);
+
 }  // namespace hostrun

@@ -4,13 +4,16 @@
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/output.h"
 #include "hostrun/host/platform_log.h"
+#include "hostrun/language/program.h"
 
 namespace hostrun {
 
 int FinishOutput(int status) {
   WritePlatformLog();
   const Problem problem = OutputProblem();
-  return problem ? Refuse("hostrun", *problem) : status;
+  if (!problem) return status;
+  // Whoever stops reading knows it.
+  return OutputAbandoned() ? kExitUse : Refuse("hostrun", *problem);
 }
 
 }  // namespace hostrun

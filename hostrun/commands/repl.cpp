@@ -13,6 +13,7 @@
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/call.h"
 #include "hostrun/host/interrupts.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/platform_library.h"
 #include "hostrun/host/show.h"
 #include "hostrun/host/standard_input.h"
@@ -61,7 +62,7 @@ class Loop {
     const PoolScope pool;
     const Session::State state = session_.Run(open_, more);
     TurnRunLoop();
-    std::fflush(stdout);
+    FlushOutput();
     if (state != Session::State::WantsMore) open_.clear();
     return state != Session::State::Ended;
   }
@@ -84,7 +85,7 @@ int ReadTerminal(Loop& loop) {
   std::printf("hostrun on a host of version %g. Tab completes, :help explains, Ctrl-D ends.\n",
               TheHostIdentity().version);
   for (;;) {
-    std::fflush(stdout);
+    FlushOutput();
     const LineEditor::Input input = editor.Read(loop.prompt().c_str());
     if (input.end == LineEditor::End::EndOfInput) break;
     if (input.end == LineEditor::End::Cancelled) {
@@ -101,7 +102,7 @@ int ReadTerminal(Loop& loop) {
 
 int ReadPipe(Loop& loop) {
   while (const std::optional<std::string> line = ReadInputLine()) {
-    if (!loop.Take(*line, true)) return loop.status();
+    if (!loop.Take(*line, true) || OutputAbandoned()) return loop.status();
   }
   loop.Finish();
   return loop.status();

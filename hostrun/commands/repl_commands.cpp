@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <set>
 #include <vector>
 
 #include "hostrun/commands/docs_text.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
@@ -29,13 +31,6 @@ void Refuse(const std::string& message) {
   std::fprintf(stderr, "%s\n", message.c_str());
 }
 
-void Show(const Said& said) {
-  for (const std::string& paragraph : said.paragraphs) std::printf("  %s\n", paragraph.c_str());
-  if (said.nil) std::printf("  Nil: %s\n", said.nil->c_str());
-  if (said.raises) std::printf("  Raises: %s\n", said.raises->c_str());
-  if (said.note) std::printf("  Note: %s\n", said.note->c_str());
-}
-
 // "getRGB" of "getRGB(byref red as double, ...)".
 std::string NameOf(const MemberText& member) {
   return member.declaration.substr(0, member.declaration.find_first_of("( "));
@@ -43,14 +38,13 @@ std::string NameOf(const MemberText& member) {
 
 void ShowClass(const ClassText& cls) {
   std::printf("%s\n", cls.name.c_str());
-  Show(cls.said);
+  WriteOutput(TerminalText(cls.said, {}));
   for (const GroupText& group : cls.groups) {
     std::printf("  %s:", group.title.c_str());
-    std::string before;
+    std::set<std::string> named;
     for (const MemberText& member : group.members) {
       const std::string name = NameOf(member);
-      if (name != before) std::printf(" %s", name.c_str());
-      before = name;
+      if (named.insert(name).second) std::printf(" %s", name.c_str());
     }
     std::printf("\n");
   }
@@ -64,7 +58,7 @@ bool ShowMember(const ClassText& cls, const std::string& wanted) {
       if (!SameName(NameOf(member), wanted)) continue;
       shown = true;
       std::printf("%s.%s\n", cls.name.c_str(), member.declaration.c_str());
-      Show(member.said);
+      WriteOutput(TerminalText(member.said, group.said));
     }
   }
   return shown;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 
 #include "hostrun/commands/commands.h"
 #include "hostrun/commands/start.h"
@@ -21,16 +22,6 @@ int RunSource(const RunOptions& options, const Source& source) {
   } catch (const ProgramErrors& errors) {
     return Refuse(source.Describe(errors));
   }
-}
-
-Source SourceOf(const RunOptions& options) {
-  if (options.statements.empty()) {
-    return options.program == kStandardInput ? Source::FromStandardInput()
-                                             : Source::FromFile(options.program);
-  }
-  std::string text;
-  for (const std::string& line : options.statements) text += line + "\n";
-  return {"-e", std::move(text)};
 }
 
 std::vector<std::string> ArgumentsOf(const RunOptions& options) {
@@ -67,17 +58,23 @@ void AddRunOptions(CommandLine& line, RunOptions& options) {
       .Takes("[ARGUMENT...]");
 }
 
-int Run(const RunOptions& options) {
+Source SourceOf(const RunOptions& options) {
+  if (!options.statements.empty()) {
+    std::string text;
+    for (const std::string& line : options.statements) text += line + "\n";
+    return {"-e", std::move(text)};
+  }
+  if (options.program.empty()) {
+    const std::string command = options.command;
+    throw std::runtime_error(command +
+                             ": a program is required: wanted PROGRAM.bas, - or -e STATEMENTS, found none; " +
+                             command + " --help says more");
+  }
+  return options.program == kStandardInput ? Source::FromStandardInput() : Source::FromFile(options.program);
+}
+
+int Run(const RunOptions& options, const Source& source) {
   try {
-    if (options.statements.empty() && options.program.empty()) {
-      return Refuse(
-          "hostrun: a program is required: wanted PROGRAM.bas, - or -e STATEMENTS, found none; hostrun "
-          "--help "
-          "says more");
-    }
-    if (options.statements.empty() && NamesNoProgram(options.program))
-      return RefuseNoProgram(options.program, "");
-    const Source source = SourceOf(options);
     Problem problem = StartHost(options.host);
     if (!problem && options.started) problem = options.started();
     if (problem) return Refuse(*problem);
@@ -99,10 +96,21 @@ int Run(const RunOptions& options) {
   }
 }
 
+int Run(const RunOptions& options) {
+  try {
+    return Run(options, SourceOf(options));
+  } catch (const std::exception& error) {
+    return Refuse(error.what());
+  }
+}
+
 Action RunCommand(CommandLine& line) {
   const auto options = std::make_shared<RunOptions>();
   AddRunOptions(line, *options);
-  return [options] { return Run(*options); };
+  return [options] {
+    const bool named = options->statements.empty() && !options->program.empty();
+    return named && NamesNoProgram(options->program) ? RefuseNoProgram(options->program, "") : Run(*options);
+  };
 }
 
 }  // namespace hostrun

@@ -16,6 +16,7 @@ namespace hostrun {
 inline constexpr const char* kStandardInput = "-";
 
 struct RunOptions {
+  const char* command = "hostrun";  // as it is called
   HostOptions host;
   bool leaksAreErrors = false;
   std::vector<std::string> statements;  // instead of a program
@@ -34,7 +35,12 @@ bool NamesNoProgram(const std::string& program);
 // Says so; `hint` says what may have been meant. Gives the exit status.
 int RefuseNoProgram(const std::string& program, const std::string& hint);
 
+// The program that is named. Throws std::runtime_error: there is none, or it can't be read.
+Source SourceOf(const RunOptions& options);
+
 // Starts the host, runs the program and reports on stderr what it leaves alive. Gives the exit status.
+int Run(const RunOptions& options, const Source& source);
+// The same for the program that is named.
 int Run(const RunOptions& options);
 
 }  // namespace hostrun

@@ -1,6 +1,9 @@
 // hostrun/commands/start.cpp - starts the host that a command needs.
 #include "hostrun/commands/start.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <string_view>
 
@@ -23,7 +26,7 @@ std::string CheckServiceName(const std::string& name) {
   std::string meant;
   std::vector<std::string> names;
   ForEachService([&]<class>(std::string_view bundleName, std::string_view hostName) {
-    names.emplace_back(hostName);
+    if (std::ranges::find(names, hostName) == names.end()) names.emplace_back(hostName);
     if (hostName == name) known = true;
     if (bundleName == name) meant = hostName;
   });
@@ -33,6 +36,14 @@ std::string CheckServiceName(const std::string& name) {
   std::string list;
   for (const std::string& each : names) list += (list.empty() ? "" : ", ") + each;
   return problem + DidYouMean(name, names) + "; there are " + list;
+}
+
+std::string CheckVersion(const std::string& text) {
+  double version = 0;
+  const char* const end = text.data() + text.size();
+  const auto [read, error] = std::from_chars(text.data(), end, version);
+  if (error == std::errc() && read == end && std::isfinite(version) && version > 0) return {};
+  return "wanted a version such as 2015.0, found " + (text.empty() ? "none" : text);
 }
 
 }  // namespace
@@ -59,6 +70,7 @@ void AddHostOptions(CommandLine& line, HostOptions& options) {
       .Below(heading);
   line.Add("--host-version", options.identity.version, "Behave as a host of this version")
       .Takes("V (2015.0)")
+      .Refusing(&CheckVersion)
       .Below(heading);
   line.Add("--without", options.identity.withheld, "Withhold a service by name; may be repeated")
       .Takes("SERVICE")

@@ -103,22 +103,23 @@ int Watch(const TraceOptions& options, const Source& source) {
   run.started = [&] { return CheckFilter(options.filter, filter); };
   tracer = &watching;
   SetCallObserver(&watching);
-  const int status = Run(run);
+  const int status = Run(run, source);
   SetCallObserver(nullptr);
   tracer = nullptr;
   report->Finish();
   if (traceFile) traceFile->Finish();
-  return status;
+  // There is nowhere left to say so.
+  return !traceFile && std::ferror(stderr) != 0 ? kExitUse : status;
 }
 
 int Trace(const TraceOptions& options) {
   int status = kExitUse;
   try {
-    const Source source = Source::FromFile(options.run.program);
+    const Source source = SourceOf(options.run);
     const Problem problem = StandBefore(options.run.host.platform);
     status = problem ? Refuse(kTraceName, *problem) : Watch(options, source);
   } catch (const std::exception& error) {
-    status = Refuse(kTraceName, error.what());
+    status = Refuse(error.what());
   }
   traceFile.reset();
   return status;
@@ -128,6 +129,7 @@ int Trace(const TraceOptions& options) {
 
 Action TraceCommand(CommandLine& line) {
   const auto options = std::make_shared<TraceOptions>();
+  options->run.command = kTraceName;
   AddRunOptions(line, options->run);
   line.Add("--out,--output", options->out, "Write the trace there and not to stderr").Takes("FILE");
   line.AddFlag("--all", options->all, "Also look-ups of classes and selectors, and exception frames");

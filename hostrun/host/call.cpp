@@ -30,6 +30,10 @@ bool IsNewerThan(const Object* object, const Object* newestBefore) {
   return false;
 }
 
+[[noreturn]] void RaiseForeign(const std::string& name) {
+  RaiseHostException("RuntimeException", "An exception that is no NSException came out of " + name + ".");
+}
+
 // A call into a bundle: a pool around it, and nothing but host exceptions comes out.
 template <class F>
 auto Cross(const std::string& name, F call) {
@@ -39,10 +43,11 @@ auto Cross(const std::string& name, F call) {
     return call();
   } catch (const HostException&) {
     throw;
-  } catch (const std::bad_alloc&) {
-    RaiseHostException("OutOfMemoryException", "Not enough memory in " + name + ".");
+  } catch (const std::exception& error) {
+    if (LacksMemory(error)) RaiseHostException("OutOfMemoryException", "Not enough memory in " + name + ".");
+    RaiseForeign(name);
   } catch (...) {
-    RaiseHostException("RuntimeException", "An exception that is no NSException came out of " + name + ".");
+    RaiseForeign(name);
   }
 }
 

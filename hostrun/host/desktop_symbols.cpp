@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "hostrun/host/platform_library.h"
+#include "hostrun/macho/bytes.h"
 
 namespace hostrun {
 namespace {
@@ -55,7 +56,13 @@ void* FindDesktopSymbol(const std::string& symbol) {
   if (symbol == kLazyBinder) return reinterpret_cast<void*>(&std::abort);
   if (symbol == "___stack_chk_guard") return const_cast<std::uint32_t*>(&kStackGuard);
   const Symbol* const known = SymbolOf(symbol);
-  return known == nullptr ? nullptr : GlobalSymbol(known->name.data());  // the names are literals
+  if (known == nullptr) return nullptr;
+  void* const found = GlobalSymbol(known->name.data());  // the names are literals
+  if (found == nullptr) {
+    throw macho::FormatError("the platform's symbol " + symbol + " in this process",
+                             "none; load a platform library before the bundle");
+  }
+  return found;
 }
 
 }  // namespace hostrun

@@ -11,8 +11,8 @@ namespace hostrun {
 // and here. The symbol begins with the underscore that the desktop's C puts in front.
 bool IsDesktopSymbol(std::string_view symbol, std::string_view library);
 
-// The address of such a symbol, of whichever library; null where it may not be imported, or the process has
-// none of that name.
+// The address of such a symbol, of whichever library; null where it may not be imported. Throws
+// macho::FormatError where the process has none of that name, as before a platform library is loaded.
 void* FindDesktopSymbol(const std::string& symbol);
 
 }  // namespace hostrun

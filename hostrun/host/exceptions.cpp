@@ -3,6 +3,8 @@
 
 #include <array>
 #include <cstdio>
+#include <new>
+#include <stdexcept>
 
 #include "hostrun/host/call.h"
 #include "hostrun/host/output.h"
@@ -139,6 +141,11 @@ void SetRaiseObserver(std::function<void(Object*)> observer) {
 void WritePlatformLogOf(Object* exception) {
   FlushOutput();
   std::fputs(Data(exception).platformLog.c_str(), stderr);
+}
+
+bool LacksMemory(const std::exception& error) {
+  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ||
+         dynamic_cast<const std::length_error*>(&error) != nullptr;
 }
 
 std::string DescribeException(Object* exception) {

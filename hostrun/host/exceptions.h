@@ -1,6 +1,7 @@
 // hostrun/host/exceptions.h - host exceptions: their classes, raising, and what waits for a call to return.
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -61,6 +62,9 @@ void SetRaiseObserver(std::function<void(Object*)> observer);
 
 // Writes to stderr what the platform logged of it: nobody caught it.
 void WritePlatformLogOf(Object* exception);
+
+// It says that memory does not suffice, or that a text would be longer than any can be.
+bool LacksMemory(const std::exception& error);
 
 // "Class: message", as for an uncaught one.
 std::string DescribeException(Object* exception);

@@ -101,17 +101,19 @@ std::int32_t InStr(HostString* source, HostString* find) {
 }
 
 HostString* Replaced(HostString* source, HostString* find, HostString* with, bool all) {
-  std::u32string text = CodePointsOf(source);
+  const std::u32string text = CodePointsOf(source);
+  const std::u32string folded = Folded(text);
   const std::u32string wanted = Folded(CodePointsOf(find));
   const std::u32string replacement = CodePointsOf(with);
   if (wanted.empty()) return StringRef::Share(source).Detach();
-  std::u32string folded = Folded(text);
-  for (std::size_t at = 0; (at = folded.find(wanted, at)) != std::u32string::npos; at += replacement.size()) {
-    text.replace(at, wanted.size(), replacement);
-    folded.replace(at, wanted.size(), replacement);
+  std::u32string out;
+  std::size_t from = 0;
+  for (std::size_t at = 0; (at = folded.find(wanted, from)) != std::u32string::npos;) {
+    out.append(text, from, at - from).append(replacement);
+    from = at + wanted.size();
     if (!all) break;
   }
-  return FromCodePoints(text);
+  return FromCodePoints(out.append(text, from));
 }
 HostString* Replace(HostString* s, HostString* find, HostString* with) {
   return Replaced(s, find, with, false);
@@ -234,7 +236,9 @@ template <class Number>
 HostString* Format(Number number, HostString* pattern) {
   const std::string form = Utf8Of(pattern);
   const std::size_t first = form.find_first_of("0#.,");
-  if (first == std::string::npos) return NewString(ExactText(ValueOf(number)) + form);
+  if (first == std::string::npos || !std::isfinite(static_cast<double>(number))) {
+    return NewString(ExactText(ValueOf(number)) + (first == std::string::npos ? form : std::string()));
+  }
   const std::size_t last = form.find_last_of("0#.,") + 1;
   const std::string digits = form.substr(first, last - first);
   const std::size_t point = std::min(digits.find('.'), digits.size());

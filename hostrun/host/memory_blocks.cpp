@@ -46,11 +46,19 @@ void ConstructWithText(Object* self, HostString* text) {
   BytesIn(self).assign(bytes.begin(), bytes.end());
 }
 
+// "Byte 8 is outside", "Bytes 6 to 9 are not all inside".
+std::string OutsideText(std::int32_t offset, std::int32_t count) {
+  if (count < 0) return std::to_string(count) + " bytes can't be inside";
+  const std::string first = std::to_string(offset);
+  if (count < 2) return "Byte " + first + " is outside";
+  return "Bytes " + first + " to " + std::to_string(std::int64_t{offset} + count - 1) + " are not all inside";
+}
+
 char* Place(Object* self, std::int32_t offset, std::int32_t count) {
-  if (offset < 0 || count < 0 || offset > MemoryBlockSize(self) - count) {
-    RaiseHostException("OutOfBoundsException", "Byte " + std::to_string(offset) +
-                                                   " is outside of a MemoryBlock of " +
-                                                   std::to_string(MemoryBlockSize(self)) + " bytes.");
+  const std::int32_t size = MemoryBlockSize(self);
+  if (offset < 0 || count < 0 || offset > size - count) {
+    RaiseHostException("OutOfBoundsException", OutsideText(offset, count) + " of a MemoryBlock of " +
+                                                   std::to_string(size) + " bytes.");
   }
   return BytesIn(self).data() + offset;
 }

@@ -24,6 +24,10 @@ void FlushOutput() {
   Note(std::fflush(stdout) == 0);
 }
 
+bool OutputAbandoned() {
+  return firstError == EPIPE;
+}
+
 Problem OutputProblem() {
   FlushOutput();
   if (std::ferror(stdout) == 0 && firstError == 0) return {};

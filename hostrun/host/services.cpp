@@ -32,7 +32,8 @@ R Serve(R neutral, F body) {
     return body();
   } catch (const HostException& exception) {
     SetPendingException(exception.object());
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception& error) {
+    if (!LacksMemory(error)) throw;
     // The caller sees the neutral result and says what it could not have.
   }
   return neutral;

@@ -16,7 +16,10 @@ namespace hostrun {
 namespace {
 
 constexpr std::size_t kMostItems = 20;
+constexpr int kDeepestShown = 4;  // arrays in arrays; one may hold itself
 constexpr std::int32_t kMostBytes = 16;
+
+std::string TextOf(const Value& value, bool trueColour, int depth);
 
 std::string Block(std::uint32_t rgb, bool trueColour) {
   if (!trueColour) return {};
@@ -45,10 +48,11 @@ std::string AskText(Object* object, const char* member) {
   return value ? Utf8Of(value->string()) : std::string();
 }
 
-std::string ArrayText(const ArrayData& array, bool trueColour) {
+std::string ArrayText(const ArrayData& array, bool trueColour, int depth) {
   std::string text = "array of " + std::to_string(array.items.size());
+  if (depth == kDeepestShown) return text;
   for (std::size_t i = 0; i < array.items.size() && i < kMostItems; ++i) {
-    text += (i == 0 ? ": " : ", ") + ReadableText(array.items[i], trueColour);
+    text += (i == 0 ? ": " : ", ") + TextOf(array.items[i], trueColour, depth + 1);
   }
   return array.items.size() > kMostItems ? text + ", ..." : text;
 }
@@ -87,9 +91,9 @@ std::optional<std::string> ColourText(Object* object, bool trueColour) {
   return rgb ? text + Block(rgb->color(), trueColour) : text;
 }
 
-std::string ObjectText(Object* object, bool trueColour) {
+std::string ObjectText(Object* object, bool trueColour, int depth) {
   const Class& cls = *object->cls;
-  if (&cls == &ArrayClass()) return ArrayText(ArrayDataOf(object), trueColour);
+  if (&cls == &ArrayClass()) return ArrayText(ArrayDataOf(object), trueColour, depth);
   if (cls.name == "MemoryBlock") return BytesText(object);
   if (cls.IsA(TheRegistry().ClassNamed("RuntimeException"))) return DescribeException(object);
   std::optional<std::string> colour = ColourText(object, trueColour);
@@ -103,17 +107,21 @@ std::string ObjectText(Object* object, bool trueColour) {
   return text;
 }
 
-}  // namespace
-
-std::string ReadableText(const Value& value, bool trueColour) {
+std::string TextOf(const Value& value, bool trueColour, int depth) {
   switch (value.kind()) {
     case Kind::Object:
-      return ObjectText(value.object(), trueColour);
+      return ObjectText(value.object(), trueColour, depth);
     case Kind::Color:
       return DisplayText(value) + Block(value.color(), trueColour);
     default:
       return LiteralText(value);
   }
+}
+
+}  // namespace
+
+std::string ReadableText(const Value& value, bool trueColour) {
+  return TextOf(value, trueColour, 0);
 }
 
 }  // namespace hostrun

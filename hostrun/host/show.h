@@ -7,8 +7,8 @@
 
 namespace hostrun {
 
-// One line; of a long array its first elements. With `trueColour` a colour is followed by a block painted in
-// it, for terminals with 24-bit colours.
+// One line; of a long array its first elements, of an array deep in others its length. With `trueColour` a
+// colour is followed by a block painted in it, for terminals with 24-bit colours.
 std::string ReadableText(const Value& value, bool trueColour);
 
 }  // namespace hostrun

@@ -10,6 +10,7 @@ namespace hostrun {
 namespace {
 
 constexpr std::size_t kMost = 3;
+constexpr std::size_t kShortestBeginning = 3;
 constexpr std::size_t kLongest = 100;  // longer names are never near
 
 // How many letters must be put in, taken away, changed or swapped with their neighbour.
@@ -85,6 +86,12 @@ std::vector<std::string> NearestNames(std::string_view wanted, const std::vector
   // What is twice as far as the nearest was hardly meant.
   for (const Near& one : near) {
     if (nearest.size() < kMost && one.distance <= 2 * near.front().distance) nearest.push_back(one.name);
+  }
+  if (!nearest.empty() || lower.size() < kShortestBeginning) return nearest;
+  for (const std::string& name : names) {
+    const bool known = std::ranges::find(nearest, name) != nearest.end();
+    if (nearest.size() == kMost || known || name.size() > kLongest) continue;
+    if (LowerName(name).starts_with(lower)) nearest.push_back(name);
   }
   return nearest;
 }

@@ -18,7 +18,7 @@ std::vector<std::string> MemberNamesOf(const Class& cls, bool shared);
 std::vector<std::string> ClassNames();
 
 // Those of `names` that differ from `wanted` by few letters, without regard to case: the nearest first, each
-// once, at most three.
+// once, at most three. Where there are none, those that begin with it.
 std::vector<std::string> NearestNames(std::string_view wanted, const std::vector<std::string>& names);
 
 // "; did you mean X, Y or Z?", the end of an error; empty when nothing is near.

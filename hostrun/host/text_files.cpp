@@ -10,6 +10,7 @@
 
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/folder_items.h"
+#include "hostrun/host/output.h"
 #include "hostrun/host/records.h"
 #include "hostrun/host/registry.h"
 #include "hostrun/host/standard_input.h"
@@ -149,9 +150,8 @@ HostString* Path(Object* self, std::int32_t) {
 
 // The next line of standard input without its end; empty at the end of the input.
 HostString* Input(HostString* prompt) {
-  const std::string shown = Utf8Of(prompt);
-  std::fwrite(shown.data(), 1, shown.size(), stdout);
-  std::fflush(stdout);
+  WriteOutput(Utf8Of(prompt));
+  FlushOutput();
   return NewString(ReadInputLine().value_or(""));
 }
 

@@ -34,6 +34,7 @@ struct Expression {
   Value literal;
   std::vector<ExpressionPtr> children;
   std::int32_t depth = 1;  // of the tree below
+  bool bare = false;       // of a call that is a statement: written without brackets
 };
 
 // A type as the program names it; whether there is one is settled later.

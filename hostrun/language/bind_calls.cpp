@@ -10,6 +10,7 @@
 #include "hostrun/language/code_conversions.h"
 #include "hostrun/language/code_operators.h"
 #include "hostrun/language/code_values.h"
+#include "hostrun/language/statements/statements.h"
 
 namespace hostrun {
 
@@ -257,10 +258,13 @@ CodePtr Binder::BindCall(const Expression& call) {
   // Type(value): a conversion or a cast.
   const Type* const type = TypeNamed(callee.name);
   const bool known = type->kind != Kind::Object || (type->cls->defined && !callee.name.starts_with('_'));
-  if (!known)
+  if (!known) {
+    const char* const wanted =
+        call.bare ? "a statement or a Sub" : "a function, an array or a class before '('";
     FailUnknown(callee.at, callee.name,
-                "wanted a function, an array or a class before '(', found " + callee.name +
-                    ", which is not declared");
+                std::string("wanted ") + wanted + ", found " + callee.name + ", which is not declared",
+                call.bare ? StatementWords() : std::vector<std::string>());
+  }
   if (arguments.size() != 1)
     Fail(callee.at,
          "wanted one value to see as " + type->name + ", found " + std::to_string(arguments.size()));

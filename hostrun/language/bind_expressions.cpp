@@ -1,4 +1,7 @@
 // hostrun/language/bind_expressions.cpp - settles expressions.
+#include <algorithm>
+#include <iterator>
+
 #include "hostrun/host/registry.h"
 #include "hostrun/host/suggest.h"
 #include "hostrun/host/text.h"
@@ -41,9 +44,11 @@ std::vector<std::string> Binder::KnownNames() const {
   return names;
 }
 
-void Binder::FailUnknown(Position at, const std::string& name, const std::string& message) {
+void Binder::FailUnknown(Position at, const std::string& name, const std::string& message,
+                         std::vector<std::string> names) {
   if (collecting_) refused_.insert(LowerName(name));
-  Fail(at, message + DidYouMean(name, KnownNames()));
+  std::ranges::move(KnownNames(), std::back_inserter(names));
+  Fail(at, message + DidYouMean(name, names));
 }
 
 Binder::Variable& Binder::Declare(Position at, const std::string& name, const Type* type,
@@ -186,13 +191,16 @@ CodePtr Binder::BindBinary(const Expression& binary) {
   const std::string l = left->type->name;
   const std::string r = right->type->name;
   CodePtr made = MakeBinary(binary.at, binary.name, std::move(left), std::move(right));
-  if (!made) {
-    std::string message = "'" + binary.name + "' does not work on " + l + " and " + r;
-    if (binary.name == "&" || (binary.name == "+" && (l == "String" || r == "String")))
-      message += "; Str(...) makes text of a number";
-    Fail(binary.at, message);
-  }
+  if (!made) FailOperator(binary.at, binary.name, l, r);
   return made;
+}
+
+void Binder::FailOperator(Position at, const std::string& op, const std::string& left,
+                          const std::string& right) {
+  std::string message = "'" + op + "' does not work on " + left + " and " + right;
+  const bool text = left == "String" || right == "String";
+  if (op.starts_with('&') || (op.starts_with('+') && text)) message += "; Str(...) makes text of a number";
+  Fail(at, message);
 }
 
 CodePtr Binder::Convert(CodePtr code, const Type* type, const std::string& what) {

@@ -94,6 +94,10 @@ class Binder {
 
   [[noreturn]] static void Fail(Position at, const std::string& message) { throw ProgramError(at, message); }
 
+  // No such operator between values of these types.
+  [[noreturn]] static void FailOperator(Position at, const std::string& op, const std::string& left,
+                                        const std::string& right);
+
   // Thrown where a name is used whose declaration was refused: that was reported already.
   struct Consequence {};
   // Runs `bind`; while a whole program is settled, an error in it is noted and lets the next part be looked
@@ -203,7 +207,8 @@ class Binder {
   void BindRoutine(const RoutineDeclaration& declaration, Routine& routine);
 
   // Fails: a name that stands for nothing. While a whole program is settled, once for each name.
-  [[noreturn]] void FailUnknown(Position at, const std::string& name, const std::string& message);
+  [[noreturn]] void FailUnknown(Position at, const std::string& name, const std::string& message,
+                                std::vector<std::string> names = {});
   // All that a name alone can stand for.
   std::vector<std::string> KnownNames() const;
   std::vector<std::string> TypeNames() const;

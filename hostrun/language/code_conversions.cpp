@@ -60,6 +60,13 @@ class Seen final : public Conversion {
   Value Eval(Activation& activation) const override { return from_->Eval(activation); }
 };
 
+// As a program writes the type of a value that it has.
+std::string TypeNameOf(const Value& value) {
+  if (value.kind() != Kind::Object || value.object() == nullptr) return TypeOf(value.kind())->name;
+  if (IsKindOf(value.object(), ArrayClass())) return ArrayDataOf(value.object()).element->name + "()";
+  return value.object()->cls->name;
+}
+
 // Settled when it runs: the value as that type, or TypeMismatchException.
 class FromVariant final : public Conversion {
  public:
@@ -94,9 +101,7 @@ class FromVariant final : public Conversion {
         if (value.kind() == type->kind) return value;
         if (value.IsNil()) return Value::DefaultOf(*type);  // an empty Variant
     }
-    const std::string found =
-        value.kind() == Kind::Object ? value.object()->cls->name : TypeOf(value.kind())->name;
-    RaiseAt(at, "TypeMismatchException", "Wanted " + type->name + ", found " + found + ".");
+    RaiseAt(at, "TypeMismatchException", "Wanted " + type->name + ", found " + TypeNameOf(value) + ".");
   }
 
  private:
@@ -113,9 +118,7 @@ class Cast final : public Conversion {
   Value Eval(Activation& activation) const override {
     Value value = from_->Eval(activation);
     if (value.IsNil() || IsKindOf(value.object(), *type->cls)) return value;
-    const std::string found =
-        value.object() == nullptr ? TypeOf(value.kind())->name : value.object()->cls->name;
-    RaiseAt(at, "IllegalCastException", "Wanted " + type->name + ", found " + found + ".");
+    RaiseAt(at, "IllegalCastException", "Wanted " + type->name + ", found " + TypeNameOf(value) + ".");
   }
 };
 

@@ -28,6 +28,10 @@ class Lexer {
 
   std::vector<Token> Run(std::vector<ProgramError>& errors) {
     if (text_.starts_with("#!")) SkipToLineEnd();  // what makes the file a command
+    if (text_.starts_with("\xFF\xFE") || text_.starts_with("\xFE\xFF")) {
+      errors.emplace_back(PositionAt(0), "wanted text in UTF-8, found UTF-16; save it as UTF-8");
+      at_ = text_.size();
+    }
     while (at_ < text_.size()) {
       try {
         Next();

@@ -55,7 +55,8 @@ class Parser {
   std::string WantName(const std::string& what);
   // Throws ProgramError: `wanted`, and what stands here instead.
   [[noreturn]] void Fail(const std::string& wanted) const;
-  static std::string LineOf(Position at);  // "line 12"
+  static std::string LineOf(Position at);           // "line 12"
+  static std::string Shown(std::string_view word);  // a word as programs usually write it
 
   ExpressionPtr ParseExpression();
   ExpressionPtr ParsePostfix();  // no operators but ".", "(" and ")"
@@ -73,7 +74,6 @@ class Parser {
   Block ParseBlock(std::initializer_list<std::string_view> ends);
 
  private:
-  static std::string Shown(std::string_view word);  // a word as programs usually write it
   bool AtEndOf(std::initializer_list<std::string_view> ends) const;
 
   // Expressions, loosest first.
@@ -87,7 +87,7 @@ class Parser {
   // Runs `read`; where it fails, notes the error and goes on with the next line.
   template <class Read>
   void Recovering(Read read);
-  bool TakeEndOfLostBlock();
+  bool TakePartOfLostBlock();
   RoutineDeclaration ParseRoutine();
   bool AtEnum() const;
   EnumDeclaration ParseEnum();

@@ -16,7 +16,11 @@ constexpr std::array<std::string_view, 31> kReserved = {
     "elseif", "end",   "next",   "wend",   "loop",  "case", "catch", "finally", "until",  "as",   "dim",
     "var",    "const", "static", "select", "while", "for",  "do",    "try",     "return"};
 
-// Words that no variable may have as its name.
+// Words that begin an expression, or what could be assigned to no variable of that name.
+constexpr std::array<std::string_view, 8> kBeginning = {"if",  "not",  "new",   "nil",
+                                                        "sub", "true", "false", "function"};
+
+// Words that end an expression.
 bool IsReserved(const std::string& lower) {
   return std::find(kReserved.begin(), kReserved.end(), lower) != kReserved.end();
 }
@@ -93,7 +97,8 @@ void Parser::WantOperator(std::string_view op, const std::string& where) {
 }
 
 std::string Parser::WantName(const std::string& what) {
-  if (Peek().kind != TokenKind::Name || IsReserved(Peek().lower)) Fail(what);
+  const bool name = Peek().kind == TokenKind::Name && !IsReserved(Peek().lower);
+  if (!name || std::ranges::find(kBeginning, Peek().lower) != kBeginning.end()) Fail(what);
   return Take().text;
 }
 

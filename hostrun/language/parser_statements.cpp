@@ -16,6 +16,16 @@ bool BeginsBlock(std::string_view word) {
   return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
 }
 
+bool EndsBlock(std::string_view word) {
+  return word == "end" || word == "next" || word == "wend" || word == "loop";
+}
+
+// Words between the beginning of a block and its end.
+bool DividesBlock(std::string_view word) {
+  constexpr std::string_view kWords[] = {"else", "elseif", "case", "catch", "finally"};
+  return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
+}
+
 }  // namespace
 
 std::string Parser::LineOf(Position at) {
@@ -48,23 +58,28 @@ Block Parser::ParseBlock(std::initializer_list<std::string_view> ends) {
 template <class Read>
 void Parser::Recovering(Read read) {
   const int depth = depth_;
-  const Token& first = Peek();
+  const std::size_t begin = at_;
   try {
     read();
   } catch (const ProgramError& error) {
     depth_ = depth;
     // At the end of the program a block is open, most likely one whose end was not understood.
     if (Peek().kind != TokenKind::EndOfFile || errors_.empty()) errors_.push_back(error);
-    if (error.at().line == first.at.line && BeginsBlock(first.lower)) ++lostBlocks_;
+    const auto line = std::find_if(tokens_.begin() + static_cast<std::ptrdiff_t>(begin), tokens_.end(),
+                                   [&](const Token& token) { return token.at.line == error.at().line; });
+    if (BeginsBlock(tokens_[begin].lower) && line != tokens_.end() && !EndsBlock(line->lower)) ++lostBlocks_;
+    // A routine is read, where the one before it lacks its end.
+    const bool atRoutine = AtWord("sub") || AtWord("function");
+    if (atRoutine && at_ > begin && tokens_[at_ - 1].kind == TokenKind::EndOfLine) return;
     while (Peek().kind != TokenKind::EndOfLine && Peek().kind != TokenKind::EndOfFile) Take();
   }
 }
 
-// The end of a block whose beginning could not be read says nothing new.
-bool Parser::TakeEndOfLostBlock() {
-  if (lostBlocks_ == 0 || !(AtWord("end") || AtWord("next") || AtWord("wend") || AtWord("loop")))
-    return false;
-  --lostBlocks_;
+// The end of a block whose beginning could not be read says nothing new, nor does what divides it.
+bool Parser::TakePartOfLostBlock() {
+  const bool ends = Peek().kind == TokenKind::Name && EndsBlock(Peek().lower);
+  if (lostBlocks_ == 0 || !(ends || DividesBlock(Peek().lower))) return false;
+  if (ends) --lostBlocks_;
   while (!AtEndOfStatement()) Take();
   return true;
 }
@@ -76,9 +91,10 @@ void Parser::ParseStatements(Block& into) {
     return;
   }
   Recovering([&] {
-    if (TakeEndOfLostBlock()) return;
+    if (TakePartOfLostBlock()) return;
     into.push_back(ParseStatement());
-    WantEndOfStatement("it");
+    if (!AtEndOfStatement()) Fail("the end of the statement");
+    if (Peek().kind != TokenKind::EndOfFile) Take();
   });
 }
 

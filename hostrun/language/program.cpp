@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <new>
 
 #include "hostrun/host/exceptions.h"
 #include "hostrun/host/output.h"
@@ -47,7 +46,8 @@ int RunBody(const BoundProgram& program, Activation& activation, const Source& s
     try {
       program.body.Run(activation);
       return kExitFine;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception& error) {
+      if (!LacksMemory(error)) throw;
       RaiseHostException("OutOfMemoryException", "Not enough memory.");
     }
   } catch (const QuitRequest& request) {

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <new>
 
 #include "hostrun/host/exceptions.h"
+#include "hostrun/host/output.h"
 #include "hostrun/language/parser.h"
 #include "hostrun/language/program.h"
 
@@ -61,7 +61,7 @@ Session::State Session::Run(const std::string& text, bool more) {
     EndRunning();
     return state;
   } catch (const ProgramError& error) {
-    std::fflush(stdout);
+    FlushOutput();
     std::fprintf(stderr, "%s\n", part.Describe(error.at(), error.what()).c_str());
     return State::Failed;
   }
@@ -71,11 +71,12 @@ Session::State Session::Guarded(const std::function<State()>& run) {
   try {
     try {
       return run();
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception& error) {
+      if (!LacksMemory(error)) throw;
       RaiseHostException("OutOfMemoryException", "Not enough memory.");
     }
   } catch (const InterruptRequest&) {
-    std::fflush(stdout);
+    FlushOutput();
     std::fprintf(stderr, "%s\n", Source(name_, whole_).Describe(currentPosition, "interrupted").c_str());
     return State::Failed;
   } catch (const QuitRequest& request) {

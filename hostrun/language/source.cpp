@@ -3,21 +3,30 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 
 namespace hostrun {
 namespace {
 
-constexpr std::uintmax_t kLargestProgram = 16U << 20U;
+constexpr std::size_t kLargestProgram = 16U << 20U;
 constexpr std::size_t kLongestShownLine = 200;
 
-}  // namespace
-
-namespace {
+// The whole text; `refuse` makes the error for what is found instead.
+template <class Refuse>
+std::string Read(std::istream& in, Refuse refuse) {
+  std::string text;
+  char part[4096];
+  while (text.size() <= kLargestProgram && in.read(part, sizeof part).gcount() > 0) {
+    text.append(part, static_cast<std::size_t>(in.gcount()));
+  }
+  if (in.bad()) throw refuse(std::strerror(errno));
+  if (text.size() > kLargestProgram) throw refuse("more than " + std::to_string(kLargestProgram) + " bytes");
+  return text;
+}
 
 // In the order of the text; of each line the first alone, as what follows is often a consequence.
 std::vector<ProgramError> Tidied(std::vector<ProgramError> errors) {
@@ -61,24 +70,18 @@ Source Source::FromFile(const std::string& path) {
   if (std::filesystem::is_directory(path, error)) throw refuse("a folder");
   std::ifstream in(path, std::ios::binary);
   if (!in) throw refuse(errno == ENOENT ? "no such file" : std::strerror(errno));
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  if (!error && size > kLargestProgram) throw refuse("a file of " + std::to_string(size) + " bytes");
-  std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  if (in.bad()) throw refuse("a file that can't be read");
-  return {path, std::move(text)};
+  return {path, Read(in, refuse)};
 }
 
 Source Source::FromStandardInput() {
   constexpr const char* kName = "standard input";
-  std::string text;
-  char part[4096];
-  while (text.size() <= kLargestProgram && std::cin.read(part, sizeof part).gcount() > 0) {
-    text.append(part, static_cast<std::size_t>(std::cin.gcount()));
-  }
-  if (text.size() > kLargestProgram) {
-    throw std::runtime_error(std::string(kName) + ": wanted a program, found more than " +
-                             std::to_string(kLargestProgram) + " bytes");
-  }
+  const auto refuse = [](const std::string& found) {
+    return std::runtime_error(std::string(kName) + ": wanted a program, found " + found);
+  };
+  errno = 0;
+  std::string text = Read(std::cin, refuse);
+  // The stream over C's stdin takes an error for the end.
+  if (std::ferror(stdin) != 0) throw refuse(std::strerror(errno));
   return {kName, std::move(text)};
 }
 

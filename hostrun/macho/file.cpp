@@ -33,14 +33,14 @@ void CheckHeader(const Header& header) {
 }
 
 Section ReadSection(const SectionRecord& record, const Segment& segment) {
-  const Section section = {NameOf(record.name), record.address, record.size};
+  Section section = {NameOf(record.name), record.address, record.size};
   const std::string name = segment.name + "," + section.name;
   if (!segment.Holds(section.address, section.size)) {
     throw FormatError(name + " inside of its segment",
                       Hex(section.address) + " and " + Hex(section.size) + " bytes");
   }
   const std::uint32_t type = record.flags & kSectionType;
-  if (type == kInitialisers || type == kTerminators)
+  if (type == kInitialisers || type == kTerminators || type == kInitialiserOffsets)
     throw FormatError("a bundle that runs nothing on loading", name + " with functions to run");
   if (type >= kFirstThreadLocal) throw FormatError("a bundle without variables of each thread", name);
   const std::uint32_t inSegment = section.address - segment.address;
@@ -102,6 +102,9 @@ class Reader {
   }
 
   void ReadSegment(Bytes command) {
+    constexpr std::size_t kMost = 16;  // as many as a rebase or a bind can name
+    if (file_.segments.size() == kMost)
+      throw FormatError("at most " + std::to_string(kMost) + " segments", "more");
     const auto record = RecordAt<SegmentCommand>(command, 0, kLoadCommands);
     Segment segment{NameOf(record.name), record.address,    record.size, record.fileOffset,
                     record.fileSize,     record.protection, {}};

@@ -80,6 +80,7 @@ inline constexpr std::uint32_t kZeroFill = 0x1;
 inline constexpr std::uint32_t kInitialisers = 0x9;
 inline constexpr std::uint32_t kTerminators = 0xA;
 inline constexpr std::uint32_t kFirstThreadLocal = 0x11;
+inline constexpr std::uint32_t kInitialiserOffsets = 0x16;
 
 struct LibraryCommand {
   CommandHead head;

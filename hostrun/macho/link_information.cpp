@@ -249,10 +249,10 @@ class ExportReader {
     const std::uint32_t flags = in.Unsigned();
     if (flags != 0)
       throw FormatError(std::string("plain symbols in ") + kWhat,
-                        node.name + " with the flags " + Hex(flags));
+                        '"' + node.name + "\" with the flags " + Hex(flags));
     const std::uint32_t address = file_.segments.front().address + in.Unsigned();
     if (file_.SegmentAround(address, 1) == nullptr)
-      throw FormatError(node.name + " inside of the segments", Hex(address));
+      throw FormatError("the export \"" + node.name + "\" inside of the segments", Hex(address));
     file_.exports.push_back({node.name, address});
   }
 

@@ -23,8 +23,8 @@
   return [color isKindOfClass:[NSColor class]] ? [[color retain] autorelease] : nil;
 }
 
-// Every kind of colour ends here when it is deallocated. In a category the compiler looks the class of `super`
-// up by its name each time, which is a third of what ending a colour costs.
+// Every kind of colour ends here when it is deallocated. In a category the compiler looks the class of
+// `super` up by its name each time, which is a third of what ending a colour costs.
 - (void)dealloc {
   static Class kept;
   QVXForgetHandle(self);

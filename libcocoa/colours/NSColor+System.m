@@ -4,6 +4,9 @@
 // list, so that themes, user defaults and a list of that name in a colour folder still come first.
 #import "libcocoa/colours/NSColor+System.h"
 
+#include <math.h>
+
+#include "libcocoa/profiles/components.h"
 #import "libcocoa/runtime/stock_methods.h"
 
 NSString* const QVXSystemCatalogue = @"System";
@@ -72,7 +75,30 @@ NSColor* QVXLightColor(NSString* name) {
   return nil;
 }
 
+// NO for a named colour and a pattern too.
+static BOOL HasMissingNumber(NSColor* color) {
+  if (![color colorSpace]) return NO;
+  CGFloat components[QVXMostComponents];
+  [color getComponents:components];
+  for (NSInteger i = 0; i < [color numberOfComponents]; ++i)
+    if (isnan(components[i])) return YES;
+  return NO;
+}
+
 @implementation NSColor (QVXSystem)
+
+// The colour in a user default or a theme. nil for a text that is none: GNUstep raises for one that breaks
+// off, and NSColor would start with half its colours; of a missing number it makes one that is none.
++ (NSColor*)colorFromString:(NSString*)text {
+  static QVXMethod stock;
+  QVXMethod read = QVXStockClassMethod("NSColor", _cmd, &stock);
+  @try {
+    NSColor* color = ((id(*)(id, SEL, id))read)(self, _cmd, text);
+    return HasMissingNumber(color) ? nil : color;
+  } @catch (NSException* exception) {
+    return nil;
+  }
+}
 
 + (NSColor*)underPageBackgroundColor {
   return [NSColor colorWithCatalogName:QVXSystemCatalogue colorName:@"underPageBackgroundColor"];

@@ -79,6 +79,7 @@ typedef struct {
 QVXSpaceFacts QVXFactsOfSpace(NSColorSpace* space);
 
 // The profile that colours of the space are converted with, borrowed: the carried one; sRGB for device RGB;
-// gamma 2.2 for device gray; NULL for the CMYK spaces without a profile, which are converted by formula
-// through device RGB.
+// gamma 2.2 for device gray; the device space's for one of gray or RGB that has nothing but its model. NULL
+// for the CMYK spaces without a profile, which are converted by formula through device RGB, and for any other
+// without one, which no conversion leads from or to.
 QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space);

@@ -159,8 +159,22 @@ NSColorSpace* QVXSpaceOfBuiltIn(const QVXProfile* profile) {
   return nil;
 }
 
+// The device space of the model, which stands for a space that has nothing but a model.
+static QVXSpaceKind DeviceKindOf(NSColorSpaceModel model) {
+  switch (model) {
+    case NSGrayColorSpaceModel:
+      return QVXDeviceGraySpace;
+    case NSRGBColorSpaceModel:
+      return QVXDeviceRGBSpace;
+    default:
+      return QVXOtherSpace;
+  }
+}
+
 QVXProfile* QVXWorkingProfileOfSpace(NSColorSpace* space) {
   QVXSpaceKind kind = QVXKindOfSpace(space);
+  if (kind == QVXOtherSpace && space && !space->_colorSyncProfile)
+    kind = DeviceKindOf(space->_colorSpaceModel);
   int builtIn = predefined[kind].workingBuiltIn;
   return builtIn == kNoProfile ? ProfileOfKind(space, kind) : QVXProfileBuiltIn(builtIn);
 }
@@ -195,8 +209,7 @@ int QVXChannelsOfSpace(NSColorSpace* space) {
 
 QVXSpaceFacts QVXFactsOfSpace(NSColorSpace* space) {
   QVXSpaceKind kind = QVXKindOfSpace(space);
-  return (QVXSpaceFacts){kind, StockNameOfKind(kind), ProfileOfKind(space, kind),
-                         QVXChannelsOfSpace(space)};
+  return (QVXSpaceFacts){kind, StockNameOfKind(kind), ProfileOfKind(space, kind), QVXChannelsOfSpace(space)};
 }
 
 - (int)numberOfColorComponents {

@@ -7,11 +7,13 @@
 #import "libcocoa/colours/colour_archive.h"
 
 #include <math.h>
+#include <stdlib.h>
 #include <string.h>
 
 #import "libcocoa/colours/QVXColorListContents.h"
 #import "libcocoa/colours/colour_conversion.h"
 #import "libcocoa/colours/tiff_bitmap.h"
+#include "libcocoa/foundation/CFString.h"
 
 static const char kMagic[] = "GNUstep archive";
 enum { kHeaderSize = 15 + 4 * 9 };  // the magic, then four numbers of eight digits and a colon
@@ -195,6 +197,17 @@ static id const kUnreadable = @"unreadable";
 
 // --- objects
 
+// Unit by unit: a key may hold what is no text.
+- (NSString*)takeUnits:(uint32_t)count {
+  const uint8_t* bytes = [self take:(size_t)count * sizeof(UniChar)];
+  UniChar* units = bytes ? malloc(count * sizeof *units) : NULL;
+  if (!units) return [self fail];
+  for (uint32_t i = 0; i < count; ++i) units[i] = (UniChar)(bytes[2 * i] << 8 | bytes[2 * i + 1]);
+  NSString* text = (NSString*)CFStringCreateWithCharacters(NULL, units, (CFIndex)count);
+  free(units);
+  return text ? [text autorelease] : [self fail];
+}
+
 - (NSString*)readString {
   uint32_t length = [self takeCount];
   if (length == 0) return @"";
@@ -206,11 +219,10 @@ static id const kUnreadable = @"unreadable";
   if (!wide && encoding != NSASCIIStringEncoding && encoding != NSUTF8StringEncoding &&
       encoding != NSISOLatin1StringEncoding)
     return [self fail];
-  size_t size = wide ? (size_t)length * 2 : length;
-  const uint8_t* bytes = [self take:size];
+  if (wide) return [self takeUnits:length];
+  const uint8_t* bytes = [self take:length];
   if (!bytes) return nil;
-  NSStringEncoding used = wide ? NSUTF16BigEndianStringEncoding : encoding;
-  NSString* text = [[[NSString alloc] initWithBytes:bytes length:size encoding:used] autorelease];
+  NSString* text = [[[NSString alloc] initWithBytes:bytes length:length encoding:encoding] autorelease];
   return text ? text : [self fail];
 }
 

@@ -57,6 +57,11 @@ static NSString* FormulaName(const End* end) {
   return end->is.kind == QVXGenericCMYKSpace && !end->is.profile ? NSDeviceCMYKColorSpace : nil;
 }
 
+// Whether a space without a profile is converted by formula.
+static BOOL IsCMYK(const End* end) {
+  return QVXModelOfSpace(end->space) == NSCMYKColorSpaceModel;
+}
+
 static const QVXProfile* WorkingProfile(const End* end) {
   return end->is.profile ? end->is.profile : QVXWorkingProfileOfSpace(end->space);
 }
@@ -78,14 +83,14 @@ static NSColor* ConvertByFormula(NSColor* color, const End* from, const End* to)
 // sRGB.
 static NSColor* ConvertByProfile(NSColor* color, const End* from, const End* to) {
   CGFloat components[QVXMostComponents];
-  double source[QVXMostChannels];
+  double source[QVXMostComponents];
   double result[QVXMostChannels];
   [color getComponents:components];
-  int last = from->is.channels;
-  CGFloat alpha = components[last];
-  for (int i = 0; i < last; ++i) source[i] = components[i];
+  const int alpha = from->is.channels;  // the place of the source's
+  for (int i = 0; i <= alpha; ++i) source[i] = components[i];
   const QVXProfile* fromProfile = WorkingProfile(from);
   const QVXProfile* toProfile = WorkingProfile(to);
+  if ((!fromProfile && !IsCMYK(from)) || (!toProfile && !IsCMYK(to))) return nil;
   const QVXProfile* srgb = fromProfile && toProfile ? NULL : QVXProfileBuiltIn(QVXBuiltInSRGB);
   if (!fromProfile) {
     for (int i = 0; i < 3; ++i) source[i] = QVXClip(1 - source[3] - source[i]);
@@ -102,7 +107,7 @@ static NSColor* ConvertByProfile(NSColor* color, const End* from, const End* to)
     result[3] = 0;
   }
   for (int i = 0; i < to->is.channels; ++i) components[i] = (CGFloat)result[i];
-  components[to->is.channels] = alpha;
+  components[to->is.channels] = (CGFloat)source[alpha];
   return QVXColorWithComponents(to->space, components);
 }
 

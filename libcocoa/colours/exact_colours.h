@@ -10,9 +10,9 @@
 //
 // A space below 256 is a QVXSpaceKind, from 256 on a profile of the first list; the components end with the
 // alpha. It is never the space of one of GNUstep's own kinds, and there are at most 256 profiles: what is
-// over that is written as its twin alone. A trailer that is not so, or whose checksum is wrong, counts as
-// damaged. The checksum finds accidents, not forgeries: every byte is read as if anybody might have written
-// it.
+// over that, or has a key that is no UTF-8, is written as its twin alone. A trailer that is not so, or whose
+// checksum is wrong, counts as damaged. The checksum finds accidents, not forgeries: every byte is read as if
+// anybody might have written it.
 #pragma once
 
 #import "libcocoa/colours/QVXProfileColor.h"

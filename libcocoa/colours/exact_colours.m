@@ -1,11 +1,14 @@
 // libcocoa/colours/exact_colours.m - colours in spaces with a profile, written so that nothing is lost.
 #import "libcocoa/colours/exact_colours.h"
 
+#include <stdlib.h>
 #include <string.h>
 
 #import "libcocoa/colours/colour_archive.h"
 #import "libcocoa/colours/colour_conversion.h"
 #import "libcocoa/colours/gnustep_colours.h"
+#include "libcocoa/foundation/CFString.h"
+#include "libcocoa/foundation/text_encoding.h"
 #include "libcocoa/profiles/hash.h"
 
 static const char kMagic[8] = {'Q', 'V', 'X', 'e', 'x', 'a', 'c', 't'};
@@ -33,8 +36,7 @@ static void AppendBlock(NSMutableData* data, NSData* block) {
 }
 
 // NO, and nothing is appended, if there are as many profiles as there may be.
-static BOOL AppendColor(NSMutableData* data, NSString* key, QVXProfileColor* color,
-                        NSMutableArray* profiles) {
+static BOOL AppendColor(NSMutableData* data, NSData* name, QVXProfileColor* color, NSMutableArray* profiles) {
   NSColorSpace* space = [color colorSpace];
   uint32_t number = QVXKindOfSpace(space);
   if (number == QVXOtherSpace) {
@@ -49,7 +51,7 @@ static BOOL AppendColor(NSMutableData* data, NSString* key, QVXProfileColor* col
   }
   CGFloat components[QVXMostComponents];
   [color getComponents:components];
-  AppendBlock(data, [key dataUsingEncoding:NSUTF8StringEncoding]);
+  AppendBlock(data, name);
   AppendWord(data, number);
   AppendWord(data, (uint32_t)[color numberOfComponents]);
   for (NSInteger i = 0; i < [color numberOfComponents]; ++i) {
@@ -82,10 +84,12 @@ NSData* QVXArchiveWithExactColors(NSData* archive, NSDictionary* colors) {
   uint32_t patternCount = 0;
   for (NSString* key in colors) {
     id color = [colors objectForKey:key];
+    NSData* name = [key dataUsingEncoding:NSUTF8StringEncoding];
+    if (!name) continue;
     if ([color isKindOfClass:[QVXProfileColor class]]) {
-      if (AppendColor(exact, key, color, profiles)) ++exactCount;
+      if (AppendColor(exact, name, color, profiles)) ++exactCount;
     } else if (IsPattern(color)) {
-      AppendBlock(patterns, [key dataUsingEncoding:NSUTF8StringEncoding]);
+      AppendBlock(patterns, name);
       AppendBlock(patterns, [NSArchiver archivedDataWithRootObject:color]);
       ++patternCount;
     }
@@ -145,11 +149,17 @@ static NSArray* TakeSpaces(Cursor* cursor) {
   return spaces;
 }
 
+// Not by NSString's own method, which drops a first U+FEFF.
 static NSString* TakeKey(Cursor* cursor) {
   uint32_t size = TakeWord(cursor);
   const unsigned char* bytes = Take(cursor, size);
-  if (!bytes) return nil;
-  return [[[NSString alloc] initWithBytes:bytes length:size encoding:NSUTF8StringEncoding] autorelease];
+  UniChar* units = bytes ? malloc((size + 1) * sizeof *units) : NULL;
+  size_t count = 0;
+  CFStringRef key = NULL;
+  if (units && QVXDecodeText(kCFStringEncodingUTF8, (const char*)bytes, size, units, &count))
+    key = CFStringCreateWithCharacters(NULL, units, (CFIndex)count);
+  free(units);
+  return [(NSString*)key autorelease];
 }
 
 static void TakeColor(Cursor* cursor, NSArray* spaces, NSMutableDictionary* colors) {

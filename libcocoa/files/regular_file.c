@@ -1,5 +1,8 @@
 // libcocoa/files/regular_file.c - files that are asked what they are before they are touched.
 #define _GNU_SOURCE
+// Files of any size and time, and with any number.
+#define _FILE_OFFSET_BITS 64
+#define _TIME_BITS 64
 #include "libcocoa/files/regular_file.h"
 
 #include <errno.h>
@@ -23,12 +26,14 @@ static ssize_t ReadAll(int file, char* bytes, size_t size) {
 }
 
 void* QVXReadRegularFile(const char* path, size_t largest, size_t* size) {
+  struct stat about;
+  if (stat(path, &about) != 0 || !S_ISREG(about.st_mode)) return NULL;
   int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
   if (file < 0) return NULL;
-  struct stat64 about;
   char* bytes = NULL;
   ssize_t read = -1;
-  if (fstat64(file, &about) == 0 && S_ISREG(about.st_mode) && (unsigned long long)about.st_size <= largest) {
+  // Asked again: another may have taken the name since.
+  if (fstat(file, &about) == 0 && S_ISREG(about.st_mode) && (unsigned long long)about.st_size <= largest) {
     bytes = malloc((size_t)about.st_size + 1);
     if (bytes) read = ReadAll(file, bytes, (size_t)about.st_size);
   }
@@ -41,9 +46,14 @@ void* QVXReadRegularFile(const char* path, size_t largest, size_t* size) {
   return bytes;
 }
 
+bool QVXIsFolder(const char* path) {
+  struct stat about;
+  return stat(path, &about) == 0 && S_ISDIR(about.st_mode);
+}
+
 bool QVXIsPlaceForFile(const char* path) {
-  struct stat64 about;
-  return stat64(path, &about) == 0 ? S_ISREG(about.st_mode) : errno == ENOENT;
+  struct stat about;
+  return stat(path, &about) == 0 ? S_ISREG(about.st_mode) : errno == ENOENT;
 }
 
 // The real path of the folder that holds the name, to be freed; NULL if there is none.
@@ -56,13 +66,43 @@ static char* RealParent(const char* path) {
   return real;
 }
 
+// Whether the one real path is the other or leads below it.
+static bool IsWithin(const char* real, const char* realFolder) {
+  size_t length = strlen(realFolder);
+  return strncmp(real, realFolder, length) == 0 && (real[length] == '/' || real[length] == '\0');
+}
+
 bool QVXIsReallyInFolder(const char* path, const char* folder) {
   char* parent = RealParent(path);
   char* real = realpath(folder, NULL);
-  size_t length = real ? strlen(real) : 0;
-  bool inside = parent && real && strncmp(parent, real, length) == 0 &&
-                (parent[length] == '/' || parent[length] == '\0');
+  bool inside = parent && real && IsWithin(parent, real);
   free(parent);
   free(real);
   return inside;
+}
+
+// Whether the path's first bytes, which name a folder, lead into the real folder.
+static bool LeadsWithin(const char* path, size_t length, const char* realFolder) {
+  char* start = strndup(path, length);
+  char* real = start ? realpath(start, NULL) : NULL;
+  bool within = real && IsWithin(real, realFolder);
+  free(start);
+  free(real);
+  return within;
+}
+
+bool QVXLeavesFolderByLink(const char* path, const char* folder) {
+  char* real = realpath(folder, NULL);
+  if (!real) return false;
+  bool leaves = false;
+  bool wasWithin = path[0] != '/' && LeadsWithin(".", 1, real);
+  const char* end;
+  for (const char* name = path; !leaves && (end = strchr(name, '/')); name = end + 1) {
+    bool isWithin = end == path ? LeadsWithin("/", 1, real) : LeadsWithin(path, (size_t)(end - path), real);
+    bool isUp = end - name == 2 && memcmp(name, "..", 2) == 0;
+    leaves = wasWithin && !isWithin && !isUp;
+    wasWithin = isWithin;
+  }
+  free(real);
+  return leaves;
 }

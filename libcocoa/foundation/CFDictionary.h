@@ -19,6 +19,7 @@ CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef, CFIndex capacit
 
 CFIndex CFDictionaryGetCount(CFDictionaryRef);
 const void* CFDictionaryGetValue(CFDictionaryRef, const void* key);  // NULL if the key is not there
+// Nothing is set when memory is exhausted, until a value has been removed.
 void CFDictionarySetValue(CFMutableDictionaryRef, const void* key, const void* value);
 void CFDictionaryRemoveValue(CFMutableDictionaryRef, const void* key);
 

@@ -12,6 +12,7 @@
  @public
   NSMapTable* _table;
   NSUInteger _most;  // entries at a time since the table was made
+  BOOL _isFull;      // there was no memory for one more
 }
 @end
 
@@ -34,6 +35,9 @@ static NSMapTable* NewTable(NSUInteger capacity) {
 }
 
 @end
+
+// Room that is made beforehand at most; a dictionary grows beyond it as it needs.
+static const CFIndex kMostRoom = 1024;
 
 static Class dictionaryClass;
 
@@ -66,7 +70,12 @@ QVX_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef alloc
                                                             const void* valueCallBacks) {
   if (capacity < 0 || keyCallBacks || valueCallBacks) return NULL;
   dictionaryClass = [QVXPointerDictionary class];
-  return (CFMutableDictionaryRef)[[QVXPointerDictionary alloc] initWithCapacity:(NSUInteger)capacity];
+  const CFIndex room = capacity < kMostRoom ? capacity : kMostRoom;
+  @try {
+    return (CFMutableDictionaryRef)[[QVXPointerDictionary alloc] initWithCapacity:(NSUInteger)room];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
 }
 
 QVX_EXPORT CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
@@ -81,8 +90,13 @@ QVX_EXPORT const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const vo
 
 QVX_EXPORT void CFDictionarySetValue(CFMutableDictionaryRef dictionary, const void* key, const void* value) {
   QVXPointerDictionary* object = Checked(dictionary);
-  if (!object || key == NSNotAPointerMapKey) return;
-  NSMapInsert(object->_table, key, value);
+  if (!object || key == NSNotAPointerMapKey || object->_isFull) return;
+  @try {
+    NSMapInsert(object->_table, key, value);
+  } @catch (NSException* exhausted) {
+    object->_isFull = YES;  // until an entry goes: each attempt raises, which takes memory itself
+    return;
+  }
   const NSUInteger count = NSCountMapTable(object->_table);
   if (count > object->_most) object->_most = count;
 }
@@ -91,5 +105,10 @@ QVX_EXPORT void CFDictionaryRemoveValue(CFMutableDictionaryRef dictionary, const
   QVXPointerDictionary* object = Checked(dictionary);
   if (!object) return;
   NSMapRemove(object->_table, key);
-  GiveMemoryBack(object);
+  object->_isFull = NO;
+  @try {
+    GiveMemoryBack(object);
+  } @catch (NSException* exhausted) {
+    // the table stays as large as it is
+  }
 }

@@ -18,8 +18,8 @@ enum {
   kCFRunLoopRunHandledSource = 4
 };
 
-// Turns the run loop: due timers, delayed performs, notifications queued for idle time. With 0 seconds it
-// does what is due and comes back.
+// Turns the run loop: due timers, delayed performs, notifications queued for idle time. With 0 seconds, or
+// fewer, or what is no number, it does what is due and comes back.
 int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled);
 
 #ifdef __cplusplus

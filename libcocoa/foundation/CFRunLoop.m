@@ -25,7 +25,7 @@ QVX_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds,
   if (!mode) return kCFRunLoopRunFinished;
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
   NSRunLoop* loop = [NSRunLoop currentRunLoop];
-  NSDate* end = [NSDate dateWithTimeIntervalSinceNow:seconds];
+  NSDate* end = [NSDate dateWithTimeIntervalSinceNow:seconds > 0 ? seconds : 0];
   int32_t result;
   do {
     NSDate* next = RunDue(loop, (NSString*)mode);

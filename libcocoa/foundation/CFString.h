@@ -29,7 +29,8 @@ CFIndex CFStringGetLength(CFStringRef);
 // `maxLength` is a hint to the allocator elsewhere and has no use here.
 CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef, CFIndex maxLength, CFStringRef);
 
-// Normalises in place. Forms D, KD, C and KC are 0 to 3; any other leaves the string as it is.
+// Normalises in place. Forms D, KD, C and KC are 0 to 3; any other leaves the string as it is, and so does
+// want of memory.
 void CFStringNormalize(CFMutableStringRef, CFIndex form);
 
 #ifdef __cplusplus

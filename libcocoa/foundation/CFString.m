@@ -80,11 +80,17 @@ static CFIndex SkipPlainUnits(const UniChar* units, CFIndex begin, CFIndex count
   return i - begin;
 }
 
+// Whether the unit there and the next one are a character together.
+static BOOL HasPartner(const UniChar* units, CFIndex at, CFIndex count) {
+  return units[at] >= 0xD800 && units[at] <= 0xDBFF && at + 1 < count && units[at + 1] >= 0xDC00 &&
+         units[at + 1] <= 0xDFFF;
+}
+
 static BOOL NeedsVerbatimString(const UniChar* units, CFIndex count) {
   if (count != 0 && (units[0] == 0xFEFF || units[0] == 0xFFFE)) return YES;
   for (CFIndex i = SkipPlainUnits(units, 0, count); i < count; ++i) {
     if (units[i] < 0xD800 || units[i] > 0xDFFF) continue;
-    if (units[i] > 0xDBFF || i + 1 == count || units[i + 1] < 0xDC00 || units[i + 1] > 0xDFFF) return YES;
+    if (!HasPartner(units, i, count)) return YES;
     ++i;
   }
   return NO;
@@ -94,9 +100,13 @@ QVX_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, co
                                                     CFIndex count) {
   if (count < 0 || (!characters && count != 0)) return NULL;
   NSUInteger length = (NSUInteger)count;
-  if (NeedsVerbatimString(characters, count))
-    return (CFStringRef)[[QVXVerbatimString alloc] initWithUnits:characters length:length];
-  return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:length];
+  @try {
+    if (NeedsVerbatimString(characters, count))
+      return (CFStringRef)[[QVXVerbatimString alloc] initWithUnits:characters length:length];
+    return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:length];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
 }
 
 QVX_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* bytes,
@@ -105,7 +115,7 @@ QVX_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const
   size_t length = QVXTextEncodingLength(encoding, bytes);
   UniChar onStack[kStackUnits];
   // No encoding has more units than bytes.
-  UniChar* units = length <= kStackUnits ? onStack : malloc(length * sizeof *units);
+  UniChar* units = length <= kStackUnits ? onStack : reallocarray(NULL, length, sizeof *units);
   if (!units) return NULL;
   size_t count;
   CFStringRef string = NULL;
@@ -139,21 +149,82 @@ QVX_EXPORT CFIndex CFStringGetLength(CFStringRef string) {
 
 QVX_EXPORT CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex maxLength,
                                                         CFStringRef string) {
-  return (CFMutableStringRef)[(NSString*)string mutableCopy];
+  @try {
+    return (CFMutableStringRef)[(NSString*)string mutableCopy];
+  } @catch (NSException* exhausted) {
+    return NULL;
+  }
+}
+
+// nil for a form that is none, and when memory is exhausted.
+static NSString* Normalised(NSString* text, CFIndex form) {
+  switch (form) {
+    // clang-format off
+    case 0: return [text decomposedStringWithCanonicalMapping];
+    case 1: return [text decomposedStringWithCompatibilityMapping];
+    case 2: return [text precomposedStringWithCanonicalMapping];
+    case 3: return [text precomposedStringWithCompatibilityMapping];
+    // clang-format on
+    default:
+      return nil;
+  }
+}
+
+// GNUstep takes 36 bytes for each unit that it decomposes, and follows a null pointer if it does not get
+// them.
+enum { kLongestPiece = 32 * 1024 };
+
+// Whether no form moves or composes anything across the place before the unit: Latin letters and the unified
+// ideographs begin anew.
+static BOOL BeginsAnew(UniChar unit) {
+  return unit < 0x300 || (unit >= 0x3400 && unit < 0xA000);
+}
+
+// The end of the piece that begins there: one unit that is no text, or text up to the next such unit, or as
+// far as it should go at once.
+static CFIndex EndOfPiece(const UniChar* units, CFIndex begin, CFIndex count) {
+  CFIndex end = begin;
+  while (end < count && (end - begin < kLongestPiece || !BeginsAnew(units[end]))) {
+    const CFIndex size = HasPartner(units, end, count) ? 2 : 1;
+    if (NeedsVerbatimString(units + end, size)) break;
+    end += size;
+  }
+  return end > begin ? end : begin + 1;
+}
+
+// The text piece by piece. GNUstep gives up on what needs a verbatim string, or drops it: a unit of that kind
+// has no other form, and nothing is moved or composed across it. nil when memory is exhausted.
+static NSString* NormalisedInPieces(const UniChar* units, CFIndex count, CFIndex form) {
+  NSMutableString* whole = [NSMutableString stringWithCapacity:(NSUInteger)count];
+  for (CFIndex begin = 0, end = 0; begin < count; begin = end) {
+    end = EndOfPiece(units, begin, count);
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    NSString* piece = (NSString*)CFStringCreateWithCharacters(NULL, units + begin, end - begin);
+    NSString* normalised = NeedsVerbatimString(units + begin, end - begin) ? piece : Normalised(piece, form);
+    if (normalised) [whole appendString:normalised];
+    [piece release];
+    [pool drain];
+    if (!normalised) return nil;
+  }
+  return whole;
 }
 
 QVX_EXPORT void CFStringNormalize(CFMutableStringRef string, CFIndex form) {
   NSMutableString* text = (NSMutableString*)string;
-  NSString* normalised = nil;
-  switch (form) {
-    // clang-format off
-    case 0: normalised = [text decomposedStringWithCanonicalMapping]; break;
-    case 1: normalised = [text decomposedStringWithCompatibilityMapping]; break;
-    case 2: normalised = [text precomposedStringWithCanonicalMapping]; break;
-    case 3: normalised = [text precomposedStringWithCompatibilityMapping]; break;
-    // clang-format on
-    default:
-      break;
+  if (form < 0 || form > 3) return;
+  const NSUInteger count = [text length];
+  UniChar onStack[kStackUnits];
+  UniChar* units = count <= kStackUnits ? onStack : malloc(count * sizeof *units);
+  if (!units) return;
+  [text getCharacters:units range:NSMakeRange(0, count)];
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+  @try {
+    const BOOL isPlain = count <= kLongestPiece && !NeedsVerbatimString(units, (CFIndex)count);
+    NSString* normalised = isPlain ? Normalised(text, form) : NormalisedInPieces(units, (CFIndex)count, form);
+    if (normalised) [text setString:normalised];
+  } @catch (NSException* exhausted) {
+    // it stays as it is
   }
-  if (normalised) [text setString:normalised];
+  [pool drain];
+  if (units != onStack) free(units);
 }

@@ -1,7 +1,11 @@
 // libcocoa/foundation/FSRef.c - file references: a tag and an index into the process's table of paths.
+// Files of any size and time, and with any number, have a reference.
+#define _FILE_OFFSET_BITS 64
+#define _TIME_BITS 64
 #include "libcocoa/foundation/FSRef.h"
 
 #include <pthread.h>
+#include <search.h>
 #include <stdbool.h>
 #include <stdlib.h>
 #include <string.h>
@@ -22,30 +26,48 @@ struct FSRef {
 };
 _Static_assert(sizeof(Reference) <= sizeof(FSRef), "a reference fits");
 
+// A path that a reference was made of, with its place in the table.
+typedef struct {
+  uint32_t index;
+  char path[];
+} Entry;
+
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
-static char** paths;
-static uint32_t pathCount;
-static uint32_t pathCapacity;
+static Entry** entries;  // by index
+static uint32_t entryCount;
+static uint32_t entryCapacity;
+static void* byPath;  // the same entries, in a tree
+
+static int Compare(const void* one, const void* other) {
+  return strcmp(((const Entry*)one)->path, ((const Entry*)other)->path);
+}
+
+static Entry* NewEntry(const char* path) {
+  Entry* entry = malloc(sizeof *entry + strlen(path) + 1);
+  if (!entry) return NULL;
+  entry->index = entryCount;
+  strcpy(entry->path, path);
+  return entry;
+}
 
 // Finds the path in the table, or enters it. False if memory is exhausted. The caller holds the lock.
 static bool IndexOf(const char* path, uint32_t* index) {
-  for (uint32_t i = 0; i < pathCount; ++i) {
-    if (strcmp(paths[i], path) != 0) continue;
-    *index = i;
-    return true;
-  }
-  if (pathCount == pathCapacity) {
-    uint32_t capacity = pathCapacity != 0 ? pathCapacity * 2 : 16;
-    char** grown = realloc(paths, capacity * sizeof *grown);
+  if (entryCount == entryCapacity) {
+    uint32_t capacity = entryCapacity != 0 ? entryCapacity * 2 : 16;
+    Entry** grown = realloc(entries, capacity * sizeof *grown);
     if (!grown) return false;
-    paths = grown;
-    pathCapacity = capacity;
+    entries = grown;
+    entryCapacity = capacity;
   }
-  char* copy = strdup(path);
-  if (!copy) return false;
-  *index = pathCount;
-  paths[pathCount++] = copy;
-  return true;
+  Entry* entry = NewEntry(path);
+  Entry** found = entry ? tsearch(entry, &byPath, Compare) : NULL;
+  bool isNew = found && *found == entry;
+  if (isNew)
+    entries[entryCount++] = entry;
+  else
+    free(entry);
+  if (found) *index = (*found)->index;
+  return found;
 }
 
 static char* Absolute(const char* path) {
@@ -88,9 +110,15 @@ const char* QVXPathOfFSRef(const FSRef* ref) {
   memcpy(&reference, ref, sizeof reference);
   if (memcmp(reference.tag, kTag, sizeof kTag) != 0) return NULL;
   pthread_mutex_lock(&lock);
-  const char* path = reference.index < pathCount ? paths[reference.index] : NULL;
+  const char* path = reference.index < entryCount ? entries[reference.index]->path : NULL;
   pthread_mutex_unlock(&lock);
   return path;
+}
+
+bool QVXFSRefIsFolder(const FSRef* ref) {
+  const char* path = QVXPathOfFSRef(ref);
+  struct stat status;
+  return path && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 QVX_EXPORT OSStatus FSRefMakePath(const FSRef* ref, uint8_t* path, uint32_t pathSize) {

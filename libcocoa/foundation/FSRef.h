@@ -2,6 +2,8 @@
 // process.
 #pragma once
 
+#include <stdbool.h>
+
 #include "libcocoa/foundation/CFBase.h"
 
 #ifdef __cplusplus
@@ -28,6 +30,9 @@ OSStatus FSRefMakePath(const FSRef* ref, uint8_t* path, uint32_t pathSize);
 
 // The path, valid for the life of the process; NULL for NULL and for bytes that are no reference.
 const char* QVXPathOfFSRef(const FSRef* ref);
+
+// Whether its path leads to a folder now; links are followed.
+bool QVXFSRefIsFolder(const FSRef* ref);
 
 #ifdef __cplusplus
 }

@@ -9,8 +9,6 @@
 #import "libcocoa/colours/exact_colours.h"
 #include "libcocoa/files/regular_file.h"
 
-enum { kLargestFile = 64 * 1024 * 1024 };  // bytes
-
 static QVXColorListContents* ContentsOfArchive(NSData* data) {
   size_t room = QVXRoomForImages(data);
   QVXColorListContents* contents = QVXReadColorArchive(data, &room);
@@ -75,7 +73,7 @@ static QVXColorListContents* ContentsOfText(NSData* data) {
 QVXColorListContents* QVXReadColorList(NSString* path) {
   @try {
     size_t size = 0;
-    void* bytes = QVXReadRegularFile([path fileSystemRepresentation], kLargestFile, &size);
+    void* bytes = QVXReadRegularFile([path fileSystemRepresentation], QVXLargestColorList, &size);
     if (!bytes) return nil;
     NSData* data = [NSData dataWithBytesNoCopy:bytes length:size freeWhenDone:YES];
     if (size == 0) return nil;

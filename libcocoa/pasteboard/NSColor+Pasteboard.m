@@ -12,8 +12,8 @@ static int ignoresAlpha = -1;
 + (BOOL)ignoresAlpha {
   int known = __atomic_load_n(&ignoresAlpha, __ATOMIC_ACQUIRE);
   if (known >= 0) return known != 0;
-  id value = [[NSUserDefaults standardUserDefaults] objectForKey:@"NSIgnoreAlpha"];
-  int asked = value ? [value boolValue] : YES;
+  NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
+  int asked = [defaults objectForKey:@"NSIgnoreAlpha"] ? [defaults boolForKey:@"NSIgnoreAlpha"] : YES;
   // What the program has set in the meantime wins.
   if (__atomic_compare_exchange_n(&ignoresAlpha, &known, asked, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
     return asked != 0;

@@ -4,9 +4,8 @@
 #include <dlfcn.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 
-static const char kLibraries[] = "/usr/lib/libgnustep-base.so";
+#include "libcocoa/runtime/library_root.h"
 
 // The folder below which GNUstep's libraries were unpacked, to be freed; NULL if that is the file system's
 // root.
@@ -14,13 +13,12 @@ static char* RootOfLibraries(void) {
   Dl_info base;
   if (dladdr((const void*)GNUstepConfig, &base) == 0) return NULL;
   char* path = realpath(base.dli_fname, NULL);
-  char* end = NULL;
-  for (char* found = path; found && (found = strstr(found, kLibraries)); ++found) end = found;
-  if (!end || end == path) {
+  size_t length = path ? QVXRootOfLibrary(path) : 0;
+  if (length == 0) {
     free(path);
     return NULL;
   }
-  *end = '\0';
+  path[length] = '\0';
   return path;
 }
 
@@ -43,9 +41,10 @@ static void FindResources(const char* path) {
 
 // Exceptions reach setjmp frames only if every library's raise binds to this library.
 static void CheckLoadOrder(void) {
+  static const char kHere = 0;
   Dl_info here, thrower;
   void* found = dlsym(RTLD_DEFAULT, "objc_exception_throw");
-  if (!found || dladdr(found, &thrower) == 0 || dladdr(kLibraries, &here) == 0) return;
+  if (!found || dladdr(found, &thrower) == 0 || dladdr(&kHere, &here) == 0) return;
   if (thrower.dli_fbase == here.dli_fbase) return;
   fprintf(
       stderr,

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <limits>
+
 #include "libcocoa/foundation/CFDictionary.h"
 #include "tests/libcocoa/guarded.h"
 
@@ -119,6 +121,14 @@ TEST(NoDictionary, IsWhatAnotherObjectIs) {
   CFDictionarySetValue(dictionary, Pointer(16), Pointer(1));
   EXPECT_EQ(CFDictionaryGetValue(dictionary, Pointer(16)), nullptr);
   EXPECT_EQ(CFDictionaryGetCount(dictionary), 0);
+}
+
+TEST(LargestCapacity, IsAHintOnly) {
+  const CFMutableDictionaryRef dictionary =
+      CFDictionaryCreateMutable(nullptr, std::numeric_limits<CFIndex>::max(), nullptr, nullptr);
+  CFDictionarySetValue(dictionary, Pointer(16), Pointer(1));
+  EXPECT_EQ(CFDictionaryGetValue(dictionary, Pointer(16)), Pointer(1));
+  CFRelease(dictionary);
 }
 
 TEST(NoDictionary, IsMadeWithCallBacksOrANegativeCapacity) {

@@ -168,6 +168,44 @@ TEST(StaleFrame, IsWhatAReenteredFrameWithoutSetjmpCountsAs) {
   EXPECT_EQ(NameOf(Guarded([] { RaiseInAReenteredFrame(); })), "Bang");
 }
 
+TEST(StaleFrame, IsWhatAReenteredFrameWithoutSetjmpCountsAsWithoutUnwindTablesToo) {
+  int delivered = 0;
+  EXPECT_EQ(NameOf(Guarded([&] { delivered = InAReenteredPlainFrame(&RaiseBang, nullptr); })), "Bang");
+  EXPECT_EQ(delivered, 0);
+}
+
+// Enters the first of two frames, the second, and the first once more, which stands on the list twice then.
+// Leaves the first, by itself or by a delivery, and the second, and raises.
+[[gnu::noinline]] void RaiseAfterAFrameThatWasEnteredTwice(bool byDelivery, int (&delivered)[2]) {
+  ObjCExceptionFrame frames[2];
+  objc_exception_try_enter(&frames[0]);
+  if (_setjmp(frames[0].buffer) != 0) ++delivered[0];
+  if (delivered[0] > 1) return;
+  if (delivered[0] == 0) {
+    objc_exception_try_enter(&frames[1]);
+    if (_setjmp(frames[1].buffer) != 0) {
+      ++delivered[1];
+      return;
+    }
+    objc_exception_try_enter(&frames[0]);
+    if (_setjmp(frames[0].buffer) != 0) ++delivered[0];
+    if (delivered[0] > 1) return;
+    if (byDelivery && delivered[0] == 0) RaiseBang(nullptr);
+    if (!byDelivery) objc_exception_try_exit(&frames[0]);
+  }
+  objc_exception_try_exit(&frames[1]);
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsWhatAFrameOnTheListTwiceCountsAsOnceItWasLeft) {
+  for (const bool byDelivery : {false, true}) {
+    int delivered[2] = {};
+    EXPECT_EQ(NameOf(Guarded([&] { RaiseAfterAFrameThatWasEnteredTwice(byDelivery, delivered); })), "Bang");
+    EXPECT_EQ(delivered[0], byDelivery ? 1 : 0);
+    EXPECT_EQ(delivered[1], 0);
+  }
+}
+
 // The first time it leaves a stale frame behind, the second time it uses the same memory for something else.
 [[gnu::noinline]] void EnterOrScribble(bool enter) {
   ObjCExceptionFrame frame;

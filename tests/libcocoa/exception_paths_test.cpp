@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <unwind.h>
 
+#include <thread>
+
 #include "tests/libcocoa/guarded.h"
 #include "tests/libcocoa/raising.h"
 
@@ -79,10 +81,22 @@ TEST(Exception, PastPlainFunctionsNeedsNoUnwinder) {
             0);
 }
 
+// In a thread of its own: other tests leave frames behind.
+TEST(Exception, WithoutAFrameIsTheRuntimesAtOnce) {
+  walks = 0;
+  std::thread([] { EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang"); }).join();
+  EXPECT_EQ(walks, 0);
+}
+
 TEST(Exception, PastWhatNoRuleIsKnownForNeedsTheUnwinder) {
   int ran = 0;
   EXPECT_GT(WalksToDeliver([&] { ThroughFinally(&RaiseBang, nullptr, &ran); }), 0);
   EXPECT_GT(WalksToDeliver([] { ThroughPlainC(&RaiseBang, nullptr); }), 0);
+}
+
+void RaiseBangPastAFinally(void* context) {
+  int ran = 0;
+  ThroughFinally(&RaiseBang, context, &ran);
 }
 
 struct Counter {
@@ -183,6 +197,22 @@ TEST(Exception, RunsNoFinallyBlockBeyondAFrameOfAFunctionWithoutCleanUps) {
   EXPECT_EQ(state.inner, 1);
   EXPECT_EQ(state.outer_at_delivery, 0);
   EXPECT_EQ(state.outer, 1);  // left normally
+}
+
+TEST(Exception, LeavesTheFinallyBlockOfTheFramesOwnFunctionForLater) {
+  for (const Body before : {&RaiseBang, &RaiseBangPastAFinally}) {
+    int ran = 0;
+    int ranAtDelivery = -1;
+    EXPECT_EQ(NameOf(GuardedInFinally(before, nullptr, &ran, &ranAtDelivery)), "Bang");
+    EXPECT_EQ(ranAtDelivery, 0);
+    EXPECT_EQ(ran, 1);
+  }
+}
+
+TEST(Exception, RunsTheFinallyBlockOfACallThatNeverReturns) {
+  int ran = 0;
+  EXPECT_EQ(NameOf(Guarded([&] { ThroughFinallyWithoutReturn(&RaiseBang, nullptr, &ran); })), "Bang");
+  EXPECT_EQ(ran, 1);
 }
 
 TEST(Exception, UnlocksWhatASynchronizedBlockHeld) {

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
+#include <limits>
 
 #include "libcocoa/foundation/CFRunLoop.h"
 #include "libcocoa/runtime/host_support.h"
@@ -77,6 +79,16 @@ TEST(RunLoop, PostsNotificationsQueuedForIdleTime) {
   Message<"removeObserver:", void(id)>()(centre, array);
 }
 
+TEST(RunLoop, WaitsNoTimeThatIsNone) {
+  for (const double seconds : {-1.0, std::nan(""), -std::numeric_limits<double>::infinity()}) {
+    const id array = kNew(PlatformClass<"NSMutableArray">());
+    Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)>()(
+        array, sel_registerName("addObject:"), array, 0.0);
+    EXPECT_EQ(Guarded([&] { CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, 0); }), nullptr) << seconds;
+    EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 1U) << seconds;
+  }
+}
+
 TEST(RunLoop, WithNothingToDoIsFinished) {
   EXPECT_NE(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0), 0);
   EXPECT_EQ(CFRunLoopRunInMode(nullptr, 0, 0), kCFRunLoopRunFinished);
@@ -91,12 +103,13 @@ TEST(RunLoop, TellsItsResultsByTheDesktopsNumbers) {
 
 TEST(RunLoop, LetsGoOfAnEditedColourList) {
   const id name = Message<"stringWithUTF8String:", id(const char*)>()(PlatformClass<"NSString">(), "edited");
+  // The first colour of a process brings the system's list with it.
+  const id colour = Message<"blackColor", id()>()(PlatformClass<"NSColor">());
   void* const pool = objc_autoreleasePoolPush();
   QVXCountInstances(1);
   const CFIndex before = QVXLiveInstances("NSColorList");
   const id list =
       Message<"initWithName:", id(id)>()(Message<"alloc", id()>()(PlatformClass<"NSColorList">()), name);
-  const id colour = Message<"blackColor", id()>()(PlatformClass<"NSColor">());
   Message<"setColor:forKey:", void(id, id)>()(list, colour, name);
   CFRelease(list);
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);

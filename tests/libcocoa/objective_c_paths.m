@@ -16,6 +16,15 @@ void ThroughFinally(Body body, void* context, int* ran) {
   }
 }
 
+void ThroughFinallyWithoutReturn(Body body, void* context, int* ran) {
+  @try {
+    body(context);
+    __builtin_unreachable();  // the call is the last instruction before the clean-up
+  } @finally {
+    ++*ran;
+  }
+}
+
 void ThroughTwoFinallys(Body body, void* context, int* ran) {
   @try {
     @try {
@@ -112,6 +121,22 @@ id GuardedInC(Body body, void* context) {
   if (_setjmp(frame.buffer) != 0) return objc_exception_extract(&frame);
   body(context);
   objc_exception_try_exit(&frame);
+  return nil;
+}
+
+id GuardedInFinally(Body body, void* context, int* ran, int* ran_at_delivery) {
+  struct frame frame;
+  @try {
+    objc_exception_try_enter(&frame);
+    if (_setjmp(frame.buffer) != 0) {
+      *ran_at_delivery = *ran;
+      return objc_exception_extract(&frame);
+    }
+    body(context);
+    objc_exception_try_exit(&frame);
+  } @finally {
+    ++*ran;
+  }
   return nil;
 }
 

@@ -1,16 +1,47 @@
 // tests/libcocoa/regular_file_test.cpp - files that are asked what they are before they are touched.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
+#include <vector>
 
 extern "C" {
 #include "libcocoa/files/regular_file.h"
+}
+
+namespace {
+
+// How the next reads of this thread end: with so many bytes at most, or with an error, which is negative.
+// Those after them end as the system has it.
+struct Reads {
+  std::deque<ssize_t> ends;
+  std::vector<std::size_t> wanted{};  // bytes by each, in order
+};
+thread_local Reads* reads = nullptr;
+
+}  // namespace
+
+// Takes the place of the C library's own, which it calls.
+extern "C" ssize_t read(int file, void* bytes, std::size_t size) {
+  static const auto own = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
+  if (reads == nullptr) return own(file, bytes, size);
+  reads->wanted.push_back(size);
+  if (reads->ends.empty()) return own(file, bytes, size);
+  const ssize_t end = reads->ends.front();
+  reads->ends.pop_front();
+  if (end >= 0) return end == 0 ? 0 : own(file, bytes, std::min(size, static_cast<std::size_t>(end)));
+  errno = static_cast<int>(-end);
+  return -1;
 }
 
 namespace {
@@ -73,12 +104,74 @@ TEST_F(RegularFile, IsReadAsFarAsItGoesWhereItIsShorterThanItsSize) {
   EXPECT_LT(contents->size(), 100U);
 }
 
+std::optional<std::string> ContentsByReads(const std::string& path, Reads& by) {
+  reads = &by;
+  std::optional<std::string> contents = ContentsOf(path);
+  reads = nullptr;
+  return contents;
+}
+
+using Sizes = std::vector<std::size_t>;
+
+TEST_F(RegularFile, IsReadOnWhereItComesInPieces) {
+  Reads pieces{{3, 2}};
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), pieces), "0123456789");
+  EXPECT_EQ(pieces.wanted, (Sizes{10, 7, 5}));
+}
+
+TEST_F(RegularFile, IsReadOnAfterAnInterruption) {
+  Reads interrupted{{-EINTR, 4, -EINTR}};
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), interrupted), "0123456789");
+  EXPECT_EQ(interrupted.wanted, (Sizes{10, 10, 6, 6}));
+}
+
+TEST_F(RegularFile, IsNoneWhereItCanNotBeReadToTheEnd) {
+  Reads failing{{4, -EIO}};
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), failing), std::nullopt);
+  EXPECT_EQ(failing.wanted, (Sizes{10, 6}));
+}
+
+TEST_F(RegularFile, EndsWhereItHasBecomeShorter) {
+  Reads shorter{{-EINTR, 4, 0}};  // the interruption before is over
+  EXPECT_EQ(ContentsByReads(Written("file", "0123456789"), shorter), "0123");
+  EXPECT_EQ(shorter.wanted, (Sizes{10, 10, 6}));
+}
+
 TEST_F(RegularFile, IsNoneOfAnythingElse) {
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   EXPECT_EQ(ContentsOf(Path("pipe")), std::nullopt);
   EXPECT_EQ(ContentsOf(Folder("folder"), 1U << 20U), std::nullopt);
   EXPECT_EQ(ContentsOf("/dev/null"), std::nullopt);
   EXPECT_EQ(ContentsOf(Path("nothing")), std::nullopt);
+}
+
+// Opening a pipe would let the program go on that waits to write into it, and then end it.
+TEST_F(RegularFile, IsAskedForBeforeAnythingIsOpened) {
+  const std::string pipe = Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int watch = inotify_init1(IN_NONBLOCK);
+  ASSERT_GE(inotify_add_watch(watch, pipe.c_str(), IN_OPEN), 0);
+  EXPECT_EQ(ContentsOf(pipe), std::nullopt);
+  inotify_event event;
+  EXPECT_EQ(read(watch, &event, sizeof event), -1) << "it was opened";
+  close(watch);
+}
+
+TEST_F(RegularFile, IsOneWhateverItsSizeAndTime) {
+  const std::string file = Written("file", "contents");
+  ASSERT_EQ(std::system(("touch -d 2100-01-01 " + file).c_str()), 0);
+  EXPECT_EQ(ContentsOf(file), "contents");
+  const std::string large = Written("large", "");
+  ASSERT_EQ(truncate64(large.c_str(), 3LL << 30), 0);
+  EXPECT_TRUE(QVXIsPlaceForFile(file.c_str()));
+  EXPECT_TRUE(QVXIsPlaceForFile(large.c_str()));
+}
+
+TEST_F(RegularFile, IsNoFolder) {
+  EXPECT_TRUE(QVXIsFolder(Folder("folder").c_str()));
+  EXPECT_TRUE(QVXIsFolder(Link("to-folder", "folder").c_str()));
+  EXPECT_FALSE(QVXIsFolder(Written("file", "").c_str()));
+  EXPECT_FALSE(QVXIsFolder(Path("nothing").c_str()));
 }
 
 TEST_F(RegularFile, MayBePutWhereNothingOrARegularFileIs) {
@@ -117,6 +210,36 @@ TEST_F(RegularFile, IsWhereLinksLead) {
   EXPECT_TRUE(QVXIsReallyInFolder((folder + "/file").c_str(), in.c_str()));
   EXPECT_FALSE(QVXIsReallyInFolder((out + "/file").c_str(), folder.c_str()));
   EXPECT_TRUE(QVXIsReallyInFolder(out.c_str(), folder.c_str())) << "the last link is the file itself";
+}
+
+TEST_F(RegularFile, LeavesAFolderByALinkHoweverThePathIsSpelled) {
+  const std::string folder = Folder("folder");
+  Folder("folder/inner");
+  Folder("elsewhere/deep");
+  Link("folder/out", "../elsewhere");
+  Link("folder/around", "inner");
+  Link("in", "folder");
+  const auto leaves = [&](const std::string& path) {
+    return QVXLeavesFolderByLink(path.c_str(), folder.c_str());
+  };
+  EXPECT_TRUE(leaves(folder + "/out/file"));
+  EXPECT_TRUE(leaves(folder + "//out/./file"));
+  EXPECT_TRUE(leaves(folder + "/inner/../out/deep/file"));
+  EXPECT_TRUE(leaves(folder + "/out/../file"));
+  EXPECT_TRUE(leaves(Path("in/out/file")));
+  EXPECT_TRUE(leaves(Path("elsewhere/../folder/out/file")));
+  EXPECT_FALSE(leaves(folder + "/file"));
+  EXPECT_FALSE(leaves(folder + "/around/file")) << "the link stays in the folder";
+  EXPECT_FALSE(leaves(folder + "/out")) << "the last link is the file itself";
+  EXPECT_FALSE(leaves(folder + "/../elsewhere/file")) << "no link leads there";
+  EXPECT_FALSE(leaves(Path("elsewhere/file")));
+  EXPECT_FALSE(QVXLeavesFolderByLink((folder + "/file").c_str(), Path("nothing").c_str()));
+  const fs::path before = fs::current_path();
+  fs::current_path(folder);
+  EXPECT_TRUE(leaves("out/file"));
+  EXPECT_FALSE(leaves("inner/file"));
+  EXPECT_FALSE(leaves("file"));
+  fs::current_path(before);
 }
 
 TEST_F(RegularFile, IsInTheCurrentFolderWithoutASlash) {

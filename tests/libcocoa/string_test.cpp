@@ -1,6 +1,8 @@
 // tests/libcocoa/string_test.cpp - Core Foundation strings: encodings, strictness, bounds.
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstring>
@@ -385,6 +387,23 @@ TEST(StrictConversion, RefusesWhatTheEncodingLacks) {
   EXPECT_FALSE(Convert(FromUnits(u"\U0001F600"), kMacRoman, 16).whole);
 }
 
+// One page after another shows the same file: two gigabytes of text that take a megabyte of memory.
+TEST(StrictConversion, RefusesATextWhoseUnitsMemoryCannotHold) {
+  constexpr std::size_t kPiece = 1U << 20U;
+  constexpr std::size_t kPieces = 2048;
+  const int file = memfd_create("text", 0);
+  ASSERT_EQ(write(file, std::string(kPiece, 'a').data(), kPiece), static_cast<ssize_t>(kPiece));
+  void* const place =
+      mmap(nullptr, (kPieces + 1) * kPiece, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (place == MAP_FAILED) GTEST_SKIP() << "wanted two gigabytes of addresses, found less";
+  char* const text = static_cast<char*>(place);
+  for (std::size_t i = 0; i < kPieces; ++i)
+    ASSERT_NE(mmap(text + i * kPiece, kPiece, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0), MAP_FAILED);
+  EXPECT_EQ(CFStringCreateWithCString(nullptr, text, kUTF8), nullptr);
+  munmap(text, (kPieces + 1) * kPiece);
+  close(file);
+}
+
 TEST(MutableCopy, IsIndependentOfItsOriginalAndOfTheLimit) {
   const String string = FromUnits(u"abc");
   const String copy(CFStringCreateMutableCopy(nullptr, 1, string.Get()));
@@ -416,6 +435,55 @@ INSTANTIATE_TEST_SUITE_P(All, Normalized,
                                          Normalization{2, u"\u00E9\u00C5\uFB01\uAC00"},
                                          Normalization{3, u"\u00E9\u00C5fi\uAC00"},
                                          Normalization{9, u"\u00E9\u212B\uFB01\uAC00"}));
+
+TEST(Normalization, KeepsUnitsThatAreNoTextAndPassesOverThem) {
+  const struct {
+    std::u16string text;
+    CFIndex form;
+    std::u16string result;
+  } cases[] = {
+      {{0xFEFF, 0xE9}, 0, {0xFEFF, u'e', 0x301}},
+      {{0xFFFE, 0xE9}, 0, {0xFFFE, u'e', 0x301}},
+      {{0xFEFF, 0xFEFF, u'e', 0x301}, 2, {0xFEFF, 0xFEFF, 0xE9}},
+      {{0xE9, 0xD800}, 0, {u'e', 0x301, 0xD800}},
+      {{u'e', 0xD800, 0x301}, 2, {u'e', 0xD800, 0x301}},
+      {{0xDC00, 0xFEFF, u'e', 0x301, 0xD83D, 0xDE00, 0xD83D},
+       3,
+       {0xDC00, 0xFEFF, 0xE9, 0xD83D, 0xDE00, 0xD83D}},
+      {std::u16string(300, u'\u00E9') + u'\xD800', 2, std::u16string(300, u'\u00E9') + u'\xD800'},
+  };
+  for (const auto& each : cases) {
+    const String string = FromUnits(each.text);
+    const CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, string.Get());
+    CFStringNormalize(copy, each.form);
+    const String result(copy);
+    EXPECT_EQ(Units(result), each.result);
+  }
+}
+
+// A long text is normalised a piece at a time: no letter may be cut from its marks.
+TEST(Normalization, OfALongTextIsThatOfItsParts) {
+  for (const std::u16string& part : {std::u16string(u"e\u0323\u0301\u4E00\uAC00\u1100\u1161\u11A8 "),
+                                     std::u16string(u"\u1100\u1161\u11A8"), std::u16string(u"\u00E9\u0323"),
+                                     std::u16string(u"\u4E00\u0301\U0001D15E")}) {
+    for (CFIndex form = 0; form < 4; ++form) {
+      const auto normalized = [&](const std::u16string& text) {
+        const String string = FromUnits(text);
+        const CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, string.Get());
+        CFStringNormalize(copy, form);
+        return Units(String(copy));
+      };
+      const std::u16string once = normalized(part);
+      std::u16string many;
+      std::u16string expected;
+      for (int i = 0; i < 20'000; ++i) {
+        many += part;
+        expected += once;
+      }
+      EXPECT_TRUE(normalized(many) == expected) << "form " << form;
+    }
+  }
+}
 
 TEST(Normalization, OfNothingIsNothing) {
   CFStringNormalize(nullptr, 0);

@@ -1,5 +1,6 @@
 // tests/libcocoa/unwind_info_test.cpp - the head of a function's call frame information: whose it is, and
 // whether it has something to clean up.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -10,6 +11,41 @@ extern "C" {
 #include "libcocoa/runtime/unwind_info.h"
 _Unwind_Reason_Code __gnu_objc_personality_v0(int, _Unwind_Action, _Unwind_Exception_Class,
                                               struct _Unwind_Exception*, struct _Unwind_Context*);
+}
+
+namespace {
+
+// A function on the stack, as a test tells of it.
+struct ToldFunction {
+  std::uintptr_t instruction;
+  int isInterrupted;  // a signal's frame lies on it: it stands at the instruction, and not behind a call
+  void* actions;
+};
+const ToldFunction* told = nullptr;
+
+bool IsTold(const _Unwind_Context* function) {
+  return told != nullptr && static_cast<const void*>(function) == told;
+}
+
+}  // namespace
+
+// Take the place of the unwinder's own, which they call for every function but the one that is told of.
+extern "C" {
+_Unwind_Ptr _Unwind_GetIPInfo(_Unwind_Context* function, int* isInterrupted) {
+  if (IsTold(function)) {
+    *isInterrupted = told->isInterrupted;
+    return told->instruction;
+  }
+  static const auto own =
+      reinterpret_cast<decltype(&_Unwind_GetIPInfo)>(dlsym(RTLD_NEXT, "_Unwind_GetIPInfo"));
+  return own(function, isInterrupted);
+}
+void* _Unwind_GetLanguageSpecificData(_Unwind_Context* function) {
+  if (IsTold(function)) return told->actions;
+  static const auto own = reinterpret_cast<decltype(&_Unwind_GetLanguageSpecificData)>(
+      dlsym(RTLD_NEXT, "_Unwind_GetLanguageSpecificData"));
+  return own(function);
+}
 }
 
 namespace {
@@ -183,6 +219,37 @@ TEST_F(FrameInformation, IsObjectiveCsWithActionsAndItsPersonalityOnly) {
   EXPECT_FALSE(QVXHasObjectiveCActions(&found_));
   ASSERT_TRUE(Find(WithPersonality(kAbsolute, kObjectiveC + 1, kAbsolute, 1)));
   EXPECT_FALSE(QVXHasObjectiveCActions(&found_));
+}
+
+// Whether the function that is made of the entries counts as one of Objective-C.
+class FunctionOnTheStack : public FrameInformation {
+ protected:
+  FunctionOnTheStack() { EXPECT_TRUE(Find(WithPersonality(kAbsolute, kObjectiveC, kAbsolute, 1))); }
+  static bool IsObjectiveC(ToldFunction function) {
+    told = &function;
+    const QVXPersonality found =
+        QVXObjectiveCPersonality(reinterpret_cast<struct _Unwind_Context*>(&function));
+    told = nullptr;
+    EXPECT_TRUE(found == nullptr || found == &__gnu_objc_personality_v0);
+    return found != nullptr;
+  }
+  void* const actions_ = this;  // any that are there
+};
+
+TEST_F(FunctionOnTheStack, IsTheOneOfTheCallBeforeItsReturnAddress) {
+  EXPECT_TRUE(IsObjectiveC({room_.begin() + room_.size(), 0, actions_}));
+  EXPECT_TRUE(IsObjectiveC({room_.begin() + 1, 0, actions_}));
+  EXPECT_FALSE(IsObjectiveC({room_.begin(), 0, actions_}));
+}
+
+TEST_F(FunctionOnTheStack, IsTheOneOfTheInstructionWhereASignalInterruptsIt) {
+  EXPECT_TRUE(IsObjectiveC({room_.begin(), 1, actions_}));
+  EXPECT_TRUE(IsObjectiveC({room_.begin() + room_.size() - 1, 1, actions_}));
+  EXPECT_FALSE(IsObjectiveC({room_.begin() + room_.size(), 1, actions_}));
+}
+
+TEST_F(FunctionOnTheStack, IsNoneOfObjectiveCWithoutActions) {
+  EXPECT_FALSE(IsObjectiveC({room_.begin() + 1, 0, nullptr}));
 }
 
 bool StartsInTheMiddle(const Bytes& program) {

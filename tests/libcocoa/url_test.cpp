@@ -103,6 +103,20 @@ TEST_F(FileReference, TellsFoldersFromFiles) {
   EXPECT_EQ(folder, 0);
 }
 
+TEST_F(FileReference, IsMadeOfAFileOfAnySizeAndTime) {
+  FSRef ref;
+  const std::string large = Create("large");
+  ASSERT_EQ(::truncate64(large.c_str(), 3LL << 30), 0);
+  EXPECT_EQ(MakeRef(large, &ref), noErr);
+  ASSERT_EQ(std::system(("touch -d 2100-01-01 " + folder_.string()).c_str()), 0);
+  ASSERT_EQ(MakeRef(folder_.string(), &ref), noErr);
+  const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
+  const id text = qvx::Message<"absoluteString", id()>()(
+      reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(url))));
+  EXPECT_EQ(Text(text).back(), '/') << "it is a folder's";
+  CFRelease(url);
+}
+
 TEST_F(FileReference, NeedsAnExistingFile) {
   FSRef ref;
   std::memset(&ref, 0x5A, sizeof ref);
@@ -200,6 +214,21 @@ TEST(URL, HasNoPathForNothingOrForAnotherStyle) {
   EXPECT_EQ(CFURLCopyFileSystemPath(nullptr, kPOSIX), nullptr);
   EXPECT_EQ(CFURLCopyFileSystemPath(url, 1), nullptr);
   EXPECT_EQ(CFURLCopyFileSystemPath(url, 2), nullptr);
+  CFRelease(url);
+}
+
+TEST(URL, IsNotMadeFromAComponentThatNoPathCanHold) {
+  FSRef ref;
+  ASSERT_EQ(MakeRef("/", &ref), noErr);
+  const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
+  for (const std::u16string& units :
+       {std::u16string(u"a\0b", 3), std::u16string{u'a', 0xD800}, std::u16string{0xDC00, u'a'},
+        std::u16string{0xD83D, u'a'}, std::u16string{0xD83D, 0xD83D, 0xDE00}}) {
+    const CFStringRef name = CFStringCreateWithCharacters(
+        nullptr, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size()));
+    EXPECT_EQ(CFURLCreateCopyAppendingPathComponent(nullptr, url, name, 0), nullptr);
+    CFRelease(name);
+  }
   CFRelease(url);
 }
 

@@ -51,16 +51,15 @@ class ImageMaker {
   // here: popl %eax
   //       jmpl *(pointer - here)(%eax)
   void MakeStubsAndPointers() {
-    constexpr std::array<std::uint8_t, kStubSize> kStub = {0xE8, 0, 0, 0, 0, 0x58, 0xFF, 0xA0, 0, 0, 0, 0};
+    constexpr std::array<std::uint8_t, 8> kBeforeDistance = {0xE8, 0, 0, 0, 0, 0x58, 0xFF, 0xA0};
     constexpr std::uint32_t kHere = 5;
-    constexpr std::uint32_t kDistance = 8;
     for (std::size_t import = 0; import < imports_.imports.size(); ++import) {
       const std::uint32_t pointer = layout_.PointerTo(import);
       image_.binds.push_back({pointer, import});
       if (!imports_.imports[import].called) continue;
       const std::uint32_t stub = layout_.StubOf(imports_, import);
-      std::ranges::copy(kStub, image_.bytes.data() + stub);
-      Put(stub + kDistance, pointer - (stub + kHere));
+      std::ranges::copy(kBeforeDistance, image_.bytes.data() + stub);
+      Put(stub + kBeforeDistance.size(), pointer - (stub + kHere));
     }
   }
 

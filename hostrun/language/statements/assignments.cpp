@@ -36,7 +36,7 @@ struct Assignment final : Statement {
     } else {
       const std::string right = code->type->name;
       code = MakeBinary(at, op, binder.BindValue(*place), std::move(code));
-      if (!code) Binder::Fail(at, "'" + op + "=' does not work on " + type->name + " and " + right);
+      if (!code) Binder::FailOperator(at, op + "=", type->name, right);
     }
     into.steps.push_back(
         MakeAssign(at, std::move(bound), Binder::Convert(std::move(code), type, "the assignment")));
@@ -99,6 +99,7 @@ StatementPtr ParseCallOrAssignment(Parser& parser) {
   // Arguments without brackets.
   if (statement->call->kind == Expression::Kind::Call) parser.Fail("the end of the statement after the call");
   ExpressionPtr call = Parser::Make(Expression::Kind::Call, statement->call->at);
+  call->bare = true;
   parser.Adopt(*call, std::move(statement->call));
   do {
     parser.Adopt(*call, parser.ParseExpression());

@@ -55,15 +55,22 @@ struct If final : Statement {
 
 // Behind Then, all on one line.
 void ParseShortIf(Parser& parser, If& statement) {
-  Block& body = statement.branches.front().body;
-  body.push_back(parser.ParseNestedStatement());
-  while (parser.TakeOperator(":") && !parser.AtWord("else")) {
-    if (!parser.AtEndOfStatement()) body.push_back(parser.ParseNestedStatement());
-  }
-  if (parser.TakeWord("else")) {
-    IfBranch& otherwise = statement.branches.emplace_back();
-    otherwise.body.push_back(parser.ParseNestedStatement());
-  }
+  const auto parseBranch = [&parser](Block& body) {
+    body.push_back(parser.ParseNestedStatement());
+    while (parser.TakeOperator(":") && !parser.AtWord("else")) {
+      if (!parser.AtEndOfStatement()) body.push_back(parser.ParseNestedStatement());
+    }
+  };
+  parseBranch(statement.branches.front().body);
+  if (parser.TakeWord("else")) parseBranch(statement.branches.emplace_back().body);
+}
+
+// Whether what stands there is an If that goes on below its line.
+bool AtLongIf(const Parser& parser) {
+  if (!parser.AtWord("if")) return false;
+  std::size_t last = 0;
+  while (parser.Peek(last + 1).kind != TokenKind::EndOfLine) ++last;
+  return parser.AtWord("then", last);
 }
 
 StatementPtr ParseIf(Parser& parser) {
@@ -77,6 +84,7 @@ StatementPtr ParseIf(Parser& parser) {
   }
   first.body = parser.ParseBlock({"elseif", "else", "end if"});
   bool otherwise = false;
+  std::string hint;
   while (parser.AtWord("elseif") || parser.AtWord("else")) {
     if (otherwise) parser.Fail("'End If' after Else");
     IfBranch& branch = statement->branches.emplace_back();
@@ -85,8 +93,16 @@ StatementPtr ParseIf(Parser& parser) {
       parser.WantWord("then", "after the condition");
     } else {
       otherwise = true;
+      if (AtLongIf(parser)) {
+        hint =
+            "; Else If in " + Parser::LineOf(parser.Peek().at) + " begins an If of its own, ElseIf does not";
+      }
     }
     branch.body = parser.ParseBlock({"elseif", "else", "end if"});
+  }
+  if (parser.Peek().kind == TokenKind::EndOfFile && !hint.empty()) {
+    throw ProgramError(parser.Peek().at, "wanted 'End If' for " + Parser::LineOf(statement->at) +
+                                             ", found the end of the program" + hint);
   }
   parser.WantEnd("if", statement->at);
   return statement;
@@ -190,6 +206,9 @@ StatementPtr ParseSelect(Parser& parser) {
     parser.WantEndOfStatement("Case");
     branch.body = parser.ParseBlock({"case", "else", "end select"});
     statement->branches.push_back(std::move(branch));
+  }
+  if (statement->branches.empty() && !parser.AtWord("end")) {
+    parser.Fail("'Case' or 'End Select' for " + Parser::LineOf(statement->at));
   }
   parser.WantEnd("select", statement->at);
   return statement;

@@ -63,7 +63,8 @@ class TryStep final : public Step {
     try {
       try {
         return body_.Run(activation);
-      } catch (const std::bad_alloc&) {
+      } catch (const std::exception& error) {
+        if (!LacksMemory(error)) throw;
         RaiseHostException("OutOfMemoryException", "Not enough memory.");
       }
     } catch (const HostException& exception) {

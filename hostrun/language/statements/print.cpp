@@ -8,6 +8,7 @@
 #include "hostrun/host/show.h"
 #include "hostrun/language/binder.h"
 #include "hostrun/language/parser.h"
+#include "hostrun/language/program.h"
 #include "hostrun/language/statements/statements.h"
 
 namespace hostrun {
@@ -34,6 +35,7 @@ class PrintStep final : public Step {
     line += '\n';
     if (printObserver) printObserver(observed);
     WriteOutput(line);
+    if (OutputAbandoned()) throw QuitRequest{kExitUse};
     return Flow::Next;
   }
 

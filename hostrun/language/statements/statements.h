@@ -6,7 +6,9 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "hostrun/language/ast.h"
 
@@ -30,6 +32,9 @@ std::span<const StatementForm> LoopStatements();
 std::span<const StatementForm> JumpStatements();
 std::span<const StatementForm> ExceptionStatements();
 std::span<const StatementForm> PrintStatements();
+
+// What statements begin with, as programs usually write it.
+std::vector<std::string> StatementWords();
 
 // Fails where a statement begins that other dialects have and this one lacks, and says what to use instead.
 void RefuseLackingStatement(Parser& parser);

@@ -141,4 +141,15 @@ TEST(DebugFile, NamesWhatTheObjectDefinesByAddress) {
   }
 }
 
+// Pointers are made anew: what the object calls one has no place of its own.
+TEST(DebugFile, NamesNoPointerOfTheObject) {
+  small::Object object = small::GoodObject();
+  small::AddDebug(object);
+  object.symbols.push_back({"_Pointer", desktop::kInSection, small::kPointers + 1, 0, 0x3C});
+  const desktop::Linked linked = desktop::Link(object.Bytes(), "_Entry");
+  const auto table =
+      At<desktop::SymbolTableCommand>(linked.debug, sizeof(desktop::Header) + sizeof(desktop::UuidCommand));
+  EXPECT_EQ(table.symbolCount, 2U);
+}
+
 }  // namespace

@@ -113,6 +113,18 @@ TEST(FinalLink, KeepsDistancesInTheBlock) {
   EXPECT_EQ(bundle.Word(code + 0x13), 0x20U - 0x17U);
 }
 
+TEST(FinalLink, KeepsDifferencesBetweenWhatMovesApart) {
+  small::Object object = small::GoodObject();
+  small::Section& data = object.sections[small::kData];
+  const std::uint32_t held = 0x20 - data.address;
+  std::memcpy(data.bytes.data(), &held, sizeof held);
+  data.relocations[0] = small::Scattered(0, 0x20, 4);
+  data.relocations.insert(data.relocations.begin() + 1, small::Scattered(0, data.address, 1));
+  const Bundle bundle(object);
+  const std::uint32_t moved = bundle.Section("__data").address;
+  EXPECT_EQ(bundle.Word(moved), bundle.Section("__text").address + 0x20 - moved);
+}
+
 TEST(FinalLink, SendsReadsOfAnImportToItsPointer) {
   const Bundle bundle(small::GoodObject());
   const std::uint32_t here = bundle.Section("__text").address + 5;
@@ -172,6 +184,19 @@ TEST(FinalLink, AsksForNoLaterVersionOfALibraryThanTheFirst) {
     const auto command = bundle.At<desktop::LoadLibraryCommand>(offset);
     EXPECT_EQ(command.currentVersion, 0x10000U);
     EXPECT_EQ(command.compatibleVersion, 0x10000U);
+  }
+}
+
+TEST(FinalLink, BeginsAndEndsCodeAndDataAtPages) {
+  const Bundle bundle(small::GoodObject());
+  const auto offsets = bundle.Commands(desktop::CommandKind::Segment);
+  ASSERT_EQ(offsets.size(), 3U);
+  for (int index = 0; index < 2; ++index) {
+    const auto segment = bundle.At<desktop::SegmentCommand>(offsets[index]);
+    EXPECT_EQ(segment.address % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.memorySize % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.fileOffset % 0x1000, 0U) << index;
+    EXPECT_EQ(segment.fileSize % 0x1000, 0U) << index;
   }
 }
 
@@ -235,6 +260,15 @@ TEST(FinalLink, FillsTheUuidBesideItsVersionAndItsVariant) {
   EXPECT_EQ(inAll, (std::array<std::uint8_t, 16>{0, 0, 0, 0, 0, 0, 0x80, 0, 0x80}));
   EXPECT_EQ(inAny, (std::array<std::uint8_t, 16>{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x8F, 0xFF,  //
                                                  0xBF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}));
+}
+
+TEST(FinalLink, ImportsTheFirstSymbolAsAnyOther) {
+  small::Object object = small::GoodObject();
+  std::swap(object.symbols[small::kEntry], object.symbols[small::kStrlen]);
+  object.sections[small::kText].relocations[0] = small::Plain(0x18, small::kEntry, true, true);
+  const Bytes bundle = Linked(object);
+  const std::string name = "_strlen";
+  EXPECT_NE(std::search(bundle.begin(), bundle.end(), name.begin(), name.end()), bundle.end());
 }
 
 TEST(FinalLink, ImportsNothingThatNoRelocationNames) {
@@ -471,6 +505,8 @@ const Broken kBroken[] = {
      "wanted the relocation at 0x4 of __DATA,__data of an address, a distance or a difference, found kind 1"},
     {"ATargetNowhere", [](auto& o) { Data(o).relocations[1] = small::Scattered(4, 0x99, 0); },
      "wanted the target of the relocation at 0x4 of __DATA,__data in a section, found 0x99"},
+    {"ATargetInsideOfAPointer", [](auto& o) { Text(o).relocations[4] = small::Scattered(0x08, 0x3E, 4); },
+     "wanted the target of the relocation at 0x8 of __TEXT,__text at a pointer, found 0x3E"},
     {"NoSuchSymbol", [](auto& o) { Data(o).relocations[2] = small::Plain(8, 77, false, true); },
      "wanted the relocation at 0x8 of __DATA,__data by one of 5 symbols, found symbol 77"},
     {"NoSuchSection", [](auto& o) { Data(o).relocations[0] = small::Plain(0, 7, false, false); },

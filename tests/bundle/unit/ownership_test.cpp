@@ -104,6 +104,16 @@ TEST_F(OwnershipOnOldHost, TheNarrowedTextIsNotLeftToTheGuard) {
   });
 }
 
+TEST_F(OwnershipOnNewHost, TheTextOfAnOutOfBoundsExceptionIsNotLeftToTheGuard) {
+  Guard([](qvx::Holdings& holdings) {
+    qvx::RaiseOutOfBoundsException(5, 0, 3, "index", "colorAtIndex", holdings);
+    EXPECT_EQ(holdings.Count(), 0U);
+  });
+  ASSERT_THAT(host.raised, SizeIs(1));
+  host.Unlock(host.raised[0].object);
+  host.raised.clear();
+}
+
 TEST_F(OwnershipOnNewHost, TheConvertedStringWhileItsBytesAreRead) {
   for (const char* const service : {"LenB", "StringGetCString"}) {
     host.missing = {"PluginGetStringData"};

@@ -75,6 +75,24 @@ TEST(Use, ADesktopBundleIsEnteredWhereItMayBeExecutedOnly) {
                 "executed\n");
 }
 
+TEST(Use, ADesktopBundleWithoutItsPlatformIsToldFromOneThatWantsMoreThanThePlatform) {
+  TestFile file = SoundFile();
+  const auto found = [&file](const char* symbol) {
+    file.binds = Codes({0x11, 0x40}) + Text(symbol) + Codes({0x51, 0x71, 4, 0x90, 0});
+    const std::vector<std::uint8_t> bytes = file.Bytes();
+    const std::string path = TemporaryFile("Desktop", {bytes.begin(), bytes.end()});
+    const Finished output = RunHostrun({"--platform", "none", "--bundle", path, "--execute", "Print 1"});
+    EXPECT_EQ(output.status, 2);
+    return output.err.substr(path.size());
+  };
+  EXPECT_EQ(
+      found("_objc_msgSend"),
+      ": wanted the platform's symbol _objc_msgSend in this process, found none; load a platform library "
+      "before the bundle\n");
+  EXPECT_EQ(found("_printf"),
+            ": wanted symbols of the platform and the language's run-time only, found _printf\n");
+}
+
 struct DesktopFault {
   const char* name;
   void (*spoil)(TestFile& file);

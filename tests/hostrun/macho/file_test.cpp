@@ -275,11 +275,21 @@ const Spoilt kSpoilt[] = {
      "wanted __LINKEDIT behind __DATA, found a place before its end"},
     {"Huge", [](TestFile& f) { f.segments[2].size = 0x10000000; },
      "wanted segments in proportion to the file, found a span of 0x10002000 bytes"},
+    {"ManySegments",
+     [](TestFile& f) {
+       SegmentCommand empty = f.segments[0];
+       empty.size = empty.fileSize = 0;
+       f.segments.insert(f.segments.begin() + 1, 14, empty);
+       for (std::size_t i = 1; i <= 14; ++i) f.segments[i].address = f.segments[i].fileOffset = kPage;
+     },
+     "wanted at most 16 segments, found more"},
     {"SectionOutside", [](TestFile& f) { f.frames.size = kPage; },
      "wanted __TEXT,__eh_frame inside of its segment, found 0x900 and 0x1000 bytes"},
     {"SectionElsewhere", [](TestFile& f) { f.frames.fileOffset = 0; },
      "wanted __TEXT,__eh_frame at the same place in the file as in memory, found 0x0"},
     {"Initialisers", [](TestFile& f) { f.frames.flags = kInitialisers; },
+     "wanted a bundle that runs nothing on loading, found __TEXT,__eh_frame with functions to run"},
+    {"InitialiserOffsets", [](TestFile& f) { f.frames.flags = kInitialiserOffsets; },
      "wanted a bundle that runs nothing on loading, found __TEXT,__eh_frame with functions to run"},
     {"ThreadLocal", [](TestFile& f) { f.frames.flags = kFirstThreadLocal; },
      "wanted a bundle without variables of each thread, found __TEXT,__eh_frame"},
@@ -376,17 +386,17 @@ const Spoilt kSpoilt[] = {
      [](TestFile& f) {
        f.exports = Codes({4, 0, 0x80, 0x80, 0x02, 0});
      },
-     "wanted  inside of the segments, found 0x8000"},
+     "wanted the export \"\" inside of the segments, found 0x8000"},
     {"ExportOfAnotherKind",
      [](TestFile& f) {
        f.exports = Codes({2, 8, 0, 0});
      },
-     "wanted plain symbols in the tree of exports, found  with the flags 0x8"},
+     "wanted plain symbols in the tree of exports, found \"\" with the flags 0x8"},
     {"ExportBehindTheEnd",
      [](TestFile& f) {
        f.exports = Codes({3, 0, 0x80, 0x60, 0});
      },
-     "wanted  inside of the segments, found 0x3000"},
+     "wanted the export \"\" inside of the segments, found 0x3000"},
     {"LongExport",
      [](TestFile& f) {
        const std::string half(513, 'x');

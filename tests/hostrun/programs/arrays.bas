@@ -46,3 +46,18 @@ End Sub
 Fill a
 Fill a
 Print a.Count
+
+' An array may hold itself: what lies deep is shown by its length alone.
+Dim ring() As Variant
+ring.Append 1
+ring.Append ring
+Print ring
+ring.RemoveAll
+
+' A Variant says what kind of array it holds.
+Dim texts As Variant = Array("a", "b")
+Try
+  Dim numbers() As Integer = texts
+Catch e As TypeMismatchException
+  Print e.Message
+End Try

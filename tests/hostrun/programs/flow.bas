@@ -140,3 +140,8 @@ End Sub
 Bump
 Bump
 Print n
+
+' On one line, what stands behind Else belongs to it, up to the end of the line.
+For Each yes As Boolean In Array(True, False)
+  If yes Then Print "then" : Print "also then" Else Print "else" : Print "also else"
+Next

@@ -31,14 +31,25 @@ echo 'Print "ran"' >"$folder/fine.bas"
 fine=$folder/fine.bas
 wants 2 'no such file' "$hostrun" "$folder/missing.bas"
 wants 2 'found a folder' "$hostrun" "$folder"
-wants 2 'program is required' "$hostrun"
+wants 2 'hostrun: a program is required' "$hostrun"
+wants 2 'hostrun trace: a program is required: wanted PROGRAM.bas' "$hostrun" trace
+wants 2 'hostrun debug: a program is required: wanted PROGRAM.bas' "$hostrun" debug
+wants 2 'missing: wanted a program file, found no such file' "$hostrun" trace missing
+wants 2 'missing: wanted a program file, found no such file' "$hostrun" debug missing
+wants 2 'missing: wanted a program file or a command, found neither' "$hostrun" --leaks missing
 wants 2 '--frobnicate' "$hostrun" --frobnicate "$fine"
-wants 2 '--host-version' "$hostrun" --host-version new "$fine"
+for version in new -1 2015x nan ''; do
+  wants 2 'hostrun: --host-version: wanted a version such as 2015.0, found ' "$hostrun" --host-version "$version" "$fine"
+done
 wants 2 'found --bogus' "$hostrun" --bogus "$fine"
 wants 2 'found --bundel; did you mean --bundle?' "$hostrun" --bundel x "$fine"
 wants 2 'chekc: wanted a program file or a command, found neither; did you mean check?' "$hostrun" chekc
 wants 2 'found REALLockObjekt; did you mean REALLockObject' "$hostrun" --without REALLockObjekt "$fine"
 wants 2 '; there are REAL' "$hostrun" --without Foo "$fine"
+if [ "$(grep -o 'REALGetStringCFString' "$folder/err" | wc -l)" != 1 ]; then
+  echo 'wanted each service once, found one twice'
+  failed=1
+fi
 wants 2 'wanted the name of a service, found Nonsense' "$hostrun" --without Nonsense "$fine"
 wants 2 "found REALnewInstance; the host's name for it is PluginNewInstance" "$hostrun" --without REALnewInstance "$fine"
 wants 2 'hostrun check: --time-limit: Value 0 not in range 0.1' "$hostrun" check --time-limit 0
@@ -107,6 +118,57 @@ errors_of syntax.bas "1:10: wanted an expression, found the end of the line
 8:11: wanted 'To' or 'DownTo' after the first value, found 'Two'
 11:1: wanted a statement, found 'Class': classes can't be declared here; use Subs, Functions and a Dictionary for what belongs together
 14:7: wanted digits of base 16, found '&hZZ'; to join texts, write a blank behind &"
+# What divides or ends a block is no error of its own where the block could not be read.
+cat >"$folder/blocks.bas" <<'END'
+If True
+  Print 1
+ElseIf False Then
+  Print 2
+Else
+  Print 3
+End If
+If True Then
+  Print 4
+ElseIf False
+  Print 5
+Else
+  Print 6
+End If
+Select Case 7
+  Case
+    Print 7
+  Case Else
+    Print 8
+End Select
+Try
+  Print 9
+Catch e As
+  Print 10
+Finally
+  Print 11
+End Try
+Enum Colour
+  Red Green
+End Enum
+Sub First()
+  Print 12
+Sub Second()
+  Print )
+End Sub
+Do
+Loop Untill True
+For i As Integer = 1 To 2
+Next k
+END
+errors_of blocks.bas "1:8: wanted 'Then' after the condition, found the end of the line
+10:13: wanted 'Then' after the condition, found the end of the line
+16:7: wanted an expression, found the end of the line
+23:11: wanted a type, found the end of the line
+29:7: wanted the end of the statement after a member of an enumeration, found 'Green'
+33:1: wanted 'End Sub' for line 31, found 'Sub'
+34:9: wanted an expression, found ')'
+37:6: wanted the end of the statement, found 'Untill'
+39:6: wanted 'i', the variable of For in line 38, found 'k'"
 for i in $(seq 30); do echo "Print missing$i"; done >"$folder/many.bas"
 wants 2 'many.bas:1:7' "$hostrun" "$folder/many.bas"
 if [ "$(grep -c 'not declared' "$folder/err")" != 20 ] || [ "$(tail -n 1 "$folder/err")" != 'and 10 more errors' ]; then
@@ -133,6 +195,10 @@ wants 2 '-e:1:7: wanted a variable' "$hostrun" -e 'Print missing'
 wants 0 '' bash -c 'printf "Print 6 * 7, Arguments(0)\n" | "$0" - first' "$hostrun"
 says '42 first'
 wants 2 'standard input:2:7: wanted an expression' bash -c 'printf "Print 1\nPrint )\n" | "$0" -' "$hostrun"
+wants 0 '-e:1: NSColorQVX.redColor' "$hostrun" trace -e 'NSColorQVX.redColor'
+wants 0 'standard input:1: NSColorQVX.redColor' bash -c 'echo NSColorQVX.redColor | "$0" trace -' "$hostrun"
+wants 2 'standard input: wanted a program, found Bad file descriptor' bash -c '"$0" - <&-' "$hostrun"
+wants 2 'standard input: wanted a program, found Is a directory' bash -c '"$0" - </' "$hostrun"
 printf '#!%s\nPrint "a command", Arguments(0)\n' "$hostrun" >"$folder/command"
 chmod +x "$folder/command"
 wants 0 '' "$folder/command" given
@@ -146,6 +212,36 @@ says 'name? Ada!
 0
 3
 []'
+
+# A standard stream that is closed: no file takes its place.
+cat >"$folder/writes.bas" <<'END'
+Dim file As TextFile = TextFile.Create(Arguments(0))
+file.WriteLine "kept"
+Print "printed"
+Raise New RuntimeException("said")
+END
+wants 1 '' bash -c '"$0" "$1" "$2" 2>&-' "$hostrun" "$folder/writes.bas" "$folder/kept"
+says 'printed'
+wants 2 'uncaught RuntimeException: said' bash -c '"$0" "$1" "$2" >&-' "$hostrun" "$folder/writes.bas" "$folder/kept"
+wants 2 '' bash -c '"$0" trace --out "$2.calls" "$1" "$2" <&- >&- 2>&-' "$hostrun" "$folder/writes.bas" "$folder/kept"
+if [ "$(cat "$folder/kept")" != kept ] || [ -s "$folder/kept.calls" ]; then
+  echo "wanted 'kept' and no trace of calls, found: $(cat "$folder/kept" "$folder/kept.calls")"
+  failed=1
+fi
+wants 2 '' bash -c '"$0" trace -e NSColorQVX.redColor 2>/dev/full' "$hostrun"
+
+# Whoever reads only the first line ends what prints for ever, without a word.
+wants 0 '' bash -c '"$0" -e Do -e "Print 1" -e Loop | head -n 1; echo ${PIPESTATUS[0]}' "$hostrun"
+says '1
+2'
+wants 0 '' bash -c 'yes 1 | "$0" repl | head -n 1; echo ${PIPESTATUS[1]}' "$hostrun"
+says '1
+2'
+if [ -s "$folder/err" ]; then
+  echo "wanted nothing on stderr, found: $(cat "$folder/err")"
+  failed=1
+fi
+wants 2 'hostrun: wanted to write standard output, found: No space left on device' bash -c '"$0" manual >/dev/full' "$hostrun"
 
 # Bundles that are none.
 wants 2 'No such file or directory' "$hostrun" --bundle "$folder/missing.so" "$fine"
@@ -181,6 +277,11 @@ wants 2 'wanted a platform library, found a library without' "$hostrun" --platfo
 # Programs that are no text, or too much of it.
 head -c 3000 "$fixture" >"$folder/binary.bas"
 wants 2 'wanted a statement' "$hostrun" "$folder/binary.bas"
+printf '\xff\xfeP\0r\0' >"$folder/wide.bas"
+wants 2 'wide.bas:1:1: wanted text in UTF-8, found UTF-16' "$hostrun" "$folder/wide.bas"
+wants 2 'wanted a program file, found more than 16777216 bytes' "$hostrun" /dev/zero
+wants 2 'wanted a program, found more than 16777216 bytes' bash -c '"$0" - </dev/zero' "$hostrun"
+wants 2 '/proc/self/mem: wanted a program file, found Input/output error' "$hostrun" /proc/self/mem
 printf 'Print "\xff\xfe"\n' >"$folder/latin.bas"
 wants 2 'wanted text in UTF-8' "$hostrun" "$folder/latin.bas"
 { printf 'Print '; printf '(%.0s' $(seq 5000); } >"$folder/deep.bas"

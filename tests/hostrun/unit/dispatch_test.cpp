@@ -124,6 +124,16 @@ TEST_F(Dispatch, AForeignExceptionBecomesAHostException) {
   EXPECT_THROW(CallShared("Throw", {}), HostException);
 }
 
+TEST_F(Dispatch, ATextThatIsTooLongLacksMemory) {
+  try {
+    CallShared("GrowTooLong", {});
+    FAIL() << "wanted an exception, found none";
+  } catch (const HostException& exception) {
+    EXPECT_EQ(DescribeException(exception.object()),
+              "OutOfMemoryException: Not enough memory in GrowTooLong.");
+  }
+}
+
 TEST_F(Dispatch, AGlobalMethodIsFoundByItsDeclaration) {
   EXPECT_EQ(CallShared("Length", {Value::Text("\u00E9")}).integer(), 2);
 }

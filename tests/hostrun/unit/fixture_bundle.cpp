@@ -1,6 +1,8 @@
 // tests/hostrun/unit/fixture_bundle.cpp - a small bundle for tests of dispatch: one class with every kind of
 // argument and result. It needs no platform, and registers in the layout that the host's version asks for.
 #include <cstring>
+#include <iterator>
+#include <string>
 
 #include "bundle/host/records.h"
 
@@ -108,6 +110,10 @@ void Fail(REALstring message) {
 void Throw() {
   throw 42;
 }
+void GrowTooLong() {
+  std::string text;
+  text.reserve(text.max_size() + 1);
+}
 std::int32_t LengthByGlobalMethod(REALstring s) {
   const auto load = Service<void* (*)(const char*)>("REALLoadGlobalMethod");
   return reinterpret_cast<std::int32_t (*)(REALstring)>(load("LenB( s as string ) as integer"))(s);
@@ -161,6 +167,7 @@ qvx::REALmethodDefinition sharedMethods[] = {
     Method("Make as Fixture", &Make),
     Method("Fail(message as string)", &Fail),
     Method("Throw", &Throw),
+    Method("GrowTooLong", &GrowTooLong),
     Method("Length(s as string) as integer", &LengthByGlobalMethod),
     Method("Live as integer", &Live),
 };
@@ -205,7 +212,7 @@ qvx::REALclassDefinition definition = {13,
                                        nullptr,
                                        0,
                                        sharedMethods,
-                                       9,
+                                       std::size(sharedMethods),
                                        {}};
 
 }  // namespace

@@ -41,6 +41,16 @@ TEST(NearestNames, LookAtNoCaseAndNameEachOnce) {
   EXPECT_EQ(NearestNames("ABCX", {"abcd", "ABCD"}), Names{"abcd"});
 }
 
+TEST(NearestNames, AreThoseThatBeginSoWhereNoneIsNear) {
+  EXPECT_EQ(NearestNames("red", {"greenColor", "redColor", "RedComponent", "redColor"}),
+            (Names{"redColor", "RedComponent"}));
+  EXPECT_EQ(NearestNames("redd", {"reddish", "redColor"}), Names{"reddish"});
+  EXPECT_EQ(NearestNames("abc", {"abcdefg1", "abcdefg2", "abcdefg3", "abcdefg4"}),
+            (Names{"abcdefg1", "abcdefg2", "abcdefg3"}));
+  EXPECT_EQ(NearestNames("abc", {"abcd", "abcdefgh"}), Names{"abcd"});
+  EXPECT_EQ(NearestNames("re", {"redColor"}), Names{});
+}
+
 TEST(NearestNames, AreNotLookedForBeyondAHundredLetters) {
   const std::string longest(100, 'x');
   EXPECT_EQ(NearestNames(longest, {longest}), Names{longest});

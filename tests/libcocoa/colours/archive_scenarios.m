@@ -1,6 +1,8 @@
 // tests/libcocoa/colours/archive_scenarios.m - colours to archives and back.
 #import "tests/libcocoa/colours/scenario.h"
 
+#include <objc/runtime.h>
+
 static id Unkeyed(id object) {
   return [NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:object]];
 }
@@ -75,6 +77,22 @@ SCENARIO("a keyed CMYK colour may have an alpha, and what follows does not count
          "0.100 0.200 0.300 0.400 0.500 DeviceCMYK") {
   return Joined([NSArray arrayWithObjects:CMYKFrom("0.1 0.2 0.3 0.4"), CMYKFrom("0.1 0.2 0.3 0.4 0.5"),
                                           CMYKFrom("0.1 0.2 0.3 0.4 0.5 0.6"), nil]);
+}
+
+static BOOL (*scanFloat)(id self, SEL selector, float* value);
+static int scans;
+static BOOL ScanFloat(id self, SEL selector, float* value) {
+  ++scans;
+  return scanFloat(self, selector, value);
+}
+
+SCENARIO("a keyed CMYK colour's text is read as far as the alpha", "", "5") {
+  CMYKFrom("0");
+  Method method = class_getInstanceMethod([NSScanner class], @selector(scanFloat:));
+  scanFloat = (BOOL(*)(id, SEL, float*))(void (*)(void))method_setImplementation(
+      method, (IMP)(void (*)(void))ScanFloat);
+  CMYKFrom("0.1 0.2 0.3 0.4 0.5 0.6");
+  return [NSString stringWithFormat:@"%d", scans];
 }
 
 SCENARIO("a pattern comes back from an unkeyed archive", "nil", "NSPatternColorSpace") {

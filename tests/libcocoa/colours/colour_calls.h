@@ -40,6 +40,16 @@ int colorsInListFile(const char* path);
 // Reads a colour that was put on a pasteboard as these bytes. 1 if there is one, 0 if not, or kRaised.
 int colorFromBytes(const void* bytes, size_t size);
 
+// A number that stands for all that can be asked of the colour in these bytes, or of the list in the file: 0
+// for none, 1 if one is raised.
+unsigned colorTold(const void* bytes, size_t size);
+unsigned listTold(const char* path);
+
+// Makes, converts, archives or edits, by the number of the use: 1, or 0 if there is no such use.
+int useColors(int use);
+
+int spacesAreEqual(Space one, Space other);
+
 // Writes a list of four stock colours; with two exact ones besides; with three patterns besides those.
 // Yes: 1.
 typedef enum { kStockColours, kExactColours, kPatterns } ListContents;  // NOLINT(modernize-use-using)
@@ -51,6 +61,9 @@ typedef enum { kUnpacked, kLZW, kPackBits } Packing;  // NOLINT(modernize-use-us
 // The archive of a pattern as GNUstep alone writes it (the library has no part in that), or of a list with
 // that pattern: its size, and the bytes if the buffer is large enough.
 size_t archiveWithPattern(Packing packing, int inList, void* buffer, size_t capacity);
+
+// The same of a colour that has a name instead of components.
+size_t archiveOfNamedColor(void* buffer, size_t capacity);
 
 size_t pasteboardBytes(void* buffer, size_t capacity);
 

@@ -3,7 +3,9 @@
 
 #include <time.h>
 
+#import "libcocoa/colours/NSColor+CoreGraphics.h"
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
+#import "libcocoa/colours/NSColorSpace+Profiles.h"
 
 // GNUstep's leak counters; its header hides them from builds without assertions.
 extern BOOL GSDebugAllocationActive(BOOL active);
@@ -151,13 +153,17 @@ int colorsInListFile(const char* path) {
   return answer;
 }
 
+static NSColor* ColorFrom(const void* bytes, size_t size) {
+  OneDatum* board = [[OneDatum new] autorelease];
+  board->datum = [[NSData alloc] initWithBytes:bytes length:size];
+  return [NSColor colorFromPasteboard:(NSPasteboard*)board];
+}
+
 int colorFromBytes(const void* bytes, size_t size) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   int answer = kRaised;
   @try {
-    OneDatum* board = [[OneDatum new] autorelease];
-    board->datum = [[NSData alloc] initWithBytes:bytes length:size];
-    NSColor* color = [NSColor colorFromPasteboard:(NSPasteboard*)board];
+    NSColor* color = ColorFrom(bytes, size);
     UseColor(color);
     answer = color ? 1 : 0;
   } @catch (NSException* exception) {
@@ -165,6 +171,173 @@ int colorFromBytes(const void* bytes, size_t size) {
   }
   [pool release];
   return answer;
+}
+
+// FNV-1a, from 2 on.
+static unsigned With(unsigned told, const void* bytes, size_t size) {
+  for (size_t i = 0; i < size; ++i) told = (told ^ ((const unsigned char*)bytes)[i]) * 16777619U;
+  return told < 2 ? 2 : told;
+}
+
+static unsigned WithText(unsigned told, NSString* text) {
+  const char* bytes = text ? [text UTF8String] : "none";
+  return With(told, bytes, strlen(bytes) + 1);
+}
+
+static unsigned WithBitmap(unsigned told, NSBitmapImageRep* bitmap) {
+  told = WithText(told,
+                  [NSString stringWithFormat:@"%@ %d %d %d %d %d %d %@", NSStringFromSize([bitmap size]),
+                                             (int)[bitmap pixelsWide], (int)[bitmap pixelsHigh],
+                                             (int)[bitmap bitsPerSample], (int)[bitmap samplesPerPixel],
+                                             [bitmap hasAlpha], [bitmap isOpaque], [bitmap colorSpaceName]]);
+  unsigned char* planes[5] = {NULL};
+  [bitmap getBitmapDataPlanes:planes];
+  for (int i = 0; i < 5 && planes[i]; ++i) told = With(told, planes[i], (size_t)[bitmap bytesPerPlane]);
+  return told;
+}
+
+static unsigned WithColor(unsigned told, NSColor* color);
+
+static unsigned WithImage(unsigned told, NSImage* image) {
+  told = WithText(told,
+                  [NSString stringWithFormat:@"%@ %d %d %d %d %d %d %d", NSStringFromSize([image size]),
+                                             [image isDataRetained], [image isFlipped],
+                                             [image usesEPSOnResolutionMismatch], [image prefersColorMatch],
+                                             [image matchesOnMultipleResolution], [image isCachedSeparately],
+                                             [image cacheDepthMatchesImageDepth]]);
+  told = WithColor(told, [image backgroundColor]);
+  for (NSBitmapImageRep* each in [image representations]) told = WithBitmap(told, each);
+  return told;
+}
+
+static unsigned WithColor(unsigned told, NSColor* color) {
+  NSString* kind = [color colorSpaceName];
+  told = WithText(told, kind);
+  if (!color) return told;
+  if ([kind isEqual:NSPatternColorSpace]) return WithImage(told, [color patternImage]);
+  if ([kind isEqual:NSNamedColorSpace])
+    return WithText(WithText(told, [color catalogNameComponent]), [color colorNameComponent]);
+  CGFloat components[kMostComponents];
+  [color getComponents:components];
+  told = WithText(told, [[color colorSpace] localizedName]);
+  told = With(told, components, (size_t)[color numberOfComponents] * sizeof *components);
+  if (![kind isEqual:NSDeviceRGBColorSpace] && ![kind isEqual:NSCalibratedRGBColorSpace]) return told;
+  const CGFloat hue[] = {[color hueComponent], [color saturationComponent], [color brightnessComponent]};
+  return With(told, hue, sizeof hue);
+}
+
+unsigned colorTold(const void* bytes, size_t size) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  unsigned told = 0;
+  [NSColor setIgnoresAlpha:NO];
+  @try {
+    NSColor* color = ColorFrom(bytes, size);
+    if (color) told = WithColor(2, color);
+  } @catch (NSException* exception) {
+    told = 1;
+  }
+  [NSColor setIgnoresAlpha:YES];
+  [pool release];
+  return told;
+}
+
+unsigned listTold(const char* path) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  unsigned told = 0;
+  @try {
+    NSColorList* list = [[[NSColorList alloc] initWithName:nil
+                                                  fromFile:[NSString stringWithUTF8String:path]] autorelease];
+    if (list) told = WithText(2, [list name]);
+    for (NSString* key in [list allKeys]) told = WithColor(WithText(told, key), [list colorWithKey:key]);
+  } @catch (NSException* exception) {
+    told = 1;
+  }
+  [pool release];
+  return told;
+}
+
+static void ArchiveUnkeyed(id object) {
+  [NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:object]];
+}
+static void ArchiveKeyed(id object) {
+  [NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:object]];
+}
+
+static NSColorList* Edited(void) {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Edited"] autorelease];
+  for (int i = 0; i < 20; ++i)
+    [list setColor:[NSColor redColor] forKey:[NSString stringWithFormat:@"key %d", i]];
+  [list insertColor:[NSColor blueColor] key:@"key 7" atIndex:3];
+  [list insertColor:[NSColor blueColor] key:@"new" atIndex:3];
+  [list removeColorWithKey:@"key 9"];
+  return list;
+}
+
+static NSString* WhyNoCyan(NSColor* color) {
+  @try {
+    [color cyanComponent];
+  } @catch (NSException* exception) {
+    return [exception reason];
+  }
+  return nil;
+}
+
+int useColors(int use) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColor* ink = [NSColor colorWithDeviceCyan:0.1 magenta:0.2 yellow:0.3 black:0.4 alpha:1];
+  NSColor* exact = [NSColor colorWithSRGBRed:0.1 green:0.2 blue:0.3 alpha:1];
+  int known = 1;
+  switch (use) {
+    case 0:
+      ArchiveUnkeyed(ink);
+      ArchiveUnkeyed(exact);
+      ArchiveUnkeyed([NSColor colorWithDeviceWhite:0.5 alpha:1]);
+      break;
+    case 1:
+      ArchiveKeyed(ink);
+      ArchiveKeyed(exact);
+      ArchiveKeyed([NSColorSpace sRGBColorSpace]);
+      break;
+    case 2:
+      ArchiveUnkeyed([NSColorSpace sRGBColorSpace]);
+      break;
+    case 3:
+      Edited();
+      break;
+    case 4:
+      WhyNoCyan(exact);
+      WhyNoCyan([NSColor controlColor]);
+      WhyNoCyan([NSColor whiteColor]);
+      break;
+    case 5:
+      [[exact copy] release];
+      [[exact colorWithAlphaComponent:0.5] description];
+      [[exact colorUsingColorSpaceName:NSDeviceCMYKColorSpace]
+          colorUsingColorSpace:[NSColorSpace adobeRGB1998ColorSpace]];
+      [exact blendedColorWithFraction:0.5 ofColor:ink];
+      break;
+    case 6:
+      [[[NSColorSpace alloc] initWithColorSyncProfile:[[NSColorSpace sRGBColorSpace] colorSyncProfile]]
+          release];
+      [[[NSColorSpace alloc] initWithCGColorSpace:[[NSColorSpace sRGBColorSpace] CGColorSpace]] release];
+      [[[NSColorSpace alloc] initWithICCProfileData:[[NSColorSpace sRGBColorSpace] ICCProfileData]] release];
+      [NSColor colorWithCGColor:[exact CGColor]];
+      break;
+    case 7:
+      [NSColorSpace availableColorSpacesWithModel:-1];
+      [NSColorList availableColorLists];
+      [[NSColor controlColor] colorWithAlphaComponent:0.5];
+      break;
+    default:
+      known = 0;
+      break;
+  }
+  [pool release];
+  return known;
+}
+
+int spacesAreEqual(Space one, Space other) {
+  return [(NSColorSpace*)one isEqual:(NSColorSpace*)other];
 }
 
 static NSBitmapImageRep* Bitmap(void) {
@@ -227,15 +400,26 @@ size_t pasteboardBytes(void* buffer, size_t capacity) {
   return size;
 }
 
+static size_t ArchiveOf(id object, void* buffer, size_t capacity) {
+  NSData* data = [NSArchiver archivedDataWithRootObject:object];
+  if ([data length] <= capacity) [data getBytes:buffer length:[data length]];
+  return [data length];
+}
+
 size_t archiveWithPattern(Packing packing, int inList, void* buffer, size_t capacity) {
   NSAutoreleasePool* pool = [NSAutoreleasePool new];
   NSColor* pattern = PatternPacked(packing);
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Fuzz"] autorelease];
   [list setColor:[NSColor redColor] forKey:@"red"];
   [list setColor:pattern forKey:@"pattern"];
-  NSData* data = [NSArchiver archivedDataWithRootObject:inList ? (id)list : pattern];
-  size_t size = [data length];
-  if (size <= capacity) [data getBytes:buffer length:size];
+  size_t size = ArchiveOf(inList ? (id)list : pattern, buffer, capacity);
+  [pool release];
+  return size;
+}
+
+size_t archiveOfNamedColor(void* buffer, size_t capacity) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  size_t size = ArchiveOf([NSColor controlColor], buffer, capacity);
   [pool release];
   return size;
 }

@@ -202,3 +202,40 @@ SCENARIO("generic CMYK converts by the installed profile",
   NSColor* mixed = [Made(generic, 0.1, 0.2, 0.3, 0.4) colorUsingColorSpaceName:NSDeviceRGBColorSpace];
   return Joined([NSArray arrayWithObjects:Shown(red), Shown(mixed), nil]);
 }
+
+@interface NSColorSpace (StockInitialiser)
+- (id)_initWithColorSpaceModel:(NSColorSpaceModel)model;
+@end
+
+// A colour of a space that has a model and no profile, in sRGB, and sRGB's half grey in that space.
+static NSString* WithoutProfile(NSColorSpaceModel model) {
+  NSColorSpace* space = [[[NSColorSpace alloc] _initWithColorSpaceModel:model] autorelease];
+  const CGFloat components[] = {0.25, 0.5, 0.75, 0, 1};
+  const NSInteger count = [space numberOfColorComponents];
+  NSColor* color = [NSColor colorWithColorSpace:space
+                                     components:count == 1 ? (const CGFloat[]){0.5, 1} : components
+                                          count:count + 1];
+  NSColor* half = [NSColor colorWithSRGBRed:0.5 green:0.5 blue:0.5 alpha:1];
+  return
+      [NSString stringWithFormat:@"%@; %@", Shown([color colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]),
+                                 Shown([half colorUsingColorSpace:space])];
+}
+
+SCENARIO("a space that has a model only is that of the device", "",
+         "0.504 0.504 0.504 1.000 Custom sRGB IEC61966-2.1; 0.496 1.000 Custom (null), "
+         "0.250 0.500 0.750 0.000 Custom sRGB IEC61966-2.1; 0.500 0.500 0.500 1.000 Custom (null), "
+         "0.750 0.500 0.250 1.000 Custom sRGB IEC61966-2.1; 0.500 0.500 0.500 0.000 1.000 Custom (null)") {
+  return Joined([NSArray arrayWithObjects:WithoutProfile(NSGrayColorSpaceModel),
+                                          WithoutProfile(NSRGBColorSpaceModel),
+                                          WithoutProfile(NSCMYKColorSpaceModel), nil]);
+}
+
+SCENARIO("a space of Lab without a profile leads nowhere", "", "nil; nil") {
+  return WithoutProfile(NSLABColorSpaceModel);
+}
+
+SCENARIO("a space made of nothing is one of grey", "", "0.504 0.504 0.504 1.000 Custom sRGB IEC61966-2.1") {
+  NSColorSpace* space = [[[NSColorSpace alloc] init] autorelease];
+  NSColor* color = [NSColor colorWithColorSpace:space components:(const CGFloat[]){0.5, 1} count:2];
+  return Shown([color colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
+}

@@ -199,6 +199,22 @@ SCENARIO("a list written twice is available once", "Mine, System", "System, Mine
   return Names();
 }
 
+SCENARIO("a list that is available has one reference for that, however often it was written", "", "2, 2, 1") {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColorList* list = [[NSColorList alloc] initWithName:@"Mine"];
+  [list writeToFile:nil];
+  [pool release];
+  unsigned once = (unsigned)[list retainCount];
+  pool = [NSAutoreleasePool new];
+  [list writeToFile:nil];
+  [pool release];
+  unsigned twice = (unsigned)[list retainCount];
+  pool = [NSAutoreleasePool new];
+  [list removeFile];
+  [pool release];
+  return [NSString stringWithFormat:@"%u, %u, %u", once, twice, (unsigned)[list retainCount]];
+}
+
 SCENARIO("a list written over another takes its place", "Good, System, Good, no", "System, Good, yes") {
   InChild(WriteGood);
   PutFromScratch(UserColours(), @"Good.clr");

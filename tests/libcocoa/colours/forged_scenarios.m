@@ -22,8 +22,8 @@ static void AppendBlock(NSMutableData* data, NSData* block) {
 }
 
 // The list of one red, with a trailer that has these profiles, and for the red a colour of three fourths in
-// the space of that number.
-static NSString* ForgedFile(NSArray* profiles, uint32_t space) {
+// the space of that number; so many words are missing at the end.
+static NSString* CutFile(NSArray* profiles, uint32_t space, unsigned missing) {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Forged"] autorelease];
   [list setColor:[NSColor colorWithDeviceRed:1 green:0 blue:0 alpha:1] forKey:@"red"];
   NSMutableData* file = [NSMutableData dataWithData:[NSArchiver archivedDataWithRootObject:list]];
@@ -36,12 +36,17 @@ static NSString* ForgedFile(NSArray* profiles, uint32_t space) {
   AppendWord(file, 4);
   for (int i = 0; i < 4; ++i) AppendWord(file, 0x3F400000);
   AppendWord(file, 0);
+  [file setLength:[file length] - missing * sizeof(uint32_t)];
   unsigned char seal[kSealSize];
   MakeSeal([file bytes], [file length], [file length] - archive, seal);
   [file appendBytes:seal length:sizeof seal];
   NSString* path = InScratch(@"Forged.clr");
   [file writeToFile:path atomically:NO];
   return path;
+}
+
+static NSString* ForgedFile(NSArray* profiles, uint32_t space) {
+  return CutFile(profiles, space, 0);
 }
 
 // The red of the forged list, and its conversion by name, where a stock kind in a profile colour never ended.
@@ -62,6 +67,18 @@ SCENARIO("a trailer that names the space of a stock kind is passed over", "",
          "1.000 0.000 0.000 1.000 DeviceRGB, 0.000 1.000 1.000 0.000 1.000 DeviceCMYK") {
   NSString* device = RedOf(ForgedFile(nil, 1));
   return [NSString stringWithFormat:@"%@; %@", device, RedOf(ForgedFile(nil, 4))];
+}
+
+// What follows are the checksum and the length, which could pass for the missing components.
+SCENARIO("a trailer may end after its colours, but not in one", "", "Custom, Device, Device, Device") {
+  NSMutableArray* kinds = [NSMutableArray array];
+  for (unsigned missing = 1; missing <= 4; ++missing) {
+    NSString* path = CutFile(nil, 7, missing);
+    NSColorList* list = [[[NSColorList alloc] initWithName:@"x" fromFile:path] autorelease];
+    BOOL isCustom = [[[list colorWithKey:@"red"] colorSpaceName] isEqual:NSCustomColorSpace];
+    [kinds addObject:isCustom ? @"Custom" : @"Device"];
+  }
+  return Joined(kinds);
 }
 
 SCENARIO("a trailer with a stock kind's own profile gives a stock colour", "",

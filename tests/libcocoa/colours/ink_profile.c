@@ -3,7 +3,8 @@
 
 #include <stdlib.h>
 
-enum { kFewest = 5, kMost = 8 };
+enum { kFewest = 1, kMost = 15 };
+enum { kMostForThreePoints = 8 };  // in each direction of a grid; above it, two have to do
 
 // Lab as a table holds it: 0 to 65535 stands for L from 0 to 100, a and b from -128 to 127.
 static cmsUInt16Number Encoded(double value, double low, double high) {
@@ -16,15 +17,14 @@ static cmsInt32Number LabOfInks(const cmsUInt16Number in[], cmsUInt16Number out[
   double others = 0;
   for (unsigned i = 3; i < inks; i++) others += in[i] / 65535.0 / (inks - 3);
   out[0] = Encoded(100 * (1 - in[0] / 65535.0) * (1 - others / 2), 0, 100);
-  out[1] = Encoded(200 * (in[1] / 65535.0) - 100, -128, 127);
-  out[2] = Encoded(200 * (in[2] / 65535.0) - 100, -128, 127);
+  for (unsigned i = 1; i < 3; i++) out[i] = Encoded(i < inks ? 200 * (in[i] / 65535.0) - 100 : 0, -128, 127);
   return 1;
 }
 
 static cmsInt32Number InksOfLab(const cmsUInt16Number in[], cmsUInt16Number out[], void* cargo) {
   unsigned inks = *(const unsigned*)cargo;
   out[0] = (cmsUInt16Number)(65535 - in[0]);
-  for (unsigned i = 1; i < 3; i++) out[i] = Encoded(in[i] / 65535.0 * 255 - 128, -100, 100);
+  for (unsigned i = 1; i < 3 && i < inks; i++) out[i] = Encoded(in[i] / 65535.0 * 255 - 128, -100, 100);
   for (unsigned i = 3; i < inks; i++) out[i] = 0;
   return 1;
 }
@@ -83,12 +83,18 @@ static void* Finished(cmsHPROFILE profile, int made, size_t* size) {
   return bytes;
 }
 
+// "1CLR" to "FCLR".
+static cmsColorSpaceSignature Signature(unsigned inks) {
+  return (cmsColorSpaceSignature)((cmsUInt32Number)(inks < 10 ? '0' + inks : 'A' + inks - 10) << 24 |
+                                  0x434C52);
+}
+
 void* MakeInkProfile(unsigned inks, size_t* size) {
-  static const cmsColorSpaceSignature signatures[] = {cmsSig5colorData, cmsSig6colorData, cmsSig7colorData,
-                                                      cmsSig8colorData};
   if (inks < kFewest || inks > kMost) return NULL;
-  cmsHPROFILE profile = Begun(cmsSigOutputClass, signatures[inks - kFewest], "Many Inks");
-  int made = profile && AddTable(profile, cmsSigAToB0Tag, Table(inks, 3, 3, LabOfInks, inks)) &&
+  cmsHPROFILE profile = Begun(cmsSigOutputClass, Signature(inks), "Many Inks");
+  int made = profile &&
+             AddTable(profile, cmsSigAToB0Tag,
+                      Table(inks, 3, inks > kMostForThreePoints ? 2 : 3, LabOfInks, inks)) &&
              AddTable(profile, cmsSigBToA0Tag, Table(3, inks, 33, InksOfLab, inks));
   return Finished(profile, made, size);
 }

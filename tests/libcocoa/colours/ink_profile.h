@@ -1,7 +1,7 @@
 // tests/libcocoa/colours/ink_profile.h - profiles that no package has: a printer with many inks, and a
 // scanner.
 //
-// The printer has 5 to 8 channels, both directions. The first ink darkens; the second and the third shift
+// The printer has 1 to 15 channels, both directions. The first ink darkens; the second and the third shift
 // from green to red and from blue to yellow, and do nothing at one half. The others darken too, each its
 // share of a half:
 //   L = 100 (1 - c0) (1 - mean(c3 ...) / 2), a = 200 c1 - 100, b = 200 c2 - 100.

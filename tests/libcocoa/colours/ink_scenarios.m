@@ -21,6 +21,24 @@ SCENARIO("profiles of five, six and eight inks make spaces of so many components
                                           Told(SpaceOf(InkProfile(8))), nil]);
 }
 
+SCENARIO("a profile may have two to fifteen inks", "", "nil, 4/2, 4/9, 4/10, 4/14, 4/15") {
+  static const unsigned counts[] = {1, 2, 9, 10, 14, 15};
+  NSMutableArray* told = [NSMutableArray array];
+  for (unsigned i = 0; i < sizeof counts / sizeof *counts; ++i) {
+    NSColorSpace* space = SpaceOf(InkProfile(counts[i]));
+    [told addObject:space ? [Told(space) stringByReplacingOccurrencesOfString:@" Many Inks" withString:@""]
+                          : @"nil"];
+  }
+  return Joined(told);
+}
+
+SCENARIO("a colour of fifteen inks becomes sRGB and keeps its alpha", "",
+         "0.466 0.466 0.466 0.250 Custom sRGB IEC61966-2.1") {
+  const CGFloat inks[16] = {0.5, 0.5, 0.5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0.25};
+  NSColor* color = [NSColor colorWithColorSpace:SpaceOf(InkProfile(15)) components:inks count:16];
+  return Shown([color colorUsingColorSpace:[NSColorSpace sRGBColorSpace]]);
+}
+
 SCENARIO("a file of six inks makes a space that equals the one of its data", "-1/0 unknown, unequal",
          "4/6 Many Inks, equal") {
   NSString* file = InScratch(@"inks.icc");

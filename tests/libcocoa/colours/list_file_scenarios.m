@@ -300,3 +300,55 @@ SCENARIO("a list written elsewhere is not available", "no", "no") {
 SCENARIO("a write where no file can be made is answered with no", "no", "no") {
   return [NSString stringWithFormat:@"%@", YesNo([Palette() writeToFile:@"/proc/palette.clr"])];
 }
+
+// "a", then any unit, then "b": one that is no text, GNUstep's own strings don't take.
+@interface KeyWithUnit : NSString {
+ @public
+  unichar _unit;
+}
+@end
+@implementation KeyWithUnit
+- (NSUInteger)length {
+  return 3;
+}
+- (unichar)characterAtIndex:(NSUInteger)index {
+  return index == 0 ? 'a' : index == 1 ? _unit : 'b';
+}
+@end
+
+// For each key of a list that came back: its units, and which kind of colour it has.
+static NSString* Units(NSColorList* list) {
+  NSMutableArray* keys = [NSMutableArray array];
+  for (NSString* key in [list allKeys]) {
+    NSMutableString* units = [NSMutableString string];
+    for (NSUInteger i = 0; i < [key length]; ++i) [units appendFormat:@"%x ", [key characterAtIndex:i]];
+    [keys addObject:[units stringByAppendingString:[[list colorWithKey:key] colorSpaceName]]];
+  }
+  return list ? Joined(keys) : @"nil";
+}
+
+SCENARIO("a key that is no text keeps no list from being read", "",
+         "61 d800 62 NSCalibratedRGBColorSpace, 61 dc00 62 NSDeviceRGBColorSpace, NSCustomColorSpace") {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Palette"] autorelease];
+  for (unichar unit = 0xD800; unit <= 0xDC00; unit += 0x400) {
+    KeyWithUnit* key = [[KeyWithUnit new] autorelease];
+    key->_unit = unit;
+    [list setColor:unit == 0xD800 ? [NSColor redColor] : [NSColor colorWithSRGBRed:0 green:0 blue:1 alpha:1]
+            forKey:key];
+  }
+  [list setColor:[NSColor colorWithSRGBRed:0 green:1 blue:0 alpha:1] forKey:@""];
+  [list writeToFile:InScratch(@"palette.clr")];
+  return Units(From(InScratch(@"palette.clr")));
+}
+
+SCENARIO("a custom colour comes back under a key that starts like a mark of byte order", "",
+         "feff 61 NSCustomColorSpace, 61 0 62 NSCustomColorSpace") {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Palette"] autorelease];
+  NSColor* color = [NSColor colorWithSRGBRed:0 green:0 blue:1 alpha:1];
+  const unichar mark[] = {'x', 0xFEFF, 'a'};
+  const unichar zero[] = {'a', 0, 'b'};
+  [list setColor:color forKey:[[NSString stringWithCharacters:mark length:3] substringFromIndex:1]];
+  [list setColor:color forKey:[NSString stringWithCharacters:zero length:3]];
+  [list writeToFile:InScratch(@"palette.clr")];
+  return Units(From(InScratch(@"palette.clr")));
+}

@@ -97,6 +97,22 @@ SCENARIO("keys that move anywhere stay in order", "1000 keys in order", "1000 ke
   return AfterChanges(MoveAnywhere, 1000);
 }
 
+SCENARIO("the keys of a list are an array like any other", "", "abc, axc, x at 1, b not found, xc, c at 1") {
+  NSMutableArray* keys = [[[NSClassFromString(@"QVXColorKeys") alloc] init] autorelease];
+  for (NSString *key in [NSArray arrayWithObjects:@"a", @"b", @"c", nil]) [keys addObject:key];
+  NSString* all = [keys componentsJoinedByString:@""];
+  [keys replaceObjectAtIndex:1 withObject:@"x"];
+  NSString* replaced = [keys componentsJoinedByString:@""];
+  NSUInteger found = [keys indexOfObject:@"x"];
+  NSString* lost = [keys indexOfObject:@"b"] == NSNotFound ? @"not found" : @"found";
+  [keys removeLastObject];
+  [keys addObject:@"c"];
+  [keys removeObjectAtIndex:0];
+  return
+      [NSString stringWithFormat:@"%@, %@, x at %u, b %@, %@, c at %u", all, replaced, (unsigned)found, lost,
+                                 [keys componentsJoinedByString:@""], (unsigned)[keys indexOfObject:@"c"]];
+}
+
 SCENARIO("an index beyond the end changes nothing", "NSRangeException, abc, x is in",
          "NSRangeException, abc, x is not in") {
   NSColorList* list = ABC();

@@ -70,6 +70,11 @@ SCENARIO("a user default says whether alpha is ignored", "yes", "no") {
   return YesNo([NSColor ignoresAlpha]);
 }
 
+SCENARIO("a user default that is no flag says no", "yes", "no") {
+  [[NSUserDefaults standardUserDefaults] setObject:[NSArray arrayWithObject:@"NO"] forKey:@"NSIgnoreAlpha"];
+  return YesNo([NSColor ignoresAlpha]);
+}
+
 SCENARIO("alpha is ignored at first", "yes", "yes") {
   return YesNo([NSColor ignoresAlpha]);
 }

@@ -218,6 +218,40 @@ SCENARIO("a user default comes before the light values when a program starts",
   return Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
 }
 
+// A damaged default must not keep NSColor from starting.
+static NSString* StartedWith(NSString* value) {
+  [[NSUserDefaults standardUserDefaults] setObject:value forKey:@"gridColor"];
+  NSString* raised = RAISED([NSColor redColor]);
+  return Joined([NSArray
+      arrayWithObjects:raised,
+                       Shown([[NSColor gridColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
+                       Shown([[NSColor headerColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]),
+                       nil]);
+}
+
+SCENARIO("a user default that breaks off leaves the light value",
+         "NSGenericException, 0.500 0.500 0.500 1.000 CalibratedRGB, 0.667 0.667 0.667 1.000 CalibratedRGB",
+         "nothing, 0.802 0.802 0.802 1.000 CalibratedRGB, 0.968 0.968 0.968 1.000 CalibratedRGB") {
+  return StartedWith(@"{ ColorSpace = ");
+}
+
+SCENARIO("a user default without its numbers leaves the light value", "",
+         "nothing, 0.802 0.802 0.802 1.000 CalibratedRGB, 0.968 0.968 0.968 1.000 CalibratedRGB") {
+  return StartedWith(@"{ ColorSpace = NSCalibratedRGBColorSpace; R = 1; }");
+}
+
+SCENARIO("a user default of a space and its numbers is read", "",
+         "nothing, 0.100 0.200 0.300 0.500 CalibratedRGB, 0.968 0.968 0.968 1.000 CalibratedRGB") {
+  return StartedWith(@"{ ColorSpace = NSCalibratedRGBColorSpace; R = 0.1; G = 0.2; B = 0.3; Alpha = 0.5; }");
+}
+
+SCENARIO("a user default that is broken later leaves the colour as it was", "",
+         "0.930 0.930 0.930 1.000 CalibratedRGB") {
+  [NSColor controlColor];
+  [[NSUserDefaults standardUserDefaults] setObject:@"{ bad" forKey:@"controlColor"];
+  return Shown([[NSColor controlColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
 SCENARIO("a user default changes a system colour at once", "0.100 0.200 0.300 1.000 CalibratedRGB",
          "0.100 0.200 0.300 1.000 CalibratedRGB") {
   [NSColor controlColor];

@@ -52,6 +52,21 @@ TEST(PackBitsStrip, IsCutWhereThePixelsEnd) {
   EXPECT_EQ(Unpacked(kPackBits, {3, 1, 2, 3, 4}, 3), (Bytes{1, 2, 3}));
 }
 
+TEST(TIFFStrip, OfEachPlaneIsItsOwn) {
+  const Bytes file{1, 2, 3, 4, 5, 6};
+  QVXBitmap bitmap{};
+  bitmap.height = 1;
+  bitmap.bytesPerRow = 2;
+  bitmap.packing = kNotPacked;
+  bitmap.starts[1] = 3;
+  bitmap.sizes[0] = 1;
+  bitmap.sizes[1] = 2;
+  Bytes pixels(2);
+  EXPECT_FALSE(QVXReadPlane(file.data(), &bitmap, 0, pixels.data()));
+  EXPECT_TRUE(QVXReadPlane(file.data(), &bitmap, 1, pixels.data()));
+  EXPECT_EQ(pixels, (Bytes{4, 5}));
+}
+
 TEST(PackBitsStrip, IsRefusedWhenItEndsTooSoon) {
   EXPECT_EQ(Unpacked(kPackBits, {254, 9}, 4), Bytes{});
   EXPECT_EQ(Unpacked(kPackBits, {2, 1, 2}, 3), Bytes{});
@@ -73,13 +88,17 @@ Bytes Packed(const std::vector<unsigned>& codes) {
 constexpr unsigned kClear = 256;
 constexpr unsigned kEnd = 257;
 
+TEST(LZWStrip, MayEndWithTheLastBitOfAByte) {
+  EXPECT_EQ(Unpacked(kLZW, Packed({kClear, 1, 2, 3, 4, 5, 6, 7}), 7), (Bytes{1, 2, 3, 4, 5, 6, 7}));
+}
+
 TEST(LZWStrip, HoldsStringsThatGrow) {
   EXPECT_EQ(Unpacked(kLZW, Packed({kClear, 7, 8, 258, 260}), 7), (Bytes{7, 8, 7, 8, 7, 8, 7}));
 }
 
 // Every pixel by a code of its own. A code takes one bit more as soon as the table lacks one entry of what
-// its bits can count, and never more than twelve.
-Bytes PackedOneByOne(const Bytes& pixels) {
+// its bits can count, and never more than twelve. Before the pixel of that number the table is cleared.
+Bytes PackedOneByOne(const Bytes& pixels, std::size_t cleared = 0) {
   Bytes strip;
   unsigned bits = 0;
   unsigned held = 0;
@@ -87,11 +106,17 @@ Bytes PackedOneByOne(const Bytes& pixels) {
     held = held << width | code;
     for (bits += width; bits >= 8; bits -= 8) strip.push_back(static_cast<std::uint8_t>(held >> (bits - 8)));
   };
-  put(kClear, 9);
   unsigned entries = 258;
+  const auto width = [&] { return entries < 511 ? 9U : entries < 1023 ? 10U : entries < 2047 ? 11U : 12U; };
+  put(kClear, 9);
   for (std::size_t i = 0; i < pixels.size(); ++i) {
-    put(pixels[i], entries < 511 ? 9 : entries < 1023 ? 10 : entries < 2047 ? 11 : 12);
-    if (i > 0) ++entries;
+    const bool isFirst = i == 0 || i == cleared;
+    if (i > 0 && isFirst) {
+      put(kClear, width());
+      entries = 258;
+    }
+    put(pixels[i], width());
+    if (!isFirst) ++entries;
   }
   put(kEnd, 12);
   put(0, 8);
@@ -107,6 +132,12 @@ TEST(LZWStrip, TakesWiderCodesAsItsTableGrowsAndKeepsAFullOne) {
 TEST(LZWStrip, BeginsAfreshAfterAClearCode) {
   EXPECT_EQ(Unpacked(kLZW, Packed({kClear, 7, 8, kClear, 9, 9, 258}), 5), (Bytes{7, 8, 9, 9, 9}));
   EXPECT_EQ(Unpacked(kLZW, Packed({kClear, 7, 8, kClear, 258}), 4), Bytes{});
+}
+
+TEST(LZWStrip, HasNarrowCodesAgainAfterAClearCode) {
+  Bytes pixels(1000);
+  for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<std::uint8_t>(i * 7 % 251);
+  EXPECT_EQ(Unpacked(kLZW, PackedOneByOne(pixels, 600), pixels.size()), pixels);
 }
 
 TEST(LZWStrip, IsCutWhereThePixelsEnd) {
@@ -175,6 +206,120 @@ TEST(TIFFFile, IsRefusedForWhatGNUstepDoesNotWrite) {
     Fields fields = kSmall;
     fields[tag] = value;
     EXPECT_FALSE(IsTaken(File(fields))) << tag << " is " << value;
+  }
+}
+
+TEST(TIFFFile, TakesEverySizeOfASample) {
+  // A row of three samples: bits, bytes.
+  const Fields sizes{{1, 1}, {2, 1}, {4, 2}, {8, 3}, {16, 6}};
+  for (const auto& [bits, bytes] : sizes) {
+    Fields fields = kSmall;
+    fields[256] = 3;
+    fields[258] = bits;
+    QVXBitmap bitmap{};
+    const Bytes file = File(fields);
+    ASSERT_TRUE(QVXOpenBitmap(file.data(), file.size(), &bitmap)) << bits;
+    EXPECT_EQ(bitmap.bitsPerSample, bits);
+    EXPECT_EQ(bitmap.bytesPerRow, bytes);
+    EXPECT_EQ(bitmap.starts[0], 8U);
+    EXPECT_EQ(bitmap.sizes[0], 4U);
+  }
+}
+
+TEST(TIFFFile, TakesUpToFiveSamplesOfAPixel) {
+  for (std::uint32_t samples = 1; samples <= 5; ++samples) {
+    Fields fields = kSmall;
+    fields[277] = samples;
+    QVXBitmap bitmap{};
+    const Bytes file = File(fields);
+    ASSERT_TRUE(QVXOpenBitmap(file.data(), file.size(), &bitmap)) << samples;
+    EXPECT_EQ(bitmap.samplesPerPixel, samples);
+    EXPECT_EQ(bitmap.bytesPerRow, 2 * samples);
+    EXPECT_EQ(bitmap.planes, 1U);
+  }
+}
+
+TEST(TIFFFile, HasAsManyStripsAsPlanes) {
+  Fields fields = kSmall;
+  fields[277] = 2;
+  fields[284] = 2;
+  EXPECT_FALSE(IsTaken(File(fields)));  // two planes, one strip
+  fields[277] = 1;
+  QVXBitmap bitmap{};
+  const Bytes file = File(fields);
+  ASSERT_TRUE(QVXOpenBitmap(file.data(), file.size(), &bitmap));
+  EXPECT_TRUE(bitmap.isPlanar);
+  EXPECT_EQ(bitmap.planes, 1U);
+  EXPECT_EQ(bitmap.bytesPerRow, 2U);
+}
+
+// The small file with a field of several values, which stand before the directory or in the field itself.
+Bytes FileWith(std::uint32_t tag, std::uint32_t type, std::uint32_t count, const Bytes& values) {
+  Bytes file = File(kSmall);
+  std::size_t field = 14;
+  while (file[field] + 256U * file[field + 1] != tag) field += 12;
+  file[field + 2] = static_cast<std::uint8_t>(type);
+  file[field + 4] = static_cast<std::uint8_t>(count);
+  if (values.size() <= 4) {
+    std::copy(values.begin(), values.end(), file.begin() + static_cast<std::ptrdiff_t>(field + 8));
+  } else {
+    file[field + 8] = static_cast<std::uint8_t>(file.size());
+    file.insert(file.end(), values.begin(), values.end());
+  }
+  return file;
+}
+
+constexpr std::uint32_t kByte = 1;
+constexpr std::uint32_t kShort = 3;
+constexpr std::uint32_t kLong = 4;
+
+TEST(TIFFFile, MayHaveShortAndLongNumbersInAndBehindAField) {
+  EXPECT_TRUE(IsTaken(FileWith(258, kShort, 1, {8, 0})));
+  EXPECT_TRUE(IsTaken(FileWith(258, kShort, 2, {8, 0, 8, 0})));
+  EXPECT_TRUE(IsTaken(FileWith(258, kShort, 3, {8, 0, 8, 0, 8, 0})));
+  EXPECT_TRUE(IsTaken(FileWith(258, kLong, 2, {8, 0, 0, 0, 8, 0, 0, 0})));
+  EXPECT_FALSE(IsTaken(FileWith(258, kByte, 1, {8, 0, 0, 0})));
+  EXPECT_FALSE(IsTaken(FileWith(258, 5, 1, {8, 0, 0, 0})));
+  EXPECT_FALSE(IsTaken(FileWith(258, kShort, 0, {8, 0})));
+}
+
+TEST(TIFFFile, HoldsTheValuesBehindAFieldToTheLastByte) {
+  for (const std::uint32_t type : {kShort, kLong}) {
+    Bytes file = FileWith(
+        258, type, 3, type == kShort ? Bytes{8, 0, 8, 0, 8, 0} : Bytes{8, 0, 0, 0, 8, 0, 0, 0, 8, 0, 0, 0});
+    EXPECT_TRUE(IsTaken(file));
+    const std::size_t size = file.size();
+    for (std::size_t missing = 1; missing <= 6; ++missing) {
+      QVXBitmap bitmap{};
+      EXPECT_FALSE(QVXOpenBitmap(file.data(), size - missing, &bitmap)) << type << ' ' << missing;
+    }
+  }
+}
+
+TEST(TIFFFile, HasOneSizeForAllSamples) {
+  EXPECT_FALSE(IsTaken(FileWith(258, kShort, 2, {8, 0, 4, 0})));
+  EXPECT_FALSE(IsTaken(FileWith(258, kShort, 3, {8, 0, 4, 0, 8, 0})));
+  EXPECT_FALSE(IsTaken(FileWith(258, kShort, 3, {8, 0, 8, 0, 4, 0})));
+}
+
+TEST(TIFFFile, HasAtMostFiveValuesInAField) {
+  EXPECT_TRUE(IsTaken(FileWith(258, kShort, 5, {8, 0, 8, 0, 8, 0, 8, 0, 8, 0})));
+  EXPECT_FALSE(IsTaken(FileWith(258, kShort, 6, {8, 0, 8, 0, 8, 0, 8, 0, 8, 0, 8, 0})));
+}
+
+TEST(TIFFFile, HasAtMost64Fields) {
+  Fields fields = kSmall;
+  for (std::uint32_t tag = 1000; fields.size() < 64; ++tag) fields[tag] = 0;
+  EXPECT_TRUE(IsTaken(File(fields)));
+  fields[2000] = 0;
+  EXPECT_FALSE(IsTaken(File(fields)));
+}
+
+TEST(TIFFFile, BeginsAsGNUstepBeginsIt) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    Bytes file = File(kSmall);
+    file[i] ^= 1;
+    EXPECT_FALSE(IsTaken(file)) << i;
   }
 }
 
