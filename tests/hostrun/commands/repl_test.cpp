@@ -137,16 +137,10 @@ TEST(Repl, ShowsWhatAClassHasFromTheOneThatItDescendsFrom) {
   const Finished cls = Typed(":doc IOException\n");
   EXPECT_EQ(cls.out.rfind("IOException descends from\nRuntimeException\n  What can be raised", 0), 0U)
       << cls.out;
-<<<<<<< HEAD
-  const std::string said = "RuntimeException.Message\n  Why it was raised, for people.\n";
+  const std::string said =
+      "RuntimeException.Message\n  Why it was raised, for people.\n  Nil gives: Does not apply.\n  "
+      "Raises: Nothing.\n";
   EXPECT_EQ(Typed(":doc IOException.message\n:doc NSExceptionQVX.message\n").out, said + said);
-=======
-  for (const std::string name : {"IOException", "NSExceptionQVX"}) {
-    EXPECT_EQ(Typed(":doc " + name + ".message\n").out,
-              "RuntimeException.Message\n  Why it was raised, for people.\n  Nil gives: Does not apply.\n  "
-              "Raises: Nothing.\n");
-  }
->>>>>>> main
 }
 
 TEST(Repl, ExplainsItselfAndEnds) {
