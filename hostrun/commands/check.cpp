@@ -19,7 +19,9 @@
 #include "hostrun/commands/start.h"
 #include "hostrun/commands/terminal.h"
 #include "hostrun/host/output.h"
+#include "hostrun/host/platform_library.h"
 #include "hostrun/language/program.h"
+#include "hostrun/sibling/platform_objects.h"
 
 namespace hostrun {
 namespace {
@@ -168,6 +170,15 @@ class Reporter {
   std::array<std::size_t, kStatusNames.size()> counts_{};
 };
 
+// What the platform makes when it is first asked for a colour, each copy of this process would make anew.
+void PrepareColours() {
+  const ObjectRuntime& runtime = TheObjectRuntime();
+  const PlatformId colours = runtime.getClass == nullptr ? nullptr : runtime.getClass("NSColor");
+  if (colours == nullptr) return;
+  const PoolScope pool;
+  Send<PlatformId>(colours, "redColor");
+}
+
 // Makes the checks that were asked for, on one host after the other.
 class Checker {
  public:
@@ -243,6 +254,7 @@ class Checker {
     Problem problem = EnterBundle(host_);
     if (problem) return problem;
     report({load, Status::Passed, {}, 0});
+    PrepareColours();
     RunWanted(RegistrationChecks(), version, report);
     RunWanted(CallChecks(), version, report);
     return {};
@@ -268,7 +280,8 @@ int Check(const CheckOptions& options) {
     for (const char* const version : kVersions) checker.CheckOn(version);
   }
   if (reporter.Total() == 0)
-    return Refuse(kCheckName, "--filter: wanted part of a check's name, found no check with " + options.filter);
+    return Refuse(kCheckName,
+                  "--filter: wanted part of a check's name, found no check with " + options.filter);
   return reporter.Finish(checker.bundle());
 }
 

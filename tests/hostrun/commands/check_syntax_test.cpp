@@ -11,7 +11,8 @@ namespace {
 using nlohmann::json;
 
 Finished Checked(const std::string& text, const std::vector<std::string>& options = {}) {
-  std::vector<std::string> arguments = {"check-syntax", "-"};
+  std::vector<std::string> arguments = PlatformFor(text);
+  arguments.insert(arguments.begin(), {"check-syntax", "-"});
   arguments.insert(arguments.end(), options.begin(), options.end());
   return RunHostrun(arguments, text);
 }
@@ -116,7 +117,10 @@ TEST(CheckSyntax, CallsStandardInputByTheNameThatItIsGiven) {
 TEST(CheckSyntax, ChecksSeveralProgramsAndGoesOnBehindOneThatCannotBeRead) {
   const std::string one = TemporaryFile("one.bas", "Print missing\n");
   const std::string two = TemporaryFile("two.bas", "Print 1 +\n");
-  const Finished finished = RunHostrun({"check-syntax", "--json", one, "nowhere.bas", two});
+  std::vector<std::string> arguments = WithoutPlatform();
+  arguments.insert(arguments.end(), {one, "nowhere.bas", two});
+  arguments.insert(arguments.begin(), {"check-syntax", "--json"});
+  const Finished finished = RunHostrun(arguments);
   EXPECT_EQ(finished.status, 2);
   EXPECT_EQ(finished.err, "hostrun check-syntax: nowhere.bas: wanted a program file, found no such file\n");
   const json problems = json::parse(finished.out).at("problems");

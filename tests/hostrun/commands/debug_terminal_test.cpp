@@ -13,7 +13,9 @@ constexpr const char* kEndOfInput = "\004";
 constexpr const char* kInterrupt = "\003";
 
 std::vector<std::string> Debug(const std::string& program) {
-  return {"debug", TemporaryFile("at_terminal.bas", program)};
+  std::vector<std::string> arguments = PlatformFor(program);
+  arguments.insert(arguments.begin(), {"debug", TemporaryFile("at_terminal.bas", program)});
+  return arguments;
 }
 
 TEST(DebugTerminal, AsksForCommandsUntilItIsLeft) {
@@ -52,7 +54,9 @@ TEST(DebugTerminal, KeepsAHistoryOfItsOwn) {
     ASSERT_TRUE(terminal.Prompts(kPrompt));
   }
   {
-    AtTerminal repl({"repl"}, own);
+    std::vector<std::string> arguments = WithoutPlatform();
+    arguments.insert(arguments.begin(), "repl");
+    AtTerminal repl(arguments, own);
     ASSERT_TRUE(repl.Prompts());
     repl.Type(std::string(kUp) + "7 * 7\n");
     EXPECT_TRUE(repl.Shows("\r\n49\r\n")) << repl.screen();

@@ -8,10 +8,8 @@ namespace command_tests {
 Finished Debugged(const std::string& program, const std::string& commands,
                   const std::vector<std::string>& options) {
   std::vector<std::string> arguments = {"debug", TemporaryFile("debugged.bas", program)};
-  // The platform takes ten times as long to load as most programs to run.
-  if (program.find("QVX") == std::string::npos) {
-    arguments.insert(arguments.end(), {"--platform", "none", "--bundle", BuiltFile("broken/Any.so")});
-  }
+  const std::vector<std::string> platform = PlatformFor(program);
+  arguments.insert(arguments.end(), platform.begin(), platform.end());
   arguments.insert(arguments.end(), options.begin(), options.end());
   Finished finished = RunHostrun(arguments, commands);
   // Where the tests keep their files says nothing.

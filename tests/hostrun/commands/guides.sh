@@ -32,26 +32,46 @@ bash_words() {
   bash -c 'source ./hostrun.bash; compopt() { echo "compopt $*"; }
     COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); _hostrun; printf "%s\n" "${COMPREPLY[@]}"' bash hostrun "$@"
 }
-has() { grep -qE -e "$2" <<<"$1" || fail "$3"; }
+# The same for each line of words that is read, in one bash: each completion behind its words and a bar.
+bash_completions() {
+  # shellcheck disable=SC2016 # expanded inside
+  bash -c 'source ./hostrun.bash; compopt() { :; }
+    while read -r -a words; do
+      COMP_WORDS=(hostrun "${words[@]}") COMP_CWORD=${#words[@]} COMPREPLY=(); _hostrun
+      for reply in "${COMPREPLY[@]}"; do printf "%s|%s\n" "${words[*]}" "$reply"; done
+    done'
+}
+# A text and a part of it, a line with its end or only a piece: no process for each of hundreds.
+has() { [[ $'\n'$1$'\n' == *"$2"* ]] || fail "$3"; }
+declare -A options_of
+typed=
+for command in '' $commands; do
+  # shellcheck disable=SC2086 # no word for hostrun itself
+  options_of[/$command]=$(options $command)
+  for option in ${options_of[/$command]}; do typed+="$command $option"$'\n'; done
+  typed+="$command"$'\n'
+done
+completed=$(bash_completions <<<"$typed")
+zsh_file=$(<hostrun.zsh)
+fish_file=$(<hostrun.fish)
 for command in '' $commands; do
   of="of \"hostrun${command:+ $command}\""
   manual=$(part "$command")
   zsh=$(sed -n "/^    ${command:-\*})/,/;;/p" hostrun.zsh)
   fish=$(grep -E "from ${command:-help .*}'" hostrun.fish)
-  # shellcheck disable=SC2086 # no word for hostrun itself
-  for option in $(options $command); do
+  for option in ${options_of[/$command]}; do
     has "$manual" "fB${option}fR" "the manual page has $option $of"
-    # shellcheck disable=SC2086
-    has "$(bash_words $command "$option")" "^$option\$" "bash completes $option $of"
-    has "$zsh" "'\*$option\[" "zsh knows $option $of"
+    has "$completed" $'\n'"${command:+$command }$option|$option"$'\n' "bash completes $option $of"
+    has "$zsh" "'*${option}[" "zsh knows $option $of"
     case $option in
       --*) has "$fish" " -l ${option#--} " "fish knows $option $of" ;;
       *) has "$fish" " -s ${option#-} " "fish knows $option $of" ;;
     esac
   done
-  [ -z "$command" ] || has "$(bash_words "$command")" "^$command\$" "bash completes $command"
-  [ -z "$command" ] || has "$(<hostrun.zsh)" "^    '$command:" "zsh knows $command"
-  [ -z "$command" ] || has "$(<hostrun.fish)" "first_token -a $command -d" "fish knows $command"
+  [ -z "$command" ] && continue
+  has "$completed" $'\n'"$command|$command"$'\n' "bash completes $command"
+  has "$zsh_file" $'\n'"    '$command:" "zsh knows $command"
+  has "$fish_file" "first_token -a $command -d" "fish knows $command"
 done
 
 if command -v groff >/dev/null; then

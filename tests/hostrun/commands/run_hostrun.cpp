@@ -84,6 +84,18 @@ Finished RunHostrunOntoFullDisk(const std::vector<std::string>& arguments) {
   return RunOnto("/dev/full", arguments, {}, {});
 }
 
+const std::vector<std::string>& WithoutPlatform() {
+  static const std::vector<std::string> options = {"--platform", "none", "--bundle",
+                                                   BuiltFile("broken/Any.so")};
+  return options;
+}
+
+std::vector<std::string> PlatformFor(const std::string& text) {
+  const bool wanted = text.find("QVX") != std::string::npos || text.find("qvx") != std::string::npos ||
+                      text.find("Pasteboard") != std::string::npos;
+  return wanted ? std::vector<std::string>() : WithoutPlatform();
+}
+
 std::string BuiltFile(const std::string& name) {
   return std::string(BUILD_FOLDER) + "/" + name;
 }

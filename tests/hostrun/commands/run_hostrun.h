@@ -24,6 +24,12 @@ Finished RunHostrunOntoFullDisk(const std::vector<std::string>& arguments);
 [[noreturn]] void BecomeHostrun(const std::vector<std::string>& arguments,
                                 const std::vector<std::string>& environment);
 
+// Options for a host without the platform library, which takes longer to load than most tests take without
+// it.
+const std::vector<std::string>& WithoutPlatform();
+// The same for a program or a session that does without it; else none.
+std::vector<std::string> PlatformFor(const std::string& text);
+
 // A file of this build: a bundle, a library.
 std::string BuiltFile(const std::string& name);
 

@@ -16,6 +16,13 @@ constexpr const char* kUp = "\033[A";
 constexpr const char* kEndOfInput = "\004";
 constexpr const char* kInterrupt = "\003";
 
+// On a host without the platform.
+std::vector<std::string> Small(std::vector<std::string> arguments) {
+  arguments.insert(arguments.end(), WithoutPlatform().begin(), WithoutPlatform().end());
+  return arguments;
+}
+const std::vector<std::string> kRepl = Small({"repl"});
+
 std::string ScreenOf(const std::vector<std::string>& arguments,
                      const std::vector<std::string>& environment = {}) {
   AtTerminal terminal(arguments, environment);
@@ -23,11 +30,12 @@ std::string ScreenOf(const std::vector<std::string>& arguments,
   return terminal.screen();
 }
 
+// Of a session that shows a red.
 std::string ScreenOfColour(const std::vector<std::string>& environment) {
-  AtTerminal terminal({"repl"}, environment);
+  AtTerminal terminal(kRepl, environment);
   EXPECT_TRUE(terminal.Prompts());
-  terminal.Type("NSColorQVX.redColor\n");
-  EXPECT_TRUE(terminal.Shows("NSCalibratedRGBColorSpace 1 0 0 1")) << terminal.screen();
+  terminal.Type("RGB(255, 0, 0)\n");
+  EXPECT_TRUE(terminal.Shows("\r\n&cFF0000")) << terminal.screen();
   EXPECT_TRUE(terminal.Prompts());
   terminal.Type(kEndOfInput);
   EXPECT_EQ(terminal.Status(), 0);
@@ -42,8 +50,8 @@ std::vector<std::string> CheckSound(const std::string& option) {
 }
 
 TEST(Terminal, ColoursHeadingsUnlessTheUserObjects) {
-  const std::vector<std::string> arguments = {"classes", "NSColorQVX"};
-  EXPECT_NE(ScreenOf(arguments).find("\033[1mNSColorQVX\033[0m"), std::string::npos);
+  const std::vector<std::string> arguments = Small({"classes", "Sound"});
+  EXPECT_NE(ScreenOf(arguments).find("\033[1mSound\033[0m"), std::string::npos);
   EXPECT_EQ(ScreenOf(arguments, {"NO_COLOR=1"}).find('\033'), std::string::npos);
   EXPECT_EQ(ScreenOf(arguments, {"TERM=dumb"}).find('\033'), std::string::npos);
   EXPECT_NE(ScreenOf(arguments, {"NO_COLOR="}).find('\033'), std::string::npos);
@@ -90,8 +98,8 @@ TEST(Terminal, ShowsAColourAsABlockWhereTheTerminalCan) {
   EXPECT_EQ(ScreenOfColour({"COLORTERM=truecolor", "NO_COLOR=1"}).find("\033[48"), std::string::npos);
 }
 
-TEST(Terminal, CompletesClassesMembersAndVariables) {
-  AtTerminal terminal({"repl"});
+TEST(Terminal, CompletesClassesMembersAndVariablesAndShowsTheirColours) {
+  AtTerminal terminal({"repl"}, {"COLORTERM=truecolor"});
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Dim favourite As NSColorQVX = NSColorQ\t.orangeC\t\n");
   ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
@@ -99,18 +107,23 @@ TEST(Terminal, CompletesClassesMembersAndVariables) {
   EXPECT_TRUE(terminal.Shows("\r\n4\r\n")) << terminal.screen();
   terminal.Type("Print favourite.colorSpaceN\t\n");
   EXPECT_TRUE(terminal.Shows("\r\nNSCalibratedRGBColorSpace\r\n")) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("favourite\n");
+  EXPECT_TRUE(terminal.Shows("NSCalibratedRGBColorSpace 1 0.5 0 1 \033[48;2;255;127;0m    \033[0m"))
+      << terminal.screen();
 }
 
 TEST(Terminal, ListsWhatABeginningMayBecome) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
-  terminal.Type("NSColorSpaceQVX.generic\t\t");
-  EXPECT_TRUE(terminal.Shows("NSColorSpaceQVX.genericCMYKColorSpace")) << terminal.screen();
-  EXPECT_TRUE(terminal.Shows("NSColorSpaceQVX.genericRGBColorSpace")) << terminal.screen();
+  terminal.Type("Encodings.UTF\t\t");
+  EXPECT_TRUE(terminal.Shows("Encodings.UTF16")) << terminal.screen();
+  EXPECT_TRUE(terminal.Shows("Encodings.UTF32")) << terminal.screen();
+  EXPECT_TRUE(terminal.Shows("Encodings.UTF8")) << terminal.screen();
 }
 
 TEST(Terminal, EndsTheLineOfThePromptWhenTheInputEnds) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type(kEndOfInput);
   EXPECT_EQ(terminal.Status(), 0);
@@ -120,7 +133,7 @@ TEST(Terminal, EndsTheLineOfThePromptWhenTheInputEnds) {
 TEST(Terminal, KeepsAHistoryFromOneSessionToTheNext) {
   const std::vector<std::string> own = {"XDG_STATE_HOME=" + TemporaryFile("", "") + "history"};
   {
-    AtTerminal terminal({"repl"}, own);
+    AtTerminal terminal(kRepl, own);
     ASSERT_TRUE(terminal.Prompts());
     terminal.Type("6 * 7\n");
     ASSERT_TRUE(terminal.Shows("\r\n42\r\n")) << terminal.screen();
@@ -131,10 +144,35 @@ TEST(Terminal, KeepsAHistoryFromOneSessionToTheNext) {
     terminal.Type(kEndOfInput);
     EXPECT_EQ(terminal.Status(), 0);
   }
-  AtTerminal next({"repl"}, own);
+  AtTerminal next(kRepl, own);
   ASSERT_TRUE(next.Prompts());
   next.Type(std::string(kUp) + "\n");
   EXPECT_TRUE(next.Shows("\r\n42\r\n")) << next.screen();
+}
+
+TEST(Terminal, KeepsItsHistoryInTheHomeFolderWhereNoOtherIsNamed) {
+  const std::string home = TemporaryFile("", "") + "home";
+  std::filesystem::create_directory(home);
+  for (const std::string state : {"XDG_STATE_HOME=", "XDG_STATE_HOME=not/from/the/root"}) {
+    AtTerminal terminal(kRepl, {state, "HOME=" + home});
+    ASSERT_TRUE(terminal.Prompts());
+    terminal.Type("12*12\n");
+    ASSERT_TRUE(terminal.Shows("\r\n144\r\n")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts());
+  }
+  EXPECT_EQ(Lines(ReadFile(home + "/.local/state/hostrun/history")),
+            (std::vector<std::string>{"_HiStOrY_V2_", "12*12", "12*12"}));
+  EXPECT_FALSE(std::filesystem::exists("not"));
+}
+
+TEST(Terminal, KeepsNoHistoryWhereThereIsNoFolderForIt) {
+  AtTerminal terminal(kRepl, {"XDG_STATE_HOME=", "HOME="});
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("12*12\n");
+  ASSERT_TRUE(terminal.Shows("\r\n144\r\n")) << terminal.screen();
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type(kEndOfInput);
+  EXPECT_EQ(terminal.Status(), 0);
 }
 
 // The file as the library writes it: a line of its own, and a blank as its number.
@@ -151,7 +189,7 @@ std::vector<std::string> HistoryAfterASession(int lines) {
     file << "_HiStOrY_V2_\n";
     for (int i = 1; i <= lines; ++i) file << KeptLine(i) << "\n";
   }
-  AtTerminal terminal({"repl"}, {"XDG_STATE_HOME=" + state});
+  AtTerminal terminal(kRepl, {"XDG_STATE_HOME=" + state});
   EXPECT_TRUE(terminal.Prompts());
   terminal.Type(std::string(kUp) + "\n");
   EXPECT_TRUE(terminal.Shows("\r\n" + std::to_string(lines) + "\r\n")) << terminal.screen();
@@ -175,7 +213,7 @@ TEST(Terminal, ShortensAHistoryThatHasGrownToTwiceWhatIsKept) {
 }
 
 TEST(Terminal, DropsALineWhenItIsInterrupted) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Print 1 +");
   ASSERT_TRUE(terminal.Shows("+"));
@@ -187,14 +225,35 @@ TEST(Terminal, DropsALineWhenItIsInterrupted) {
 }
 
 TEST(Terminal, TakesLettersBeyondAscii) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Print \"äöü€\".Length, \"äöü€\"\n");
   EXPECT_TRUE(terminal.Shows("\r\n4 äöü€\r\n")) << terminal.screen();
 }
 
+TEST(Terminal, TakesAByteThatBelongsToNoLetterForAQuestionMark) {
+  AtTerminal terminal(kRepl);
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Print \"a\xFFz\"\n");
+  EXPECT_TRUE(terminal.Shows("\r\na?z\r\n")) << terminal.screen();
+}
+
+TEST(Terminal, IsAskedToMarkPastesWhileALineIsReadUnlessItIsDumb) {
+  AtTerminal terminal(kRepl);
+  ASSERT_TRUE(terminal.Shows("\033[?2004h"));
+  ASSERT_TRUE(terminal.Prompts());
+  terminal.Type("Print 12*12\n");
+  ASSERT_TRUE(terminal.Shows("\033[?2004l")) << terminal.screen();
+  ASSERT_TRUE(terminal.Shows("\r\n144\r\n")) << terminal.screen();
+  AtTerminal dumb(kRepl, {"TERM=dumb"});
+  ASSERT_TRUE(dumb.Prompts());
+  dumb.Type("Print 12*12\n");
+  ASSERT_TRUE(dumb.Shows("144\r\n")) << dumb.screen();
+  EXPECT_EQ(dumb.screen().find("2004"), std::string::npos) << dumb.screen();
+}
+
 TEST(Terminal, InterruptsWhatIsRunningAndKeepsTheSession) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Dim kept As Integer = 42\n");
   ASSERT_TRUE(terminal.Prompts());
@@ -209,7 +268,7 @@ TEST(Terminal, InterruptsWhatIsRunningAndKeepsTheSession) {
 }
 
 TEST(Terminal, InterruptsAStatementThatWaitsForInputAndKeepsTheSession) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Dim kept As String = Input(\"name? \") : Print \"not reached\"\n");
   ASSERT_TRUE(terminal.Shows("\r\nname? ")) << terminal.screen();
@@ -226,7 +285,9 @@ TEST(Terminal, InterruptsAStatementThatWaitsForInputAndKeepsTheSession) {
 }
 
 TEST(Terminal, EndsAProgramThatWaitsForInputWhenItIsInterrupted) {
-  AtTerminal terminal({TemporaryFile("waits.bas", "Dim s As String = Input(\"name? \")\nPrint \"on\"\n")});
+  std::vector<std::string> arguments = Small({});
+  arguments.push_back(TemporaryFile("waits.bas", "Dim s As String = Input(\"name? \")\nPrint \"on\"\n"));
+  AtTerminal terminal(arguments);
   ASSERT_TRUE(terminal.Shows("name? "));
   terminal.Type(kInterrupt);
   EXPECT_EQ(terminal.Status(), 128 + SIGINT);
@@ -234,7 +295,7 @@ TEST(Terminal, EndsAProgramThatWaitsForInputWhenItIsInterrupted) {
 }
 
 TEST(Terminal, NumbersThePromptAsErrorsDo) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts("1> "));
   terminal.Type("Print 1\n");
   ASSERT_TRUE(terminal.Prompts("2> ")) << terminal.screen();
@@ -243,7 +304,7 @@ TEST(Terminal, NumbersThePromptAsErrorsDo) {
 }
 
 TEST(Terminal, TakesAPastedBlockWithEmptyLines) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Shows("\033[?2004h"));
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("\033[200~For i As Integer = 6 To 7\n\n  Print i * 10\n\nNext\n\033[201~");
@@ -258,8 +319,8 @@ TEST(Terminal, TakesAPastedBlockWithEmptyLines) {
 TEST(Terminal, KeepsEachLineOfTwoSessionsAtOnce) {
   const std::vector<std::string> own = {"XDG_STATE_HOME=" + TemporaryFile("", "") + "two"};
   {
-    AtTerminal one({"repl"}, own);
-    AtTerminal two({"repl"}, own);
+    AtTerminal one(kRepl, own);
+    AtTerminal two(kRepl, own);
     ASSERT_TRUE(one.Prompts());
     ASSERT_TRUE(two.Prompts());
     one.Type("11 * 11\n");
@@ -270,7 +331,7 @@ TEST(Terminal, KeepsEachLineOfTwoSessionsAtOnce) {
     ASSERT_TRUE(two.Prompts());
     // Both are killed: nothing is left to be written at their end.
   }
-  AtTerminal next({"repl"}, own);
+  AtTerminal next(kRepl, own);
   ASSERT_TRUE(next.Prompts());
   next.Type(std::string(kUp) + "\n");
   EXPECT_TRUE(next.Shows("\r\n144\r\n")) << next.screen();
@@ -280,14 +341,14 @@ TEST(Terminal, KeepsEachLineOfTwoSessionsAtOnce) {
 }
 
 TEST(Terminal, CompletesKeywords) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("Pri\t 2 + 3\n");
   EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();
 }
 
 TEST(Terminal, AsksForTheRestOfABlock) {
-  AtTerminal terminal({"repl"});
+  AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());
   terminal.Type("For i As Integer = 8 To 9\n");
   ASSERT_TRUE(terminal.Prompts("... ")) << terminal.screen();

@@ -9,6 +9,12 @@ namespace {
 const char* const kCommands[] = {"classes", "check", "check-syntax", "debug",      "trace",
                                  "repl",    "docs",  "swatches",     "completion", "manual"};
 
+// Runs a program on a host without the platform.
+Finished RunSmall(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), WithoutPlatform().begin(), WithoutPlatform().end());
+  return RunHostrun(arguments);
+}
+
 TEST(Use, EachCommandHelpsWithAnExampleAndItsExitStatus) {
   for (const std::string command : kCommands) {
     const Finished finished = RunHostrun({command, "--help"});
@@ -72,31 +78,33 @@ TEST(Use, ACommandThatIsSpelledWrongIsToldFromAProgram) {
 TEST(Use, TheExitStatusesOfARunAreThoseThatTheHelpNames) {
   EXPECT_NE(RunHostrun({"--help"}).out.find("Exit status: 0 fine, 1 an uncaught host exception"),
             std::string::npos);
-  EXPECT_EQ(RunHostrun({TemporaryFile("fine.bas", "Print 1\n")}).status, 0);
-  EXPECT_EQ(RunHostrun({TemporaryFile("raises.bas", "Raise New RuntimeException(\"x\", 1)\n")}).status, 1);
+  EXPECT_EQ(RunSmall({TemporaryFile("fine.bas", "Print 1\n")}).status, 0);
+  EXPECT_EQ(RunSmall({TemporaryFile("raises.bas", "Raise New RuntimeException(\"x\", 1)\n")}).status, 1);
   const std::string ring = TemporaryFile("ring.bas", "Dim r() As Variant\nr.Append r\n");
-  EXPECT_EQ(RunHostrun({ring}).status, 0);
-  EXPECT_EQ(RunHostrun({"--leaks", ring}).status, 1);
-  EXPECT_EQ(RunHostrun({TemporaryFile("wrong.bas", "Dim x As Nothing\n")}).status, 2);
-  EXPECT_EQ(RunHostrun({TemporaryFile("quits.bas", "Quit 9\n")}).status, 9);
+  EXPECT_EQ(RunSmall({ring}).status, 0);
+  EXPECT_EQ(RunSmall({"--leaks", ring}).status, 1);
+  EXPECT_EQ(RunSmall({TemporaryFile("wrong.bas", "Dim x As Nothing\n")}).status, 2);
+  EXPECT_EQ(RunSmall({TemporaryFile("quits.bas", "Quit 9\n")}).status, 9);
 }
 
 TEST(Use, OnlyTheFirstWordIsACommand) {
   const std::string program = TemporaryFile("program.bas", "Print Arguments(0)\n");
-  EXPECT_EQ(RunHostrun({program, "check"}).out, "check\n");
+  EXPECT_EQ(RunSmall({program, "check"}).out, "check\n");
 }
 
 TEST(Use, NothingIsColouredOffATerminal) {
   const std::vector<std::string> colourful = {"TERM=xterm-256color", "COLORTERM=truecolor"};
   EXPECT_EQ(RunHostrun({"classes"}, {}, colourful).out.find('\033'), std::string::npos);
-  EXPECT_EQ(RunHostrun({"check", "--filter", "file/"}, {}, colourful).out.find('\033'), std::string::npos);
+  EXPECT_EQ(
+      RunHostrun({"check", "--filter", "/order", "--host-version", "2015.0"}, {}, colourful).out.find('\033'),
+      std::string::npos);
 }
 
 TEST(Use, AnUncaughtExceptionShowsClassMessageNumberAndTheLinesOfTheProgram) {
   const std::string program = TemporaryFile("deep.bas",
                                             "Sub Inner()\n  Raise New UnsupportedOperationException(\"why\", "
                                             "42)\nEnd Sub\nSub Outer()\n  Inner\nEnd Sub\nOuter\n");
-  const Finished finished = RunHostrun({program});
+  const Finished finished = RunSmall({program});
   EXPECT_EQ(finished.status, 1);
   EXPECT_EQ(finished.err, program +
                               ":2:3: uncaught UnsupportedOperationException: why (error 42)\n"
@@ -106,11 +114,29 @@ TEST(Use, AnUncaughtExceptionShowsClassMessageNumberAndTheLinesOfTheProgram) {
                               "  in Outer, called from line 7\n");
 }
 
+// The line before each has had the last word of where the program stands.
+TEST(Use, WhatAProgramLeaksIsNamedByTheLineThatMadeIt) {
+  const std::string program = TemporaryFile("rings.bas",
+                                            "Dim n As Integer = Len(\"x\")\n"
+                                            "Dim a() As Variant = Array(1)\n"
+                                            "a.Append a\n"
+                                            "n = Len(\"x\")\n"
+                                            "Dim b() As Variant\n"
+                                            "b.Append b\n"
+                                            "n = Len(\"x\")\n"
+                                            "Dim c As New Dictionary\n"
+                                            "c.Value(1) = c\n");
+  EXPECT_EQ(RunSmall({"--leaks", program}).err,
+            "still alive at the end:\n  1 Dictionary, made in line 8\n  1 array, made in line 2\n"
+            "  1 array, made in line 5\n");
+}
+
 TEST(Use, WhatABundleLeaksIsNamedByTheLineThatCalledIt) {
   const std::string program = TemporaryFile("calls.bas", "Dim s As Sound\ns = Sound.Make\ns = Sound.Make\n");
   const auto leaksOf = [&](const std::string& fault) {
-    return RunHostrun({"--leaks", "--platform", "none", "--bundle", BuiltFile("broken/Any.so"), program}, {},
-                      {"BROKEN_BUNDLE_FAULT=" + fault});
+    std::vector<std::string> arguments = WithoutPlatform();
+    arguments.insert(arguments.end(), {"--leaks", program});
+    return RunHostrun(arguments, {}, {"BROKEN_BUNDLE_FAULT=" + fault});
   };
   EXPECT_EQ(leaksOf("LeaksObject").err,
             "still alive at the end:\n  1 Sound, made in line 2\n  1 Sound, made in line 3\n");

@@ -4,9 +4,10 @@
 #include <elf.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+
+#include "tests/hostrun/unit/temporary_folder.h"
 
 namespace hostrun {
 namespace {
@@ -15,14 +16,7 @@ namespace fs = std::filesystem;
 
 class BundleFiles : public testing::Test {
  protected:
-  BundleFiles() {
-    std::string name = (fs::temp_directory_path() / "bundle-files-XXXXXX").native();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-  }
-  ~BundleFiles() override { fs::remove_all(folder_); }
-
-  std::string Path(const std::string& name) const { return (folder_ / name).native(); }
+  std::string Path(const std::string& name) const { return folder_.Path(name); }
   std::string Write(const std::string& bytes) const {
     std::ofstream(Path("file"), std::ios::binary) << bytes;
     return Path("file");
@@ -35,7 +29,7 @@ class BundleFiles : public testing::Test {
   }
 
  private:
-  fs::path folder_;
+  TemporaryFolder folder_;
 };
 
 template <class T>

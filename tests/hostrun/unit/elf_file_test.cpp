@@ -4,13 +4,12 @@
 
 #include <elf.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
+
+#include "tests/hostrun/unit/temporary_folder.h"
 
 namespace hostrun {
 namespace {
@@ -107,12 +106,9 @@ struct TestElf {
 
 class ElfFiles : public testing::Test {
  protected:
-  ElfFiles() : path_(std::filesystem::temp_directory_path() / ("elf-file-" + std::to_string(getpid()))) {}
-  ~ElfFiles() override { std::filesystem::remove(path_); }
-
   ElfFile Read(const std::string& bytes) const {
-    std::ofstream(path_, std::ios::binary) << bytes;
-    return ReadElfFile(path_.native());
+    std::ofstream(folder_.Path("file"), std::ios::binary) << bytes;
+    return ReadElfFile(folder_.Path("file"));
   }
   ElfFile Read(TestElf elf) const { return Read(elf.Bytes()); }
   std::string ProblemOf(const std::string& bytes) const {
@@ -142,7 +138,7 @@ class ElfFiles : public testing::Test {
   }
 
  private:
-  std::filesystem::path path_;
+  TemporaryFolder folder_;
 };
 
 using Names = std::vector<std::string>;

@@ -4,16 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 #include "hostrun/host/services.h"
+#include "tests/hostrun/unit/temporary_folder.h"
 
 namespace hostrun {
 namespace {
-
-namespace fs = std::filesystem;
 
 // As the contract lays it out.
 struct LeafName {
@@ -23,16 +20,10 @@ struct LeafName {
 
 class FileReferences : public testing::Test {
  protected:
-  FileReferences() {
-    std::string name = (fs::temp_directory_path() / "folder-items-XXXXXX").native();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-    std::ofstream(folder_ / "there") << "text";
-  }
-  ~FileReferences() override { fs::remove_all(folder_); }
+  FileReferences() { std::ofstream(folder_.Path("there")) << "text"; }
 
   ObjectRef Item(const std::string& name) const {
-    return ObjectRef::Adopt(NewFolderItem((folder_ / name).native()));
+    return ObjectRef::Adopt(NewFolderItem(folder_.Path(name)));
   }
   static bool Ask(Object* item, LeafName* leaf, bool reference = true) {
     using Service = bool (*)(Object*, void*, void*);
@@ -42,7 +33,7 @@ class FileReferences : public testing::Test {
   }
 
  private:
-  fs::path folder_;
+  TemporaryFolder folder_;
 };
 
 TEST_F(FileReferences, LeadToWhatIsThere) {

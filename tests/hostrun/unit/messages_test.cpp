@@ -87,6 +87,33 @@ TEST(Messages, LeaveRecordsOut) {
   EXPECT_EQ(Shown("NSValue", "valueWithRange:", {1, 2}), "+[NSValue valueWithRange: ...]");
 }
 
+// What a method's encoding says of one argument, of whatever kind, tells where the next one lies.
+TEST(Messages, FindTheArgumentBehindOneOfEachKind) {
+  const struct {
+    const char* selector;
+    const char* types;
+    std::size_t offset;  // of the number
+    const char* shown;
+  } methods[] = {{"first:record:", "v28@0:4{_A={_B=if}[2c](_C=si)}8i24", 24, "..."},
+                 {"first:array:", "v20@0:4[2{_A=ii}]8i16", 16, "..."},
+                 {"first:union:", "v20@0:4(_A={_B=[3f]}d)8i16", 16, "..."},
+                 {"first:pointer:", "v16@0:4^{_A=i^v}8i12", 12, "a pointer"},
+                 {"first:constant:", "v16@0:4rn^{_A=ii}8i12", 12, "a pointer"},
+                 {"first:function:", "v16@0:4^?8i12", 12, "a pointer"},
+                 {"first:text:", "v16@0:4r*8i12", 12, "a pointer"},
+                 {"first:register:", "v16@0:4i+8i+12", 12, "5"}};
+  auto* const metaclass = ClassOf(TheObjectRuntime().getClass("NSObject"));
+  for (const auto& [selector, types, offset, shown] : methods) {
+    ASSERT_TRUE(TheObjectRuntime().addMethod(metaclass, TheObjectRuntime().selector(selector),
+                                             reinterpret_cast<void*>(&SelectorWord), types));
+    std::array<std::uint32_t, 8> words{ClassWord("NSObject"), SelectorWord(selector), 5};
+    words.at(offset / 4) = 7;
+    std::string wanted = std::string("+[NSObject ") + selector + " 7]";
+    wanted.replace(wanted.find(':'), 1, std::string(": ") + shown + " ");
+    EXPECT_EQ(MessageText(words.data()), wanted);
+  }
+}
+
 TEST(Messages, ToNilOrToNobodyWhoKnowsThemAreShownByTheirNames) {
   const std::uint32_t words[] = {0, SelectorWord("set"), 0};
   EXPECT_EQ(MessageText(words), "[nil set]");

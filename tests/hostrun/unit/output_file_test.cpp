@@ -9,12 +9,13 @@
 
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <vector>
+
+#include "tests/hostrun/unit/temporary_folder.h"
 
 namespace hostrun {
 namespace {
@@ -24,17 +25,10 @@ namespace fs = std::filesystem;
 // A folder of its own for each test.
 class OutputFiles : public testing::Test {
  protected:
-  OutputFiles() : folder_(fs::temp_directory_path() / "output-files-XXXXXX") {
-    std::string name = folder_.native();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-  }
-  ~OutputFiles() override { fs::remove_all(folder_); }
-
-  std::string Path(const char* name) const { return (folder_ / name).native(); }
+  std::string Path(const char* name) const { return folder_.Path(name); }
   std::vector<std::string> Found() const {
     std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder_)) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder_.path())) {
       names.push_back(entry.path().filename().native());
     }
     return names;
@@ -45,7 +39,7 @@ class OutputFiles : public testing::Test {
   }
 
  private:
-  fs::path folder_;
+  TemporaryFolder folder_;
 };
 
 using Names = std::vector<std::string>;

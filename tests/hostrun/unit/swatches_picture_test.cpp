@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <stdexcept>
 
 namespace hostrun {
@@ -18,40 +19,39 @@ ColourCard CardWith(double red, double green, double blue, double alpha) {
   return card;
 }
 
+struct Sample {
+  ColourCard card;
+  bool white;
+  double contrast;
+};
+
+void ExpectInks(std::initializer_list<Sample> samples) {
+  for (const auto& [card, white, contrast] : samples) {
+    const std::string colour = ComponentText(card.red) + " " + ComponentText(card.green) + " " +
+                               ComponentText(card.blue) + " " + ComponentText(card.alpha);
+    EXPECT_EQ(InkOn(card).white, white) << colour;
+    EXPECT_NEAR(InkOn(card).contrast, contrast, 1e-5) << colour;
+  }
+}
+
 // The contrast ratios are those of the accessibility guidelines, worked out elsewhere.
 TEST(Ink, IsTheOneWithMoreContrast) {
-  const struct {
-    ColourCard card;
-    bool white;
-    double contrast;
-  } samples[] = {{CardWith(0, 0, 0, 1), true, 21},
-                 {CardWith(1, 1, 1, 1), false, 21},
-                 {CardWith(1, 0, 0, 1), false, 5.252},
-                 {CardWith(0, 1, 0, 1), false, 15.304},
-                 {CardWith(0, 0, 1, 1), true, 8.592471},
-                 {CardWith(0.5, 0.5, 0.5, 1), false, 5.280823},
-                 {CardWith(0.03, 0.03, 0.03, 1), true, 20.068047},
-                 {CardWith(2, -1, 0.5, 1), false, 5.561075}};
-  for (const auto& [card, white, contrast] : samples) {
-    EXPECT_EQ(InkOn(card).white, white) << card.red << " " << card.green << " " << card.blue;
-    EXPECT_NEAR(InkOn(card).contrast, contrast, 1e-5) << card.red << " " << card.green << " " << card.blue;
-  }
+  ExpectInks({{CardWith(0, 0, 0, 1), true, 21},
+              {CardWith(1, 1, 1, 1), false, 21},
+              {CardWith(1, 0, 0, 1), false, 5.252},
+              {CardWith(0, 1, 0, 1), false, 15.304},
+              {CardWith(0, 0, 1, 1), true, 8.592471},
+              {CardWith(0.5, 0.5, 0.5, 1), false, 5.280823},
+              {CardWith(0.03, 0.03, 0.03, 1), true, 20.068047},
+              {CardWith(2, -1, 0.5, 1), false, 5.561075}});
 }
 
 // Of the two greys behind what is seen through the worse one counts.
 TEST(Ink, IsReadOnBothGroundsBehindAColour) {
-  const struct {
-    ColourCard card;
-    bool white;
-    double contrast;
-  } samples[] = {{CardWith(0, 0, 0, 0.5), true, 3.976653},
-                 {CardWith(0.2, 0.1, 0.4, 0.75), true, 6.606675},
-                 {CardWith(1, 1, 1, 0), false, 13.765664},
-                 {CardWith(0, 0, 0, 0), false, 13.765664}};
-  for (const auto& [card, white, contrast] : samples) {
-    EXPECT_EQ(InkOn(card).white, white) << card.alpha;
-    EXPECT_NEAR(InkOn(card).contrast, contrast, 1e-5) << card.alpha;
-  }
+  ExpectInks({{CardWith(0, 0, 0, 0.5), true, 3.976653},
+              {CardWith(0.2, 0.1, 0.4, 0.75), true, 6.606675},
+              {CardWith(1, 1, 1, 0), false, 13.765664},
+              {CardWith(0, 0, 0, 0), false, 13.765664}});
 }
 
 TEST(Cards, OfTheHostsColoursHaveTheirFieldsAsComponents) {

@@ -58,6 +58,7 @@ ANSWERS = {
     "repl": [
         "repl < :help\n:doc NSColorQVX.redColor\n:doc NSColorListQVX\n:doc NSExceptionQVX.message\n:doc Zzz\n"
         ":doc NSColorQVX.redColour\n:doc\n:hlep\n:quit\n1",
+        "repl < " + session("platform"),
         "repl < 1 + 2\n\"text\"\nTrue\nNil\n&c102030\nArray(1, 2)\nNSColorQVX.orangeColor\n"
         "NSColorSpaceQVX.deviceRGBColorSpace\nNew NSColorListQVX\nNew Dictionary\nNew MemoryBlock(3)\n1.5\n1 / 0\nx"],
 }
