@@ -6,6 +6,8 @@
 
 #include <thread>
 
+#include "libcocoa/runtime/host_support.h"
+
 #include "tests/libcocoa/guarded.h"
 #include "tests/libcocoa/raising.h"
 
@@ -84,7 +86,11 @@ TEST(Exception, PastPlainFunctionsNeedsNoUnwinder) {
 // In a thread of its own: other tests leave frames behind.
 TEST(Exception, WithoutAFrameIsTheRuntimesAtOnce) {
   walks = 0;
-  std::thread([] { EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang"); }).join();
+  std::thread([] {
+    void* const pool = objc_autoreleasePoolPush();
+    EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang");
+    objc_autoreleasePoolPop(pool);
+  }).join();
   EXPECT_EQ(walks, 0);
 }
 
