@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "libcocoa/runtime/host_support.h"
-
 #include "tests/libcocoa/guarded.h"
 #include "tests/libcocoa/raising.h"
 
