@@ -1,6 +1,6 @@
 // libcocoa/files/regular_file.c - files that are asked what they are before they are touched.
 #define _GNU_SOURCE
-// Files of any size and time, and with any number.
+// Files of any size and date, with inode numbers of 64 bits.
 #define _FILE_OFFSET_BITS 64
 #define _TIME_BITS 64
 #include "libcocoa/files/regular_file.h"

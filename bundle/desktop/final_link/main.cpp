@@ -32,8 +32,8 @@ constexpr fs::perms kExecutable = fs::perms::owner_exec | fs::perms::group_exec 
   throw std::runtime_error("wanted to write " + path.native() + ", found " + found);
 }
 
-// Writes the whole file, or leaves what is there: it is written beside its place and then takes it. It has
-// those of the rights `more` that go with who may read it.
+// Writes the whole file, or leaves what is there: it is written beside its place and then takes it. Of the
+// rights `more`, those who may read the file get theirs.
 void WriteFile(const fs::path& path, const desktop::Bytes& bytes, fs::perms more = fs::perms::none) {
   std::error_code error;
   const fs::file_status before = fs::status(path, error);
