@@ -14,6 +14,7 @@
 #import "libcocoa/colours/colour_conversion.h"
 #import "libcocoa/colours/tiff_bitmap.h"
 #include "libcocoa/foundation/CFString.h"
+#include "libcocoa/profiles/components.h"
 
 static const char kMagic[] = "GNUstep archive";
 enum { kHeaderSize = 15 + 4 * 9 };  // the magic, then four numbers of eight digits and a colon
@@ -113,7 +114,7 @@ static id const kUnreadable = @"unreadable";
   if ((tag & kTypeMask) != kTypeUnsignedInt) _failed = YES;
   uint64_t count = [self takeNumber:(size_t)2 << ((tag & kSizeMask) >> 5)];
   if (count > (uint64_t)(_end - _at)) _failed = YES;
-  return _failed ? 0 : (uint32_t)count;
+  return (uint32_t)count;
 }
 
 - (CGFloat)takeFloat {
@@ -176,26 +177,26 @@ static id const kUnreadable = @"unreadable";
   [_versions addObject:[NSNumber numberWithUnsignedInt:version]];
 }
 
-// The number of the class in the tables, from 1; 0 on failure.
+// The number of the class in the tables, from 1; anything on failure.
 - (uint32_t)takeClass {
   uint8_t tag = [self takeTag];
   if ((tag & kTypeMask) != kTypeClass) _failed = YES;
-  if (_failed) return 0;
   if (tag & kSeenBefore) {
     uint32_t number = [self takeReference:tag];
     if (number == 0 || number > [_classes count]) _failed = YES;
-    return _failed ? 0 : number;
+    return number;
   }
   uint32_t number = (uint32_t)[_classes count] + 1;
   [self takeNewClass:tag];
   for (tag = [self takeTag]; !_failed && tag != kTypeNone; tag = [self takeTag]) {
     if ((tag & (kTypeMask | kSeenBefore)) != kTypeClass) _failed = YES;
-    if (!_failed) [self takeNewClass:tag];
+    [self takeNewClass:tag];
   }
-  return _failed ? 0 : number;
+  return number;
 }
 
-// --- objects
+// --- objects: a reader may go on after a failure, in which there is nothing more to take; what it answers
+// then is dropped by readObject
 
 // Unit by unit: a key may hold what is no text.
 - (NSString*)takeUnits:(uint32_t)count {
@@ -252,7 +253,7 @@ static id const kUnreadable = @"unreadable";
 
 - (NSData*)readData {
   uint32_t length = [self takeCount];
-  if (length == 0) return _failed ? nil : [NSData data];
+  if (length == 0) return [NSData data];
   BOOL isPacked = [self takeFlag];
   if (isPacked || ![self takeArrayOf:length] || [self takeTag] != kTypeUnsignedChar) return [self fail];
   const uint8_t* bytes = [self take:length];
@@ -302,8 +303,7 @@ static unsigned ChannelsOf(NSString* spaceName) {
   BOOL isOpaque = [self takeFlag];
   for (int i = 0; i < 3; ++i) [self takeInt];  // bits per sample, pixels across and down: the data says them
   NSData* data = [self readObject];
-  if (_failed || ![spaceName isKindOfClass:[NSString class]] || ![data isKindOfClass:[NSData class]])
-    return [self fail];
+  if (![spaceName isKindOfClass:[NSString class]] || ![data isKindOfClass:[NSData class]]) return [self fail];
   NSBitmapImageRep* bitmap = [self bitmapOf:data spaceName:spaceName hasAlpha:hasAlpha];
   [bitmap setSize:size];
   [bitmap setOpaque:isOpaque];
@@ -320,8 +320,7 @@ static unsigned ChannelsOf(NSString* spaceName) {
   BOOL flags[kFlags];
   for (int i = 0; i < kFlags; ++i) flags[i] = [self takeFlag];
   NSArray* bitmaps = [self readObject];
-  if (_failed || (background && ![background isKindOfClass:[NSColor class]]) ||
-      ![bitmaps isKindOfClass:[NSArray class]])
+  if ((background && ![background isKindOfClass:[NSColor class]]) || ![bitmaps isKindOfClass:[NSArray class]])
     return [self fail];
   NSImage* image = flags[kSized] ? [[NSImage alloc] initWithSize:size] : [[NSImage alloc] init];
   [image autorelease];
@@ -345,7 +344,6 @@ static unsigned ChannelsOf(NSString* spaceName) {
 
 - (NSColor*)readPattern {
   id image = [self readObject];
-  if (_failed) return nil;
   if (image == kUnreadable) return QVXUnreadablePattern();
   return !image || [image isKindOfClass:[NSImage class]] ? [NSColor colorWithPatternImage:image]
                                                          : [self fail];
@@ -366,12 +364,11 @@ static unsigned ChannelsOf(NSString* spaceName) {
   if ([kind isEqual:NSNamedColorSpace]) return [self readNamedColor];
   if ([kind isEqual:NSPatternColorSpace]) return [self readPattern];
   NSColorSpace* space = [NSColorSpace colorSpaceForColorSpaceName:kind];
-  if (!space || ![QVXStockNameOfSpace(space) isEqual:kind]) return [self fail];
+  if (![QVXStockNameOfSpace(space) isEqual:kind]) return [self fail];
   BOOL isRGB = [space colorSpaceModel] == NSRGBColorSpaceModel;
-  CGFloat c[7];
+  CGFloat c[QVXMostComponents];
   int count = isRGB ? 7 : [space numberOfColorComponents] + 1;
   for (int i = 0; i < count; ++i) c[i] = [self takeFloat];
-  if (_failed) return nil;
   if (isRGB && c[0] == c[1] && c[1] == c[2])
     return QVXKindOfSpace(space) == QVXDeviceRGBSpace
                ? [NSColor colorWithDeviceHue:c[3] saturation:c[4] brightness:c[5] alpha:c[6]]
@@ -385,9 +382,8 @@ static unsigned ChannelsOf(NSString* spaceName) {
   NSString* name = [self readObject];
   NSDictionary* colors = [self readObject];
   NSArray* keys = [self readObject];
-  if (_failed || (name && ![name isKindOfClass:[NSString class]]) ||
-      ![colors isKindOfClass:[NSDictionary class]] || ![keys isKindOfClass:[NSArray class]] ||
-      [colors count] != [keys count])
+  if ((name && ![name isKindOfClass:[NSString class]]) || ![colors isKindOfClass:[NSDictionary class]] ||
+      ![keys isKindOfClass:[NSArray class]] || [colors count] != [keys count])
     return [self fail];
   QVXColorListContents* contents = [[QVXColorListContents new] autorelease];
   contents.name = name;
@@ -460,5 +456,5 @@ id QVXReadColorArchive(NSData* data, size_t* room) {
   reader->_room = *room;
   id root = [reader readObject];
   *room = reader->_room;
-  return [[root retain] autorelease];
+  return root;  // lives as long as the reader that holds it
 }

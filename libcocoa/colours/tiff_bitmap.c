@@ -37,41 +37,36 @@ static bool Holds(Bytes file, size_t at, size_t size) {
   return at <= file.size && size <= file.size - at;
 }
 
-// The values of a field of whole numbers: false if it has none, more than there is room for, or others.
-static bool Values(Bytes file, size_t field, uint32_t most, uint32_t* values, uint32_t* count) {
+// The values of a field of whole numbers. Answers how many; 0, and nothing is written, if they are too many
+// or others.
+static uint32_t Values(Bytes file, size_t field, uint32_t* values) {
   uint32_t type = Number(file, field + 2, 2);
   size_t each = type == kShort ? 2 : 4;
-  *count = Number(file, field + 4, 4);
-  if ((type != kShort && type != kLong) || *count == 0 || *count > most) return false;
-  size_t at = *count * each <= 4 ? field + 8 : Number(file, field + 8, 4);
-  if (!Holds(file, at, *count * each)) return false;
-  for (uint32_t i = 0; i < *count; ++i) values[i] = Number(file, at + i * each, each);
-  return true;
+  uint32_t count = Number(file, field + 4, 4);
+  if ((type != kShort && type != kLong) || count > QVXMostPlanes) return 0;
+  size_t at = count * each <= 4 ? field + 8 : Number(file, field + 8, 4);
+  if (!Holds(file, at, count * each)) return 0;
+  for (uint32_t i = 0; i < count; ++i) values[i] = Number(file, at + i * each, each);
+  return count;
 }
 
-typedef struct {
-  uint32_t values[QVXMostPlanes];
-  uint32_t count;
-} Field;
-
-// The field of that tag in the directory. A missing one has the one value that stands for it.
-static bool Find(Bytes file, size_t directory, uint32_t tag, uint32_t missing, Field* found) {
+// The same for the field of that tag in the directory. A missing one has the one value that is usual; 0 says
+// that it must not be missing.
+static uint32_t Find(Bytes file, size_t directory, uint32_t tag, uint32_t usual, uint32_t* values) {
   uint32_t fields = Number(file, directory, 2);
   for (uint32_t i = 0; i < fields; ++i) {
     size_t field = directory + 2 + i * kField;
-    if (Number(file, field, 2) == tag)
-      return Values(file, field, QVXMostPlanes, found->values, &found->count);
+    if (Number(file, field, 2) == tag) return Values(file, field, values);
   }
-  *found = (Field){{missing}, 1};
-  return true;
+  values[0] = usual;
+  return usual != 0;
 }
 
-// The same for a field of one value.
-static bool FindOne(Bytes file, size_t directory, uint32_t tag, uint32_t missing, uint32_t* value) {
-  Field found;
-  if (!Find(file, directory, tag, missing, &found)) return false;
-  *value = found.values[0];
-  return true;
+// The first value of that field; 0 if it has none.
+static uint32_t FindOne(Bytes file, size_t directory, uint32_t tag, uint32_t usual) {
+  uint32_t values[QVXMostPlanes] = {0};
+  Find(file, directory, tag, usual, values);
+  return values[0];
 }
 
 static bool IsSampleSize(uint32_t bits) {
@@ -79,24 +74,21 @@ static bool IsSampleSize(uint32_t bits) {
 }
 
 static bool HasKnownLayout(Bytes file, size_t directory, const QVXBitmap* bitmap) {
-  uint32_t rows, fillOrder, predictor;
-  return FindOne(file, directory, kRowsPerStrip, bitmap->height, &rows) && rows >= bitmap->height &&
-         FindOne(file, directory, kFillOrder, 1, &fillOrder) && fillOrder == 1 &&
-         FindOne(file, directory, kPredictor, 1, &predictor) && predictor == 1;
+  return FindOne(file, directory, kRowsPerStrip, bitmap->height) >= bitmap->height &&
+         FindOne(file, directory, kFillOrder, 1) == 1 && FindOne(file, directory, kPredictor, 1) == 1;
 }
 
 static bool FindShape(Bytes file, size_t directory, QVXBitmap* bitmap) {
-  Field bits;
-  uint32_t planes;
-  if (!FindOne(file, directory, kWidth, 0, &bitmap->width) ||
-      !FindOne(file, directory, kHeight, 0, &bitmap->height) ||
-      !FindOne(file, directory, kSamplesPerPixel, 1, &bitmap->samplesPerPixel) ||
-      !FindOne(file, directory, kPacking, kNotPacked, &bitmap->packing) ||
-      !FindOne(file, directory, kPlanes, 1, &planes) || !Find(file, directory, kBitsPerSample, 1, &bits))
-    return false;
-  for (uint32_t i = 1; i < bits.count; ++i)
-    if (bits.values[i] != bits.values[0]) return false;
-  bitmap->bitsPerSample = bits.values[0];
+  bitmap->width = FindOne(file, directory, kWidth, 0);
+  bitmap->height = FindOne(file, directory, kHeight, 0);
+  bitmap->samplesPerPixel = FindOne(file, directory, kSamplesPerPixel, 1);
+  bitmap->packing = FindOne(file, directory, kPacking, kNotPacked);
+  uint32_t bits[QVXMostPlanes] = {0};
+  uint32_t count = Find(file, directory, kBitsPerSample, 1, bits);
+  for (uint32_t i = 1; i < count; ++i)
+    if (bits[i] != bits[0]) return false;
+  bitmap->bitsPerSample = bits[0];
+  uint32_t planes = FindOne(file, directory, kPlanes, 1);
   bitmap->isPlanar = planes == 2;
   bitmap->planes = bitmap->isPlanar ? bitmap->samplesPerPixel : 1;
   return bitmap->width > 0 && bitmap->width <= kLargestSide && bitmap->height > 0 &&
@@ -107,15 +99,11 @@ static bool FindShape(Bytes file, size_t directory, QVXBitmap* bitmap) {
 }
 
 static bool FindStrips(Bytes file, size_t directory, QVXBitmap* bitmap) {
-  Field starts, sizes;
-  if (!Find(file, directory, kStripStarts, 0, &starts) || !Find(file, directory, kStripSizes, 0, &sizes) ||
-      starts.count != bitmap->planes || sizes.count != bitmap->planes)
+  if (Find(file, directory, kStripStarts, 0, bitmap->starts) != bitmap->planes ||
+      Find(file, directory, kStripSizes, 0, bitmap->sizes) != bitmap->planes)
     return false;
-  for (uint32_t i = 0; i < bitmap->planes; ++i) {
-    if (!Holds(file, starts.values[i], sizes.values[i])) return false;
-    bitmap->starts[i] = starts.values[i];
-    bitmap->sizes[i] = sizes.values[i];
-  }
+  for (uint32_t i = 0; i < bitmap->planes; ++i)
+    if (!Holds(file, bitmap->starts[i], bitmap->sizes[i])) return false;
   return true;
 }
 

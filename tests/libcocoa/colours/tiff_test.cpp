@@ -198,6 +198,24 @@ TEST(TIFFFile, MayLeaveOutWhatHasAUsualValue) {
   }
 }
 
+TEST(TIFFFile, HasABitForASampleThatSaysNoSize) {
+  Fields fields = kSmall;
+  fields.erase(258);
+  QVXBitmap bitmap{};
+  const Bytes file = File(fields);
+  ASSERT_TRUE(QVXOpenBitmap(file.data(), file.size(), &bitmap));
+  EXPECT_EQ(bitmap.bitsPerSample, 1U);
+  EXPECT_EQ(bitmap.bytesPerRow, 1U);
+}
+
+TEST(TIFFFile, MustSayWhatHasNoUsualValue) {
+  for (const std::uint32_t tag : {256U, 257U, 273U, 279U}) {
+    Fields fields = kSmall;
+    fields.erase(tag);
+    EXPECT_FALSE(IsTaken(File(fields))) << tag;
+  }
+}
+
 TEST(TIFFFile, IsRefusedForWhatGNUstepDoesNotWrite) {
   const std::vector<std::pair<std::uint32_t, std::uint32_t>> strange{
       {256, 0}, {256, 65536}, {257, 0}, {257, 65536}, {258, 0}, {258, 3}, {258, 32}, {259, 2},
@@ -281,6 +299,14 @@ TEST(TIFFFile, MayHaveShortAndLongNumbersInAndBehindAField) {
   EXPECT_FALSE(IsTaken(FileWith(258, kByte, 1, {8, 0, 0, 0})));
   EXPECT_FALSE(IsTaken(FileWith(258, 5, 1, {8, 0, 0, 0})));
   EXPECT_FALSE(IsTaken(FileWith(258, kShort, 0, {8, 0})));
+}
+
+TEST(TIFFFile, IsRefusedForANumberOfAnotherKind) {
+  for (const auto& [tag, value] : kSmall) {
+    const Bytes number{static_cast<std::uint8_t>(value), 0, 0, 0};
+    EXPECT_TRUE(IsTaken(FileWith(tag, kLong, 1, number))) << tag;
+    EXPECT_FALSE(IsTaken(FileWith(tag, kByte, 1, number))) << tag;
+  }
 }
 
 TEST(TIFFFile, HoldsTheValuesBehindAFieldToTheLastByte) {
