@@ -17,7 +17,7 @@ static NSColor* KeyedCMYK(NSCoder* coder) {
   NSString* text = [[[NSString alloc] initWithBytes:bytes length:size
                                            encoding:NSISOLatin1StringEncoding] autorelease];
   NSScanner* scanner = [NSScanner scannerWithString:text];
-  float c[5] = {0, 0, 0, 0, 1};
+  float c[5] = {[4] = 1};
   unsigned found = 0;
   while (found < 5 && [scanner scanFloat:&c[found]]) ++found;
   return found < 4 ? nil : [NSColor colorWithDeviceCyan:c[0] magenta:c[1] yellow:c[2] black:c[3] alpha:c[4]];

@@ -53,7 +53,7 @@
                      saturation:(CGFloat)saturation
                      brightness:(CGFloat)brightness
                           alpha:(CGFloat)alpha {
-  if (!space || [space colorSpaceModel] != NSRGBColorSpaceModel) return nil;
+  if ([space colorSpaceModel] != NSRGBColorSpaceModel) return nil;
   QVXRGB rgb = QVXRGBFromHSB(hue, saturation, brightness);
   return QVXColorWithComponents(space, (CGFloat[]){rgb.red, rgb.green, rgb.blue, alpha});
 }

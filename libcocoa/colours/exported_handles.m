@@ -31,7 +31,7 @@ void QVXForgetHandle(id object) {
 }
 
 BOOL QVXIsLiveHandle(const void* handle) {
-  if (!handle || !__atomic_load_n(&handles, __ATOMIC_ACQUIRE)) return NO;
+  if (!__atomic_load_n(&handles, __ATOMIC_ACQUIRE)) return NO;
   pthread_mutex_lock(&lock);
   BOOL live = NSHashGet(handles, handle) != NULL;
   pthread_mutex_unlock(&lock);

@@ -18,7 +18,7 @@ static ssize_t ReadAll(int file, char* bytes, size_t size) {
   while (done < size) {
     ssize_t got = read(file, bytes + done, size - done);
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return -1;
+    if (got < 0) return got;
     if (got == 0) break;  // it has become shorter
     done += (size_t)got;
   }
@@ -81,7 +81,8 @@ bool QVXIsReallyInFolder(const char* path, const char* folder) {
   return inside;
 }
 
-// Whether the path's first bytes, which name a folder, lead into the real folder.
+// Whether the path's first bytes, which name a folder, lead into the real folder. No bytes lead nowhere: they
+// stand for the root, which is in no other folder.
 static bool LeadsWithin(const char* path, size_t length, const char* realFolder) {
   char* start = strndup(path, length);
   char* real = start ? realpath(start, NULL) : NULL;
@@ -98,8 +99,8 @@ bool QVXLeavesFolderByLink(const char* path, const char* folder) {
   bool wasWithin = path[0] != '/' && LeadsWithin(".", 1, real);
   const char* end;
   for (const char* name = path; !leaves && (end = strchr(name, '/')); name = end + 1) {
-    bool isWithin = end == path ? LeadsWithin("/", 1, real) : LeadsWithin(path, (size_t)(end - path), real);
-    bool isUp = end - name == 2 && memcmp(name, "..", 2) == 0;
+    bool isWithin = LeadsWithin(path, (size_t)(end - path), real);
+    bool isUp = strncmp(name, "../", 3) == 0;
     leaves = wasWithin && !isWithin && !isUp;
     wasWithin = isWithin;
   }

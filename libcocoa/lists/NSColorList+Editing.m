@@ -73,7 +73,7 @@
 // Removing a key that is not there changes nothing, and nothing is posted.
 - (void)removeColorWithKey:(NSString*)key {
   [self qvx_checkEditable:_cmd];
-  if (!key || ![_colorDictionary objectForKey:key]) return;
+  if (![_colorDictionary objectForKey:key]) return;
   NSString* own = [[key copy] autorelease];
   [_colorDictionary removeObjectForKey:own];
   [_orderedColorKeys removeObject:own];

@@ -32,8 +32,7 @@ static NSString* FullPath(NSString* path) {
 // name.clr in the folder; nil if the name can't be a file's. GNUstep's own methods for this take a backslash
 // for a separator, "C:" for a drive and "~" for a home.
 static NSString* PathInFolder(NSString* folder, NSString* name) {
-  if (!folder || [name length] == 0 || [name rangeOfString:@"/" options:NSLiteralSearch].length > 0)
-    return nil;
+  if ([name length] == 0 || [name rangeOfString:@"/" options:NSLiteralSearch].length > 0) return nil;
   return FullPath([NSString stringWithFormat:@"%@/%@.%@", folder, name, kExtension]);
 }
 
@@ -121,10 +120,7 @@ static BOOL LeavesColorFolder(NSString* path) {
   [_fullFileName release];
   _fullFileName = own;
   for (NSString* folder in QVXColorFolders())
-    if (IsReallyInFolder(own, folder)) {
-      QVXMakeListAvailable(self);
-      break;
-    }
+    if (IsReallyInFolder(own, folder)) QVXMakeListAvailable(self);
   return YES;
 }
 

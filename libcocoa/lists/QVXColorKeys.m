@@ -38,19 +38,19 @@
   return [_keys countByEnumeratingWithState:state objects:objects count:count];
 }
 
-// Looks at the place that is remembered, then in wider and wider surroundings.
+// Looks at the place that is remembered, then in wider and wider surroundings: what has a place is there.
 - (NSUInteger)indexOfObject:(id)key {
   void* found;
   void* remembered;
-  if (!key || !NSMapMember(_places, key, &found, &remembered)) return NSNotFound;
+  if (!NSMapMember(_places, key, &found, &remembered)) return NSNotFound;
   NSUInteger count = [_keys count];
   NSUInteger place = (NSUInteger)remembered;
   if (place < count && [_keys objectAtIndex:place] == (id)found) return place;
   for (NSUInteger reach = 16;; reach *= 16) {
     NSUInteger begin = place > reach ? MIN(place - reach, count) : 0;
-    NSUInteger end = reach < count && place < count - reach ? place + reach : count;
+    NSUInteger end = MIN(place + reach, count);
     NSUInteger index = [_keys indexOfObjectIdenticalTo:(id)found inRange:NSMakeRange(begin, end - begin)];
-    if (index != NSNotFound || (begin == 0 && end == count)) return index;
+    if (index != NSNotFound) return index;
   }
 }
 

@@ -33,7 +33,6 @@ static BOOL ReadLine(NSString* line, QVXColorListContents* contents) {
   if (![scanner scanInt:&method] || method != 0) return NO;
   for (int i = 0; i < 4; ++i)
     if (![scanner scanFloat:&c[i]] || !isfinite(c[i])) return NO;
-  [scanner scanCharactersFromSet:[NSCharacterSet whitespaceCharacterSet] intoString:NULL];
   NSString* key = [[line substringFromIndex:[scanner scanLocation]]
       stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
   if ([key length] == 0) return NO;
@@ -61,7 +60,7 @@ static QVXColorListContents* ContentsOfText(NSData* data) {
   QVXColorListContents* contents = [[QVXColorListContents new] autorelease];
   for (int i = 0; i < count; ++i) {
     NSAutoreleasePool* pool = [NSAutoreleasePool new];
-    BOOL good = at <= end && ReadLine(TakeLine(&at, end), contents);
+    BOOL good = at < end && ReadLine(TakeLine(&at, end), contents);
     [pool release];
     if (!good) return nil;
   }
@@ -72,11 +71,10 @@ static QVXColorListContents* ContentsOfText(NSData* data) {
 
 QVXColorListContents* QVXReadColorList(NSString* path) {
   @try {
-    size_t size = 0;
+    size_t size;
     void* bytes = QVXReadRegularFile([path fileSystemRepresentation], QVXLargestColorList, &size);
     if (!bytes) return nil;
     NSData* data = [NSData dataWithBytesNoCopy:bytes length:size freeWhenDone:YES];
-    if (size == 0) return nil;
     return QVXIsColorArchive(data) ? ContentsOfArchive(data) : ContentsOfText(data);
   } @catch (NSException* exception) {
     return nil;  // a path that no file can have, or damaged data: it is no colour list

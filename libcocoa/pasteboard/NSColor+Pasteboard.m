@@ -11,17 +11,17 @@ static int ignoresAlpha = -1;
 
 + (BOOL)ignoresAlpha {
   int known = __atomic_load_n(&ignoresAlpha, __ATOMIC_ACQUIRE);
-  if (known >= 0) return known != 0;
+  if (known >= 0) return (BOOL)known;
   NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
   int asked = [defaults objectForKey:@"NSIgnoreAlpha"] ? [defaults boolForKey:@"NSIgnoreAlpha"] : YES;
   // What the program has set in the meantime wins.
-  if (__atomic_compare_exchange_n(&ignoresAlpha, &known, asked, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE))
-    return asked != 0;
-  return known != 0;
+  BOOL isFirst =
+      __atomic_compare_exchange_n(&ignoresAlpha, &known, asked, NO, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+  return (BOOL)(isFirst ? asked : known);
 }
 
 + (void)setIgnoresAlpha:(BOOL)flag {
-  __atomic_store_n(&ignoresAlpha, flag ? 1 : 0, __ATOMIC_RELEASE);
+  __atomic_store_n(&ignoresAlpha, flag != NO, __ATOMIC_RELEASE);
 }
 
 // Does nothing unless the pasteboard's owner has declared the type.
@@ -39,7 +39,6 @@ static int ignoresAlpha = -1;
 // nil if there is no colour, or what is there can't be read as one. Opaque where alpha is ignored.
 + (NSColor*)colorFromPasteboard:(NSPasteboard*)pasteboard {
   NSData* data = [pasteboard dataForType:NSColorPboardType];
-  if ([data length] == 0) return nil;
   id color = nil;
   size_t room = QVXRoomForImages(data);
   @try {

@@ -137,7 +137,7 @@
 
 // nil and the empty name make a new pasteboard with a name of its own.
 - (id<GSPasteboardObj>)pasteboardWithName:(NSString*)name {
-  while (!name || [name length] == 0) {
+  while ([name length] == 0) {
     name = [NSString stringWithFormat:@"Pasteboard-%d-%u", getpid(), ++_uniqueCount];
     if ([_pasteboards objectForKey:name]) name = nil;
   }

@@ -1,16 +1,20 @@
 // tests/libcocoa/regular_file_test.cpp - files that are asked what they are before they are touched.
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,9 +33,16 @@ struct Reads {
 };
 thread_local Reads* reads = nullptr;
 
+// What happens to a file just before it is opened, and how it is opened then.
+struct Opening {
+  std::function<void()> before;
+  int flags = 0;
+};
+thread_local Opening* opening = nullptr;
+
 }  // namespace
 
-// Takes the place of the C library's own, which it calls.
+// Take the place of the C library's own, which they call.
 extern "C" ssize_t read(int file, void* bytes, std::size_t size) {
   static const auto own = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
   if (reads == nullptr) return own(file, bytes, size);
@@ -42,6 +53,18 @@ extern "C" ssize_t read(int file, void* bytes, std::size_t size) {
   if (end >= 0) return end == 0 ? 0 : own(file, bytes, std::min(size, static_cast<std::size_t>(end)));
   errno = static_cast<int>(-end);
   return -1;
+}
+extern "C" int open64(const char* path, int flags, ...) {
+  static const auto own = reinterpret_cast<int (*)(const char*, int, ...)>(dlsym(RTLD_NEXT, "open64"));
+  va_list more;
+  va_start(more, flags);
+  const auto mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : mode_t{};
+  va_end(more);
+  if (opening != nullptr) {
+    opening->flags = flags;
+    opening->before();
+  }
+  return own(path, flags, mode);
 }
 
 namespace {
@@ -157,6 +180,61 @@ TEST_F(RegularFile, IsAskedForBeforeAnythingIsOpened) {
   close(watch);
 }
 
+TEST_F(RegularFile, IsAskedForAgainOnceItIsOpen) {
+  const std::string file = Written("file", "contents");
+  int other = -1;  // holds the pipe open, so that nobody could wait for it
+  Opening byAnother{[&] {
+    opening = nullptr;
+    fs::remove(file);
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    other = open(file.c_str(), O_RDWR);
+  }};
+  opening = &byAnother;
+  EXPECT_EQ(ContentsOf(file), std::nullopt);
+  EXPECT_GE(other, 0) << "it was not opened";
+  close(other);
+  EXPECT_EQ(byAnother.flags, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+}
+
+std::size_t MemoryInUse() {
+  const struct mallinfo2 use = ::mallinfo2();
+  return use.uordblks + use.hblkhd;
+}
+
+int NextFile() {
+  const int next = dup(STDIN_FILENO);
+  close(next);
+  return next;
+}
+
+// So many uses that the C library has no room left over from others.
+void ExpectNothingLeftBehind(const std::function<void()>& use) {
+  constexpr int kUses = 100;
+  constexpr std::size_t kSmallest = 16;  // block of memory, in bytes
+  use();
+  const std::size_t memory = MemoryInUse();
+  const int file = NextFile();
+  for (int i = 0; i < kUses; ++i) use();
+  EXPECT_LT(MemoryInUse(), memory + kUses * kSmallest / 2);
+  EXPECT_EQ(NextFile(), file);
+}
+
+TEST_F(RegularFile, LeavesNothingBehindOnceItIsRead) {
+  const std::string file = Written("file", "0123456789");
+  ExpectNothingLeftBehind([&] { ContentsOf(file); });
+  ExpectNothingLeftBehind([&] {
+    Reads failing{{4, -EIO}};
+    ContentsByReads(file, failing);
+  });
+}
+
+TEST_F(RegularFile, LeavesNothingBehindOnceItsPlaceIsKnown) {
+  const std::string folder = Folder("folder");
+  Link("folder/out", "..");
+  ExpectNothingLeftBehind([&] { QVXIsReallyInFolder((folder + "/out/x").c_str(), folder.c_str()); });
+  ExpectNothingLeftBehind([&] { QVXLeavesFolderByLink((folder + "/out/x").c_str(), folder.c_str()); });
+}
+
 TEST_F(RegularFile, IsOneWhateverItsSizeAndTime) {
   const std::string file = Written("file", "contents");
   ASSERT_EQ(std::system(("touch -d 2100-01-01 " + file).c_str()), 0);
@@ -218,12 +296,14 @@ TEST_F(RegularFile, LeavesAFolderByALinkHoweverThePathIsSpelled) {
   Folder("elsewhere/deep");
   Link("folder/out", "../elsewhere");
   Link("folder/around", "inner");
+  Link("folder/up", "..");
   Link("in", "folder");
   const auto leaves = [&](const std::string& path) {
     return QVXLeavesFolderByLink(path.c_str(), folder.c_str());
   };
   EXPECT_TRUE(leaves(folder + "/out/file"));
   EXPECT_TRUE(leaves(folder + "//out/./file"));
+  EXPECT_TRUE(leaves(folder + "/up/file"));
   EXPECT_TRUE(leaves(folder + "/inner/../out/deep/file"));
   EXPECT_TRUE(leaves(folder + "/out/../file"));
   EXPECT_TRUE(leaves(Path("in/out/file")));
@@ -239,6 +319,9 @@ TEST_F(RegularFile, LeavesAFolderByALinkHoweverThePathIsSpelled) {
   EXPECT_TRUE(leaves("out/file"));
   EXPECT_FALSE(leaves("inner/file"));
   EXPECT_FALSE(leaves("file"));
+  EXPECT_FALSE(leaves(folder + "/file")) << "the path begins at the root";
+  fs::current_path(Path(""));
+  EXPECT_FALSE(leaves("elsewhere/file"));
   fs::current_path(before);
 }
 

@@ -192,6 +192,22 @@ SCENARIO("removing one list leaves the others available", "", "System, 0, 2, 3")
   return Names();
 }
 
+SCENARIO("a list written to the system's folder is available", "", "System, Mine") {
+  NSColorList* list = [[[NSColorList alloc] initWithName:@"Mine"] autorelease];
+  [list writeToFile:SystemColours()];
+  return Names();
+}
+
+SCENARIO("a list that is removed and written again is where it was", "", "System; Good, System") {
+  InChild(WriteGood);
+  PutFromScratch(UserColours(), @"Good.clr");
+  NSColorList* list = [NSColorList colorListNamed:@"Good"];
+  [list removeFile];
+  NSString* without = Names();
+  [list writeToFile:nil];
+  return [NSString stringWithFormat:@"%@; %@", without, Names()];
+}
+
 SCENARIO("a list written twice is available once", "Mine, System", "System, Mine") {
   NSColorList* list = [[[NSColorList alloc] initWithName:@"Mine"] autorelease];
   [list writeToFile:nil];
@@ -207,6 +223,7 @@ SCENARIO("a list that is available has one reference for that, however often it 
   unsigned once = (unsigned)[list retainCount];
   pool = [NSAutoreleasePool new];
   [list writeToFile:nil];
+  Names();
   [pool release];
   unsigned twice = (unsigned)[list retainCount];
   pool = [NSAutoreleasePool new];

@@ -197,6 +197,42 @@ SCENARIO("a text file may be of UTF-8 or Latin-1, line by line", "", "2 keys, ye
 SCENARIO("half a text file makes no list", "empty", "nil") {
   return Told(From(PutText(@"palette.clr", @"2\n0 0.25 0.5 0.75 1 first\n")));
 }
+SCENARIO("half a text file makes no list, whether its last line ends or not", "", "nil") {
+  return Told(From(PutText(@"palette.clr", @"2\n0 0.25 0.5 0.75 1 first")));
+}
+SCENARIO("a text file may have a last line without an end, and empty ones behind it", "",
+         "1 1.000 0.000 0.000 1.000 CalibratedRGB, 1 1.000 0.000 0.000 1.000 CalibratedRGB") {
+  return Joined([NSArray arrayWithObjects:Told(From(PutText(@"palette.clr", @"1\n0 1 0 0 1 1"))),
+                                          Told(From(PutText(@"palette.clr", @"1\n0 1 0 0 1 1\n\n \t\n"))),
+                                          nil]);
+}
+SCENARIO("a text file may say that it has no colours, and not less", "", "empty, nil") {
+  return Joined([NSArray arrayWithObjects:Told(From(PutText(@"palette.clr", @"0\n"))),
+                                          Told(From(PutText(@"palette.clr", @"-1\n"))), nil]);
+}
+
+// What the file is with that line for its only one, or with that text behind a good one.
+static NSString* WithLine(NSString* line) {
+  return Told(From(PutText(@"palette.clr", [@"1\n" stringByAppendingString:line])));
+}
+SCENARIO("a line that has no four numbers and a name makes no list", "", "nil, nil, nil, nil") {
+  return Joined([NSArray arrayWithObjects:WithLine(@"0 1 0 0 1\n"), WithLine(@"0 1 0 1 name\n"),
+                                          WithLine(@"0 1e999 0 0 1 name\n"), WithLine(@"name\n"), nil]);
+}
+SCENARIO("more than is announced makes no list", "", "nil, nil") {
+  return Joined([NSArray arrayWithObjects:WithLine(@"0 1 0 0 1 one\n0 1 0 0 1 two\n"),
+                                          Told(From(PutText(@"palette.clr", @"1 x\n0 1 0 0 1 one\n"))), nil]);
+}
+
+SCENARIO("a list that is given no name has the one that stands in its file", "", "Palette, Other") {
+  NSString* path = InScratch(@"palette.clr");
+  [Palette() writeToFile:path];
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  NSColorList* unnamed = [[NSColorList alloc] initWithName:nil fromFile:path];
+  NSColorList* named = [[NSColorList alloc] initWithName:@"Other" fromFile:path];
+  [pool release];
+  return Joined([NSArray arrayWithObjects:[[unnamed autorelease] name], [[named autorelease] name], nil]);
+}
 SCENARIO("a text file of an unknown method makes no list", "empty", "nil") {
   return Told(From(PutText(@"palette.clr", @"1\n7 0.25 0.5 0.75 1 first\n")));
 }
@@ -290,6 +326,26 @@ SCENARIO("a file elsewhere is not removed", "removed", "left alone") {
   [list writeToFile:path];
   [list removeFile];
   return Exists(path) ? @"left alone" : @"removed";
+}
+
+SCENARIO("a list without a file has none to remove", "", "nothing") {
+  return RAISED([Palette() removeFile]);
+}
+
+static void WriteSystem(void) {
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  [[[[NSColorList alloc] initWithName:@"System"] autorelease] writeToFile:nil];
+  [pool release];
+}
+SCENARIO("a list that can't be edited does not remove its file", "", "no, left alone") {
+  InChild(WriteSystem);
+  NSColorList* system = [NSColorList colorListNamed:@"System"];
+  [system removeFile];
+  return Joined([NSArray arrayWithObjects:YesNo([system isEditable]),
+                                          Exists([UserColours() stringByAppendingPathComponent:@"System.clr"])
+                                              ? @"left alone"
+                                              : @"removed",
+                                          nil]);
 }
 
 SCENARIO("a list written elsewhere is not available", "no", "no") {

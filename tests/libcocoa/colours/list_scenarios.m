@@ -207,6 +207,17 @@ SCENARIO("an edit does not keep a list alive", "2 reference", "1 reference") {
   return [NSString stringWithFormat:@"%u reference", (unsigned)[list retainCount]];
 }
 
+SCENARIO("an edit does not keep a key alive", "", "1 reference") {
+  NSColorList* list = ABC();
+  NSString* key = [[NSString alloc] initWithFormat:@"a key of %@", @"its own"];
+  NSAutoreleasePool* pool = [NSAutoreleasePool new];
+  [list setColor:[NSColor redColor] forKey:key];
+  [list insertColor:[NSColor redColor] key:key atIndex:0];
+  [list removeColorWithKey:key];
+  [pool release];
+  return [NSString stringWithFormat:@"%u reference", (unsigned)[key retainCount]];
+}
+
 SCENARIO("a list from a coder can't be edited", "abc, no, NSColorListNotEditableException",
          "abc, no, NSColorListNotEditableException") {
   NSColorList* list =
