@@ -23,9 +23,9 @@ static NSMapTable* NewTable(NSUInteger capacity) {
 
 @implementation QVXPointerDictionary
 
-- (instancetype)initWithCapacity:(NSUInteger)capacity {
+- (instancetype)init {
   self = [super init];
-  if (self) _table = NewTable(capacity);
+  if (self) _table = NewTable(0);
   return self;
 }
 
@@ -36,15 +36,12 @@ static NSMapTable* NewTable(NSUInteger capacity) {
 
 @end
 
-// Room that is made beforehand at most; a dictionary grows beyond it as it needs.
-static const CFIndex kMostRoom = 1024;
-
 static Class dictionaryClass;
 
 // nil for anything but a dictionary made here: in any other the keys would be taken for objects.
 static QVXPointerDictionary* Checked(CFDictionaryRef dictionary) {
   QVXPointerDictionary* object = (QVXPointerDictionary*)dictionary;
-  return object && object_getClass(object) == dictionaryClass ? object : nil;
+  return object_getClass(object) == dictionaryClass ? object : nil;
 }
 
 // A map table never shrinks. One that holds far fewer entries than it once did is rebuilt, so that a program
@@ -70,9 +67,8 @@ QVX_EXPORT CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef alloc
                                                             const void* valueCallBacks) {
   if (capacity < 0 || keyCallBacks || valueCallBacks) return NULL;
   dictionaryClass = [QVXPointerDictionary class];
-  const CFIndex room = capacity < kMostRoom ? capacity : kMostRoom;
   @try {
-    return (CFMutableDictionaryRef)[[QVXPointerDictionary alloc] initWithCapacity:(NSUInteger)room];
+    return (CFMutableDictionaryRef)[[QVXPointerDictionary alloc] init];
   } @catch (NSException* exhausted) {
     return NULL;
   }

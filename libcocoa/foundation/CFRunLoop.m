@@ -2,6 +2,7 @@
 #include "libcocoa/foundation/CFRunLoop.h"
 
 #import <Foundation/Foundation.h>
+#include <math.h>
 
 #include "libcocoa/runtime/exported.h"
 
@@ -16,7 +17,7 @@ static NSDate* RunDue(NSRunLoop* loop, NSString* mode) {
   NSDate* next = [loop limitDateForMode:mode];
   NSTimeInterval wait = next ? [next timeIntervalSinceNow] : kDue;
   if (wait >= kDue) return next;
-  if (wait > 0) [NSThread sleepForTimeInterval:wait];
+  [NSThread sleepForTimeInterval:wait];  // not at all below 0
   return [loop limitDateForMode:mode];
 }
 
@@ -25,12 +26,11 @@ QVX_EXPORT int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds,
   if (!mode) return kCFRunLoopRunFinished;
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
   NSRunLoop* loop = [NSRunLoop currentRunLoop];
-  NSDate* end = [NSDate dateWithTimeIntervalSinceNow:seconds > 0 ? seconds : 0];
+  NSDate* end = [NSDate dateWithTimeIntervalSinceNow:fmax(seconds, 0)];  // 0 for what is no number
   int32_t result;
   do {
     NSDate* next = RunDue(loop, (NSString*)mode);
-    [loop acceptInputForMode:(NSString*)mode
-                  beforeDate:seconds > 0 && next ? [next earlierDate:end] : [NSDate distantPast]];
+    [loop acceptInputForMode:(NSString*)mode beforeDate:[next earlierDate:end]];  // nil: does not wait
     result = next ? kCFRunLoopRunTimedOut : kCFRunLoopRunFinished;
   } while (result == kCFRunLoopRunTimedOut && !returnAfterSourceHandled && [end timeIntervalSinceNow] > 0);
   [pool drain];

@@ -14,29 +14,22 @@ enum { kStackUnits = 256 };
 // Text that NSString's own initialisers refuse or change: UTF-16 with a surrogate that has no partner, and
 // text that starts with what they take for a byte-order mark. Here it is kept unit by unit.
 @interface QVXVerbatimString : NSString {
-  unichar* _units;
   NSUInteger _length;
 }
-- (instancetype)initWithUnits:(const unichar*)units length:(NSUInteger)length;
 @end
+
+// Where the units are: behind the object itself.
+static unichar* UnitsOf(QVXVerbatimString* string) {
+  return object_getIndexedIvars(string);
+}
 
 @implementation QVXVerbatimString
 
-- (instancetype)initWithUnits:(const unichar*)units length:(NSUInteger)length {
-  self = [super init];
-  _units = malloc(length * sizeof *_units);
-  if (!_units) {
-    [self release];
-    return nil;
-  }
-  memcpy(_units, units, length * sizeof *_units);
-  _length = length;
-  return self;
-}
-
-- (void)dealloc {
-  free(_units);
-  [super dealloc];
++ (instancetype)newWithUnits:(const unichar*)units length:(NSUInteger)length {
+  QVXVerbatimString* string = NSAllocateObject(self, length * sizeof *units, NULL);
+  memcpy(UnitsOf(string), units, length * sizeof *units);
+  string->_length = length;
+  return string;
 }
 
 - (NSUInteger)length {
@@ -46,14 +39,14 @@ enum { kStackUnits = 256 };
 - (unichar)characterAtIndex:(NSUInteger)index {
   if (index >= _length)
     [NSException raise:NSRangeException format:@"index %u is beyond a string of %u units", index, _length];
-  return _units[index];
+  return UnitsOf(self)[index];
 }
 
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range {
   if (range.location > _length || range.length > _length - range.location)
     [NSException raise:NSRangeException
                 format:@"range %@ is beyond a string of %u units", NSStringFromRange(range), _length];
-  memcpy(buffer, _units + range.location, range.length * sizeof *buffer);
+  memcpy(buffer, UnitsOf(self) + range.location, range.length * sizeof *buffer);
 }
 
 - (id)copyWithZone:(NSZone*)zone {
@@ -68,16 +61,16 @@ enum { kStackUnits = 256 };
 
 @end
 
-// How many units from `begin` on are certainly no surrogates.
-static CFIndex SkipPlainUnits(const UniChar* units, CFIndex begin, CFIndex count) {
+// How many units from the first on are certainly no surrogates.
+static CFIndex SkipPlainUnits(const UniChar* units, CFIndex count) {
   enum { kBlock = sizeof(__m128i) / sizeof *units };
-  CFIndex i = begin;
+  CFIndex i = 0;
   for (; count - i >= kBlock; i += kBlock) {
     __m128i block = _mm_loadu_si128((const __m128i*)(units + i));
     __m128i high = _mm_and_si128(block, _mm_set1_epi16((short)0xF800));
     if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_set1_epi16((short)0xD800))) != 0) break;
   }
-  return i - begin;
+  return i;
 }
 
 // Whether the unit there and the next one are a character together.
@@ -88,7 +81,7 @@ static BOOL HasPartner(const UniChar* units, CFIndex at, CFIndex count) {
 
 static BOOL NeedsVerbatimString(const UniChar* units, CFIndex count) {
   if (count != 0 && (units[0] == 0xFEFF || units[0] == 0xFFFE)) return YES;
-  for (CFIndex i = SkipPlainUnits(units, 0, count); i < count; ++i) {
+  for (CFIndex i = SkipPlainUnits(units, count); i < count; ++i) {
     if (units[i] < 0xD800 || units[i] > 0xDFFF) continue;
     if (!HasPartner(units, i, count)) return YES;
     ++i;
@@ -102,7 +95,7 @@ QVX_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, co
   NSUInteger length = (NSUInteger)count;
   @try {
     if (NeedsVerbatimString(characters, count))
-      return (CFStringRef)[[QVXVerbatimString alloc] initWithUnits:characters length:length];
+      return (CFStringRef)[QVXVerbatimString newWithUnits:characters length:length];
     return (CFStringRef)[[NSString alloc] initWithCharacters:characters length:length];
   } @catch (NSException* exhausted) {
     return NULL;

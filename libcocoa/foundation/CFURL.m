@@ -19,23 +19,17 @@ QVX_EXPORT CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* 
   }
 }
 
-// Whether a path can be of that text: GNUstep raises for a surrogate without its partner, and takes a zero
-// for the end.
-static BOOL CanBeInPath(NSString* text) {
+// Whether GNUstep would take a character of the text for its end.
+static BOOL HoldsZero(NSString* text) {
   const NSUInteger count = [text length];
-  unichar last = 0;  // the first half of a character, or 0
-  for (NSUInteger i = 0; i < count; ++i) {
-    const unichar unit = [text characterAtIndex:i];
-    const BOOL isSecond = unit >= 0xDC00 && unit <= 0xDFFF;
-    if (unit == 0 || isSecond != (last != 0)) return NO;
-    last = unit >= 0xD800 && unit <= 0xDBFF ? unit : 0;
-  }
-  return last == 0;
+  NSUInteger i = 0;
+  while (i < count && [text characterAtIndex:i] != 0) ++i;
+  return i < count;
 }
 
 QVX_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url,
                                                           CFStringRef component, Boolean isDirectory) {
-  if (!url || !component || !CanBeInPath((NSString*)component)) return NULL;
+  if (!component || HoldsZero((NSString*)component)) return NULL;
   @try {
     NSString* folder = [(NSURL*)url path];
     if (!folder) return NULL;
@@ -49,7 +43,7 @@ QVX_EXPORT CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocat
 }
 
 QVX_EXPORT CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFIndex style) {
-  if (!url || style != kCFURLPOSIXPathStyle) return NULL;
+  if (style != kCFURLPOSIXPathStyle) return NULL;
   @try {
     return (CFStringRef)[[(NSURL*)url path] copy];
   } @catch (NSException* exhausted) {

@@ -1,12 +1,14 @@
 // libcocoa/foundation/FSRef.c - file references: a tag and an index into the process's table of paths.
 // Files of any size and time, and with any number, have a reference.
 #define _FILE_OFFSET_BITS 64
+#define _GNU_SOURCE
 #define _TIME_BITS 64
 #include "libcocoa/foundation/FSRef.h"
 
 #include <pthread.h>
 #include <search.h>
 #include <stdbool.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -35,7 +37,6 @@ typedef struct {
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
 static Entry** entries;  // by index
 static uint32_t entryCount;
-static uint32_t entryCapacity;
 static void* byPath;  // the same entries, in a tree
 
 static int Compare(const void* one, const void* other) {
@@ -52,14 +53,9 @@ static Entry* NewEntry(const char* path) {
 
 // Finds the path in the table, or enters it. False if memory is exhausted. The caller holds the lock.
 static bool IndexOf(const char* path, uint32_t* index) {
-  if (entryCount == entryCapacity) {
-    uint32_t capacity = entryCapacity != 0 ? entryCapacity * 2 : 16;
-    Entry** grown = realloc(entries, capacity * sizeof *grown);
-    if (!grown) return false;
-    entries = grown;
-    entryCapacity = capacity;
-  }
-  Entry* entry = NewEntry(path);
+  Entry** grown = realloc(entries, (entryCount + 1) * sizeof *grown);
+  if (grown) entries = grown;
+  Entry* entry = grown ? NewEntry(path) : NULL;
   Entry** found = entry ? tsearch(entry, &byPath, Compare) : NULL;
   bool isNew = found && *found == entry;
   if (isNew)
@@ -73,16 +69,10 @@ static bool IndexOf(const char* path, uint32_t* index) {
 static char* Absolute(const char* path) {
   if (path[0] == '/') return strdup(path);
   char* folder = getcwd(NULL, 0);
-  if (!folder) return NULL;
-  size_t length = strlen(folder);
-  char* joined = realloc(folder, length + 1 + strlen(path) + 1);
-  if (!joined) {
-    free(folder);
-    return NULL;
-  }
-  joined[length] = '/';
-  strcpy(joined + length + 1, path);
-  return joined;
+  char* joined = NULL;
+  bool done = folder && asprintf(&joined, "%s/%s", folder, path) > 0;
+  free(folder);
+  return done ? joined : NULL;
 }
 
 QVX_EXPORT OSStatus FSPathMakeRef(const uint8_t* path, FSRef* ref, Boolean* isDirectory) {

@@ -105,16 +105,12 @@ static size_t AppendCharacter(uint16_t* units, size_t count, uint32_t code) {
   return count + 2;
 }
 
-// The length of the UTF-8 sequence at p, or 0 if there is none. Overlong forms, surrogates and codes above
-// U+10FFFF do not count.
+// The length of the UTF-8 sequence at p, or 0 if there is none or it is ASCII. Overlong forms, surrogates and
+// codes above U+10FFFF do not count; a first byte that is none makes such a code.
 static size_t ReadUTF8(const uint8_t* p, size_t room, uint32_t* code) {
-  if (p[0] < 0x80) {
-    *code = p[0];
-    return 1;
-  }
   size_t length = p[0] >= 0xF0 ? 4 : p[0] >= 0xE0 ? 3 : 2;
-  if (p[0] < 0xC2 || p[0] > 0xF4 || length > room) return 0;
-  uint32_t value = p[0] & (0x7Fu >> length);
+  if (p[0] < 0xC2 || length > room) return 0;
+  uint32_t value = p[0] & (0xFFu >> length);
   for (size_t i = 1; i < length; ++i) {
     if ((p[i] & 0xC0) != 0x80) return 0;
     value = (value << 6) | (p[i] & 0x3F);
@@ -155,18 +151,17 @@ static size_t NarrowASCII(const uint16_t* units, size_t count, uint8_t* bytes) {
 }
 
 static bool DecodeUTF8(const uint8_t* text, size_t length, uint16_t* units, size_t* count) {
-  for (size_t i = 0; i < length;) {
+  for (size_t i = 0;;) {
     size_t run = WidenASCII(text + i, length - i, units + *count);
     i += run;
     *count += run;
-    if (i == length) break;
+    if (i == length) return true;
     uint32_t code;
     size_t step = ReadUTF8(text + i, length - i, &code);
     if (step == 0) return false;
     *count = AppendCharacter(units, *count, code);
     i += step;
   }
-  return true;
 }
 
 static bool DecodeSingleBytes(uint32_t encoding, const uint8_t* text, size_t length, uint16_t* units) {

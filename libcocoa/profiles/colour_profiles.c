@@ -26,7 +26,7 @@ enum { kHeaderSize = 128, kSmallestProfile = 132, kBuckets = 64 };
 
 // What Little CMS may ask for to open a profile and to make its transforms, in bytes. A curve of a few bytes
 // takes 8 KiB; every profile of seven Debian packages that describes a space gets by with it.
-enum { kMemoryAtLeast = 2 * 1024 * 1024, kMemoryPerByte = 32 };
+enum { kMemoryAtLeast = 0x200000, kMemoryPerByte = 32 };
 
 // Guards the buckets, every reference count and the numbers. Never held while Little CMS works.
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
@@ -37,7 +37,7 @@ static uint32_t ReadWord(const unsigned char* bytes) {
   return (uint32_t)bytes[0] << 24 | (uint32_t)bytes[1] << 16 | (uint32_t)bytes[2] << 8 | bytes[3];
 }
 
-// Whether a header byte says nothing about colour: date, flags, rendering intent, identifier.
+// Whether a byte, one of the header, says nothing about colour: date, flags, rendering intent, identifier.
 static bool IsIgnored(size_t at) {
   return (at >= 24 && at < 36) || (at >= 44 && at < 48) || (at >= 64 && at < 68) || (at >= 84 && at < 100);
 }
@@ -45,7 +45,7 @@ static bool IsIgnored(size_t at) {
 static uint32_t HashOf(const unsigned char* bytes, size_t size) {
   uint32_t hash = QVXHashOfNothing;
   for (size_t i = 0; i < size; ++i)
-    if (i >= kHeaderSize || !IsIgnored(i)) hash = QVXHashWith(hash, bytes[i]);
+    if (!IsIgnored(i)) hash = QVXHashWith(hash, bytes[i]);
   return hash;
 }
 
@@ -112,8 +112,8 @@ static unsigned ChannelsOf(const unsigned char* header, int* model) {
 static uint16_t* CopyDescription(cmsHPROFILE handle, size_t* length) {
   cmsUInt32Number size = cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", NULL, 0);
   size_t room = size / sizeof(wchar_t);
-  wchar_t* text = malloc(size + sizeof *text);
-  uint16_t* units = malloc((room + 1) * sizeof *units);
+  wchar_t* text = malloc(size);
+  uint16_t* units = malloc(size);  // a character of four bytes has two units at most
   if (!units || !text || !cmsGetProfileInfo(handle, cmsInfoDescription, "en", "US", text, size)) room = 0;
   size_t count = 0;
   for (const wchar_t* next = text; count + 1 < room && *next; ++next) {

@@ -12,7 +12,7 @@
 enum { kShards = 16, kChains = 64 };
 
 // How much memory the transforms may take together. One between RGB profiles takes 51 KiB.
-static const int64_t kMostMemory = 128 * 1024 * 1024;
+static const int64_t kMostMemory = 128 << 20;
 
 typedef struct Entry {
   struct Entry* next;

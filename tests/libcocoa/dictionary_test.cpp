@@ -60,6 +60,8 @@ TEST_F(Dictionary, IgnoresTheOneKeyThatItCanNotHold) {
   EXPECT_EQ(CFDictionaryGetValue(dictionary_, Pointer(UINTPTR_MAX)), nullptr);
   CFDictionaryRemoveValue(dictionary_, Pointer(UINTPTR_MAX));
   EXPECT_EQ(CFDictionaryGetCount(dictionary_), 0);
+  CFDictionarySetValue(dictionary_, Pointer(16), Pointer(1));
+  EXPECT_EQ(CFDictionaryGetCount(dictionary_), 1);
 }
 
 TEST_F(Dictionary, NeitherRetainsNorAsksItsKeys) {
@@ -98,6 +100,40 @@ TEST_F(Dictionary, GivesMemoryBackAndKeepsWhatIsLeft) {
   for (std::uintptr_t i = 1; i <= kEntries; ++i)
     ASSERT_EQ(CFDictionaryGetValue(dictionary_, Pointer(i)), i % 100 == 0 ? Pointer(3 * i) : nullptr);
   EXPECT_LE(HeapInUse() - before, (most - before) / 2);
+}
+
+// How many of the entries with the keys from 1 on are left when removing the last of them gives memory back;
+// 0 where none does.
+std::uintptr_t LeftWhenMemoryIsGivenBack(CFMutableDictionaryRef dictionary, std::uintptr_t entries) {
+  for (std::uintptr_t i = 1; i <= entries; ++i) CFDictionarySetValue(dictionary, Pointer(i), Pointer(1));
+  for (std::uintptr_t left = entries; left-- != 0;) {
+    const std::size_t before = HeapInUse();
+    CFDictionaryRemoveValue(dictionary, Pointer(left + 1));
+    if (HeapInUse() + 1000 < before) return left;
+  }
+  return 0;
+}
+
+TEST_F(Dictionary, GivesMemoryBackAtAQuarterOfMoreThan1024) {
+  EXPECT_EQ(LeftWhenMemoryIsGivenBack(dictionary_, 1024), 0U);
+  EXPECT_EQ(LeftWhenMemoryIsGivenBack(dictionary_, 2048), 512U);
+  // It counts anew from there.
+  EXPECT_EQ(LeftWhenMemoryIsGivenBack(dictionary_, 1024), 0U);
+  EXPECT_EQ(LeftWhenMemoryIsGivenBack(dictionary_, 1025), 256U);
+}
+
+TEST(Dictionaries, GiveTheirMemoryBackWhenTheyGo) {
+  const auto makeMany = [] {
+    for (int i = 0; i < 50; ++i) {
+      const CFMutableDictionaryRef dictionary = CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr);
+      CFDictionarySetValue(dictionary, Pointer(16), Pointer(1));
+      CFRelease(dictionary);
+    }
+  };
+  makeMany();
+  const std::size_t before = HeapInUse();
+  makeMany();
+  EXPECT_LT(HeapInUse(), before + 500);
 }
 
 TEST_F(Dictionary, IsAnObjectWithReferences) {

@@ -1,5 +1,6 @@
 // tests/libcocoa/host_support_test.cpp - autorelease pools, the run loop and object counts.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <chrono>
 #include <cmath>
@@ -89,6 +90,24 @@ TEST(RunLoop, WaitsNoTimeThatIsNone) {
   }
 }
 
+TEST(RunLoop, WaitsAsLongAsItIsTold) {
+  const id array = kNew(PlatformClass<"NSMutableArray">());
+  const Message<"performSelector:withObject:afterDelay:", void(SEL, id, double)> later;
+  later(array, sel_registerName("addObject:"), array, 3600.0);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.02, 0), kCFRunLoopRunTimedOut);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(19));
+  EXPECT_EQ((Message<"count", NSUInteger()>()(array)), 0U);
+}
+
+TEST(RunLoop, LeavesNoDateBehind) {
+  QVXCountInstances(1);
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);
+  const CFIndex before = QVXLiveInstances("NSDate");
+  CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0);
+  EXPECT_EQ(QVXLiveInstances("NSDate"), before);
+}
+
 TEST(RunLoop, WithNothingToDoIsFinished) {
   EXPECT_NE(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 0), 0);
   EXPECT_EQ(CFRunLoopRunInMode(nullptr, 0, 0), kCFRunLoopRunFinished);
@@ -146,6 +165,24 @@ TEST(InstanceCount, IncludesTheClassesBelow) {
   EXPECT_EQ(QVXLiveInstances("NSColor"), before + 1);
   objc_autoreleasePoolPop(pool);
   EXPECT_EQ(QVXLiveInstances("NSColor"), before);
+}
+
+TEST(InstanceCount, GivesBackTheMemoryThatItTakes) {
+  QVXCountInstances(1);
+  QVXLiveInstances("NSObject");
+  const std::size_t before = ::mallinfo2().uordblks;
+  for (int i = 0; i < 10; ++i) QVXLiveInstances("NSObject");
+  EXPECT_LT(::mallinfo2().uordblks, before + 100);
+}
+
+TEST(InstanceCount, StopsWhereItIsToldTo) {
+  QVXCountInstances(1);
+  CFRelease(kNew(PlatformClass<"NSLock">()));
+  const CFIndex before = QVXLiveInstances("NSLock");
+  QVXCountInstances(0);
+  const id lock = kNew(PlatformClass<"NSLock">());
+  EXPECT_EQ(QVXLiveInstances("NSLock"), before);
+  CFRelease(lock);
 }
 
 TEST(InstanceCount, IsZeroForAnUnknownName) {

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+extern "C" {
+#include "libcocoa/foundation/text_encoding.h"
+}
 #include "tests/libcocoa/guarded.h"
 
 namespace {
@@ -149,7 +152,8 @@ TEST(UnpairedSurrogates, LeaveNoMemoryBehind) {
 INSTANTIATE_TEST_SUITE_P(All, UnpairedSurrogate,
                          testing::Values(std::u16string{0xD800}, std::u16string{0xDC00},
                                          std::u16string{u'a', 0xD83D}, std::u16string{0xDE00, u'a'},
-                                         std::u16string{0xDE00, 0xD83D},
+                                         std::u16string{0xDE00, 0xD83D}, std::u16string{0xDC00, 0xDC00},
+                                         std::u16string{0xD83D, 0xE000},
                                          std::u16string{0xD83D, 0xD83D, 0xDE00}));
 
 struct Sample {
@@ -198,6 +202,7 @@ INSTANTIATE_TEST_SUITE_P(
                WithZeros("\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", 20),
                u"\u007F\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF"},
         Sample{kUTF8, WithZeros("\xEF\xBB\xBFx", 5), u"\uFEFFx"},
+        Sample{kUTF8, WithZeros("\xED\x9F\xBF\xEE\x80\x80", 7), std::u16string{0xD7FF, 0xE000}},
         Sample{kUTF16, WithZeros("A\0\xAC\x20\x3D\xD8\x00\xDE\0\0", 10), u"A\u20AC\U0001F600"},
         Sample{kUTF16LE, WithZeros("A\0\xAC\x20\x3D\xD8\x00\xDE\0\0", 10), u"A\u20AC\U0001F600"},
         Sample{kUTF16BE, WithZeros("\0A\x20\xAC\xD8\x3D\xDE\x00\0\0", 10), u"A\u20AC\U0001F600"},
@@ -238,15 +243,27 @@ TEST(MixedText, GoesThereAndBackWhereverTheOddCharacterStands) {
   for (std::size_t length = 0; length < 50; ++length) {
     for (std::size_t place = 0; place <= length; ++place) {
       for (const std::string& odd : oddOnes) {
-        const std::string text = std::string(place, 'a') + odd + std::string(length - place, 'z');
+        const std::string letters = "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyz";
+        const std::string text = letters.substr(0, place) + odd + letters.substr(place, length - place);
         const String string = FromBytes(text.c_str(), kUTF8);
         std::array<char, 80> buffer;
         ASSERT_TRUE(CFStringGetCString(string.Get(), buffer.data(), buffer.size(), kUTF8));
         ASSERT_EQ(buffer.data(), text);
-        ASSERT_EQ(Units(string).substr(0, place), std::u16string(place, u'a'));
+        ASSERT_EQ(Units(string).substr(0, place),
+                  std::u16string(letters.begin(), letters.begin() + static_cast<int>(place)));
         ASSERT_EQ(CFStringGetLength(string.Get()), static_cast<CFIndex>(length + (odd.size() == 4 ? 2 : 1)));
       }
     }
+  }
+}
+
+TEST(MixedText, HasTheOddByteOfMacRomanWhereverItStands) {
+  for (std::size_t place = 0; place < 50; ++place) {
+    std::string bytes(50, 'a');
+    bytes[place] = '\x8e';
+    std::u16string units(50, u'a');
+    units[place] = u'\u00e9';
+    EXPECT_EQ(Units(FromBytes(bytes.c_str(), kMacRoman)), units) << place;
   }
 }
 
@@ -278,10 +295,12 @@ TEST(LoneSurrogate, IsKeptWhereverItStands) {
 TEST(LoneSurrogate, AloneMakesAStringOfAnotherClass) {
   constexpr qvx::Message<"class", id()> kClass;
   const id plain = kClass(FromUnits(u"a\u20ACb").Object());
+  const id verbatim = kClass(FromUnits(std::u16string{0xD83D, u'b'}).Object());
+  ASSERT_NE(verbatim, nullptr);
+  EXPECT_NE(verbatim, plain);
   EXPECT_EQ(kClass(FromUnits(u"a\U0001F600b").Object()), plain);
   EXPECT_EQ(kClass(FromUnits(u"a\U0001F600").Object()), plain);
-  EXPECT_NE(kClass(FromUnits(std::u16string{0xD83D, u'b'}).Object()), plain);
-  EXPECT_NE(kClass(FromUnits(u"a\xD83D").Object()), plain);
+  EXPECT_EQ(kClass(FromUnits(u"a\xD83D").Object()), verbatim);
   // What lies behind the last unit is no other half.
   EXPECT_EQ(Units(FromUnits(std::u16string_view(u"a\U0001F600").substr(0, 2))), u"a\xD83D");
   // The outermost ones of both kinds make whole pairs with each other, and what lies beside them is plain.
@@ -289,11 +308,12 @@ TEST(LoneSurrogate, AloneMakesAStringOfAnotherClass) {
     for (const char16_t low : {char16_t{0xDC00}, char16_t{0xDFFF}})
       EXPECT_EQ(kClass(FromUnits(std::u16string{high, low}).Object()), plain);
     for (const char16_t other : {char16_t{0xD7FF}, char16_t{0xDBFF}, char16_t{0xE000}})
-      EXPECT_NE(kClass(FromUnits(std::u16string{high, other}).Object()), plain);
+      EXPECT_EQ(kClass(FromUnits(std::u16string{high, other}).Object()), verbatim);
   }
+  EXPECT_EQ(kClass(FromUnits(std::u16string{0xDC00, 0xDC00}).Object()), verbatim);
   EXPECT_EQ(kClass(FromUnits(std::u16string{0xD7FF, 0xE000, 0xFEFF, 0xFFFE}).Object()), plain);
-  EXPECT_NE(kClass(FromUnits(std::u16string{0xFEFF}).Object()), plain);
-  EXPECT_NE(kClass(FromUnits(std::u16string{0xFFFE}).Object()), plain);
+  EXPECT_EQ(kClass(FromUnits(std::u16string{0xFEFF}).Object()), verbatim);
+  EXPECT_EQ(kClass(FromUnits(std::u16string{0xFFFE}).Object()), verbatim);
 }
 
 TEST(MacRoman, GoesThereAndBackForEveryByte) {
@@ -366,10 +386,24 @@ INSTANTIATE_TEST_SUITE_P(All, MalformedText,
                                          Malformed{kUTF8, "\xF0\x80\x80\xAF"},  // overlong
                                          Malformed{kUTF8, "\xED\xA0\x80"},      // surrogate
                                          Malformed{kUTF8, "\xF4\x90\x80\x80"},  // past the last code
+                                         Malformed{kUTF8, "\xF5\x80\x80\x80"},  // no first bytes
+                                         Malformed{kUTF8, "\xF8\x90\x80\x80"},
                                          Malformed{kUTF8, "\xF8\x88\x80\x80\x80"}, Malformed{kUTF8, "\xFF"},
-                                         Malformed{kASCII, "caf\xE9"}, Malformed{kWindowsLatin1, "\x81"},
+                                         Malformed{kUTF8, "\xFF\x90\x80\x80"}, Malformed{kASCII, "caf\xE9"},
+                                         Malformed{kWindowsLatin1, "\x81"},
                                          Malformed{kUTF32, std::string("\x00\xD8\0\0\0\0\0\0", 8)},
                                          Malformed{kUTF32, std::string("\x00\x00\x11\0\0\0\0\0", 8)}));
+
+TEST(DecodedText, EndsWithItsLastByteWhateverLiesBehind) {
+  for (const std::string text : {"\u00e9", "\u20ac", "\U0001f600"}) {
+    for (std::size_t length = 1; length <= text.size(); ++length) {
+      std::array<std::uint16_t, 4> units;
+      std::size_t count = 0;
+      EXPECT_EQ(QVXDecodeText(kUTF8, text.data(), length, units.data(), &count), length == text.size())
+          << length;
+    }
+  }
+}
 
 TEST(UnknownEncoding, IsRefusedBothWays) {
   const String string = FromUnits(u"a");

@@ -28,6 +28,11 @@ std::string PathOf(CFURLRef url) {
   return text;
 }
 
+std::string TextOf(CFURLRef url) {
+  return Text(qvx::Message<"absoluteString", id()>()(
+      reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(url)))));
+}
+
 CFStringRef NewString(const char* text) {
   return CFStringCreateWithCString(nullptr, text, 0x08000100);
 }
@@ -111,9 +116,29 @@ TEST_F(FileReference, IsMadeOfAFileOfAnySizeAndTime) {
   ASSERT_EQ(std::system(("touch -d 2100-01-01 " + folder_.string()).c_str()), 0);
   ASSERT_EQ(MakeRef(folder_.string(), &ref), noErr);
   const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
-  const id text = qvx::Message<"absoluteString", id()>()(
-      reinterpret_cast<id>(const_cast<void*>(static_cast<const void*>(url))));
-  EXPECT_EQ(Text(text).back(), '/') << "it is a folder's";
+  EXPECT_EQ(TextOf(url).back(), '/') << "it is a folder's";
+  CFRelease(url);
+}
+
+TEST_F(FileReference, GivesAURLThatEndsWithASlashForFoldersOnly) {
+  std::filesystem::create_symlink(folder_, folder_ / "to a folder");
+  std::filesystem::create_symlink("nowhere", folder_ / "to nowhere");
+  Create("file");
+  for (const char* const name : {"", "to a folder", "to nowhere", "file"}) {
+    FSRef ref;
+    ASSERT_EQ(MakeRef((folder_ / name).string(), &ref), noErr) << name;
+    const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
+    EXPECT_EQ(TextOf(url).back() == '/', std::filesystem::is_directory(folder_ / name)) << name;
+    CFRelease(url);
+  }
+}
+
+TEST_F(FileReference, IsAsGoodAsNoneOnceItsFileIsGone) {
+  FSRef ref;
+  ASSERT_EQ(MakeRef(Create("file"), &ref), noErr);
+  std::filesystem::remove(folder_ / "file");
+  const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
+  EXPECT_NE(TextOf(url).back(), '/');
   CFRelease(url);
 }
 
@@ -222,13 +247,28 @@ TEST(URL, IsNotMadeFromAComponentThatNoPathCanHold) {
   ASSERT_EQ(MakeRef("/", &ref), noErr);
   const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
   for (const std::u16string& units :
-       {std::u16string(u"a\0b", 3), std::u16string{u'a', 0xD800}, std::u16string{0xDC00, u'a'},
-        std::u16string{0xD83D, u'a'}, std::u16string{0xD83D, 0xD83D, 0xDE00}}) {
+       {std::u16string(u"a\0b", 3), std::u16string(u"\0b", 2), std::u16string(u"a\0", 2),
+        std::u16string{u'a', 0xD800}, std::u16string{u'a', 0xDBFF, u'b'}, std::u16string{0xDC00, u'a'},
+        std::u16string{0xDFFF}, std::u16string{0xD83D, u'a'}, std::u16string{0xD83D, 0xD83D, 0xDE00}}) {
     const CFStringRef name = CFStringCreateWithCharacters(
         nullptr, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size()));
     EXPECT_EQ(CFURLCreateCopyAppendingPathComponent(nullptr, url, name, 0), nullptr);
     CFRelease(name);
   }
+  CFRelease(url);
+}
+
+TEST(URL, EndsWithASlashWhereTheComponentIsAFolder) {
+  FSRef ref;
+  ASSERT_EQ(MakeRef("/", &ref), noErr);
+  const CFURLRef url = CFURLCreateFromFSRef(nullptr, &ref);
+  const CFStringRef name = NewString("name");
+  for (const Boolean folder : {Boolean{0}, Boolean{1}, Boolean{2}}) {
+    const CFURLRef inside = CFURLCreateCopyAppendingPathComponent(nullptr, url, name, folder);
+    EXPECT_EQ(TextOf(inside), folder != 0 ? "file:///name/" : "file:///name") << int{folder};
+    CFRelease(inside);
+  }
+  CFRelease(name);
   CFRelease(url);
 }
 
