@@ -82,15 +82,12 @@ struct Telling {
 
   struct State {
     Holdings holdings;
-    Untold left;
+    Untold left = Untold::kHostException;
   };
 
   void Begin(State&) {}
   Untold Run(State& state) {
-    if (untold == Untold::kAll) {
-      state.left = Untold::kHostException;
-      Log(exception, state.holdings);
-    }
+    if (untold == Untold::kAll) Log(exception, state.holdings);
     state.left = Untold::kNothing;
     RaiseWrapped(exception, state.holdings);
     return Untold::kNothing;
