@@ -2,7 +2,6 @@
 #include "bundle/bridge/exceptions.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "bundle/bridge/guard.h"
@@ -35,7 +34,7 @@ void RaiseException(const char* exceptionClass, const char* message, Holdings& h
 void RaiseOutOfBoundsException(std::int64_t value, std::int64_t minimum, std::int64_t maximum,
                                const char* parameterName, const char* methodName, Holdings& holdings) {
   constexpr std::size_t kBufferSize = 232;
-  Held buffer(holdings, static_cast<char*>(std::calloc(1, kBufferSize)));
+  Held buffer = ZeroedMemory(kBufferSize, holdings);
   if (!buffer) {
     RaiseException("OutOfBoundsException", "Out of Bounds", holdings);
     return;
@@ -83,15 +82,12 @@ struct Telling {
 
   struct State {
     Holdings holdings;
-    Untold left;
+    Untold left = Untold::kHostException;
   };
 
-  void Begin(State& state) { state.left = untold; }
+  void Begin(State&) {}
   Untold Run(State& state) {
-    if (untold == Untold::kAll) {
-      state.left = Untold::kHostException;
-      Log(exception, state.holdings);
-    }
+    if (untold == Untold::kAll) Log(exception, state.holdings);
     state.left = Untold::kNothing;
     RaiseWrapped(exception, state.holdings);
     return Untold::kNothing;

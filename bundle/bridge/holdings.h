@@ -170,4 +170,9 @@ class Held {
   Thing thing_{};
 };
 
+// Zero-filled memory; nothing when there is none to be had.
+inline Held<char*> ZeroedMemory(std::size_t size, Holdings& holdings) {
+  return {holdings, static_cast<char*>(std::calloc(1, size))};
+}
+
 }  // namespace qvx

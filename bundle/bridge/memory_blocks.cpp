@@ -38,12 +38,12 @@ id NewNSData(REALmemoryBlock block, Holdings& holdings) {
   scope.LockObject(AsObject(block));
   const std::int32_t size = REALMemoryBlockGetSize(block);
   const auto* const bytes = static_cast<const char*>(REALMemoryBlockGetPtr(block));
-  if (bytes != nullptr && size > 0) {
+  if (bytes != nullptr) {
     scope.bytes = bytes;
     scope.length = size;
   }
   id data = nullptr;
-  if (scope.length != 0) {
+  if (scope.length > 0) {
     data = msg::dataWithBytes(PlatformClass<"NSData">(), scope.bytes, static_cast<NSUInteger>(scope.length));
   }
   scope.Release();

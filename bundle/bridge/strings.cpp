@@ -94,7 +94,7 @@ REALstring BuildUTF32OnOldHost(const char* data, std::int32_t length, Holdings& 
   Held<char*> onHeap;
   UniChar* units = onStack;
   if (length > kLongestOnStack) {
-    onHeap = Held(holdings, static_cast<char*>(std::calloc(1, static_cast<std::size_t>(count) * 2 + 4)));
+    onHeap = ZeroedMemory(static_cast<std::size_t>(count) * 2 + 4, holdings);
     if (!onHeap) return nullptr;
     units = reinterpret_cast<UniChar*>(onHeap.Get());
   }
@@ -207,7 +207,7 @@ id NewNSStringOfBytes(REALstring s, Holdings& holdings) {
   const CFStringRef string =
       encoding == kEncodingUTF16
           ? CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(scope.bytes),
-                                         std::max(scope.length, 0) / 2)
+                                         std::max<CFIndex>(scope.length / 2, 0))
           : CFStringCreateWithCString(nullptr, scope.bytes, encoding);
   Held<CFTypeRef> held(holdings, string);
   scope.Release();
@@ -218,7 +218,7 @@ id NewNSStringOfBytes(REALstring s, Holdings& holdings) {
 
 REALstring NSStringRB(id s, Holdings& holdings) {
   constexpr CFIndex kLongestOnStack = 99;
-  constexpr std::int64_t kBytesPerUnit = 6;
+  constexpr CFIndex kBytesPerUnit = 6;
   const auto string = reinterpret_cast<CFStringRef>(s);
   if (string == nullptr) return nullptr;
   const CFIndex length = CFStringGetLength(string);
@@ -231,12 +231,12 @@ REALstring NSStringRB(id s, Holdings& holdings) {
                                   holdings);
   }
 
-  const std::int64_t size = length * kBytesPerUnit;
-  if (size > kLargestBuffer) return nullptr;
-  Held buffer(holdings, static_cast<char*>(std::calloc(1, static_cast<std::size_t>(size))));
+  if (length > kLargestBuffer / kBytesPerUnit) return nullptr;
+  const CFIndex size = length * kBytesPerUnit;
+  Held buffer = ZeroedMemory(static_cast<std::size_t>(size), holdings);
   if (!buffer) return nullptr;
   REALstring result = nullptr;
-  if (CFStringGetCString(string, buffer.Get(), static_cast<CFIndex>(size), kEncodingUTF8) != 0) {
+  if (CFStringGetCString(string, buffer.Get(), size, kEncodingUTF8) != 0) {
     result = REALBuildUnicodeString(buffer.Get(), static_cast<std::int64_t>(std::strlen(buffer.Get())),
                                     kEncodingUTF8, holdings);
   }

@@ -307,8 +307,9 @@ void ReadElements(REALarray array, std::int32_t upperBound, CGFloat* values) {
 
 // The count of components is not compared with the space's own: the platform decides what a mismatch gives.
 REALobject colorWithColorSpace(REALobject space, REALarray components) {
+  constexpr std::int32_t kMostComponents = 20;
   constexpr std::int32_t kSmallestUpperBound = 1;
-  constexpr std::int32_t kLargestUpperBound = 19;
+  constexpr std::int32_t kLargestUpperBound = kMostComponents - 1;
   return Factory([space, components](Holdings& holdings) -> id {
     const id nativeSpace = NativeOf(space);
     if (nativeSpace == nullptr) {
@@ -321,7 +322,7 @@ REALobject colorWithColorSpace(REALobject space, REALarray components) {
                                 "colorWithColorSpace", holdings);
       return nullptr;
     }
-    CGFloat values[kLargestUpperBound + 1];
+    CGFloat values[kMostComponents];
     ReadElements(components, upperBound, values);
     return msg::colorWithColorSpace(NSColorClass(), nativeSpace, values, upperBound + 1);
   });

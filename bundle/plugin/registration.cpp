@@ -17,17 +17,17 @@ namespace {
 constexpr std::int32_t kNewestOldLayout = 9;
 constexpr std::int32_t kClassDataAlignment = 16;
 
-// A zero-filled array of `count` old records; null for a size of zero or above 2^31 - 1 bytes.
+// A zero-filled array of `count` old records; null for none, and above 2^31 - 1 bytes.
 char* NewOldRecords(std::int32_t count, std::size_t oldSize) {
-  const std::int64_t size = std::int64_t{count} * static_cast<std::int64_t>(oldSize);
-  if (size <= 0 || size > std::numeric_limits<std::int32_t>::max()) return nullptr;
-  return static_cast<char*>(std::calloc(1, static_cast<std::size_t>(size)));
+  constexpr std::size_t kMostBytes = std::numeric_limits<std::int32_t>::max();
+  if (count <= 0 || static_cast<std::size_t>(count) > kMostBytes / oldSize) return nullptr;
+  return static_cast<char*>(std::calloc(static_cast<std::size_t>(count), oldSize));
 }
 
 // The first `oldSize` bytes of each record in a new array; null for none.
 template <typename Record>
 Record* Shrunk(const Record* records, std::int32_t count, std::size_t oldSize) {
-  if (records == nullptr || count == 0) return nullptr;
+  if (records == nullptr) return nullptr;
   char* const shrunk = NewOldRecords(count, oldSize);
   if (shrunk == nullptr) return nullptr;
   for (std::int32_t i = 0; i < count; ++i) {

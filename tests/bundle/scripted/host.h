@@ -106,6 +106,8 @@ class Host {
   std::int32_t upperBoundOfNull = -1;               // what "RuntimeUBound" answers for no array
   std::optional<std::int32_t> lengthOfEveryString;  // what "LenB" answers instead of the truth
 
+  char flagOfLastString = 0;  // what "REALGetStringCFString" got last, undefined where it was passed none
+
   // The resolver, as the bundle gets it.
   static void* Resolve(const char* name);
 

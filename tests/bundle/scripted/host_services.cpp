@@ -218,8 +218,9 @@ void* LoadGlobalMethod(const char* declaration) {
 }
 
 // One function behind both wrappers: a caller that passes no flag leaves the second argument undefined.
-const void* GetStringCFString(void* string) {
+const void* GetStringCFString(void* string, char flag) {
   const Outside outside;
+  TheHost().flagOfLastString = flag;
   if (Note("REALGetStringCFString", {NameOf(string)}) || string == nullptr) return nullptr;
   const HostString& host = TheHost().String(string);
   const auto text = Decode(host.bytes, host.encoding);

@@ -4,6 +4,8 @@
 // own.
 #pragma once
 
+#include <exception>
+
 #include "bundle/bridge/exceptions.h"
 #include "bundle/bridge/holdings.h"
 #include "bundle/bridge/instances.h"
@@ -13,10 +15,20 @@
 
 namespace unit {
 
+// What a conversion has borrowed, it has given back itself once it returns: the guard gives back only what an
+// exception leaves.
+struct OwnHoldings : qvx::UnguardedHoldings {
+  ~OwnHoldings() {
+    if (std::uncaught_exceptions() == 0) {
+      EXPECT_EQ(Count(), 0U);
+    }
+  }
+};
+
 template <auto convert, typename... Arguments>
 auto Convert(Arguments... arguments) {
   const auto call = +[](Arguments... values) {
-    qvx::UnguardedHoldings holdings;
+    OwnHoldings holdings;
     return convert(values..., holdings);
   };
   return Call(call, arguments...);

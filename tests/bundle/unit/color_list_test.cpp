@@ -20,14 +20,18 @@ class ColorList : public NewHost {
   }
   static void* Text(const char* text) { return host.NewString(text); }
   static bool Create(HostObject& object, const char* name = "name") {
-    return CallMethod<std::uint8_t>(kList, "Create(name as string) as boolean", object, Text(name)) != 0;
+    return Truth(CallMethod<std::uint8_t>(kList, "Create(name as string) as boolean", object, Text(name)));
   }
   static bool CreateFromFile(HostObject& object) {
-    return CallMethod<std::uint8_t>(kList, "Create(name as string, path as string) as boolean", object,
-                                    Text("name"), Text("/path")) != 0;
+    return Truth(CallMethod<std::uint8_t>(kList, "Create(name as string, path as string) as boolean", object,
+                                          Text("name"), Text("/path")));
   }
   static bool Load(HostObject& object) {
-    return CallMethod<std::uint8_t>(kList, "Load(name as string) as boolean", object, Text("name")) != 0;
+    return Truth(CallMethod<std::uint8_t>(kList, "Load(name as string) as boolean", object, Text("name")));
+  }
+  static bool Truth(std::uint8_t answer) {
+    EXPECT_LE(answer, 1);
+    return answer != 0;
   }
   static Lines Order() { return Log().Lines({EventKind::kMessage, EventKind::kCall}); }
 

@@ -1,5 +1,6 @@
 // tests/bundle/unit/color_methods_test.cpp - the instance methods of NSColorQVX.
 #include <algorithm>
+#include <new>
 
 #include "tests/bundle/unit/declarations.h"
 #include "tests/bundle/unit/fixture.h"
@@ -72,6 +73,15 @@ TEST_F(Components, TakesAtMost32) {
   EXPECT_THAT(Numbers(), SizeIs(32));
 }
 
+TEST_F(Components, WhatThePlatformCountsButDoesNotWriteIsZero) {
+  platform.components = {0.25F, 0.5F};
+  platform.integers["numberOfComponents"] = 32;
+  std::vector<double> expected(32, 0.0);
+  expected[0] = 0.25;
+  expected[1] = 0.5;
+  EXPECT_EQ(Numbers(), expected);
+}
+
 TEST_F(Components, TakesNoneForACountBelowOne) {
   for (const std::int32_t count : {0, -1, static_cast<std::int32_t>(0x80000000)}) {
     platform.integers["numberOfComponents"] = count;
@@ -90,6 +100,19 @@ TEST_F(Components, SkipsElementsOnAHostThatInsertsNone) {
   host.missing = {"RuntimeArrayDirectGetInsertProc"};
   EXPECT_THAT(Numbers(), IsEmpty());
   EXPECT_EQ(Asked("RuntimeArrayDirectGetInsertProc"), 4);
+}
+
+TEST_F(Components, GiveTheArrayBackWhenTheHostThrows) {
+  host.before["RuntimeArrayDirectGetInsertProc"] = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(Get(), std::bad_alloc);
+  EXPECT_EQ(Calls("REALUnlockObject"), 1);
+}
+
+TEST_F(Components, GiveTheArrayBackWhenTheHostThrowsOverAnException) {
+  platform.RaiseOnce("getComponents:", MakeException());
+  host.before["RuntimeRaiseException"] = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(Get(), std::bad_alloc);
+  EXPECT_EQ(Calls("REALUnlockObject"), 2);  // the host exception and the array
 }
 
 TEST_F(Components, GivesTheArrayFromBeforeAnException) {
@@ -236,7 +259,10 @@ TEST_P(ComponentFamily, AnotherColorSpaceIsAHostExceptionOrARetryThroughCalibrat
 }
 
 TEST_P(RetryingFamily, AFailedConversionLeavesZeros) {
-  platform.RaiseOnce(GetParam().selector, MakeException());
+  platform.Once(GetParam().selector, [](Send& send) {
+    send.Output(0, 0.7F);
+    send.Raise(MakeException());
+  });
   platform.Answer("colorUsingColorSpaceName:", nullptr);
   EXPECT_EQ(Get(), Zeros());
   EXPECT_THAT(host.raised, IsEmpty());

@@ -121,7 +121,8 @@ TEST_F(ProfileFile, AnItemWithoutAnyReferenceGivesNil) {
 
 TEST_F(ProfileFile, AnEmptyLeafNameGivesNilAndReleasesTheParent) {
   ExpectNothing(MakeFrom(ThroughParent(u"")));
-  EXPECT_THAT(Log().Calls(), ElementsAre("CFURLCreateFromFSRef(\"/folder\")", "CFRelease(NSURL#1)"));
+  EXPECT_THAT(Log().Lines({EventKind::kCall, EventKind::kFrame}),
+              ElementsAre("enter", "CFURLCreateFromFSRef(\"/folder\")", "CFRelease(NSURL#1)", "leave"));
 }
 
 TEST_F(ProfileFile, AFileThatDoesNotExistYetGivesNil) {
@@ -258,6 +259,12 @@ TEST_F(AvailableSpaces, AnExceptionOnTheWayGivesTheArrayAsFilledSoFar) {
   void* const array = Get();
   EXPECT_THAT(Names(array), ElementsAre("first", "second"));
   EXPECT_THAT(host.raised, SizeIs(1));
+}
+
+TEST_F(AvailableSpaces, AreGivenBackWithTheirArrayWhenTheHostThrows) {
+  host.before["RuntimeArrayDirectGetInsertProc"] = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(Get(), std::bad_alloc);
+  EXPECT_EQ(Calls("REALUnlockObject"), 2);
 }
 
 // ---- Predefined spaces ----

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 
+#include "bundle/classes/classes.h"
 #include "bundle/host/services.h"
 #include "bundle/plugin/registration.h"
 #include "tests/bundle/unit/fixture.h"
@@ -27,6 +28,10 @@ class Entry : public FreshBundle {
 
 TEST_F(Entry, StartsWithLayout13AndNoHost) {
   EXPECT_EQ(qvx::CurrentREALControlVersion, 13);
+  for (const auto* const definition :
+       {&qvx::NSColorDefinition, &qvx::NSColorListDefinition, &qvx::NSColorSpaceDefinition}) {
+    EXPECT_EQ(definition->version, 13);
+  }
   EXPECT_EQ(qvx::rbversion, 0.0);
   EXPECT_EQ(qvx::gResolver, nullptr);
 }

@@ -17,7 +17,7 @@ class Raising : public NewHost {
   static void Raise(const char* className, const char* message, std::uint32_t encoding, std::int32_t number) {
     const auto raise =
         +[](const char* name, const char* text, std::uint32_t textEncoding, std::int32_t error) {
-          qvx::UnguardedHoldings holdings;
+          OwnHoldings holdings;
           qvx::RaiseException(name, text, holdings, textEncoding, error);
         };
     Call(raise, className, message, encoding, number);
@@ -58,7 +58,7 @@ TEST_F(Raising, PassesOnEncodingAndErrorNumber) {
 
 TEST_F(Raising, UnlessToldOtherwiseAMessageIsASCIIAndTheErrorNumberZero) {
   Call(+[] {
-    qvx::UnguardedHoldings holdings;
+    OwnHoldings holdings;
     qvx::RaiseException("RuntimeException", "gr\xC3\xBC", holdings);
   });
   EXPECT_EQ(host.raised[0].errorNumber, "0");
@@ -280,6 +280,21 @@ TEST_F(RaisingNative, ReleasesTheObjectOnAHostThatCannotRaise) {
   host.missing = {"RuntimeRaiseException"};
   RaiseIt();
   EXPECT_THAT(Log().Services(), ElementsAre("REALUnlockObject(NSExceptionQVX#1)"));
+}
+
+TEST_F(RaisingNative, WhatIsRaisedOnTheWayToTheLogIsDroppedAndTheExceptionRaisedUnlogged) {
+  platform.RaiseOnce("reason", MakeException());
+  RaiseIt();
+  EXPECT_EQ(Log().Count(EventKind::kCall, "NSLog"), 0);
+  EXPECT_EQ(Sends("name"), 1);
+  ASSERT_THAT(host.raised, SizeIs(1));
+  EXPECT_EQ(host.raised[0].native, exception);
+}
+
+TEST_F(RaisingNative, GivesTheObjectBackWhenTheHostThrows) {
+  host.before["RuntimeRaiseException"] = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(RaiseIt(), std::bad_alloc);
+  EXPECT_EQ(Calls("REALUnlockObject"), 1);
 }
 
 TEST_F(RaisingNative, LogsAnExceptionWithoutNameReasonAndInfo) {

@@ -1,6 +1,7 @@
 // tests/bundle/unit/layout_test.cpp - the registered records: every word, every declaration, in both layouts.
 #include <set>
 
+#include "bundle/classes/tables.h"
 #include "tests/bundle/unit/declarations.h"
 #include "tests/bundle/unit/fixture.h"
 
@@ -128,6 +129,12 @@ TEST_P(Layout, EveryMethodRecordHoldsAFunctionFlagsAndNothingElse) {
       }
     }
   }
+}
+
+TEST(JoinedText, HoldsBothTextsAndOneTerminator) {
+  constexpr const auto& joined = qvx::kJoined<"ab", "cd">;
+  EXPECT_STREQ(joined.text, "abcd");
+  EXPECT_EQ(sizeof joined.text, 5U);
 }
 
 TEST_P(Layout, BothFormsOfColorWithColorSpaceAreOneFunction) {

@@ -56,11 +56,13 @@ TEST_F(NewNSData, AnEmptyBlockGivesNilWithoutAMessage) {
   EXPECT_EQ(Calls("REALUnlockObject"), 1);
 }
 
-TEST_F(NewNSData, ANegativeSizeCountsAsNone) {
+TEST_F(NewNSData, BytesWithoutASizeGiveNil) {
   HostObject& block = host.NewBlock({1, 2, 3});
   block.claims = true;
-  block.claimedSize = -3;
-  EXPECT_THAT(ToPlatform(block.Handle()), IsNull());
+  for (const std::int32_t size : {-3, -1, 0}) {
+    block.claimedSize = size;
+    EXPECT_THAT(ToPlatform(block.Handle()), IsNull());
+  }
   EXPECT_THAT(Log().Messages(), IsEmpty());
 }
 
@@ -157,6 +159,12 @@ TEST_F(NSDataRB, CopiesSoThatNeitherSideSeesTheOther) {
   HostObject* const block = ToHost(data);
   data->bytes[0] = 99;
   EXPECT_THAT(block->bytes, ElementsAre(1, 2));
+}
+
+TEST_F(NSDataRB, DataOfOneByteGivesABlockOfOneByte) {
+  HostObject* const block = ToHost(MakeData({7}));
+  ASSERT_THAT(block, NotNull());
+  EXPECT_THAT(block->bytes, ElementsAre(7));
 }
 
 TEST_F(NSDataRB, EmptyDataIsNullAndRaisesNothing) {

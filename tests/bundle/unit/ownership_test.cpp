@@ -35,6 +35,18 @@ class InHand : public Start {
         },
         &body);
   }
+  static void RaiseWithTwoStringsInHand() {
+    const auto first = Start::host.NewString("first");
+    const auto second = Start::host.NewString("second");
+    Raise("REALGetStringEncoding");
+    Guard([&](qvx::Holdings& holdings) {
+      for (const auto string : {first, second}) {
+        ++Start::host.String(string).references;
+        holdings.Hold(string);
+      }
+      qvx::REALGetStringEncoding(first);
+    });
+  }
   static void BuildUnder(std::string_view bytes, std::uint32_t encoding) {
     Guard([&](qvx::Holdings& holdings) {
       qvx::REALBuildUnicodeString(bytes.data(), static_cast<std::int64_t>(bytes.size()), encoding, holdings);
@@ -197,6 +209,25 @@ TEST_F(OwnershipOnNewHost, WhatIsPassedOnWhileAHostExceptionIsRaised) {
   HostObject& color = host.Wrap(kColor, MakeNative("NSColor"));
   EXPECT_EQ(PassedOn([&] { CallMethod<void*>(kColor, "Components as double()", color); }), other);
   EXPECT_EQ(Calls("REALUnlockObject"), 2);
+}
+
+TEST_F(OwnershipOnNewHost, WhatIsRaisedWhileItIsGivenBackIsDroppedAndTheRestGivenBack) {
+  Raise("REALUnlockString");
+  RaiseWithTwoStringsInHand();
+  ExpectRaised();
+  EXPECT_THAT(Log().Services(), Contains("REALUnlockString(\"first\")"));
+  host.Strings()[1]->references = 1;  // its unlock was the one that raised
+}
+
+TEST_F(OwnershipOnNewHost, WhatIsThrownWhileItIsGivenBackGoesOnAndTheRestIsGivenBack) {
+  bool first = true;
+  host.before["REALUnlockString"] = [&first] {
+    if (std::exchange(first, false)) throw std::bad_alloc();
+  };
+  EXPECT_THROW(RaiseWithTwoStringsInHand(), std::bad_alloc);
+  EXPECT_THAT(host.raised, IsEmpty());
+  EXPECT_THAT(Log().Services(), Contains("REALUnlockString(\"first\")"));
+  host.Strings()[1]->references = 1;  // its unlock was the one that threw
 }
 
 TEST_F(OwnershipOnNewHost, AnOutOfMemoryReportThatIsCutShortSilencesNoLaterOne) {

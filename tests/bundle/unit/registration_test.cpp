@@ -265,6 +265,17 @@ TEST_F(Registration, AllocatesNothingAboveTwoGigabytes) {
   EXPECT_EQ(handed[10], 0x08000000U);
   EXPECT_EQ(handed[18], 0U);
   EXPECT_EQ(handed[19], 0x7FFFFFFFU);
+  EXPECT_EQ(LiveBundleBlocks(), 4);
+  EXPECT_THAT(Log().Allocations(), SizeIs(1 + 4));
+}
+
+TEST_F(Registration, AsksForTheMostRecordsBelowTwoGigabytes) {
+  Log().SetHook(
+      [](const Event& event) { return event.text == "calloc(2147483632)" ? Fault::kNull : Fault::kNone; });
+  definition.methodCount = 0x07FFFFFF;
+  Register(9);
+  EXPECT_EQ(handed[9], 0U);
+  EXPECT_THAT(Log().Allocations(), Contains("calloc(2147483632)"));
 }
 
 TEST_F(Registration, AnArrayThatCannotBeAllocatedIsNullAndTheRestGoesOn) {
@@ -307,6 +318,12 @@ TEST_F(FixProperties, CopiesTheFirstTenWordsOfEachRecord) {
   for (std::size_t i = 0; i < 3; ++i) {
     for (std::size_t j = 0; j < 10; ++j) EXPECT_EQ(words[i * 10 + j], source[i * 12 + j]) << i << ", " << j;
   }
+}
+
+TEST_F(FixProperties, CopiesASingleRecord) {
+  const auto* const fixed = Call(&qvx::FixProperties, static_cast<const REALproperty*>(properties), 1);
+  EXPECT_THAT(Log().Allocations(), ElementsAre("calloc(40)"));
+  EXPECT_EQ(Words(fixed, 10), Words(properties, 10));
 }
 
 TEST_F(FixProperties, AnswersNullForNoRecords) {

@@ -181,6 +181,7 @@ TEST_F(NewNSStringOnNewHost, IsNilOnAHostThatHasNoWayToTheBytes) {
   host.missing = {"REALGetStringCFString", "PluginGetStringData", "StringGetCString"};
   EXPECT_THAT(ToPlatform(host.NewString("abc")), IsNull());
   EXPECT_THAT(Log().Allocations(), IsEmpty());
+  EXPECT_EQ(Asked("PluginDisposeStringData"), 0);
 }
 
 using NewNSStringOnOldHost = OldHost;
@@ -192,6 +193,12 @@ TEST_F(NewNSStringOnOldHost, AsksForThePlatformStringOnce) {
               ElementsAre("REALGetStringCFString(\"abc\")", "REALGetStringEncoding(\"abc\")",
                           "REALLockString(\"abc\")", "REALUnlockString(\"abc\")"));
   EXPECT_EQ(Asked("PluginGetStringData"), 0);
+}
+
+TEST_F(NewNSStringOnOldHost, AsksForThePlatformStringWithTheFlagZero) {
+  host.flagOfLastString = 7;
+  ToPlatform(host.NewString("abc"));
+  EXPECT_EQ(host.flagOfLastString, 0);
 }
 
 TEST_F(NewNSStringOnOldHost, LocksReadsTheRecordPastItsFirstByteAndUnlocks) {
@@ -359,6 +366,7 @@ TEST_F(StringDataFallback, ALengthWithoutBytesIsFalse) {
   AnswerNull("StringGetCString");
   REALstringData data{};
   EXPECT_FALSE(Get(host.NewString("abc", kEncodingUTF8), kEncodingUTF8, &data));
+  EXPECT_FALSE(Get(host.NewString("a", kEncodingUTF8), kEncodingUTF8, &data));
   EXPECT_THAT(Log().Allocations(), IsEmpty());
 }
 

@@ -1,4 +1,8 @@
 // tests/bundle/unit/strings_platform_to_host_test.cpp - NSStringRB and REALBuildUnicodeString.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <new>
 
 #include "tests/bundle/unit/bridge.h"
@@ -46,6 +50,7 @@ TEST_F(NSStringRB, NilIsTheNullStringAndNothingIsCalled) {
 
 TEST_F(NSStringRB, AnEmptyStringIsTheNullString) {
   EXPECT_THAT(ToHost(MakeText("")), IsNull());
+  EXPECT_EQ(Log().Count(EventKind::kCall, "CFStringGetCString"), 0);
   EXPECT_THAT(Log().Services(), IsEmpty());
 }
 
@@ -83,7 +88,7 @@ TEST_F(NSStringRB, UpTo99UnitsNothingIsAllocated) {
 
 TEST_F(NSStringRB, From100UnitsOneHeapBufferOfSixBytesPerUnitIsUsedAndFreed) {
   EXPECT_EQ(TextOf(ToHost(MakeText(std::string(100, 'x')))), std::string(100, 'x'));
-  ASSERT_THAT(Log().Allocations(), SizeIs(1));
+  EXPECT_THAT(Log().Allocations(), ElementsAre("calloc(600)"));
   EXPECT_THAT(Log().Calls(), Contains(HasSubstr(", 600, ")));
   EXPECT_EQ(LiveBundleBlocks(), 0);
   Log().Clear();
@@ -112,6 +117,16 @@ TEST_F(NSStringRB, ALengthWhoseBufferWouldBeTooLargeGivesTheNullString) {
     EXPECT_THAT(ToHost(string), IsNull());
   }
   EXPECT_THAT(Log().Allocations(), IsEmpty());
+}
+
+TEST_F(NSStringRB, ForTheLongestLengthWhoseBufferIsNotTooLargeOneIsAskedFor) {
+  Log().SetHook(
+      [](const Event& event) { return event.kind == EventKind::kAllocation ? Fault::kNull : Fault::kNone; });
+  NativeObject* const string = MakeText("x");
+  string->claims = true;
+  string->claimedLength = 0x7FFFFFFFU / 6;
+  EXPECT_THAT(ToHost(string), IsNull());
+  EXPECT_THAT(Log().Allocations(), ElementsAre("calloc(2147483646)"));
 }
 
 TEST_F(NSStringRB, TextThatIsNotUTF8GivesTheNullStringNotAPart) {
@@ -159,6 +174,14 @@ TEST_P(BuildOnAnyHost, NoBytesGiveTheNullStringAndNoServiceIsCalled) {
   EXPECT_THAT(Log().Lines(), IsEmpty());
 }
 
+TEST_P(BuildOnAnyHost, AsksForTheLongestStringThatAHostCanHave) {
+  host.missing = {"REALBuildString"};
+  EXPECT_THAT(Convert<&qvx::REALBuildUnicodeString>(static_cast<const void*>("abc"), std::int64_t{0x7FFFFFFF},
+                                                    kEncodingUTF8),
+              IsNull());
+  EXPECT_EQ(Asked("REALBuildString"), 1);
+}
+
 TEST_P(BuildOnAnyHost, KeepsTheEncodingOfOtherText) {
   for (const std::uint32_t encoding : {kEncodingUTF8, kEncodingASCII, 0x0201U}) {
     void* const string = Build("abc", encoding);
@@ -173,6 +196,11 @@ TEST_P(BuildOnAnyHost, TagsEightBitTextThatIsPlainAsASCII) {
     EXPECT_EQ(EncodingOf(string), kEncodingASCII);
     EXPECT_EQ(TextOf(string), "plain\x7F");
   }
+}
+
+TEST_P(BuildOnAnyHost, WindowsLatin1IsNumber500InHexadecimal) {
+  EXPECT_EQ(EncodingOf(Build("plain", 0x500)), kEncodingASCII);
+  EXPECT_EQ(EncodingOf(Build("\x80", 0x500)), 0x500U);
 }
 
 TEST_P(BuildOnAnyHost, KeepsEightBitTextWithOneByteFrom80AsItIs) {
@@ -363,6 +391,19 @@ TEST_F(BuildOnOldHost, NarrowsUpTo799BytesWithoutAllocation) {
     std::string input = Units32(std::u32string(200, U'x')).substr(0, bytes);
     EXPECT_EQ(TextOf(Build(input, kEncodingUTF32)), std::string(199, 'x'));
     EXPECT_THAT(Log().Allocations(), IsEmpty());
+  }
+}
+
+TEST_F(BuildOnOldHost, ReadsNothingBehindTheText) {
+  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  auto* const pages =
+      static_cast<char*>(mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  ASSERT_EQ(mprotect(pages + page, page, PROT_NONE), 0);
+  for (const std::size_t length : {1U, 250U}) {
+    const std::string bytes = Units32(std::u32string(length, U'x'));
+    char* const end = pages + page;
+    const std::string_view text(std::copy_backward(bytes.begin(), bytes.end(), end), bytes.size());
+    EXPECT_EQ(TextOf(Build(text, kEncodingUTF32)), std::string(length, 'x'));
   }
 }
 
