@@ -77,9 +77,8 @@ std::string Quoted(std::string_view bytes) {
     if (byte >= 0x20 && byte < 0x7F) {
       text += character;
     } else {
-      std::array<char, 8> escape{};
-      std::snprintf(escape.data(), escape.size(), "\\x%02X", byte);
-      text += escape.data();
+      constexpr std::string_view kDigits = "0123456789ABCDEF";
+      text += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
     }
   }
   return text + "\"";
