@@ -53,9 +53,12 @@ static Entry* NewEntry(const char* path) {
 
 // Finds the path in the table, or enters it. False if memory is exhausted. The caller holds the lock.
 static bool IndexOf(const char* path, uint32_t* index) {
-  Entry** grown = realloc(entries, (entryCount + 1) * sizeof *grown);
-  if (grown) entries = grown;
-  Entry* entry = grown ? NewEntry(path) : NULL;
+  if ((entryCount & (entryCount - 1)) == 0) {  // full, as at every power of two
+    Entry** grown = realloc(entries, (2 * entryCount + 1) * sizeof *grown);
+    if (!grown) return false;
+    entries = grown;
+  }
+  Entry* entry = NewEntry(path);
   Entry** found = entry ? tsearch(entry, &byPath, Compare) : NULL;
   bool isNew = found && *found == entry;
   if (isNew)
