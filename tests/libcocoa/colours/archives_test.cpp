@@ -338,11 +338,101 @@ TEST(ArchivedBitmaps, ShareTheRoomOfTheirArchive) {
   EXPECT_EQ(Told(LargePattern(tiff, 2)), Grey());
 }
 
-// --- lists
+// --- trailers
 
-void AppendWord(Bytes& bytes, std::size_t word) {
-  for (unsigned i = 0; i < 4; ++i) bytes.push_back(static_cast<std::uint8_t>(word >> 8 * i));
+// Words, and blocks with their lengths before them.
+struct Trailer {
+  Bytes bytes;
+  Trailer& word(std::size_t word) {
+    for (unsigned i = 0; i < 4; ++i) bytes.push_back(static_cast<std::uint8_t>(word >> 8 * i));
+    return *this;
+  }
+  Trailer& block(const Bytes& block) {
+    word(block.size());
+    bytes.insert(bytes.end(), block.begin(), block.end());
+    return *this;
+  }
+  Trailer& block(const std::string& text) { return block(Bytes(text.begin(), text.end())); }
+  // Three fourths each, in the space of that number: 7 is sRGB, 256 the first profile.
+  Trailer& color(const std::string& key, std::size_t space = 7, std::size_t components = 4) {
+    block(key).word(space).word(components);
+    for (std::size_t i = 0; i < components; ++i) word(0x3F400000);
+    return *this;
+  }
+};
+
+Bytes Sealed(Bytes file, const Bytes& trailer) {
+  file.insert(file.end(), trailer.begin(), trailer.end());
+  Bytes seal(kSealSize);
+  MakeSeal(file.data(), file.size(), trailer.size(), seal.data());
+  file.insert(file.end(), seal.begin(), seal.end());
+  return file;
 }
+
+Bytes OneGrey(const std::string& key) {
+  Archive archive;
+  archive.list("List").dictionary(1).string(key);
+  const std::uint32_t number = archive.last();
+  return archive.color("NSDeviceWhiteColorSpace").number(0.5F).number(1).members(1).seen(number).bytes();
+}
+
+// Whether the list of one grey has another colour by that trailer.
+bool Counts(const Trailer& trailer, const std::string& key = "a") {
+  const Bytes file = OneGrey(key);
+  const unsigned told = ListTold(Sealed(file, trailer.bytes));
+  EXPECT_TRUE(IsTaken(told));
+  return told != ListTold(file);
+}
+
+TEST(ArchivedTrailers, HaveColoursInSpacesThatThereAre) {
+  EXPECT_TRUE(Counts(Trailer().word(0).word(1).color("a")));
+  for (const std::size_t space : {0U, 10U, 255U, 256U, 257U})
+    EXPECT_FALSE(Counts(Trailer().word(0).word(1).color("a", space))) << space;
+}
+
+TEST(ArchivedTrailers, HaveAsManyComponentsAsTheSpace) {
+  for (const std::size_t components : {0U, 1U, 3U, 5U, 16U, 17U})
+    EXPECT_FALSE(Counts(Trailer().word(0).word(1).color("a", 7, components))) << components;
+}
+
+TEST(ArchivedTrailers, HaveKeysInUTF8OfAnyLength) {
+  const std::string longKey(5000, 'a');
+  EXPECT_TRUE(Counts(Trailer().word(0).word(1).color(longKey), longKey));
+  EXPECT_TRUE(Counts(Trailer().word(0).word(1).color(""), ""));
+  EXPECT_FALSE(Counts(Trailer().word(0).word(1).color("\xFF")));
+}
+
+TEST(ArchivedTrailers, EndWhereTheyAreDamaged) {
+  EXPECT_TRUE(Counts(Trailer().word(0).word(2).color("other").color("a")));
+  EXPECT_FALSE(Counts(Trailer().word(0).word(2).color("\xFF").color("a")));
+  EXPECT_FALSE(Counts(Trailer().word(0).word(2).color("other", 255).color("a")));
+  EXPECT_FALSE(Counts(Trailer().word(1).block("no profile").word(1).color("a")));
+  EXPECT_FALSE(Counts(Trailer().word(1).word(0xFFFFFFFF).word(1).color("a")));
+}
+
+TEST(ArchivedTrailers, HavePatternsBehindTheirColours) {
+  const Bytes pattern = LargePattern(LargeTIFF(128, 1), 1);
+  EXPECT_TRUE(Counts(Trailer().word(0).word(0).word(1).block("a").block(pattern)));
+  EXPECT_TRUE(
+      Counts(Trailer().word(0).word(1).color("other").word(2).block("other").block(pattern).block("a").block(
+          pattern)));
+  EXPECT_FALSE(
+      Counts(Trailer().word(0).word(0).word(2).block("\xFF").block(pattern).block("a").block(pattern)));
+  EXPECT_FALSE(Counts(Trailer().word(0).word(0).word(1).block("a").block(Archive().white().bytes())));
+}
+
+TEST(ArchivedTrailers, AreNoLongerThanTheirFile) {
+  const Bytes file = OneGrey("a");
+  for (const std::size_t length : {std::size_t{0}, file.size(), file.size() + 1, file.size() + 5000}) {
+    Bytes sealed = file;
+    Bytes seal(kSealSize);
+    MakeSeal(file.data(), file.size(), length, seal.data());
+    sealed.insert(sealed.end(), seal.begin(), seal.end());
+    EXPECT_EQ(ListTold(sealed), ListTold(file)) << length;
+  }
+}
+
+// --- lists
 
 // A list of two greys, and behind it the same pattern for that many of them.
 Bytes ListWithPatterns(const Bytes& pattern, const std::string& keys, std::size_t size) {
@@ -353,22 +443,11 @@ Bytes ListWithPatterns(const Bytes& pattern, const std::string& keys, std::size_
   const std::uint32_t b = archive.last();
   archive.color("NSDeviceWhiteColorSpace").number(0.5F).number(1).members(2).seen(a).seen(b);
   Bytes file = archive.bytes();
-  Bytes trailer;
-  AppendWord(trailer, 0);
-  AppendWord(trailer, 0);
-  AppendWord(trailer, keys.size());
-  for (const char key : keys) {
-    AppendWord(trailer, 1);
-    trailer.push_back(static_cast<std::uint8_t>(key));
-    AppendWord(trailer, pattern.size());
-    trailer.insert(trailer.end(), pattern.begin(), pattern.end());
-  }
-  file.resize(std::max(file.size(), size - trailer.size() - kSealSize));
-  file.insert(file.end(), trailer.begin(), trailer.end());
-  Bytes seal(kSealSize);
-  MakeSeal(file.data(), file.size(), trailer.size(), seal.data());
-  file.insert(file.end(), seal.begin(), seal.end());
-  return file;
+  Trailer trailer;
+  trailer.word(0).word(0).word(keys.size());
+  for (const char key : keys) trailer.block(std::string(1, key)).block(pattern);
+  file.resize(std::max(file.size(), size - trailer.bytes.size() - kSealSize));
+  return Sealed(file, trailer.bytes);
 }
 
 TEST(ArchivedLists, ShareTheRoomOfTheirFileAmongTheirPatterns) {
