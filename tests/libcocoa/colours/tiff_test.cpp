@@ -262,9 +262,9 @@ TEST(TIFFFile, TakesUpToFiveSamplesOfAPixel) {
   }
 }
 
-// The small file with a field of several values, which stand before the directory or in the field itself.
-Bytes FileWith(std::uint32_t tag, std::uint32_t type, std::uint32_t count, const Bytes& values) {
-  Bytes file = File(kSmall);
+// The file with a field of several values, which stand behind the directory or in the field itself.
+Bytes FileWith(std::uint32_t tag, std::uint32_t type, std::uint32_t count, const Bytes& values,
+               Bytes file = File(kSmall)) {
   std::size_t field = 14;
   while (file[field] + 256U * file[field + 1] != tag) field += 12;
   file[field + 2] = static_cast<std::uint8_t>(type);
@@ -328,6 +328,17 @@ TEST(TIFFFile, HoldsTheValuesBehindAFieldToTheLastByte) {
       EXPECT_FALSE(QVXOpenBitmap(file.data(), size - missing, &bitmap)) << type << ' ' << missing;
     }
   }
+}
+
+TEST(TIFFFile, HoldsTheStripOfEachPlane) {
+  Fields fields = kSmall;
+  fields[277] = 2;
+  fields[284] = 2;
+  const auto planes = [&](std::uint8_t second) {
+    return FileWith(279, kShort, 2, {2, 0, second, 0}, FileWith(273, kShort, 2, {8, 0, 10, 0}, File(fields)));
+  };
+  EXPECT_TRUE(IsTaken(planes(2)));
+  EXPECT_FALSE(IsTaken(planes(255)));
 }
 
 TEST(TIFFFile, HasOneSizeForAllSamples) {
