@@ -153,7 +153,7 @@ static NSArray* TakeSpaces(Cursor* cursor) {
 static NSString* TakeKey(Cursor* cursor) {
   uint32_t size = TakeWord(cursor);
   const unsigned char* bytes = Take(cursor, size);
-  UniChar* units = bytes ? malloc((size + 1) * sizeof *units) : NULL;
+  UniChar* units = bytes ? malloc(size * sizeof *units) : NULL;
   size_t count = 0;
   CFStringRef key = NULL;
   if (units && QVXDecodeText(kCFStringEncodingUTF8, (const char*)bytes, size, units, &count))
@@ -201,9 +201,9 @@ NSDictionary* QVXExactColorsBehind(NSData* archive, size_t* room) {
   size_t summed = size - footer;
   Cursor end = {bytes + summed, 2 * kWord, NO};
   uint32_t sum = TakeWord(&end);
-  size_t trailer = TakeWord(&end);  // with the checksum
-  if (trailer < kWord || trailer - kWord > summed || sum != Checksum(bytes, summed)) return colors;
-  Cursor cursor = {bytes + summed - (trailer - kWord), trailer - kWord, NO};
+  size_t trailer = TakeWord(&end) - (size_t)kWord;  // without the checksum; too much if there is none
+  if (trailer > summed || sum != Checksum(bytes, summed)) return colors;
+  Cursor cursor = {bytes + summed - trailer, trailer, NO};
   NSArray* spaces = TakeSpaces(&cursor);
   uint32_t count = TakeWord(&cursor);
   for (uint32_t i = 0; i < count && !cursor.failed; ++i) TakeColor(&cursor, spaces, colors);

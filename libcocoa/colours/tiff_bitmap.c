@@ -85,9 +85,9 @@ static bool FindShape(Bytes file, size_t directory, QVXBitmap* bitmap) {
   bitmap->packing = FindOne(file, directory, kPacking, kNotPacked);
   uint32_t bits[QVXMostPlanes] = {0};
   uint32_t count = Find(file, directory, kBitsPerSample, 1, bits);
-  for (uint32_t i = 1; i < count; ++i)
-    if (bits[i] != bits[0]) return false;
   bitmap->bitsPerSample = bits[0];
+  for (uint32_t i = 1; i < count; ++i)
+    if (bits[i] != bits[0]) bitmap->bitsPerSample = 0;
   uint32_t planes = FindOne(file, directory, kPlanes, 1);
   bitmap->isPlanar = planes == 2;
   bitmap->planes = bitmap->isPlanar ? bitmap->samplesPerPixel : 1;

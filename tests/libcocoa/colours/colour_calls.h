@@ -41,7 +41,7 @@ int colorsInListFile(const char* path);
 int colorFromBytes(const void* bytes, size_t size);
 
 // A number that stands for all that can be asked of the colour in these bytes, or of the list in the file: 0
-// for none, 1 if one is raised.
+// for none, 1 if anything is raised, even if the library catches it.
 unsigned colorTold(const void* bytes, size_t size);
 unsigned listTold(const char* path);
 

@@ -54,6 +54,7 @@ static NSString* SamePixels(NSBitmapImageRep* bitmap) {
   if ([found count] != 1) return @"no bitmap";
   NSBitmapImageRep* back = [found objectAtIndex:0];
   if ([back bytesPerPlane] != [bitmap bytesPerPlane] || [back numberOfPlanes] != [bitmap numberOfPlanes] ||
+      [back bitsPerPixel] != [bitmap bitsPerPixel] ||
       ![[back colorSpaceName] isEqual:[bitmap colorSpaceName]] || [back hasAlpha] != [bitmap hasAlpha])
     return @"another kind";
   unsigned char* mine[5] = {NULL};

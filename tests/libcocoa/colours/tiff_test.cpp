@@ -194,7 +194,12 @@ TEST(TIFFFile, MayLeaveOutWhatHasAUsualValue) {
   for (const std::uint32_t tag : {259U, 266U, 277U, 278U, 284U, 317U}) {
     Fields fields = kSmall;
     fields.erase(tag);
-    EXPECT_TRUE(IsTaken(File(fields))) << tag;
+    QVXBitmap bitmap{};
+    const Bytes file = File(fields);
+    ASSERT_TRUE(QVXOpenBitmap(file.data(), file.size(), &bitmap)) << tag;
+    EXPECT_EQ(bitmap.samplesPerPixel, 1U) << tag;
+    EXPECT_EQ(bitmap.packing, kNotPacked) << tag;
+    EXPECT_FALSE(bitmap.isPlanar) << tag;
   }
 }
 
@@ -257,23 +262,9 @@ TEST(TIFFFile, TakesUpToFiveSamplesOfAPixel) {
   }
 }
 
-TEST(TIFFFile, HasAsManyStripsAsPlanes) {
-  Fields fields = kSmall;
-  fields[277] = 2;
-  fields[284] = 2;
-  EXPECT_FALSE(IsTaken(File(fields)));  // two planes, one strip
-  fields[277] = 1;
-  QVXBitmap bitmap{};
-  const Bytes file = File(fields);
-  ASSERT_TRUE(QVXOpenBitmap(file.data(), file.size(), &bitmap));
-  EXPECT_TRUE(bitmap.isPlanar);
-  EXPECT_EQ(bitmap.planes, 1U);
-  EXPECT_EQ(bitmap.bytesPerRow, 2U);
-}
-
-// The small file with a field of several values, which stand before the directory or in the field itself.
-Bytes FileWith(std::uint32_t tag, std::uint32_t type, std::uint32_t count, const Bytes& values) {
-  Bytes file = File(kSmall);
+// The file with a field of several values, which stand behind the directory or in the field itself.
+Bytes FileWith(std::uint32_t tag, std::uint32_t type, std::uint32_t count, const Bytes& values,
+               Bytes file = File(kSmall)) {
   std::size_t field = 14;
   while (file[field] + 256U * file[field + 1] != tag) field += 12;
   file[field + 2] = static_cast<std::uint8_t>(type);
@@ -290,6 +281,23 @@ Bytes FileWith(std::uint32_t tag, std::uint32_t type, std::uint32_t count, const
 constexpr std::uint32_t kByte = 1;
 constexpr std::uint32_t kShort = 3;
 constexpr std::uint32_t kLong = 4;
+
+TEST(TIFFFile, HasAsManyStripsAsPlanes) {
+  Fields fields = kSmall;
+  fields[277] = 2;
+  fields[284] = 2;
+  EXPECT_FALSE(IsTaken(File(fields)));  // two planes, one strip
+  const Bytes twoStrips = FileWith(273, kLong, 2, {8, 0, 0, 0, 8, 0, 0, 0});
+  EXPECT_FALSE(IsTaken(twoStrips));
+  EXPECT_FALSE(IsTaken({twoStrips.begin(), twoStrips.end() - 1}));
+  fields[277] = 1;
+  QVXBitmap bitmap{};
+  const Bytes file = File(fields);
+  ASSERT_TRUE(QVXOpenBitmap(file.data(), file.size(), &bitmap));
+  EXPECT_TRUE(bitmap.isPlanar);
+  EXPECT_EQ(bitmap.planes, 1U);
+  EXPECT_EQ(bitmap.bytesPerRow, 2U);
+}
 
 TEST(TIFFFile, MayHaveShortAndLongNumbersInAndBehindAField) {
   EXPECT_TRUE(IsTaken(FileWith(258, kShort, 1, {8, 0})));
@@ -322,6 +330,17 @@ TEST(TIFFFile, HoldsTheValuesBehindAFieldToTheLastByte) {
   }
 }
 
+TEST(TIFFFile, HoldsTheStripOfEachPlane) {
+  Fields fields = kSmall;
+  fields[277] = 2;
+  fields[284] = 2;
+  const auto planes = [&](std::uint8_t second) {
+    return FileWith(279, kShort, 2, {2, 0, second, 0}, FileWith(273, kShort, 2, {8, 0, 10, 0}, File(fields)));
+  };
+  EXPECT_TRUE(IsTaken(planes(2)));
+  EXPECT_FALSE(IsTaken(planes(255)));
+}
+
 TEST(TIFFFile, HasOneSizeForAllSamples) {
   EXPECT_FALSE(IsTaken(FileWith(258, kShort, 2, {8, 0, 4, 0})));
   EXPECT_FALSE(IsTaken(FileWith(258, kShort, 3, {8, 0, 4, 0, 8, 0})));
@@ -349,11 +368,14 @@ TEST(TIFFFile, BeginsAsGNUstepBeginsIt) {
   }
 }
 
-TEST(TIFFFile, TakesTheLargestSides) {
+TEST(TIFFFile, TakesTheSmallestAndTheLargestSides) {
   for (const std::uint32_t tag : {256U, 257U}) {
-    Fields fields = kSmall;
-    fields[tag] = fields[278] = 65535;
-    EXPECT_TRUE(IsTaken(File(fields))) << tag;
+    for (const std::uint32_t side : {1U, 65535U}) {
+      Fields fields = kSmall;
+      fields[tag] = side;
+      fields[278] = 65535;
+      EXPECT_TRUE(IsTaken(File(fields))) << tag << " is " << side;
+    }
   }
 }
 
