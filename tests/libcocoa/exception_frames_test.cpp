@@ -1,5 +1,6 @@
 // tests/libcocoa/exception_frames_test.cpp - frames that are not in order, and what frames and deliveries
 // leave behind.
+#include <alloca.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -225,6 +226,31 @@ TEST(StaleFrame, IsSkippedWhenItsMemoryHoldsSomethingElse) {
   const id exception = Guarded([] {
     EnterOrScribble(true);
     EnterOrScribble(false);
+  });
+  EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+// The first time it leaves two stale frames behind, one far below the other. The second time it raises from
+// between the two.
+[[gnu::noinline]] void EnterBelowOrScribble(bool enter) {
+  ObjCExceptionFrame frame;
+  if (enter) {
+    auto* const below = static_cast<ObjCExceptionFrame*>(alloca(std::size_t{1} << 16U));
+    objc_exception_try_enter(below);
+    if (_setjmp(below->buffer) != 0) ADD_FAILURE() << "delivered below the stack";
+    objc_exception_try_enter(&frame);
+    if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "delivered to a frame that is gone";
+    return;
+  }
+  std::memset(&frame, 0x11, sizeof frame);
+  __asm__ volatile("" : : "r"(&frame) : "memory");
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsWhatLiesBelowTheStackPointerBeforeOneThatDoesNot) {
+  const id exception = Guarded([] {
+    EnterBelowOrScribble(true);
+    EnterBelowOrScribble(false);
   });
   EXPECT_EQ(NameOf(exception), "Bang");
 }

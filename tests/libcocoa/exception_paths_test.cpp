@@ -87,6 +87,7 @@ TEST(Exception, WithoutAFrameIsTheRuntimesAtOnce) {
   walks = 0;
   std::thread([] {
     void* const pool = objc_autoreleasePoolPush();
+    EXPECT_EQ(Guarded([] {}), nullptr);  // one that was left is none
     EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang");
     objc_autoreleasePoolPop(pool);
   }).join();
