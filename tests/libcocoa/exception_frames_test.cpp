@@ -5,6 +5,7 @@
 #include <malloc.h>
 
 #include <array>
+#include <bit>
 #include <cstring>
 #include <stdexcept>
 
@@ -253,6 +254,36 @@ TEST(StaleFrame, IsWhatLiesBelowTheStackPointerBeforeOneThatDoesNot) {
     EnterBelowOrScribble(false);
   });
   EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+TEST(Delivery, ComesWithTheNumberOne) {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  const int number = _setjmp(frame.buffer);
+  if (number == 0) RaiseBang(nullptr);
+  EXPECT_EQ(number, 1);
+}
+
+// Writes a stack pointer as _setjmp does: exclusive or with the thread's guard word, rotated left by 9.
+void SaveStackPointer(ObjCExceptionFrame& frame, std::uintptr_t stackPointer) {
+  std::uintptr_t guard;
+  __asm__("movl %%gs:0x18, %0" : "=r"(guard));
+  frame.buffer[0].__jmpbuf[4] = static_cast<int>(std::rotl(stackPointer ^ guard, 9));
+}
+
+[[gnu::noinline]] void RaiseInAFrameWithAStackPointer(std::ptrdiff_t fromTheFrame) {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) != 0)
+    ADD_FAILURE() << "delivered with a stack pointer that is none of its function";
+  SaveStackPointer(frame,
+                   reinterpret_cast<std::uintptr_t>(&frame) + static_cast<std::uintptr_t>(fromTheFrame));
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsWhatHasAStackPointerAboveItOrBelowTheStack) {
+  for (const std::ptrdiff_t fromTheFrame : {1000, -1000000})
+    EXPECT_EQ(NameOf(Guarded([&] { RaiseInAFrameWithAStackPointer(fromTheFrame); })), "Bang") << fromTheFrame;
 }
 
 [[gnu::cold, gnu::noinline]] void RaiseRarely() {
