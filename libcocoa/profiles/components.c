@@ -12,7 +12,7 @@ uint32_t QVXHashOfComponents(const float* components, unsigned count) {
     uint32_t bits;
     memcpy(&bits, &value, sizeof bits);
     hash = QVXHashWith(hash, bits);
-    hash ^= hash >> 15;
+    hash ^= hash >> 20;  // most components end with zeros, which only the upper bits notice
   }
   return hash;
 }

@@ -38,7 +38,8 @@ typedef struct {
 } CallSite;
 enum { kEbx = 3, kEbp = 5, kEsi = 6, kEdi = 7 };
 
-// A throw on its way to a frame. It outlives the stack that it started on.
+// A throw on its way to a frame. It outlives the stack that it started on. Whoever disposes of its exception
+// frees nothing: there is no function for that.
 typedef struct Delivery {
   NativeException exception;
   QVXExceptionFrame* target;
@@ -79,12 +80,11 @@ static void PrepareException(NativeException* exception, id value) {
 typedef struct {
   NativeException probe;
   uintptr_t here;             // the stack pointer of the throw
-  QVXExceptionFrame* target;  // out: the frame that takes the exception
+  QVXExceptionFrame* target;  // out: the frame that takes the exception; NULL: a handler or nobody does
   uintptr_t end;
-  bool caught;           // out: an Objective-C handler takes it first
   uintptr_t lastBottom;  // the function last seen
   uintptr_t lastStart;
-  bool lastCatches;
+  bool lastCatches;  // an Objective-C handler of its takes the exception
 } Survey;
 
 // Frames in the function that spans lastBottom to `top`. A frame that can't be its function's is stale: the
@@ -104,9 +104,7 @@ static bool FrameInLastFunction(Survey* survey, uintptr_t top) {
 }
 
 static bool DecideOnLastFunction(Survey* survey, uintptr_t top) {
-  if (FrameInLastFunction(survey, top)) return true;
-  survey->caught = survey->lastCatches;
-  return survey->caught;
+  return FrameInLastFunction(survey, top) || survey->lastCatches;
 }
 
 static _Unwind_Reason_Code SurveyStep(struct _Unwind_Context* function, void* argument) {
@@ -123,11 +121,9 @@ static _Unwind_Reason_Code SurveyStep(struct _Unwind_Context* function, void* ar
 
 static void SurveyStack(Survey* survey) {
   _Unwind_Backtrace(SurveyStep, survey);
-  if (survey->target || survey->caught) return;
-  // The end of the stack, or a function without unwind tables: nothing further out can be asked for a
-  // handler.
-  survey->caught = survey->lastCatches;
-  if (survey->caught) return;
+  if (survey->lastCatches) return;
+  // It has found a frame, which is the innermost one, or has come to the end of the stack or to a function
+  // without unwind tables: nothing further out can be asked for a handler.
   QVXExceptionFrame* frame;
   while ((frame = QVXInnermostFrame())) {
     if (QVXFrameIsArmed(frame, survey->here)) {
@@ -217,10 +213,6 @@ __attribute__((regparm(1))) _Noreturn void QVXForcedUnwindFromHere(void* argumen
   Deliver(delivery->target, delivery->exception.value);
 }
 
-// Whoever else disposes of a delivery's exception frees nothing: it stays on the list until the stack has
-// fallen behind it.
-static void ForgetDelivery(_Unwind_Reason_Code reason, struct _Unwind_Exception* exception) {}
-
 // Whether a frame below the function's upper end is its own: as FrameInLastFunction decides.
 typedef enum { kOwn, kStale, kUnknown } Holding;
 
@@ -277,7 +269,6 @@ QVX_EXPORT void objc_exception_throw(id exception) {
   if (!delivery) Deliver(survey.target, exception);
   *delivery = search;
   PrepareException(&delivery->exception, exception);
-  delivery->exception.header.exception_cleanup = ForgetDelivery;
   delivery->outer = deliveries;
   deliveries = delivery;
   QVXSwitchToCallSite(&delivery->next, delivery);

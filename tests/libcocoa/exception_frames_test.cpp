@@ -1,9 +1,11 @@
 // tests/libcocoa/exception_frames_test.cpp - frames that are not in order, and what frames and deliveries
 // leave behind.
+#include <alloca.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 
 #include <array>
+#include <bit>
 #include <cstring>
 #include <stdexcept>
 
@@ -227,6 +229,61 @@ TEST(StaleFrame, IsSkippedWhenItsMemoryHoldsSomethingElse) {
     EnterOrScribble(false);
   });
   EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+// The first time it leaves two stale frames behind, one far below the other. The second time it raises from
+// between the two.
+[[gnu::noinline]] void EnterBelowOrScribble(bool enter) {
+  ObjCExceptionFrame frame;
+  if (enter) {
+    auto* const below = static_cast<ObjCExceptionFrame*>(alloca(std::size_t{1} << 16U));
+    objc_exception_try_enter(below);
+    if (_setjmp(below->buffer) != 0) ADD_FAILURE() << "delivered below the stack";
+    objc_exception_try_enter(&frame);
+    if (_setjmp(frame.buffer) != 0) ADD_FAILURE() << "delivered to a frame that is gone";
+    return;
+  }
+  std::memset(&frame, 0x11, sizeof frame);
+  __asm__ volatile("" : : "r"(&frame) : "memory");
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsWhatLiesBelowTheStackPointerBeforeOneThatDoesNot) {
+  const id exception = Guarded([] {
+    EnterBelowOrScribble(true);
+    EnterBelowOrScribble(false);
+  });
+  EXPECT_EQ(NameOf(exception), "Bang");
+}
+
+TEST(Delivery, ComesWithTheNumberOne) {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  const int number = _setjmp(frame.buffer);
+  if (number == 0) RaiseBang(nullptr);
+  EXPECT_EQ(number, 1);
+}
+
+// Writes a stack pointer as _setjmp does: exclusive or with the thread's guard word, rotated left by 9.
+void SaveStackPointer(ObjCExceptionFrame& frame, std::uintptr_t stackPointer) {
+  std::uintptr_t guard;
+  __asm__("movl %%gs:0x18, %0" : "=r"(guard));
+  frame.buffer[0].__jmpbuf[4] = static_cast<int>(std::rotl(stackPointer ^ guard, 9));
+}
+
+[[gnu::noinline]] void RaiseInAFrameWithAStackPointer(std::ptrdiff_t fromTheFrame) {
+  ObjCExceptionFrame frame;
+  objc_exception_try_enter(&frame);
+  if (_setjmp(frame.buffer) != 0)
+    ADD_FAILURE() << "delivered with a stack pointer that is none of its function";
+  SaveStackPointer(frame,
+                   reinterpret_cast<std::uintptr_t>(&frame) + static_cast<std::uintptr_t>(fromTheFrame));
+  RaiseBang(nullptr);
+}
+
+TEST(StaleFrame, IsWhatHasAStackPointerAboveItOrBelowTheStack) {
+  for (const std::ptrdiff_t fromTheFrame : {1000, -1000000})
+    EXPECT_EQ(NameOf(Guarded([&] { RaiseInAFrameWithAStackPointer(fromTheFrame); })), "Bang") << fromTheFrame;
 }
 
 [[gnu::cold, gnu::noinline]] void RaiseRarely() {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unwind.h>
 
+#include <array>
 #include <thread>
 
 #include "libcocoa/runtime/host_support.h"
@@ -82,12 +83,21 @@ TEST(Exception, PastPlainFunctionsNeedsNoUnwinder) {
             0);
 }
 
+// With more of the stack than a frame takes.
+[[gnu::noinline]] void RaiseBangFarBelow(void*) {
+  std::array<volatile char, 1024> room;
+  room[0] = 0;
+  RaiseBang(nullptr);
+  room[1] = 0;
+}
+
 // In a thread of its own: other tests leave frames behind.
 TEST(Exception, WithoutAFrameIsTheRuntimesAtOnce) {
   walks = 0;
   std::thread([] {
     void* const pool = objc_autoreleasePoolPush();
-    EXPECT_EQ(NameOf(ThroughCatch(&RaiseBang, nullptr)), "Bang");
+    EXPECT_EQ(Guarded([] {}), nullptr);  // one that was left is none
+    EXPECT_EQ(NameOf(ThroughCatch(&RaiseBangFarBelow, nullptr)), "Bang");
     objc_autoreleasePoolPop(pool);
   }).join();
   EXPECT_EQ(walks, 0);

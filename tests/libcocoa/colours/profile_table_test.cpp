@@ -6,15 +6,17 @@
 #include <pthread.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <memory>
-#include <ostream>
+#include <unordered_map>
 #include <utility>
 
 #include "tests/libcocoa/colours/damage.h"
 
 extern "C" {
 #include "libcocoa/profiles/colour_profiles.h"
+#include "libcocoa/profiles/hash.h"
 #include "libcocoa/profiles/little_cms.h"
 }
 
@@ -149,6 +151,61 @@ TEST_F(ProfileTable, SharesWhatAnotherHasOpenedMeanwhile) {
   QVXProfileRelease(other);
   EXPECT_EQ(QVXProfileFromHandle(one), nullptr);
   EXPECT_EQ(QVXLittleCMSMemory(), before);
+}
+
+TEST_F(ProfileTable, IgnoresWhatLiesBehindAProfile) {
+  const Bytes bytes = ByMaker("sgray.icc", 5);
+  QVXProfile* const one = Opened(bytes);
+  for (const int behind : {1, 2}) {
+    Bytes longer = bytes;
+    longer.push_back(static_cast<std::uint8_t>(behind));
+    EXPECT_EQ(Opened(longer), one) << behind;
+    QVXProfileRelease(one);
+  }
+  QVXProfileRelease(one);
+}
+
+// Pieces of four bytes after which a hash that began with `before` is the same.
+std::pair<std::uint32_t, std::uint32_t> PiecesOfOneHash(std::uint32_t before) {
+  std::unordered_map<std::uint32_t, std::uint32_t> pieces;
+  for (std::uint32_t i = 0; i < 1'000'000; ++i) {
+    const std::uint32_t piece = i * 2654435761U;
+    std::uint32_t hash = before;
+    for (unsigned shift = 0; shift < 32; shift += 8) hash = QVXHashWith(hash, (piece >> shift) & 0xFFU);
+    if (const auto [place, isNew] = pieces.emplace(hash, piece); !isNew) return {place->second, piece};
+  }
+  return {};
+}
+
+// The bytes with others from `at` on.
+Bytes With(Bytes bytes, std::size_t at, std::uint32_t piece) {
+  std::memcpy(&bytes.at(at), &piece, sizeof piece);
+  return bytes;
+}
+
+TEST_F(ProfileTable, TellsProfilesOfOneHashApart) {
+  Bytes bytes = ByMaker("sgray.icc", 6);
+  const std::size_t end = bytes.size();
+  bytes.resize(end + 4);  // which belong to the profile, and say nothing
+  bytes.at(2) = static_cast<std::uint8_t>(bytes.size() >> 8U);
+  bytes.at(3) = static_cast<std::uint8_t>(bytes.size());
+  constexpr std::size_t kMaker = 48;
+  for (const std::size_t at : {kMaker, end}) {
+    std::uint32_t before = QVXHashOfNothing;
+    for (std::size_t i = 0; i < at; ++i) {
+      if ((i < 24 || i >= 36) && (i < 44 || i >= 48) && (i < 64 || i >= 68) && (i < 84 || i >= 100))
+        before = QVXHashWith(before, bytes[i]);
+    }
+    const auto [piece, otherPiece] = PiecesOfOneHash(before);
+    QVXProfile* const one = Opened(With(bytes, at, piece));
+    QVXProfile* const other = Opened(With(bytes, at, otherPiece));
+    ASSERT_NE(one, nullptr);
+    ASSERT_NE(other, nullptr);
+    EXPECT_EQ(QVXProfileHash(one), QVXProfileHash(other)) << at;
+    EXPECT_NE(one, other) << at;
+    QVXProfileRelease(one);
+    QVXProfileRelease(other);
+  }
 }
 
 TEST_F(ProfileTable, TakesProfilesOf32MiBAtMost) {

@@ -2,9 +2,11 @@
 // them, and numbers from one to another.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
+#include <set>
 #include <string>
 
 #include "tests/libcocoa/colours/damage.h"
@@ -151,6 +153,7 @@ TEST(Components, AreHeldWithinTheirRange) {
   EXPECT_EQ(QVXClip(0.5), 0.5);
   EXPECT_EQ(QVXClip(1.5), 1);
   EXPECT_EQ(QVXClip(kNaN), 0);
+  EXPECT_FALSE(std::signbit(QVXClip(-0.0)));
   EXPECT_EQ(QVXHeldComponent(1.5, false), 1);
   EXPECT_EQ(QVXHeldComponent(-60, true), -60);
   EXPECT_EQ(QVXHeldComponent(kInfinity, true), 0);
@@ -170,6 +173,37 @@ TEST(Components, OfEachPlaceCountInTheHash) {
   EXPECT_EQ(QVXHashOfComponents(one.data(), 4), hash);
   std::swap(one[0], one[1]);
   EXPECT_NE(QVXHashOfComponents(one.data(), 4), hash);
+}
+
+TEST(Components, BehindTheLastDoNotCountInTheHash) {
+  const std::array<float, 2> one{0.5F, 0};
+  const std::array<float, 2> other{0.5F, 1};
+  EXPECT_EQ(QVXHashOfComponents(one.data(), 1), QVXHashOfComponents(other.data(), 1));
+}
+
+std::uint32_t HashOf(float component) {
+  return QVXHashOfComponents(&component, 1);
+}
+
+TEST(Components, ThatAreEqualHaveEqualHashes) {
+  EXPECT_EQ(HashOf(-0.0F), HashOf(0.0F));
+  EXPECT_NE(HashOf(1), HashOf(0));
+  EXPECT_NE(HashOf(2), HashOf(1));
+}
+
+// The lowest bits choose the place in a table, and those of most components are zeros.
+TEST(Components, SpreadOverTheLowestBitsOfTheHash) {
+  for (const int steps : {16, 128, 255}) {
+    std::set<std::uint32_t> places;
+    for (int i = 0; i < steps; ++i)
+      places.insert(HashOf(static_cast<float>(i) / static_cast<float>(steps)) % 64);
+    EXPECT_GT(places.size(), std::min(steps, 64) * 3U / 4) << steps;
+  }
+}
+
+TEST(Components, AreFifteenAndAnAlphaAtMost) {
+  EXPECT_EQ(int{QVXMostChannels}, 15);
+  EXPECT_EQ(int{QVXMostComponents}, 16);
 }
 
 }  // namespace
