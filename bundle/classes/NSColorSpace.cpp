@@ -152,10 +152,7 @@ CFURLRef URLThroughParent(REALfolderItem item, Holdings& holdings) {
       static_cast<CFIndex>(std::min<std::size_t>(leafName.length, std::size(leafName.unicode)));
   CFStringRef name = nullptr;
   if (length != 0) name = CFStringCreateWithCharacters(nullptr, leafName.unicode, length);
-  if (name == nullptr) {
-    heldParent.Release();
-    return nullptr;
-  }
+  if (name == nullptr) return nullptr;
   Held<CFTypeRef> heldName(holdings, name);
   if (const CFMutableStringRef decomposed = CFStringCreateMutableCopy(nullptr, 0, name)) {
     Held<CFTypeRef> heldDecomposed(holdings, decomposed);
