@@ -390,6 +390,27 @@ SCENARIO("the handle of a colour that is gone gives none", "raises NSInvalidArgu
   return Shown([NSColor colorWithCGColor:handle]);
 }
 
+// What the reason says behind the name of the method.
+static NSString* WhyNoColor(const CGFloat* components, NSInteger count) {
+  @try {
+    [NSColor colorWithColorSpace:SpaceNamed(@"srgb.icc") components:components count:count];
+  } @catch (NSException* exception) {
+    return [[[exception reason] componentsSeparatedByString:@"*** +colorWithColorSpace:components:count: "]
+        componentsJoinedByString:@""];
+  }
+  return @"it can";
+}
+
+#define WANTED_FOUR                                                                                      \
+  "wanted 4 components for a colour in Artifex Software sRGB ICC Profile colorspace (3 and the alpha), " \
+  "found"
+
+SCENARIO("the reason why a colour can't be made names what was wanted and what was found", "",
+         WANTED_FOUR " 3; pass them all, " WANTED_FOUR " 0; pass them all") {
+  return Joined(
+      [NSArray arrayWithObjects:WhyNoColor((const CGFloat[]){0, 0, 0}, 3), WhyNoColor(NULL, 4), nil]);
+}
+
 static NSString* DrawnNowhere(NSColor* color) {
   [color set];
   [color setFill];
