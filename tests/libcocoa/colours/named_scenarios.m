@@ -141,6 +141,17 @@ SCENARIO("a name that stands for itself converts to nothing", "crashes with sign
   return Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
 }
 
+SCENARIO("a colour is named by a catalogue and a name, and the next one is when one of them was missing", "",
+         "nil, nil, nil, gridColor") {
+  NSMutableArray* names = [NSMutableArray array];
+  for (int i = 0; i < 4; ++i) {
+    NSColor* color = [NSColor colorWithCatalogName:i & 1 ? @"System" : nil
+                                         colorName:i & 2 ? @"gridColor" : nil];
+    [names addObject:color ? [color colorNameComponent] : @"nil"];
+  }
+  return Joined(names);
+}
+
 SCENARIO("a named colour is one object and tells its names", "yes, NSNamedColorSpace, controlColor",
          "yes, NSNamedColorSpace, controlColor") {
   NSColor* one = [NSColor colorWithCatalogName:@"System" colorName:@"controlColor"];
