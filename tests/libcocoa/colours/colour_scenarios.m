@@ -122,6 +122,15 @@ SCENARIO("a custom colour of each sixth tells its hue, saturation and brightness
   return [hues componentsJoinedByString:@" "];
 }
 
+SCENARIO("custom red is where the circle of hues begins", "", "0.0000 0.3333 0.6667") {
+  NSMutableArray* hues = [NSMutableArray array];
+  for (int i = 0; i < 3; i++) {
+    NSColor* color = [NSColor colorWithSRGBRed:i == 0 green:i == 1 blue:i == 2 alpha:1];
+    [hues addObject:[NSString stringWithFormat:@"%.4f", (double)[color hueComponent]]];
+  }
+  return [hues componentsJoinedByString:@" "];
+}
+
 SCENARIO("a gray space has no hue", "0.400 0.800 0.800 1.000 CalibratedRGB", "nil") {
   return Shown([NSColor colorWithColorSpace:[NSColorSpace deviceGrayColorSpace]
                                         hue:0.5
