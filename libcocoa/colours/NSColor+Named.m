@@ -22,19 +22,10 @@ NSColor* QVXConcreteColor(NSColor* color) {
   return nil;
 }
 
-@implementation NSColor (QVXNamed)
-
-+ (NSColor*)colorWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
-  static QVXMethod stock;
-  // GNUstep would raise here with its lock held, and block every later use of a named colour.
-  if (!catalogue || !name) return nil;
-  return ((id(*)(id, SEL, id, id))QVXStockClassMethod("NSColor", _cmd, &stock))(self, _cmd, catalogue, name);
-}
-
-@end
-
 @implementation GSNamedColor (QVXNamed)
 
+// GNUstep would raise here for a name that is missing, with its lock held, and block every later use of a
+// named colour.
 - (id)initWithCatalogName:(NSString*)catalogue colorName:(NSString*)name {
   static QVXMethod stock;
   if (catalogue && name)

@@ -15,7 +15,7 @@ static NSString* const kSystem = @"System";
 
 typedef struct {
   NSColorList** lists;
-  size_t count;
+  size_t count, room;
 } ListTable;
 
 static _Thread_local int loading;      // depth of loading on this thread
@@ -36,10 +36,14 @@ static size_t Place(const ListTable* table, NSColorList* list) {
 // NO if it is there already.
 static BOOL Add(ListTable* table, NSColorList* list) {
   if (Place(table, list) < table->count) return NO;
-  NSColorList** lists = realloc(table->lists, (table->count + 1) * sizeof *lists);
-  if (!lists) return NO;
-  lists[table->count++] = list;
-  table->lists = lists;
+  if (table->count == table->room) {
+    size_t room = table->room ? 2 * table->room : 8;
+    NSColorList** lists = realloc(table->lists, room * sizeof *lists);
+    if (!lists) return NO;
+    table->lists = lists;
+    table->room = room;
+  }
+  table->lists[table->count++] = list;
   return YES;
 }
 
@@ -122,7 +126,7 @@ static BOOL IsHidden(NSColorList* list) {
 static NSArray* WrittenLists(void) {
   pthread_mutex_lock(&tableLock);
   size_t count = written.count;
-  NSColorList** copy = malloc(count * sizeof *copy);
+  NSColorList** copy = malloc(count * sizeof *copy + 1);
   if (!copy) count = 0;
   for (size_t i = 0; i < count; ++i) {
     copy[i] = written.lists[i];
@@ -154,10 +158,15 @@ static NSArray* Visible(NSArray* stock) {
 + (NSArray*)availableColorLists {
   static QVXMethod stock;
   StartColors();
-  return Visible(((id(*)(id, SEL))QVXStockClassMethod("NSColorList", _cmd, &stock))(self, _cmd));
+  NSArray* lists = ((id(*)(id, SEL))QVXStockClassMethod("NSColorList", _cmd, &stock))(self, _cmd);
+  BOOL areAll =
+      __atomic_load_n(&hidden.count, __ATOMIC_ACQUIRE) + __atomic_load_n(&written.count, __ATOMIC_ACQUIRE) ==
+      0;
+  return areAll ? lists : Visible(lists);
 }
 
 + (NSColorList*)colorListNamed:(NSString*)name {
+  if (!name) return nil;
   for (NSColorList* list in [self availableColorLists])
     if ([[list name] isEqual:name]) return list;
   return nil;

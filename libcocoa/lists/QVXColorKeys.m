@@ -28,10 +28,6 @@
   return [_keys objectAtIndex:index];
 }
 
-- (void)getObjects:(id[])objects range:(NSRange)range {
-  [_keys getObjects:objects range:range];
-}
-
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
                                   objects:(id[])objects
                                     count:(NSUInteger)count {

@@ -122,6 +122,15 @@ SCENARIO("a custom colour of each sixth tells its hue, saturation and brightness
   return [hues componentsJoinedByString:@" "];
 }
 
+SCENARIO("custom red is where the circle of hues begins", "", "0.0000 0.3333 0.6667") {
+  NSMutableArray* hues = [NSMutableArray array];
+  for (int i = 0; i < 3; i++) {
+    NSColor* color = [NSColor colorWithSRGBRed:i == 0 green:i == 1 blue:i == 2 alpha:1];
+    [hues addObject:[NSString stringWithFormat:@"%.4f", (double)[color hueComponent]]];
+  }
+  return [hues componentsJoinedByString:@" "];
+}
+
 SCENARIO("a gray space has no hue", "0.400 0.800 0.800 1.000 CalibratedRGB", "nil") {
   return Shown([NSColor colorWithColorSpace:[NSColorSpace deviceGrayColorSpace]
                                         hue:0.5
@@ -388,6 +397,27 @@ SCENARIO("the handle of a colour that is gone gives none", "raises NSInvalidArgu
   CGColorRef handle = [[NSColor colorWithDeviceRed:0.1 green:0.2 blue:0.3 alpha:0.4] CGColor];
   [pool release];
   return Shown([NSColor colorWithCGColor:handle]);
+}
+
+// What the reason says behind the name of the method.
+static NSString* WhyNoColor(const CGFloat* components, NSInteger count) {
+  @try {
+    [NSColor colorWithColorSpace:SpaceNamed(@"srgb.icc") components:components count:count];
+  } @catch (NSException* exception) {
+    return [[[exception reason] componentsSeparatedByString:@"*** +colorWithColorSpace:components:count: "]
+        componentsJoinedByString:@""];
+  }
+  return @"it can";
+}
+
+#define WANTED_FOUR                                                                                      \
+  "wanted 4 components for a colour in Artifex Software sRGB ICC Profile colorspace (3 and the alpha), " \
+  "found"
+
+SCENARIO("the reason why a colour can't be made names what was wanted and what was found", "",
+         WANTED_FOUR " 3; pass them all, " WANTED_FOUR " 0; pass them all") {
+  return Joined(
+      [NSArray arrayWithObjects:WhyNoColor((const CGFloat[]){0, 0, 0}, 3), WhyNoColor(NULL, 4), nil]);
 }
 
 static NSString* DrawnNowhere(NSColor* color) {

@@ -16,6 +16,19 @@ SCENARIO("each predefined colour is one shared object", "0 of 15", "15 of 15") {
   return [NSString stringWithFormat:@"%d of 15", same];
 }
 
+SCENARIO("each of the colours named after the system is one shared object, and another colour", "",
+         "9 shared, 9 different") {
+  int shared = 0;
+  NSMutableSet* different = [NSMutableSet set];
+  for (NSString* name in
+       [@"Blue Brown Gray Green Orange Pink Purple Red Yellow" componentsSeparatedByString:@" "]) {
+    NSColor* color = Preset([@"system" stringByAppendingString:name]);
+    shared += color && color == Preset([@"system" stringByAppendingString:name]);
+    [different addObject:Shown(color)];
+  }
+  return [NSString stringWithFormat:@"%d shared, %u different", shared, (unsigned)[different count]];
+}
+
 SCENARIO(
     "predefined colours have their documented values",
     "0/1, 0 0 1, 0.6 0.4 0.2, 0/0, 0 1 1, 0.333/1, 0.5/1, 0 1 0, 0.667/1, 1 0 1, 1 0.5 0, 0.5 0 0.5, 1 0 0, "
@@ -126,6 +139,17 @@ SCENARIO("a name that stands for itself converts to nothing", "crashes with sign
   NSColor* named = [NSColor colorWithCatalogName:@"Signals" colorName:@"me"];
   [list setColor:named forKey:@"me"];
   return Shown([named colorUsingColorSpaceName:NSCalibratedRGBColorSpace]);
+}
+
+SCENARIO("a colour is named by a catalogue and a name, and the next one is when one of them was missing", "",
+         "nil, nil, nil, gridColor") {
+  NSMutableArray* names = [NSMutableArray array];
+  for (int i = 0; i < 4; ++i) {
+    NSColor* color = [NSColor colorWithCatalogName:i & 1 ? @"System" : nil
+                                         colorName:i & 2 ? @"gridColor" : nil];
+    [names addObject:color ? [color colorNameComponent] : @"nil"];
+  }
+  return Joined(names);
 }
 
 SCENARIO("a named colour is one object and tells its names", "yes, NSNamedColorSpace, controlColor",

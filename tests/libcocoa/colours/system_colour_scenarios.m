@@ -240,6 +240,11 @@ SCENARIO("a user default without its numbers leaves the light value", "",
   return StartedWith(@"{ ColorSpace = NSCalibratedRGBColorSpace; R = 1; }");
 }
 
+SCENARIO("a user default without its first number leaves the light value", "",
+         "nothing, 0.802 0.802 0.802 1.000 CalibratedRGB, 0.968 0.968 0.968 1.000 CalibratedRGB") {
+  return StartedWith(@"{ ColorSpace = NSCalibratedRGBColorSpace; G = 0.1; B = 0.2; Alpha = 1; }");
+}
+
 SCENARIO("a user default of a space and its numbers is read", "",
          "nothing, 0.100 0.200 0.300 0.500 CalibratedRGB, 0.968 0.968 0.968 1.000 CalibratedRGB") {
   return StartedWith(@"{ ColorSpace = NSCalibratedRGBColorSpace; R = 0.1; G = 0.2; B = 0.3; Alpha = 0.5; }");
