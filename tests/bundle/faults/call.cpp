@@ -57,7 +57,8 @@ bool IsColourClass(std::string_view name) {
   return name == "NSColor" || name == "NSColorList" || name == "NSColorSpace" || name == "NSPasteboard";
 }
 
-// What raises in a setting that raises: all that the bundle sends to colours, but for what the log line needs.
+// What raises in a setting that raises: all that the bundle sends to colours, but for what the log line
+// needs.
 const scripted::Selectors& RaisingSelectors() {
   static const scripted::Selectors selectors = [] {
     scripted::Selectors all;

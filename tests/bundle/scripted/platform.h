@@ -89,7 +89,8 @@ class Platform {
   }
   void Raise(std::string_view selector, NativeObject* exception);
   void RaiseOnce(std::string_view selector, NativeObject* exception);
-  // Every later send of one of the selectors, which outlive the platform, unless it has a behaviour of its own.
+  // Every later send of one of the selectors, which outlive the platform, unless it has a behaviour of its
+  // own.
   void RaiseEach(const Selectors& selectors, NativeObject* exception);
 
   // The sibling part: class methods on NSException. All three present unless forgotten.
