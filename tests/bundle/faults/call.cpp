@@ -5,6 +5,8 @@
 #include <array>
 #include <map>
 #include <new>
+#include <optional>
+#include <set>
 
 #include "tests/bundle/faults/bundle_image.h"
 #include "tests/bundle/scripted/allocation.h"
@@ -39,8 +41,35 @@ void ForgetTheWorld(const ImageState& image) {
   RestoreBundle(image);
 }
 
+// Nobody but the entry registers anything, so that the host keeps what it has from call to call.
+void KeepRegistered(bool isEntry, long double version) {
+  static std::optional<long double> kept;
+  if (isEntry) {
+    TheHost().registered.clear();
+    kept.reset();
+  } else if (kept != version) {
+    TheHost().registered = registered[version];
+    kept = version;
+  }
+}
+
 bool IsColourClass(std::string_view name) {
   return name == "NSColor" || name == "NSColorList" || name == "NSColorSpace" || name == "NSPasteboard";
+}
+
+// What raises in a setting that raises: all that the bundle sends to colours, but for what the log line
+// needs.
+const scripted::Selectors& RaisingSelectors() {
+  static const scripted::Selectors selectors = [] {
+    scripted::Selectors all;
+    for (const scripted::MethodTypes& method : scripted::DeclaredMethods()) {
+      if (IsColourClass(method.className)) all.emplace(method.selector);
+    }
+    all.erase("alloc");
+    all.erase("name");
+    return all;
+  }();
+  return selectors;
 }
 
 NativeObject* Spaces(int count) {
@@ -75,13 +104,12 @@ void SetUpPlatform(const Setting& setting) {
   scripted::Platform& platform = ThePlatform();
   platform.files["/profiles/a.icc"] = {1, 2, 3};
   platform.files["/profiles/e\xCC\x81.icc"] = {4, 5, 6};
-  platform.Answer("availableColorSpacesWithModel:", Spaces(setting.rich ? 3 : 1));
-  if (setting.raising) {
+  NativeObject* const spaces = Spaces(setting.rich ? 3 : 1);
+  if (!setting.raising) {
+    platform.Answer("availableColorSpacesWithModel:", spaces);
+  } else {
     NativeObject* const exception = scripted::MakeException("NSPlatformException", "of the setting");
-    for (const scripted::MethodTypes& method : scripted::DeclaredMethods()) {
-      if (IsColourClass(method.className) && method.selector != "alloc" && method.selector != "name")
-        platform.Raise(method.selector, exception);
-    }
+    platform.RaiseEach(RaisingSelectors(), exception);
     NativeObject* const name = scripted::MakeText("NSPlatformException");
     platform.On("name", [=](scripted::Send& send) {  // the log line asks the exception for its name
       if (send.Receiver()->className == "NSException") return send.Answer(name);
@@ -317,11 +345,7 @@ Observation Make(const Case& each, const Plan& plan, bool onceMore, std::uint32_
   const bool isEntry = target.role == Role::kEntry;
   ForgetTheWorld(isEntry ? loaded : started[each.version]);
   TheHost().version = each.version;
-  if (isEntry) {
-    TheHost().registered.clear();
-  } else {
-    TheHost().registered = registered[each.version];
-  }
+  KeepRegistered(isEntry, each.version);
   SetUpHost(*each.setting);
   SetUpPlatform(*each.setting);
   if (each.setting->prepared && !isEntry) PrepareBundle();

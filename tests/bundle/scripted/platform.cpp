@@ -115,6 +115,11 @@ void Platform::RaiseOnce(std::string_view selector, NativeObject* exception) {
   Once(selector, [exception](Send& send) { send.Raise(exception); });
 }
 
+void Platform::RaiseEach(const Selectors& selectors, NativeObject* exception) {
+  raising_ = &selectors;
+  raised_ = exception;
+}
+
 void Platform::ForgetSibling() {
   siblingMethods.clear();
 }
@@ -168,6 +173,8 @@ void Platform::Dispatch(Send& send, bool viaFpret) {
       behaviour(send);
     } else if (auto found = behaviours_.find(send.Selector()); found != behaviours_.end()) {
       found->second(send);
+    } else if (raising_ != nullptr && raising_->contains(send.Selector())) {
+      send.Raise(raised_);
     } else {
       DefaultAnswer(send, *method);
     }

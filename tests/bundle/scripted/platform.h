@@ -55,6 +55,7 @@ class Send {
   const std::uint32_t* arguments_;
 };
 
+using Selectors = std::set<std::string, std::less<>>;
 using Behaviour = std::function<void(Send&)>;
 
 // A method's types: the result, then the arguments.
@@ -88,6 +89,9 @@ class Platform {
   }
   void Raise(std::string_view selector, NativeObject* exception);
   void RaiseOnce(std::string_view selector, NativeObject* exception);
+  // Every later send of one of the selectors, which outlive the platform, unless it has a behaviour of its
+  // own.
+  void RaiseEach(const Selectors& selectors, NativeObject* exception);
 
   // The sibling part: class methods on NSException. All three present unless forgotten.
   void ForgetSibling();
@@ -126,6 +130,8 @@ class Platform {
   std::map<std::string, Behaviour, std::less<>> behaviours_;
   std::map<std::string, std::deque<Behaviour>, std::less<>> once_;
   std::map<std::string, NativeObject*, std::less<>> shared_;
+  const Selectors* raising_ = nullptr;
+  NativeObject* raised_ = nullptr;
 };
 
 Platform& ThePlatform();

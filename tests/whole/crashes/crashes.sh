@@ -42,8 +42,8 @@ if [ ! -d "$build/desktop/QVXColor.bundle.dSYM" ]; then
   echo "wanted the desktop bundle with its symbols, found none; tools/desktop builds it"
   exit 77
 fi
-"$source/tools/package_symbols" "$build" "$work" || exit 1
-tar -xJf "$work"/qvxcolor-*-symbols.tar.xz -C "$work" || fail "the .tar.xz can be unpacked"
+env PACKING_LEVEL=none "$source/tools/package_symbols" "$build" "$work" || exit 1
+tar -xf "$work"/qvxcolor-*-symbols.tar.xz -C "$work" || fail "the .tar.xz can be unpacked"
 dpkg-deb -x "$work"/qvxcolor-dbgsym_*.deb "$work/deb" || fail "the .deb can be unpacked"
 symbols=$(echo "$work"/qvxcolor-*-symbols)
 grep -rlF -e "$source" "$symbols" && fail "the symbols name no folder of the machine that built them"

@@ -160,13 +160,13 @@ def check(browser, page, folder, members):
         browser.screenshot(folder / f"colours-{scheme}.png")
     expect("light and dark differ", True, grounds["light"] != grounds["dark"])
 
-    for scheme in ("light", "dark"):
-        browser.emulate(scheme)
-        for width in (390, 768, 1280):
-            browser.size(width, 900)
-            browser.open("about:blank")
-            browser.open(page.as_uri())
-            expect(f"nothing is wider than a window of {width}", True,
+    for width in (390, 768, 1280):
+        browser.size(width, 900)
+        browser.open("about:blank")
+        browser.open(page.as_uri())
+        for scheme in ("light", "dark"):
+            browser.emulate(scheme)
+            expect(f"nothing is wider than a window of {width} in {scheme}", True,
                    browser.script("return document.documentElement.scrollWidth <= window.innerWidth;"))
             expect(f"the contents are open at {width} where they stand beside the members", width > 832,
                    browser.script("return document.getElementById('contents').open;"))
