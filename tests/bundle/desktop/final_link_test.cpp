@@ -3,14 +3,19 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <functional>
+#include <iterator>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "bundle/desktop/final_link/export_trie.h"
 #include "bundle/desktop/final_link/link.h"
 #include "bundle/desktop/final_link/load_commands.h"
 #include "bundle/desktop/final_link/opcodes.h"
+#include "bundle/desktop/final_link/reader.h"
 #include "bundle/desktop/final_link/refusal.h"
 #include "tests/bundle/desktop/small_object.h"
 
@@ -47,6 +52,28 @@ class Bundle {
     }
     return offsets;
   }
+  desktop::Bytes Part(std::size_t offset, std::size_t size) const {
+    return {bytes_.begin() + static_cast<std::ptrdiff_t>(offset),
+            bytes_.begin() + static_cast<std::ptrdiff_t>(offset + size)};
+  }
+  std::string Text(std::size_t offset) const { return reinterpret_cast<const char*>(&bytes_.at(offset)); }
+  // The only load command of that kind.
+  template <typename Command>
+  Command Only(desktop::CommandKind kind) const {
+    const auto offsets = Commands(kind);
+    EXPECT_EQ(offsets.size(), 1U);
+    return At<Command>(offsets.at(0));
+  }
+  desktop::Bytes Rebases() const {
+    const auto info = Only<desktop::DynamicLoaderInfoCommand>(desktop::CommandKind::DynamicLoaderInfo);
+    return Part(info.rebaseOffset, info.rebaseSize);
+  }
+  std::vector<std::string> Libraries() const {
+    std::vector<std::string> paths;
+    for (const std::size_t offset : Commands(desktop::CommandKind::LoadLibrary))
+      paths.push_back(Text(offset + At<desktop::LoadLibraryCommand>(offset).pathOffset));
+    return paths;
+  }
   std::size_t ZerosBefore(std::size_t end) const {
     std::size_t count = 0;
     while (bytes_.at(end - 1 - count) == 0) ++count;
@@ -82,6 +109,94 @@ TEST(FinalLink, MovesTextAsOneBlock) {
   EXPECT_EQ(bundle.Section("__eh_frame").address, code + 0x2C);
 }
 
+TEST(FinalLink, SaysInItsHeaderWhatItIs) {
+  const auto header = Bundle(small::GoodObject()).At<desktop::Header>(0);
+  EXPECT_EQ(header.magic, 0xFEEDFACEU);
+  EXPECT_EQ(header.processor, 7U);
+  EXPECT_EQ(header.processorSubtype, 3U);
+  EXPECT_EQ(static_cast<std::uint32_t>(header.fileType), 8U);
+  EXPECT_EQ(header.commandCount, 10U);  // two of them name libraries
+  EXPECT_EQ(header.flags, 0x85U);
+}
+
+TEST(FinalLink, LeavesRoomForOneSmallLoadCommandMore) {
+  const Bundle bundle(small::GoodObject());
+  const std::uint32_t end = 28 + bundle.At<desktop::Header>(0).commandsSize;
+  EXPECT_EQ(bundle.Section("__symbol_stub").address, end + 32);
+}
+
+TEST(FinalLink, KeepsTheDistanceFromAnAlignedAddress) {
+  small::Object object = small::GoodObject();
+  object.sections.resize(2);
+  small::Section& code = object.sections[small::kText];
+  code.address = 8;
+  code.alignment = 3;
+  code.bytes = std::string(8, '\xC3');
+  code.relocations.clear();
+  object.sections[small::kStrings].address = 0x20;
+  object.sections[small::kStrings].alignment = 4;
+  object.symbols.resize(1);
+  object.symbols[small::kEntry].value = 12;
+  object.indirect.clear();
+  const Bundle bundle(object);
+  const std::uint32_t stubs = bundle.Section("__symbol_stub").address;
+  const std::uint32_t moved = (stubs + 15) / 16 * 16 + 8;
+  EXPECT_EQ(bundle.Section("__text").address, moved);
+  EXPECT_EQ(bundle.Section("__cstring").address, moved + 0x18);
+  const auto table = bundle.Only<desktop::SymbolTableCommand>(desktop::CommandKind::SymbolTable);
+  EXPECT_EQ(bundle.At<desktop::SymbolEntry>(table.symbolOffset).value, moved + 4);
+}
+
+TEST(FinalLink, SaysOfEachSectionWhatIsInIt) {
+  small::Object object = small::GoodObject();
+  object.sections[small::kText].flags |= 0x300;  // of relocations, which the bundle has none of
+  const Bundle bundle(object);
+  EXPECT_EQ(bundle.Section("__symbol_stub").flags, 0x80000408U);
+  EXPECT_EQ(bundle.Section("__text").flags, 0x80000400U);
+  EXPECT_EQ(bundle.Section("__cstring").flags, 2U);
+  EXPECT_EQ(bundle.Section("__eh_frame").flags, 11U);
+  EXPECT_EQ(bundle.Section("__nl_symbol_ptr").flags, 6U);
+  EXPECT_EQ(bundle.Section("__data").flags, 0U);
+  EXPECT_EQ(bundle.Section("__bss").flags, 1U);
+}
+
+TEST(FinalLink, NamesTheFirstIndirectSymbolOfStubsAndOfPointersAlone) {
+  const Bundle bundle(small::GoodObject());
+  EXPECT_EQ(bundle.Section("__symbol_stub").firstIndirect, 0U);
+  EXPECT_EQ(bundle.Section("__symbol_stub").stubSize, 12U);
+  EXPECT_EQ(bundle.Section("__nl_symbol_ptr").firstIndirect, 1U);
+  EXPECT_EQ(bundle.Section("__nl_symbol_ptr").stubSize, 0U);
+  EXPECT_EQ(bundle.Section("__data").firstIndirect, 0U);
+  EXPECT_EQ(bundle.Section("__bss").stubSize, 0U);
+}
+
+TEST(FinalLink, TakesConstantsOfAllSizes) {
+  for (const std::uint32_t kind : {0, 2, 3, 4, 14}) {
+    small::Object object = small::GoodObject();
+    object.sections[small::kStrings].flags = kind;
+    EXPECT_EQ(Bundle(object).Section("__cstring").flags, kind);
+  }
+}
+
+TEST(FinalLink, TakesNamesOfAllPlainLetters) {
+  small::Object object = small::GoodObject();
+  object.sections[small::kData].name = "!sixteen_letter~";
+  EXPECT_EQ(Bundle(object).Section("!sixteen_letter~").size, 12U);
+}
+
+TEST(FinalLink, TakesSymbolsWhoseDescriptionSaysNothingOfWeakness) {
+  small::Object object = small::GoodObject();
+  object.symbols[small::kHelper].description = 0xFF3F;
+  EXPECT_NO_THROW(Linked(object));
+}
+
+TEST(FinalLink, TakesSymbolsInTheLastSection) {
+  small::Object object = small::GoodObject();
+  object.symbols[small::kHelper].section = small::kBss + 1;
+  object.symbols[small::kHelper].value = object.sections[small::kBss].address;
+  EXPECT_NO_THROW(Linked(object));
+}
+
 TEST(FinalLink, EndsCallFrameInformationWithAZeroWord) {
   EXPECT_EQ(Bundle(small::GoodObject()).Section("__eh_frame").size, 8U);
 }
@@ -101,6 +216,40 @@ TEST(FinalLink, MovesPointersThatNameASymbolOfTheObject) {
   EXPECT_EQ(bundle.Word(bundle.Section("__data").address), bundle.Section("__text").address + 0x22);
 }
 
+TEST(FinalLink, MovesPointersToTheFirstAndTheLastByteOfASection) {
+  for (const unsigned inside : {0U, 7U}) {
+    small::Object object = small::GoodObject();
+    object.sections[small::kData].bytes[0] = static_cast<char>(0x40 + inside);
+    object.sections[small::kData].relocations[0] = small::Plain(0, small::kBss + 1, false, false);
+    const Bundle bundle(object);
+    EXPECT_EQ(bundle.Word(bundle.Section("__data").address), bundle.Section("__bss").address + inside);
+  }
+}
+
+// Behind the three pointers to imports: two words, the first two of the data.
+TEST(FinalLink, RebasesPointersByAddressAndByName) {
+  const Bytes twoWords = {0x11, 0x21, 0x00, 0x43, 0x52, 0x00};
+  small::Object object = small::GoodObject();
+  EXPECT_EQ(Bundle(object).Rebases(), twoWords);
+  object.sections[small::kData].relocations[0] = small::Plain(0, small::kHelper, false, true);
+  EXPECT_EQ(Bundle(object).Rebases(), twoWords);
+}
+
+TEST(FinalLink, FindsTheIndirectSymbolsOfEachPointer) {
+  small::Object object = small::GoodObject();
+  small::Section& pointers = object.sections[small::kPointers];
+  pointers.bytes.resize(8);
+  pointers.firstIndirect = 1;
+  object.indirect = {small::kGuard, small::kGuard, small::kSpace};
+  object.sections[small::kBss].address = 0x44;
+  small::Section& code = object.sections[small::kText];
+  code.bytes[8] = 0x40 - 5;
+  code.relocations[4] = small::Scattered(0x08, 0x40, 4);
+  const Bundle bundle(object);
+  const std::uint32_t here = bundle.Section("__text").address + 5;
+  EXPECT_EQ(here + bundle.Word(here + 3), bundle.Section("__nl_symbol_ptr").address);
+}
+
 TEST(FinalLink, LeavesPointersToLibrariesEmpty) {
   const Bundle bundle(small::GoodObject());
   EXPECT_EQ(bundle.Word(bundle.Section("__data").address + 8), 0U);
@@ -113,16 +262,27 @@ TEST(FinalLink, KeepsDistancesInTheBlock) {
   EXPECT_EQ(bundle.Word(code + 0x13), 0x20U - 0x17U);
 }
 
+TEST(FinalLink, KeepsDistancesThatNameAnAddress) {
+  small::Object object = small::GoodObject();
+  desktop::RelocationEntry& call = object.sections[small::kText].relocations[1];
+  call = small::Scattered(0x13, 0x20, 0);
+  call.where |= 1U << 30;
+  const Bundle bundle(object);
+  EXPECT_EQ(bundle.Word(bundle.Section("__text").address + 0x13), 0x20U - 0x17U);
+}
+
 TEST(FinalLink, KeepsDifferencesBetweenWhatMovesApart) {
   small::Object object = small::GoodObject();
   small::Section& data = object.sections[small::kData];
   const std::uint32_t held = 0x20 - data.address;
   std::memcpy(data.bytes.data(), &held, sizeof held);
-  data.relocations[0] = small::Scattered(0, 0x20, 4);
   data.relocations.insert(data.relocations.begin() + 1, small::Scattered(0, data.address, 1));
-  const Bundle bundle(object);
-  const std::uint32_t moved = bundle.Section("__data").address;
-  EXPECT_EQ(bundle.Word(moved), bundle.Section("__text").address + 0x20 - moved);
+  for (const unsigned kind : {2U, 4U}) {
+    data.relocations[0] = small::Scattered(0, 0x20, kind);
+    const Bundle bundle(object);
+    const std::uint32_t moved = bundle.Section("__data").address;
+    EXPECT_EQ(bundle.Word(moved), bundle.Section("__text").address + 0x20 - moved);
+  }
 }
 
 TEST(FinalLink, SendsReadsOfAnImportToItsPointer) {
@@ -139,7 +299,42 @@ TEST(FinalLink, SendsCallsToAStubThatJumpsThroughThePointer) {
   const std::uint32_t stub = bundle.Section("__symbol_stub").address;
   EXPECT_EQ(bundle.Section("__symbol_stub").size, 12U);
   EXPECT_EQ(end + bundle.Word(end - 4), stub);
+  EXPECT_EQ(bundle.Part(stub, 8), (Bytes{0xE8, 0, 0, 0, 0, 0x58, 0xFF, 0xA0}));
   EXPECT_EQ(stub + 5 + bundle.Word(stub + 8), bundle.Section("__nl_symbol_ptr").address + 8);
+}
+
+// By name alone, the colour space would come first.
+TEST(FinalLink, SortsImportsByLibraryThenByName) {
+  small::Object object = small::GoodObject();
+  object.symbols[small::kStrlen].name = "_objc_msgSend";
+  const Bundle bundle(object);
+  EXPECT_EQ(bundle.Libraries(),
+            (std::vector<std::string>{"/usr/lib/libobjc.A.dylib",
+                                      "/System/Library/Frameworks/Cocoa.framework/Versions/A/Cocoa",
+                                      "/usr/lib/libSystem.B.dylib"}));
+  const std::uint32_t stub = bundle.Section("__symbol_stub").address;
+  EXPECT_EQ(stub + 5 + bundle.Word(stub + 8), bundle.Section("__nl_symbol_ptr").address);
+}
+
+TEST(FinalLink, NamesTheExportedSymbolThenImportsWithTheirLibraries) {
+  const Bundle bundle(small::GoodObject());
+  const auto table = bundle.Only<desktop::SymbolTableCommand>(desktop::CommandKind::SymbolTable);
+  const desktop::SymbolEntry wanted[] = {{2, 0x0F, 2, 0, bundle.Section("__text").address},
+                                         {9, 0x01, 0, 0x100, 0},
+                                         {36, 0x01, 0, 0x200, 0},
+                                         {55, 0x01, 0, 0x200, 0}};
+  const char* const names[] = {"_Entry", "_NSCalibratedRGBColorSpace", "___stack_chk_guard", "_strlen"};
+  ASSERT_EQ(table.symbolCount, std::size(wanted));
+  for (std::size_t index = 0; index < std::size(wanted); ++index) {
+    const auto entry =
+        bundle.At<desktop::SymbolEntry>(table.symbolOffset + index * sizeof(desktop::SymbolEntry));
+    EXPECT_EQ(entry.name, wanted[index].name);
+    EXPECT_EQ(entry.type, wanted[index].type);
+    EXPECT_EQ(entry.section, wanted[index].section);
+    EXPECT_EQ(entry.description, wanted[index].description);
+    EXPECT_EQ(entry.value, wanted[index].value);
+    EXPECT_EQ(bundle.Text(table.stringOffset + entry.name), names[index]);
+  }
 }
 
 TEST(FinalLink, SendsCallsThatNameASymbolOfTheObjectToIt) {
@@ -182,6 +377,7 @@ TEST(FinalLink, AsksForNoLaterVersionOfALibraryThanTheFirst) {
   const Bundle bundle(small::GoodObject());
   for (const std::size_t offset : bundle.Commands(desktop::CommandKind::LoadLibrary)) {
     const auto command = bundle.At<desktop::LoadLibraryCommand>(offset);
+    EXPECT_EQ(command.timeStamp, 0U);
     EXPECT_EQ(command.currentVersion, 0x10000U);
     EXPECT_EQ(command.compatibleVersion, 0x10000U);
   }
@@ -206,6 +402,20 @@ TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   const desktop::SectionHeader data = bundle.Section("__data");
   EXPECT_GE(zeros.address, data.address + data.size);
   EXPECT_EQ(zeros.fileOffset, 0U);
+}
+
+TEST(FinalLink, GivesZeroFilledSectionsPagesOfTheirOwnInMemoryOnly) {
+  small::Object object = small::GoodObject();
+  object.sections[small::kBss].zeros = 0x5000;
+  const Bundle bundle(object);
+  const auto offsets = bundle.Commands(desktop::CommandKind::Segment);
+  const auto data = bundle.At<desktop::SegmentCommand>(offsets.at(1));
+  EXPECT_EQ(data.fileSize, 0x1000U);
+  EXPECT_EQ(data.memorySize, 0x6000U);
+  const auto link = bundle.At<desktop::SegmentCommand>(offsets.at(2));
+  EXPECT_EQ(link.fileOffset, data.fileOffset + 0x1000);
+  EXPECT_EQ(link.address, data.address + 0x6000);
+  EXPECT_EQ(link.memorySize, 0x1000U);
 }
 
 TEST(FinalLink, AlignsASectionToAPage) {
@@ -287,7 +497,44 @@ TEST(FinalLink, LinksAnObjectThatImportsNothing) {
   object.sections[small::kText].relocations.clear();
   object.symbols.resize(1);
   object.indirect.clear();
-  EXPECT_EQ(Bundle(object).Section("__symbol_stub").size, 0U);
+  const Bundle bundle(object);
+  EXPECT_EQ(bundle.Section("__symbol_stub").size, 0U);
+  EXPECT_EQ(bundle.Libraries(), std::vector<std::string>{"/usr/lib/libSystem.B.dylib"});
+}
+
+TEST(RoundUp, GivesTheNumberItselfOrTheNextMultiple) {
+  EXPECT_EQ(desktop::RoundUp(0, 16), 0U);
+  EXPECT_EQ(desktop::RoundUp(1, 16), 16U);
+  EXPECT_EQ(desktop::RoundUp(16, 16), 16U);
+  EXPECT_EQ(desktop::RoundUp(17, 16), 32U);
+}
+
+TEST(Reader, GivesNothingAtTheEndOfTheFile) {
+  const Bytes file(4);
+  EXPECT_TRUE(desktop::Reader(file).Part(4, 0, "nothing").empty());
+  EXPECT_THROW(desktop::Reader(file).Part(4, 1, "a byte"), desktop::Refusal);
+  EXPECT_THROW(desktop::Reader(file).Part(5, 0, "nothing"), desktop::Refusal);
+}
+
+TEST(AppendUleb, TakesAByteMoreFrom128On) {
+  Bytes bytes;
+  for (const std::uint32_t number : {0x7FU, 0x80U, 0x3FFFU, 0x4000U}) desktop::AppendUleb(bytes, number);
+  EXPECT_EQ(bytes, (Bytes{0x7F, 0x80, 0x01, 0xFF, 0x7F, 0x80, 0x80, 0x01}));
+}
+
+TEST(RebaseOpcodes, ReadNoAddressBehindTheLast) {
+  const std::vector<std::uint32_t> addresses = {0x1000, 0x1004, 0x1008};
+  EXPECT_EQ(desktop::RebaseOpcodes(std::span(addresses).first(2), 0x1000),
+            (Bytes{0x11, 0x21, 0x00, 0x52, 0x00}));
+}
+
+TEST(RebaseOpcodes, CountUpTo15WordsInTheOpcode) {
+  std::vector<std::uint32_t> addresses;
+  for (std::uint32_t index = 0; index < 15; ++index) addresses.push_back(0x103C + 4 * index);
+  EXPECT_EQ(desktop::RebaseOpcodes(addresses, 0x1000), (Bytes{0x11, 0x21, 0x00, 0x4F, 0x5F, 0x00}));
+  addresses.push_back(0x103C + 4 * 15);
+  EXPECT_EQ(desktop::RebaseOpcodes(addresses, 0x0FFC),
+            (Bytes{0x11, 0x21, 0x00, 0x30, 0x40, 0x60, 0x10, 0x00}));
 }
 
 TEST(RebaseOpcodes, CountRunsAndStepOverGaps) {
@@ -419,6 +666,10 @@ const Broken kBroken[] = {
      "wanted at most 255 sections, found 257"},
     {"AnotherSegment", [](auto& o) { Data(o).segment = "__OBJC"; },
      "wanted code and constants in __TEXT, data in __DATA, found __OBJC,__data"},
+    {"PointersInText", [](auto& o) { o.sections[small::kPointers].segment = "__TEXT"; },
+     "wanted code and constants in __TEXT, data in __DATA, found __TEXT,__pointers"},
+    {"ZerosInText", [](auto& o) { o.sections[small::kBss].segment = "__TEXT"; },
+     "wanted code and constants in __TEXT, data in __DATA, found __TEXT,__bss"},
     {"TextBehindData", [](auto& o) { o.sections[small::kFrames].address = 0x100; },
      "wanted the sections of __TEXT before all others, found __TEXT,__eh_frame behind"},
     {"TextBehindFrames",
@@ -457,8 +708,10 @@ const Broken kBroken[] = {
      "wanted no debugger's symbols, found \"_Helper\""},
     {"ASymbolOutside", [](auto& o) { o.symbols[small::kHelper].value = 0x24; },
      "wanted the symbol \"_Helper\" inside of __TEXT,__text, found 0x24"},
-    {"ASymbolInNoSection", [](auto& o) { o.symbols[small::kHelper].section = 9; },
-     "wanted the symbol \"_Helper\" in one of 6 sections, found section 9"},
+    {"ASymbolBehindTheLastSection", [](auto& o) { o.symbols[small::kHelper].section = 7; },
+     "wanted the symbol \"_Helper\" in one of 6 sections, found section 7"},
+    {"ASymbolInNoSection", [](auto& o) { o.symbols[small::kHelper].section = 0; },
+     "wanted the symbol \"_Helper\" in one of 6 sections, found section 0"},
     {"AnUnknownImport", [](auto& o) { o.symbols[small::kStrlen].name = "_strdup"; },
      "wanted a symbol of bundle/platform/symbols.inc or bundle/desktop/runtime_symbols.inc, found "
      "\"_strdup\"; list it "
@@ -501,16 +754,28 @@ const Broken kBroken[] = {
      "wanted the relocation at 0x8 of __TEXT,__text and its pair, found the last one"},
     {"ADifferenceWithAnother", [](auto& o) { Text(o).relocations[3] = Text(o).relocations[1]; },
      "wanted the relocation at 0xE of __TEXT,__text followed by its pair, found kind 0"},
+    {"ADifferenceWithAnAddress", [](auto& o) { Text(o).relocations[3] = small::Scattered(0x13, 0x20, 0); },
+     "wanted the relocation at 0xE of __TEXT,__text followed by its pair, found kind 0"},
+    {"ADifferenceWithAPairThatNamesASection",
+     [](auto& o) { Text(o).relocations[3] = small::Plain(0, small::kText + 1, false, false, 1); },
+     "wanted the relocation at 0xE of __TEXT,__text followed by its pair, found kind 1"},
+    {"ADifferenceThatNamesASection",
+     [](auto& o) { Text(o).relocations[2] = small::Plain(0xE, small::kText + 1, false, false, 4); },
+     "wanted the relocation at 0xE of __TEXT,__text of an address, a distance or a difference, found kind 4"},
+    {"ADifferenceFromItsField", [](auto& o) { Text(o).relocations[2].where |= 1U << 30; },
+     "wanted the relocation at 0xE of __TEXT,__text of an address, a distance or a difference, found kind 4"},
     {"APairAlone", [](auto& o) { Data(o).relocations[1] = small::Scattered(4, 0x24, 1); },
      "wanted the relocation at 0x4 of __DATA,__data of an address, a distance or a difference, found kind 1"},
     {"ATargetNowhere", [](auto& o) { Data(o).relocations[1] = small::Scattered(4, 0x99, 0); },
      "wanted the target of the relocation at 0x4 of __DATA,__data in a section, found 0x99"},
     {"ATargetInsideOfAPointer", [](auto& o) { Text(o).relocations[4] = small::Scattered(0x08, 0x3E, 4); },
      "wanted the target of the relocation at 0x8 of __TEXT,__text at a pointer, found 0x3E"},
-    {"NoSuchSymbol", [](auto& o) { Data(o).relocations[2] = small::Plain(8, 77, false, true); },
-     "wanted the relocation at 0x8 of __DATA,__data by one of 5 symbols, found symbol 77"},
+    {"NoSuchSymbol", [](auto& o) { Data(o).relocations[2] = small::Plain(8, 5, false, true); },
+     "wanted the relocation at 0x8 of __DATA,__data by one of 5 symbols, found symbol 5"},
     {"NoSuchSection", [](auto& o) { Data(o).relocations[0] = small::Plain(0, 7, false, false); },
      "wanted the relocation at 0x0 of __DATA,__data by one of 6 sections, found section 7"},
+    {"AnAddressOfNoSection", [](auto& o) { Data(o).relocations[0] = small::Plain(0, 0, false, false); },
+     "wanted the relocation at 0x0 of __DATA,__data by one of 6 sections, found section 0"},
     {"AnAddressInCode", [](auto& o) { Text(o).relocations[1] = small::Scattered(0x13, 0x20, 0); },
      "wanted the relocation at 0x13 of __TEXT,__text to be position independent, found an address"},
     {"AnImportsAddressInCode",
@@ -522,6 +787,16 @@ const Broken kBroken[] = {
      "wanted the address of \"_NSCalibratedRGBColorSpace\" itself, found 4 added to it"},
     {"APointerToOurs", [](auto& o) { o.indirect = {small::kHelper}; },
      "wanted an undefined symbol behind each pointer of __IMPORT,__pointers, found symbol 0x1"},
+    {"APointerBehindTheLastSymbol", [](auto& o) { o.indirect = {5}; },
+     "wanted an undefined symbol behind each pointer of __IMPORT,__pointers, found symbol 0x5"},
+    {"PointersBehindTheLastIndirectSymbol", [](auto& o) { o.sections[small::kPointers].firstIndirect = 1; },
+     "wanted indirect symbols for 1 pointers of __IMPORT,__pointers, found 1"},
+    {"PointersWithRelocations",
+     [](auto& o) {
+       o.sections[small::kPointers].relocations = {small::Plain(0, small::kGuard, false, true)};
+     },
+     "wanted the section __IMPORT,__pointers of whole pointers without relocations, found 4 bytes and 1 "
+     "relocations"},
     {"APointerToALocal", [](auto& o) { o.indirect = {0x80000000}; },
      "wanted an undefined symbol behind each pointer of __IMPORT,__pointers, found symbol 0x80000000"},
     {"PointersWithoutSymbols", [](auto& o) { o.indirect.clear(); },
@@ -531,6 +806,8 @@ const Broken kBroken[] = {
      "relocations"},
     {"ANameInNoLetters", [](auto& o) { Data(o).name = "a\nb"; },
      "wanted a section's name in plain letters, found \"a?b\""},
+    {"ANameWithASpace", [](auto& o) { Data(o).name = "a b"; },
+     "wanted a section's name in plain letters, found \"a b\""},
     {"ASymbolForDebuggers",
      [](auto& o) {
        small::AddDebug(o);
@@ -589,6 +866,10 @@ const BrokenCommand kBrokenCommands[] = {
     {"OneLess", kCommandCountAt, 2, "wanted load commands of 568 bytes, found 488"},
     {"FewerSections", kSegmentAt + 48, 5, "wanted a segment command of 396 bytes for 5 sections, found 464"},
     {"TheSameTwice", kIndirectTableAt, 2, "wanted a symbol table once, found another"},
+    {"NoSymbolTable", kSymbolTableAt, 0x24, "wanted a symbol table, found none"},
+    {"NoIndirectTable", kIndirectTableAt, 0x24,
+     "wanted indirect symbols for 1 pointers of __IMPORT,__pointers, found 0"},
+    {"OfEightBytes", kIndirectTableAt + 4, 8, "wanted a table of indirect symbols in 80 bytes, found 8"},
     {"OfAnotherKind", kIndirectTableAt, 0x1B, "wanted a load command that an assembler writes, found 0x1B"},
     {"LongerSymbolTable", kSymbolTableAt + 4, 28, "wanted a symbol table in 24 bytes, found 28"},
     {"ShorterIndirectTable", kIndirectTableAt + 4, 76,
@@ -604,7 +885,7 @@ const BrokenCommand kBrokenCommands[] = {
 INSTANTIATE_TEST_SUITE_P(Of, RefusedCommands, testing::ValuesIn(kBrokenCommands),
                          [](const auto& each) { return std::string(each.param.what); });
 
-TEST(Refused, SymbolsAndNamesThatAreNotInTheFile) {
+TEST(Refused, PartsThatAreNotInTheFile) {
   const Bytes good = small::GoodObject().Bytes();
   desktop::SymbolTableCommand table{};
   std::memcpy(&table, &good.at(kSymbolTableAt), sizeof table);
@@ -616,6 +897,15 @@ TEST(Refused, SymbolsAndNamesThatAreNotInTheFile) {
   const std::string size = std::to_string(good.size());
   EXPECT_EQ(with(kSymbolTableAt + 12, 1000), "wanted the symbols inside the file, found 12000 bytes at " +
                                                  std::to_string(table.symbolOffset) + " of " + size);
+  EXPECT_EQ(with(kCommandCountAt + 4, 4000),
+            "wanted load commands inside the file, found 4000 bytes at 28 of " + size);
+  EXPECT_EQ(
+      with(kSegmentAt + sizeof(desktop::SegmentCommand) + offsetof(desktop::SectionHeader, relocationOffset),
+           4000),
+      "wanted the relocations of __TEXT,__text inside the file, found 48 bytes at 4000 of " + size);
+  EXPECT_EQ(
+      with(kSegmentAt + sizeof(desktop::SegmentCommand) + offsetof(desktop::SectionHeader, fileOffset), 4000),
+      "wanted the section __TEXT,__text inside the file, found 36 bytes at 4000 of " + size);
   const std::string names = std::to_string(table.stringSize);
   EXPECT_EQ(with(kSymbolTableAt + 20, table.stringSize + 1),
             "wanted the symbols' names inside the file, found " + std::to_string(table.stringSize + 1) +
