@@ -75,6 +75,8 @@ Commands ReadCommands(const Reader& reader) {
                 offset);
     }
     switch (start.kind) {
+      case CommandKind::OldestSystem:
+        break;  // the bundle names its own
       case CommandKind::Segment:
         ReadSegment(reader, offset, start.size, commands);
         break;
@@ -84,8 +86,6 @@ Commands ReadCommands(const Reader& reader) {
       case CommandKind::DynamicSymbolTable:
         ReadOnce(reader, offset, start.size, commands.dynamicSymbols, "a table of indirect symbols");
         break;
-      case CommandKind::OldestSystem:
-        break;  // the bundle names its own
       default:
         RefuseFor("a load command that an assembler writes, found ",
                   Hex(static_cast<std::uint32_t>(start.kind)));
