@@ -224,6 +224,14 @@ TEST(Terminal, DropsALineWhenItIsInterrupted) {
   EXPECT_TRUE(terminal.Shows("\r\n5\r\n")) << terminal.screen();
 }
 
+TEST(Terminal, LosesNoInterruptThatComesJustBeforeItWaitsForAKey) {
+  AtTerminal terminal(kRepl, {"LD_PRELOAD=" + BuiltFile("libearly_interrupt.so")});
+  ASSERT_TRUE(terminal.Prompts());
+  ASSERT_TRUE(terminal.Prompts()) << "the line is dropped: " << terminal.screen();
+  terminal.Type(kEndOfInput);
+  EXPECT_EQ(terminal.Status(), 0);
+}
+
 TEST(Terminal, TakesLettersBeyondAscii) {
   AtTerminal terminal(kRepl);
   ASSERT_TRUE(terminal.Prompts());

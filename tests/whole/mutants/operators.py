@@ -124,6 +124,8 @@ class Source:
         if token.kind != "sign":
             return
         spaced = self.text[token.start - 1].isspace() and self.text[token.end:token.end + 1].isspace()
+        if self.objective and token.around < 0 and token.text in "+-":
+            return  # the mark of a class's or an instance's method
         for kind, table in INSTEAD.items():
             joins = token.text == "+" and '"' in self.at(i - 1)[-1:] + self.at(i + 1)[:1]
             if spaced and token.text in table and self.at(i - 1) != "operator" and not joins:

@@ -87,6 +87,14 @@ hostrun/room/sums.cpp
 END
 cp hostrun/room/sums.cpp original
 
+python3 -B - <<'END' || fail "the mark of a method is no arithmetic"
+import sys
+sys.path.insert(0, "tests/whole/mutants")
+import operators
+source = "+ (int)sum:(int)a {\n  return a + 1;\n}\n- (int)rest:(int)a {\n  return a - 1;\n}\n"
+sys.exit([m.text for m in operators.mutants_of("a.m", source) if m.kind == "arithmetic"] != ["-", "+"])
+END
+
 # What waits for ever meets a short limit; the rest has time.
 mutate hostrun/room/sums.cpp:29 10 one --limit 3
 [ "$(verdict 'if (!(count > 5)) pause();')" = noticed ] || fail "what does not end is noticed"
