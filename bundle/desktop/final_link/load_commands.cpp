@@ -199,8 +199,10 @@ void SetUuid(Bytes& file) {
   std::array<std::uint8_t, 16> uuid{};
   std::memcpy(uuid.data(), &first, sizeof first);
   std::memcpy(uuid.data() + sizeof first, &second, sizeof second);
-  uuid[6] = static_cast<std::uint8_t>((uuid[6] & 0x0F) | 0x80);  // version 8: made from what its maker chose
-  uuid[8] = static_cast<std::uint8_t>((uuid[8] & 0x3F) | 0x80);
+  uuid[6] &= 0x0F;
+  uuid[6] |= 0x80;  // version 8: made from what its maker chose
+  uuid[8] &= 0x3F;
+  uuid[8] |= 0x80;
   std::memcpy(&file[UuidOffset(file)], uuid.data(), uuid.size());
 }
 

@@ -160,6 +160,15 @@ TEST(FinalLink, SaysOfEachSectionWhatIsInIt) {
   EXPECT_EQ(bundle.Section("__bss").flags, 1U);
 }
 
+// As the exponent of a power of two.
+TEST(FinalLink, SaysHowEachSectionIsAligned) {
+  const Bundle bundle(small::GoodObject());
+  EXPECT_EQ(bundle.Section("__symbol_stub").alignment, 2U);
+  EXPECT_EQ(bundle.Section("__text").alignment, 4U);
+  EXPECT_EQ(bundle.Section("__nl_symbol_ptr").alignment, 2U);
+  EXPECT_EQ(bundle.Section("__bss").alignment, 2U);
+}
+
 TEST(FinalLink, NamesTheFirstIndirectSymbolOfStubsAndOfPointersAlone) {
   const Bundle bundle(small::GoodObject());
   EXPECT_EQ(bundle.Section("__symbol_stub").firstIndirect, 0U);
