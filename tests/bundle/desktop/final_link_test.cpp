@@ -405,6 +405,20 @@ TEST(FinalLink, BeginsAndEndsCodeAndDataAtPages) {
   }
 }
 
+TEST(FinalLink, LetsCodeBeExecutedAndDataBeWrittenAndNeitherBoth) {
+  constexpr std::uint32_t kRead = 1;
+  constexpr std::uint32_t kWrite = 2;
+  constexpr std::uint32_t kExecute = 4;
+  const Bundle bundle(small::GoodObject());
+  std::vector<std::uint32_t> protections;
+  for (const std::size_t offset : bundle.Commands(desktop::CommandKind::Segment)) {
+    const auto segment = bundle.At<desktop::SegmentCommand>(offset);
+    EXPECT_EQ(segment.maximumProtection, kRead | kWrite | kExecute);
+    protections.push_back(segment.initialProtection);
+  }
+  EXPECT_EQ(protections, (std::vector<std::uint32_t>{kRead | kExecute, kRead | kWrite, kRead}));
+}
+
 TEST(FinalLink, PutsZeroFilledSectionsLastAndOutOfTheFile) {
   const Bundle bundle(small::GoodObject());
   const desktop::SectionHeader zeros = bundle.Section("__bss");
