@@ -30,7 +30,7 @@ constexpr std::uint8_t kBind = 0x90;
 }  // namespace bind
 
 void Append(Bytes& bytes, std::uint8_t opcode, std::uint32_t immediate = 0) {
-  bytes.push_back(static_cast<std::uint8_t>(opcode | immediate));
+  bytes.push_back(static_cast<std::uint8_t>(opcode + immediate));
 }
 
 }  // namespace
