@@ -7,6 +7,7 @@
 
 #include "bundle/desktop/final_link/load_commands.h"
 #include "bundle/desktop/final_link/opcodes.h"
+#include "bundle/desktop/final_link/reader.h"
 #include "bundle/desktop/final_link/refusal.h"
 
 namespace desktop {
@@ -89,7 +90,7 @@ class DebugFileMaker {
       symbols_.push_back({name, static_cast<std::uint8_t>(kInSection | external), NumberOf(*symbol->section),
                           0, static_cast<std::uint32_t>(symbol->value + layout_.movedBy[*symbol->section])});
     }
-    strings_.resize((strings_.size() + 3) / 4 * 4);
+    strings_.resize(RoundUp(strings_.size(), sizeof(std::uint32_t)));
   }
 
   // A segment as the bundle has it in memory, with nothing of it in this file.
@@ -112,7 +113,7 @@ class DebugFileMaker {
     segment.address = layout_.dataEnd;
     segment.fileOffset = offset;
     for (const InputSection& section : object_.debug) segment.fileSize += section.size;
-    segment.memorySize = (segment.fileSize + kPageSize - 1) / kPageSize * kPageSize;
+    segment.memorySize = RoundUp(segment.fileSize, kPageSize);
     Append(file_, segment);
     std::uint32_t before = 0;
     for (const InputSection& section : object_.debug) {
@@ -133,7 +134,7 @@ class DebugFileMaker {
     segment.start = {CommandKind::Segment,
                      static_cast<std::uint32_t>(sizeof segment + sectionCount * sizeof(SectionHeader))};
     segment.name = Name(name);
-    segment.maximumProtection = kRead | kWrite | kExecute;
+    segment.maximumProtection = kAll;
     segment.initialProtection = kRead;
     segment.sectionCount = static_cast<std::uint32_t>(sectionCount);
     return segment;
@@ -144,15 +145,11 @@ class DebugFileMaker {
     Bytes bytes = section.bytes;
     for (const Relocation& relocation : section.relocations) {
       const std::string what = "the relocation at " + Hex(relocation.offset) + " of " + section.Title();
-      std::uint32_t held = 0;
-      std::memcpy(&held, &bytes[relocation.offset], sizeof held);
-      switch (relocation.kind) {
-        case Relocation::Kind::Address:
-          held += layout_.Place(object_, imports_, relocation.target, what) - relocation.target;
-          break;
-        default:
-          RefuseFor(what, " of an address in the object, found another kind");
+      if (relocation.kind != Relocation::Kind::Address) {
+        RefuseFor(what, " of an address in the object, found another kind");
       }
+      auto held = RecordAt<std::uint32_t>(&bytes[relocation.offset]);
+      held += layout_.Place(object_, imports_, relocation.target, what) - relocation.target;
       std::memcpy(&bytes[relocation.offset], &held, sizeof held);
     }
     return bytes;

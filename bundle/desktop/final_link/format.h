@@ -11,6 +11,11 @@ namespace desktop {
 inline constexpr std::uint32_t kPageSize = 4096;
 inline constexpr std::uint32_t kPointerSize = 4;
 
+// The first multiple of `unit` that is not below `number`.
+constexpr std::uint32_t RoundUp(std::uint32_t number, std::uint32_t unit) {
+  return (number + unit - 1) / unit * unit;
+}
+
 inline constexpr std::uint32_t kMagic32 = 0xFEEDFACE;
 inline constexpr std::uint32_t kProcessorI386 = 7;
 inline constexpr std::uint32_t kProcessorI386All = 3;
@@ -52,7 +57,8 @@ static_assert(sizeof(CommandStart) == 8);
 
 using Name16 = std::array<char, 16>;  // padded with zeros; a name of 16 letters ends without one
 
-enum Protection : std::uint32_t { kRead = 1, kWrite = 2, kExecute = 4 };
+// Read is 1, write 2, execute 4.
+enum Protection : std::uint32_t { kRead = 1, kReadWrite = 3, kReadExecute = 5, kAll = 7 };
 
 struct SegmentCommand {
   CommandStart start;

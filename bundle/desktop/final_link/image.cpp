@@ -6,6 +6,7 @@
 #include <cstring>
 #include <tuple>
 
+#include "bundle/desktop/final_link/reader.h"
 #include "bundle/desktop/final_link/refusal.h"
 
 namespace desktop {
@@ -22,25 +23,21 @@ class ImageMaker {
   Image Make() {
     for (const auto* sections : {&layout_.text, &layout_.data}) {
       for (const OutputSection& section : *sections) {
-        if (section.from == OutputSection::kMadeHere) continue;
-        std::ranges::copy(object_.sections[section.from].bytes, image_.bytes.data() + section.address);
+        if (!section.from) continue;
+        std::ranges::copy(object_.sections[*section.from].bytes, image_.bytes.data() + section.address);
       }
     }
     MakeStubsAndPointers();
+    // Sections of __DATA keep their order, and relocations are sorted: the rebases ascend.
     for (std::size_t index = 0; index < object_.sections.size(); ++index) {
       for (const Relocation& relocation : object_.sections[index].relocations) CarryOver(index, relocation);
     }
-    std::ranges::sort(image_.rebases);
     std::ranges::sort(image_.binds, {}, [](const Bind& bind) { return std::tie(bind.import, bind.address); });
     return std::move(image_);
   }
 
  private:
-  std::uint32_t Held(std::uint32_t address) const {
-    std::uint32_t held = 0;
-    std::memcpy(&held, &image_.bytes[address], sizeof held);
-    return held;
-  }
+  std::uint32_t Held(std::uint32_t address) const { return RecordAt<std::uint32_t>(&image_.bytes[address]); }
   void Put(std::uint32_t address, std::uint32_t value) {
     std::memcpy(&image_.bytes[address], &value, sizeof value);
   }

@@ -99,11 +99,12 @@ Imports CollectImports(const Object& object) {
   if (twice != collected.imports.end()) RefuseFor("one symbol of a name, found two of ", Quoted(twice->name));
 
   // Libraries that are used, counted from 1. The C library always is: a file without it is not loaded.
-  for (std::uint32_t library = 0; library < kLibraryPaths.size(); ++library) {
+  for (std::uint32_t library = 0; const char* const path : kLibraryPaths) {
     const bool needed =
         library == static_cast<std::uint32_t>(Library::libSystem) ||
         std::ranges::find(collected.imports, library, &Import::library) != collected.imports.end();
-    if (needed) collected.libraries.emplace_back(kLibraryPaths[library]);
+    if (needed) collected.libraries.emplace_back(path);
+    ++library;
   }
   for (Import& import : collected.imports) {
     const auto path = std::ranges::find(collected.libraries, kLibraryPaths[import.library]);

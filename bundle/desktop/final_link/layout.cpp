@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::uint32_t kEndOfFrames = 4;  // a zero word ends call frame information
 
-std::uint32_t RoundUp(std::uint32_t number, std::uint32_t unit) {
-  return (number + unit - 1) / unit * unit;
-}
-
 bool IsText(const InputSection& section) {
   return section.segment == "__TEXT";
 }
@@ -51,17 +47,17 @@ OutputSection Carry(const InputSection& section, std::size_t index, std::uint32_
 }
 
 void PlaceText(const Object& object, std::uint32_t commandsEnd, std::size_t stubCount, Layout& layout) {
-  layout.stubs = RoundUp(commandsEnd, kPointerSize);
+  layout.stubs = commandsEnd;
   const auto stubsSize = static_cast<std::uint32_t>(stubCount) * kStubSize;
   layout.text.push_back(
       {"__symbol_stub",
        static_cast<std::uint32_t>(SectionKind::Stubs) | kOnlyInstructions | kSomeInstructions, layout.stubs,
-       stubsSize, kPointerSize, OutputSection::kMadeHere});
+       stubsSize, kPointerSize, std::nullopt});
   std::uint32_t alignment = kPointerSize;
   for (const InputSection& section : object.sections) {
     if (IsText(section)) alignment = std::max(alignment, section.alignment);
   }
-  const std::uint32_t first = object.sections.empty() ? 0 : object.sections.front().address;
+  const std::uint32_t first = object.sections.front().address;
   // Moved by whole units of the strictest alignment, everything in the block stays aligned.
   const std::uint32_t block = RoundUp(layout.stubs + stubsSize, alignment) + first % alignment;
   for (std::size_t index = 0; const InputSection& section : object.sections) {
@@ -78,8 +74,7 @@ void PlaceData(const Object& object, std::size_t pointerCount, Layout& layout) {
   layout.pointers = layout.textEnd;
   layout.data.push_back({"__nl_symbol_ptr", static_cast<std::uint32_t>(SectionKind::Pointers),
                          layout.pointers, static_cast<std::uint32_t>(pointerCount) * kPointerSize,
-                         kPointerSize, OutputSection::kMadeHere});
-  layout.dataFileEnd = RoundUp(layout.data.back().End(), kPageSize);
+                         kPointerSize, std::nullopt});
   for (const bool zeroFilled : {false, true}) {
     for (std::size_t index = 0; index < object.sections.size(); ++index) {
       const InputSection& section = object.sections[index];
@@ -87,10 +82,9 @@ void PlaceData(const Object& object, std::size_t pointerCount, Layout& layout) {
       const std::uint32_t address = RoundUp(layout.data.back().End(), section.alignment);
       layout.movedBy[index] = std::int64_t{address} - section.address;
       layout.data.push_back(Carry(section, index, address));
-      if (!zeroFilled) layout.dataFileEnd = RoundUp(layout.data.back().End(), kPageSize);
     }
+    (zeroFilled ? layout.dataEnd : layout.dataFileEnd) = RoundUp(layout.data.back().End(), kPageSize);
   }
-  layout.dataEnd = std::max(layout.dataFileEnd, RoundUp(layout.data.back().End(), kPageSize));
 }
 
 }  // namespace

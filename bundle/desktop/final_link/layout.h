@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,14 +20,12 @@ namespace desktop {
 inline constexpr std::uint32_t kStubSize = 12;
 
 struct OutputSection {
-  static constexpr std::size_t kMadeHere = ~std::size_t{0};
-
   std::string name;
   std::uint32_t flags;
   std::uint32_t address;
   std::uint32_t size;
-  std::uint32_t alignment;  // in bytes
-  std::size_t from;         // an index into the object's sections, or kMadeHere
+  std::uint32_t alignment;          // in bytes
+  std::optional<std::size_t> from;  // an index into the object's sections; none: it is made here
 
   bool IsZeroFilled() const {
     return (flags & kSectionKindMask) == static_cast<std::uint32_t>(SectionKind::ZeroFill);
@@ -53,7 +52,8 @@ struct Layout {
 };
 
 // Lays out the object behind load commands of `commandsEnd` bytes. Refuses sections of other segments, and an
-// order of sections that would take the block of __TEXT apart.
+// order of sections that would take the block of __TEXT apart. The object has a section of __TEXT;
+// `commandsEnd` is a multiple of 4.
 Layout LayOut(const Object& object, const Imports& imports, std::uint32_t commandsEnd);
 
 // How many sections of __TEXT and __DATA the bundle will have.

@@ -15,7 +15,7 @@ FilePart Append(LinkInformation& information, std::span<const std::uint8_t> part
   const auto offset = information.offset + static_cast<std::uint32_t>(bytes.size());
   bytes.insert(bytes.end(), part.begin(), part.end());
   const auto size = static_cast<std::uint32_t>(part.size());
-  bytes.resize((bytes.size() + 3) / 4 * 4);
+  bytes.resize(RoundUp(bytes.size(), sizeof(std::uint32_t)));
   return {offset, size};
 }
 

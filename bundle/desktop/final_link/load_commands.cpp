@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "bundle/desktop/final_link/refusal.h"
+#include "bundle/desktop/final_link/reader.h"
 
 namespace desktop {
 
@@ -23,7 +23,7 @@ constexpr std::uint32_t kOtherSizes = sizeof(DynamicLoaderInfoCommand) + sizeof(
                                       sizeof(OldestSystemCommand);
 
 std::uint32_t LoadLibrarySize(const std::string& path) {
-  return sizeof(LoadLibraryCommand) + (static_cast<std::uint32_t>(path.size()) + 1 + 3) / 4 * 4;
+  return sizeof(LoadLibraryCommand) + RoundUp(path.size() + 1, sizeof(std::uint32_t));
 }
 
 class CommandWriter {
@@ -70,7 +70,7 @@ SegmentCommand Segment(std::string_view name, std::size_t sectionCount, std::uin
   segment.start.kind = CommandKind::Segment;
   segment.start.size = static_cast<std::uint32_t>(sizeof segment + sectionCount * sizeof(SectionHeader));
   segment.name = Name(name);
-  segment.maximumProtection = kRead | kWrite | kExecute;
+  segment.maximumProtection = kAll;
   segment.initialProtection = protection;
   segment.sectionCount = static_cast<std::uint32_t>(sectionCount);
   return segment;
@@ -78,12 +78,12 @@ SegmentCommand Segment(std::string_view name, std::size_t sectionCount, std::uin
 
 void AppendSegments(CommandWriter& writer, const Layout& layout, const LinkInformation& information) {
   std::uint32_t indirect = 0;
-  SegmentCommand text = Segment("__TEXT", layout.text.size(), kRead | kExecute);
+  SegmentCommand text = Segment("__TEXT", layout.text.size(), kReadExecute);
   text.memorySize = text.fileSize = layout.textEnd;
   writer.Append(text);
   writer.AppendSections(layout.text, "__TEXT", indirect);
 
-  SegmentCommand data = Segment("__DATA", layout.data.size(), kRead | kWrite);
+  SegmentCommand data = Segment("__DATA", layout.data.size(), kReadWrite);
   data.address = data.fileOffset = layout.textEnd;
   data.memorySize = layout.dataEnd - layout.textEnd;
   data.fileSize = layout.dataFileEnd - layout.textEnd;
@@ -93,7 +93,7 @@ void AppendSegments(CommandWriter& writer, const Layout& layout, const LinkInfor
   SegmentCommand link = Segment("__LINKEDIT", 0, kRead);
   const auto size = static_cast<std::uint32_t>(information.bytes.size());
   link.address = layout.dataEnd;
-  link.memorySize = (size + kPageSize - 1) / kPageSize * kPageSize;
+  link.memorySize = RoundUp(size, kPageSize);
   link.fileOffset = information.offset;
   link.fileSize = size;
   writer.Append(link);
@@ -131,8 +131,7 @@ void AppendTables(CommandWriter& writer, const LinkInformation& information, con
 std::size_t UuidOffset(const Bytes& file) {
   std::size_t offset = sizeof(Header);
   for (;;) {
-    CommandStart start{};
-    std::memcpy(&start, &file.at(offset), sizeof start);
+    const auto start = RecordAt<CommandStart>(&file.at(offset));
     if (start.kind == CommandKind::Uuid) return offset + offsetof(UuidCommand, uuid);
     offset += start.size;
   }
@@ -200,15 +199,15 @@ void SetUuid(Bytes& file) {
   std::array<std::uint8_t, 16> uuid{};
   std::memcpy(uuid.data(), &first, sizeof first);
   std::memcpy(uuid.data() + sizeof first, &second, sizeof second);
-  uuid[6] = static_cast<std::uint8_t>((uuid[6] & 0x0F) | 0x80);  // version 8: made from what its maker chose
-  uuid[8] = static_cast<std::uint8_t>((uuid[8] & 0x3F) | 0x80);
+  uuid[6] &= 0x0F;
+  uuid[6] |= 0x80;  // version 8: made from what its maker chose
+  uuid[8] &= 0x3F;
+  uuid[8] |= 0x80;
   std::memcpy(&file[UuidOffset(file)], uuid.data(), uuid.size());
 }
 
 std::array<std::uint8_t, 16> UuidOf(const Bytes& file) {
-  std::array<std::uint8_t, 16> uuid{};
-  std::memcpy(uuid.data(), &file[UuidOffset(file)], uuid.size());
-  return uuid;
+  return RecordAt<std::array<std::uint8_t, 16>>(&file[UuidOffset(file)]);
 }
 
 }  // namespace desktop

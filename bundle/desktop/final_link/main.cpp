@@ -40,7 +40,7 @@ void WriteFile(const fs::path& path, const desktop::Bytes& bytes, fs::perms more
   if (fs::exists(before) && !fs::is_regular_file(before)) RefuseToWrite(path, "something that is no file");
 
   const fs::path fresh = path.native() + ".new";
-  std::ofstream file(fresh, std::ios::binary | std::ios::trunc);
+  std::ofstream file(fresh, std::ios::binary);
   if (!file) RefuseToWrite(path, std::strerror(errno));
   file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   file.close();

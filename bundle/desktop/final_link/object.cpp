@@ -2,6 +2,7 @@
 #include "bundle/desktop/final_link/object.h"
 
 #include <algorithm>
+#include <numeric>
 #include <string_view>
 
 #include "bundle/desktop/final_link/reader.h"
@@ -11,8 +12,7 @@ namespace desktop {
 
 namespace {
 
-constexpr std::size_t kForDebuggers = ~std::size_t{0};  // the place of a section that no symbol may be in
-constexpr std::uint32_t kLargestAddress = 1U << 24;     // as far as a scattered relocation reaches
+constexpr std::uint32_t kLargestAddress = 1U << 24;  // as far as a scattered relocation reaches
 
 // What the load commands of the object say, before it is made sense of.
 struct Commands {
@@ -70,11 +70,13 @@ Commands ReadCommands(const Reader& reader) {
   std::uint64_t offset = sizeof header;
   for (std::uint32_t index = 0; index < header.commandCount; ++index) {
     const auto start = reader.At<CommandStart>(offset, "a load command");
-    if (start.size < sizeof start || start.size % 4 != 0 || start.size > end - std::min(offset, end)) {
+    if (start.size < sizeof start || start.size % 4 != 0 || start.size > end - offset) {
       RefuseFor("a load command of whole words that ends before ", end, ", found ", start.size, " bytes at ",
                 offset);
     }
     switch (start.kind) {
+      case CommandKind::OldestSystem:
+        break;  // the bundle names its own
       case CommandKind::Segment:
         ReadSegment(reader, offset, start.size, commands);
         break;
@@ -84,8 +86,6 @@ Commands ReadCommands(const Reader& reader) {
       case CommandKind::DynamicSymbolTable:
         ReadOnce(reader, offset, start.size, commands.dynamicSymbols, "a table of indirect symbols");
         break;
-      case CommandKind::OldestSystem:
-        break;  // the bundle names its own
       default:
         RefuseFor("a load command that an assembler writes, found ",
                   Hex(static_cast<std::uint32_t>(start.kind)));
@@ -201,7 +201,7 @@ std::vector<std::size_t> ReadPointers(const Reader& reader, const SectionHeader&
   }
   const std::uint32_t count = header.size / kPointerSize;
   const std::uint32_t given = table ? table->indirectCount : 0;
-  if (header.firstIndirect > given || count > given - header.firstIndirect) {
+  if (std::uint64_t{header.firstIndirect} + count > given) {
     RefuseFor("indirect symbols for ", count, " pointers of ", title, ", found ", given);
   }
   std::vector<std::size_t> pointers;
@@ -220,7 +220,7 @@ std::vector<std::size_t> ReadPointers(const Reader& reader, const SectionHeader&
 // The order of the sections by address. They may not overlap.
 std::vector<std::size_t> OrderOf(const std::vector<InputSection>& sections) {
   std::vector<std::size_t> order(sections.size());
-  for (std::size_t index = 0; index < order.size(); ++index) order[index] = index;
+  std::iota(order.begin(), order.end(), std::size_t{0});
   std::ranges::stable_sort(
       order, {}, [&](std::size_t index) { return std::pair(sections[index].address, sections[index].size); });
   for (std::size_t index = 1; index < order.size(); ++index) {
@@ -265,7 +265,7 @@ Object ReadObject(std::span<const std::uint8_t> file) {
   }
 
   // From here on a section is known by its place in the order of addresses.
-  std::vector<std::size_t> placeOf(order.size());
+  std::vector<std::optional<std::size_t>> placeOf(order.size());  // none: it is for debuggers
   for (const std::size_t index : order) {
     const bool isDebug = sections[index].segment == "__DWARF";
     if (isDebug && sections[index].kind != SectionKind::Regular) {
@@ -273,14 +273,13 @@ Object ReadObject(std::span<const std::uint8_t> file) {
                 static_cast<unsigned>(sections[index].kind));
     }
     std::vector<InputSection>& kept = isDebug ? object.debug : object.sections;
-    placeOf[index] = isDebug ? kForDebuggers : kept.size();
+    if (!isDebug) placeOf[index] = kept.size();
     kept.push_back(std::move(sections[index]));
   }
   for (InputSymbol& symbol : object.symbols) {
     if (!symbol.section) continue;
     symbol.section = placeOf[*symbol.section];
-    if (symbol.section == kForDebuggers)
-      RefuseFor("no symbol among the sections for debuggers, found ", Quoted(symbol.name));
+    if (!symbol.section) RefuseFor("no symbol among the sections for debuggers, found ", Quoted(symbol.name));
   }
   return object;
 }

@@ -24,10 +24,10 @@ struct Relocation {
     SymbolDistance,  // holds how far `symbol` is from the field's end, plus what it holds
   };
   Kind kind;
-  std::uint32_t offset;      // in its section
-  std::uint32_t target = 0;  // an address of the object
-  std::uint32_t base = 0;    // an address of the object
-  std::size_t symbol = 0;    // an index into the object's symbols
+  std::uint32_t offset;    // in its section
+  std::uint32_t target{};  // an address of the object
+  std::uint32_t base{};    // an address of the object
+  std::size_t symbol{};    // an index into the object's symbols
 };
 
 struct InputSection {

@@ -30,7 +30,7 @@ constexpr std::uint8_t kBind = 0x90;
 }  // namespace bind
 
 void Append(Bytes& bytes, std::uint8_t opcode, std::uint32_t immediate = 0) {
-  bytes.push_back(static_cast<std::uint8_t>(opcode | immediate));
+  bytes.push_back(static_cast<std::uint8_t>(opcode + immediate));
 }
 
 }  // namespace
@@ -81,7 +81,7 @@ Bytes BindOpcodes(std::span<const Bind> binds, const Imports& imports, std::uint
   Append(bytes, bind::kSetType, kPointerType);
   std::uint32_t library = 0;
   std::size_t import = imports.imports.size();
-  std::uint32_t current = 0;
+  std::uint32_t current{};  // of no pointer
   for (const Bind& each : binds) {
     const Import& wanted = imports.imports[each.import];
     if (wanted.library != library) {

@@ -12,6 +12,15 @@
 
 namespace desktop {
 
+// The record that begins at `bytes`, wherever that is.
+template <typename Record>
+Record RecordAt(const std::uint8_t* bytes) {
+  static_assert(std::is_trivially_copyable_v<Record>);
+  Record record;
+  std::memcpy(&record, bytes, sizeof record);
+  return record;
+}
+
 class Reader {
  public:
   explicit Reader(std::span<const std::uint8_t> file) : file_(file) {}
@@ -27,10 +36,7 @@ class Reader {
 
   template <typename Record>
   Record At(std::uint64_t offset, const std::string& what) const {
-    static_assert(std::is_trivially_copyable_v<Record>);
-    Record record;
-    std::memcpy(&record, Part(offset, sizeof record, what).data(), sizeof record);
-    return record;
+    return RecordAt<Record>(Part(offset, sizeof(Record), what).data());
   }
 
  private:

@@ -2,7 +2,6 @@
 #include "bundle/desktop/final_link/relocation_reader.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace desktop {
 
@@ -76,9 +75,7 @@ class SectionRelocations {
 
   // What the field holds in the object.
   std::uint32_t Held(const Fields& fields) const {
-    std::uint32_t held = 0;
-    std::memcpy(&held, &section_.bytes[fields.offset], sizeof held);
-    return held;
+    return RecordAt<std::uint32_t>(&section_.bytes[fields.offset]);
   }
 
   Relocation ReadOne() {
@@ -86,7 +83,7 @@ class SectionRelocations {
     if (fields.length != kFourBytes) {
       RefuseFor(Place(fields), " of a field of 4 bytes, found ", 1U << fields.length);
     }
-    if (fields.offset > section_.bytes.size() || section_.bytes.size() - fields.offset < kPointerSize) {
+    if (std::uint64_t{fields.offset} + kPointerSize > section_.bytes.size()) {
       RefuseFor(Place(fields), " inside of the section's ", section_.bytes.size(),
                 " bytes, found its field outside");
     }
@@ -115,9 +112,10 @@ class SectionRelocations {
   Relocation OfSection(const Fields& fields) const {
     Relocation relocation{fields.distance ? Relocation::Kind::Distance : Relocation::Kind::Address,
                           fields.offset};
-    const std::uint32_t end = section_.address + fields.offset + kPointerSize;
-    relocation.target = fields.scattered ? fields.value : Held(fields) + (fields.distance ? end : 0);
+    relocation.target = fields.value;
     if (!fields.scattered) {
+      relocation.target = Held(fields);
+      if (fields.distance) relocation.target += section_.address + fields.offset + kPointerSize;
       if (fields.number == 0 || fields.number > sections_.size()) {
         RefuseFor(Place(fields), " by one of ", sections_.size(), " sections, found section ", fields.number);
       }

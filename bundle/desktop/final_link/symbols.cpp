@@ -2,6 +2,7 @@
 #include "bundle/desktop/final_link/symbols.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "bundle/desktop/final_link/opcodes.h"
 
@@ -27,7 +28,7 @@ SymbolTable MakeSymbolTable(const ExportedSymbol& exported, const Imports& impor
   table.definedCount = 1;
 
   std::vector<std::size_t> byName(imports.imports.size());
-  for (std::size_t import = 0; import < byName.size(); ++import) byName[import] = import;
+  std::iota(byName.begin(), byName.end(), std::size_t{0});
   std::ranges::sort(byName, {}, [&](std::size_t import) { return imports.imports[import].name; });
   std::vector<std::uint32_t> entryOf(byName.size());
   for (const std::size_t import : byName) {
@@ -36,7 +37,7 @@ SymbolTable MakeSymbolTable(const ExportedSymbol& exported, const Imports& impor
     table.symbols.push_back(
         {AddName(table.strings, imports.imports[import].name), kUndefined | kExternal, 0, description, 0});
   }
-  table.strings.resize((table.strings.size() + 3) / 4 * 4);
+  table.strings.resize(RoundUp(table.strings.size(), sizeof(std::uint32_t)));
 
   for (std::size_t import = 0; import < entryOf.size(); ++import) {
     if (imports.imports[import].called) table.indirect.push_back(entryOf[import]);

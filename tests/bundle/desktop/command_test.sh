@@ -43,6 +43,19 @@ refuses 1 'final_link: good.o: wanted to write folder, found something that is n
 wants "the folder before" test -d folder
 refuses 1 'final_link: good.o: wanted to write none/debug, found No such file or directory' good.o QVXColor none/debug Entry
 wants "the bundle before" grep -qx "the bundle before" QVXColor
+mkdir debug.new
+refuses 1 'final_link: good.o: wanted to write debug, found Is a directory' good.o QVXColor debug Entry
+wants "the folder before" test -d debug.new
+rmdir debug.new
+echo "the names before" >debug
+(
+  ulimit -f 0
+  trap '' XFSZ
+  refuses 1 'final_link: good.o: wanted to write debug, found File too large' good.o QVXColor debug Entry
+  exit $failures
+)
+failures=$?
+wants "the names before" grep -qx "the names before" debug
 (
   ulimit -f 1 # in 1024 bytes: less than a bundle takes
   trap '' XFSZ
@@ -52,8 +65,16 @@ wants "the bundle before" grep -qx "the bundle before" QVXColor
 failures=$?
 wants "the bundle before" grep -qx "the bundle before" QVXColor
 
-"$link" good.o QVXColor debug Entry || failures=$((failures + 1))
-wants "a bundle that may be executed" test -x QVXColor
-wants "a file for debuggers that may not" test ! -x debug
+wants "nothing half written" test "$(echo *)" = "QVXColor debug folder good.o zeros.o"
+
+# links RIGHTS-TO-LEAVE-OUT RIGHTS...: of the bundle and of the file for debuggers.
+links() {
+  rm -f QVXColor debug
+  (umask "$1" && "$link" good.o QVXColor debug Entry) || failures=$((failures + 1))
+  wants "the rights ${*:2}" test "$(stat -c %a QVXColor debug | xargs)" = "${*:2}"
+}
+links 022 755 644
+links 027 750 640
+links 077 700 600
 wants "nothing else" test "$(echo *)" = "QVXColor debug folder good.o zeros.o"
 exit $failures

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+#include <utility>
 
 #include "bundle/desktop/final_link/link.h"
 #include "bundle/desktop/final_link/load_commands.h"
@@ -58,8 +60,19 @@ TEST(DebugFile, ChangesNothingInTheBundle) {
 
 TEST(DebugFile, HasTheUuidOfItsBundle) {
   const desktop::Linked linked = LinkedWithDebug();
-  EXPECT_EQ(At<desktop::Header>(linked.debug, 0).fileType, desktop::FileType::Debug);
   EXPECT_EQ(desktop::UuidOf(linked.debug), desktop::UuidOf(linked.bundle));
+}
+
+TEST(DebugFile, SaysInItsHeaderWhatItIs) {
+  const desktop::Linked linked = LinkedWithDebug();
+  const auto header = At<desktop::Header>(linked.debug, 0);
+  EXPECT_EQ(header.processorSubtype, 3U);
+  EXPECT_EQ(static_cast<std::uint32_t>(header.fileType), 10U);
+  EXPECT_EQ(header.commandCount, 5U);
+  EXPECT_EQ(header.flags, 0U);
+  const auto table =
+      At<desktop::SymbolTableCommand>(linked.debug, sizeof(desktop::Header) + sizeof(desktop::UuidCommand));
+  EXPECT_EQ(sizeof header + header.commandsSize, table.symbolOffset);
 }
 
 TEST(DebugFile, HoldsTheAddressesOfTheBundle) {
@@ -119,12 +132,15 @@ TEST(DebugFile, PutsTheSectionsForDebuggersBehindTheBundlesMemoryInWholePages) {
   EXPECT_EQ(info.fileOffset, debug.fileOffset + 8);
   EXPECT_EQ(info.address, debug.address + 8);
   EXPECT_EQ(info.size, 0x1000U);
+  EXPECT_STREQ(lines.segment.data(), "__DWARF");
   EXPECT_EQ(lines.flags, desktop::kForDebuggersOnly);
   EXPECT_EQ(info.flags, desktop::kForDebuggersOnly);
 }
 
 TEST(DebugFile, NamesWhatTheObjectDefinesByAddress) {
-  const desktop::Linked linked = LinkedWithDebug();
+  small::Object object = small::GoodObject();
+  std::swap(object.symbols[small::kEntry], object.symbols[small::kHelper]);
+  const desktop::Linked linked = desktop::Link(object.Bytes(), "_Entry");
   const auto table =
       At<desktop::SymbolTableCommand>(linked.debug, sizeof(desktop::Header) + sizeof(desktop::UuidCommand));
   ASSERT_EQ(table.symbolCount, 2U);
@@ -136,8 +152,23 @@ TEST(DebugFile, NamesWhatTheObjectDefinesByAddress) {
     EXPECT_EQ(symbol.value, code + index * 0x20);
     EXPECT_STREQ(reinterpret_cast<const char*>(&linked.debug.at(table.stringOffset + symbol.name)),
                  names[index]);
-    EXPECT_EQ(symbol.section, 2U);                     // behind the stubs
+    EXPECT_EQ(symbol.section, 2U);  // behind the stubs
+    EXPECT_GT(symbol.name, 0U);     // where none would be
+    EXPECT_EQ(symbol.description, 0U);
     EXPECT_EQ(symbol.type, index == 0 ? 0x0F : 0x0E);  // only the entry is external
+  }
+}
+
+// " ", the names of entry and helper, and a zero behind each.
+TEST(DebugFile, FillsUpNamesToAWordAndNoFurther) {
+  for (const std::string entry : {"_E", "_En", "_Ent", "_Entr", "_Entry"}) {
+    small::Object object = small::GoodObject();
+    object.symbols[small::kEntry].name = entry;
+    const desktop::Linked linked = desktop::Link(object.Bytes(), entry);
+    const auto table =
+        At<desktop::SymbolTableCommand>(linked.debug, sizeof(desktop::Header) + sizeof(desktop::UuidCommand));
+    EXPECT_EQ(table.stringSize, entry.size() < 6 ? 16U : 20U) << entry;
+    EXPECT_EQ(linked.debug.size(), table.stringOffset + table.stringSize) << entry;
   }
 }
 
