@@ -184,11 +184,9 @@ bool QVXDecodeText(uint32_t encoding, const char* text, size_t length, uint16_t*
       *count = length;
       return DecodeSingleBytes(encoding, (const uint8_t*)text, length, units);
     case 2:
-      if (length % 2 != 0) return false;
       for (size_t i = 0; i < length; i += 2) units[(*count)++] = ReadUnit16(text + i, bigEndian);
       return true;
     case 4:
-      if (length % 4 != 0) return false;
       for (size_t i = 0; i < length; i += 4) {
         uint32_t code = ReadUnit32(text + i, bigEndian);
         if (!IsCharacter(code)) return false;

@@ -27,8 +27,9 @@ size_t QVXTextEncodingWidth(uint32_t encoding);
 // The length in bytes of text that ends with a zero unit.
 size_t QVXTextEncodingLength(uint32_t encoding, const char* text);
 
-// Fills `units`, which has room for `length` of them, and sets `count`. False if a byte sequence stands for
-// no character of the encoding; nothing is replaced, no byte-order mark is skipped.
+// Fills `units`, which has room for `length` of them, and sets `count`. `length` is in bytes, a multiple of
+// the encoding's width. False if a byte sequence stands for no character of the encoding; nothing is
+// replaced, no byte-order mark is skipped.
 bool QVXDecodeText(uint32_t encoding, const char* text, size_t length, uint16_t* units, size_t* count);
 
 // Writes at most `room` bytes and sets `length`. False if they don't suffice or if the encoding lacks a

@@ -126,7 +126,7 @@ static BOOL IsHidden(NSColorList* list) {
 static NSArray* WrittenLists(void) {
   pthread_mutex_lock(&tableLock);
   size_t count = written.count;
-  NSColorList** copy = malloc(count * sizeof *copy + 1);
+  NSColorList** copy = malloc(count * sizeof *copy);
   if (!copy) count = 0;
   for (size_t i = 0; i < count; ++i) {
     copy[i] = written.lists[i];

@@ -21,7 +21,7 @@ static const double kGenericGamma = 1.8;
 static cmsHPROFILE MakeRGB(cmsContext context, const cmsCIExyYTRIPLE* primaries, double gamma) {
   cmsToneCurve* curve = cmsBuildGamma(context, gamma);
   if (!curve) return NULL;
-  cmsToneCurve* curves[3] = {curve, curve, curve};
+  cmsToneCurve* curves[] = {curve, curve, curve};
   cmsHPROFILE profile = cmsCreateRGBProfileTHR(context, &kD65, primaries, curves);
   cmsFreeToneCurve(curve);
   return profile;

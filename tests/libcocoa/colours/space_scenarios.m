@@ -156,6 +156,44 @@ SCENARIO("a predefined space comes back from a keyed archive as itself", "no", "
   return YesNo(back == space);
 }
 
+// Decodes a keyed space that is known by a number.
+@interface NumberCoder : NSCoder {
+ @public
+  int number;
+}
+@end
+
+@implementation NumberCoder
+- (BOOL)allowsKeyedCoding {
+  return YES;
+}
+- (BOOL)containsValueForKey:(NSString*)key {
+  return [key isEqual:@"NSID"];
+}
+- (int)decodeIntForKey:(NSString*)key {
+  return [key isEqual:@"NSID"] ? number : 0;
+}
+- (id)decodeObjectForKey:(NSString*)key {
+  (void)key;
+  return nil;
+}
+@end
+
+SCENARIO("an archive's number is that of a predefined space, or there is no space", "",
+         "nil, nil, yes, yes, nil") {
+  NumberCoder* coder = [[NumberCoder new] autorelease];
+  NSMutableArray* answers = [NSMutableArray array];
+  NSColorSpace* expected[] = {nil, nil, [NSColorSpace deviceRGBColorSpace],
+                              [NSColorSpace genericGamma22GrayColorSpace], nil};
+  const int numbers[] = {-1, 0, 1, 9, 10};
+  for (int i = 0; i < 5; ++i) {
+    coder->number = numbers[i];
+    id space = [[[NSColorSpace alloc] initWithCoder:coder] autorelease];
+    [answers addObject:space ? YesNo(space == expected[i]) : @"nil"];
+  }
+  return Joined(answers);
+}
+
 SCENARIO("spaces come back from an unkeyed archive, and so does what follows", "no", "yes") {
   NSArray* spaces = [NSArray
       arrayWithObjects:[NSColorSpace genericRGBColorSpace],
