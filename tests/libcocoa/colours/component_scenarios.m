@@ -97,6 +97,13 @@ SCENARIO("a custom CMYK colour refuses the components of other models", "",
   return AnsweredBy(Custom(@"ps_cmyk.icc", 5));
 }
 
+SCENARIO("a custom colour gives as many components as it has", "", "0.250 0.500 0.750 0.125, then nothing") {
+  CGFloat c[] = {0, 0, 0, 0, -1};
+  [[NSColor colorWithSRGBRed:0.25 green:0.5 blue:0.75 alpha:0.125] getComponents:c];
+  return [NSString stringWithFormat:@"%.3f %.3f %.3f %.3f, then %@", c[0], c[1], c[2], c[3],
+                                    c[4] == -1 ? @"nothing" : @"more"];
+}
+
 SCENARIO("a custom Lab colour has components without names", "", "numberOfComponents getComponents:") {
   return AnsweredBy(Custom(@"lab.icc", 4));
 }
