@@ -279,6 +279,17 @@ TEST(FinalLink, KeepsDistancesThatNameAnAddress) {
   EXPECT_EQ(bundle.Word(bundle.Section("__text").address + 0x13), 0x20U - 0x17U);
 }
 
+TEST(FinalLink, KeepsDistancesToTheBeginningOfWhatMovesApart) {
+  small::Object object = small::GoodObject();
+  small::Section& code = object.sections[small::kText];
+  const std::uint32_t held = object.sections[small::kData].address - 0x17;
+  std::memcpy(&code.bytes[0x13], &held, sizeof held);
+  code.relocations[1] = small::Plain(0x13, small::kData + 1, true, false);
+  const Bundle bundle(object);
+  const std::uint32_t moved = bundle.Section("__text").address;
+  EXPECT_EQ(moved + 0x17 + bundle.Word(moved + 0x13), bundle.Section("__data").address);
+}
+
 TEST(FinalLink, KeepsDifferencesBetweenWhatMovesApart) {
   small::Object object = small::GoodObject();
   small::Section& data = object.sections[small::kData];
