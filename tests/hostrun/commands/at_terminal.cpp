@@ -67,11 +67,15 @@ bool AtTerminal::Shows(const std::string& text) {
 }
 
 bool AtTerminal::Prompts(const std::string& prompt) {
-  if (!Shows(prompt)) return false;
   // The prompt is shown a moment before keys are read one by one; a control key would be lost in between.
+  return Shows(prompt) && Takes(Keys::OneByOne);
+}
+
+bool AtTerminal::Takes(Keys keys) {
   termios modes{};
   for (int waited = 0; waited < kPatience; ++waited) {
-    if (tcgetattr(terminal_, &modes) == 0 && (modes.c_lflag & ICANON) == 0) return true;
+    if (tcgetattr(terminal_, &modes) == 0 && ((modes.c_lflag & ICANON) != 0) == (keys == Keys::InLines))
+      return true;
     poll(nullptr, 0, 1);
   }
   return false;

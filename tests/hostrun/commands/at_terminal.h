@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,10 @@ class AtTerminal {
 
   // Waits until it asks for a line.
   bool Prompts(const std::string& prompt = "> ");
+
+  // Waits until the terminal hands keys on like that. What is typed while it changes may be lost.
+  enum class Keys : std::uint8_t { OneByOne, InLines };
+  bool Takes(Keys keys);
 
   // Waits until it ends, and gives its status as a shell does: 128 and the number of the signal that ended
   // it. -1 where it does not end by itself.
