@@ -81,8 +81,8 @@ bool QVXIsReallyInFolder(const char* path, const char* folder) {
   return inside;
 }
 
-// Whether the path's first bytes, which name a folder, lead into the real folder. No bytes lead nowhere: they
-// stand for the root, which is in no other folder.
+// Whether the path's first bytes, which name a folder, lead into the real folder. If there are none, the
+// folder is the root, which is in no other: false.
 static bool LeadsWithin(const char* path, size_t length, const char* realFolder) {
   char* start = strndup(path, length);
   char* real = start ? realpath(start, NULL) : NULL;

@@ -37,7 +37,8 @@ static uint32_t ReadWord(const unsigned char* bytes) {
   return (uint32_t)bytes[0] << 24 | (uint32_t)bytes[1] << 16 | (uint32_t)bytes[2] << 8 | bytes[3];
 }
 
-// Whether a byte, one of the header, says nothing about colour: date, flags, rendering intent, identifier.
+// Whether the byte there is one of the header that says nothing about colour: of the date, the flags, the
+// rendering intent or the identifier.
 static bool IsIgnored(size_t at) {
   return (at >= 24 && at < 36) || (at >= 44 && at < 48) || (at >= 64 && at < 68) || (at >= 84 && at < 100);
 }

@@ -405,6 +405,7 @@ TEST_F(BuildOnOldHost, ReadsNothingBehindTheText) {
     const std::string_view text(std::copy_backward(bytes.begin(), bytes.end(), end), bytes.size());
     EXPECT_EQ(TextOf(Build(text, kEncodingUTF32)), std::string(length, 'x'));
   }
+  munmap(pages, 2 * page);
 }
 
 TEST_F(BuildOnOldHost, NarrowsMoreInAHeapBufferOfTwoBytesPerUnitAndFour) {
