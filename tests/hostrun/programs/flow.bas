@@ -145,3 +145,9 @@ Print n
 For Each yes As Boolean In Array(True, False)
   If yes Then Print "then" : Print "also then" Else Print "else" : Print "also else"
 Next
+
+' A routine may be named by a word that begins a statement elsewhere.
+Sub Stop(n As Integer)
+  Print "stop", n
+End Sub
+Stop 1
