@@ -108,7 +108,6 @@ bool Parser::AtEndOfStatement() const {
 
 void Parser::WantEndOfStatement(const std::string& after) {
   if (!AtEndOfStatement()) Fail("the end of the statement after " + after);
-  if (Peek().kind != TokenKind::EndOfFile) Take();
 }
 
 void Parser::Fail(const std::string& wanted) const {

@@ -200,7 +200,9 @@ TEST(Debug, LeavesAProgramInTheMiddle) {
     EXPECT_EQ(finished.err, "") << commands;
     EXPECT_EQ(LastLine(finished.out), " >    2  Print 1") << commands;
   }
-  EXPECT_EQ(Debugged(program, "continue\nquit\n").status, 7) << "behind its end";
+  const Finished behindItsEnd = Debugged(program, "continue\nquit\n");
+  EXPECT_EQ(behindItsEnd.status, 7);
+  EXPECT_EQ(behindItsEnd.err, "");
 }
 
 TEST(Debug, LeavesAProgramWhereItRaises) {
