@@ -94,7 +94,6 @@ void Parser::ParseStatements(Block& into) {
     if (TakePartOfLostBlock()) return;
     into.push_back(ParseStatement());
     if (!AtEndOfStatement()) Fail("the end of the statement");
-    if (Peek().kind != TokenKind::EndOfFile) Take();
   });
 }
 
