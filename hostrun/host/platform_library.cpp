@@ -61,26 +61,25 @@ Problem LoadPlatform(const std::string& file) {
   if (dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
     return file + ": wanted a platform library that loads, found: " + dlerror();
   }
+  Platform found;
   std::string missing;
-  Find(platform.pushPool, "objc_autoreleasePoolPush", missing);
-  Find(platform.popPool, "objc_autoreleasePoolPop", missing);
-  Find(platform.newString, "CFStringCreateWithCharacters", missing);
-  Find(platform.release, "CFRelease", missing);
+  Find(found.pushPool, "objc_autoreleasePoolPush", missing);
+  Find(found.popPool, "objc_autoreleasePoolPop", missing);
+  Find(found.newString, "CFStringCreateWithCharacters", missing);
+  Find(found.release, "CFRelease", missing);
   Find(makeReference, "FSPathMakeRef", missing);
   Find(createDictionary, "CFDictionaryCreateMutable", missing);
   Find(runLoop, "CFRunLoopRunInMode", missing);
   const void* const* mode = nullptr;
   Find(mode, "kCFRunLoopDefaultMode", missing);
-  if (!missing.empty()) {
-    platform = {};
-    return file + ": wanted a platform library, found a library without " + missing;
-  }
+  if (!missing.empty()) return file + ": wanted a platform library, found a library without " + missing;
   defaultMode = *mode;
-  platform.emptyPool =
+  found.emptyPool =
       reinterpret_cast<void (*)(void*)>(GlobalSymbol("QVXEmptyPool"));  // null: another platform's
-  platform.turnRunLoop = &RunOnce;
-  platform.makeFileReference = &MakeFileReference;
-  platform.newPointerDictionary = &NewPointerDictionary;
+  found.turnRunLoop = &RunOnce;
+  found.makeFileReference = &MakeFileReference;
+  found.newPointerDictionary = &NewPointerDictionary;
+  platform = found;
   return {};
 }
 
