@@ -1,9 +1,11 @@
-// tests/hostrun/unit/bundle_test.cpp - which files are taken for a bundle, before anything of them is loaded.
+// tests/hostrun/unit/bundle_test.cpp - which files are taken for a bundle, before anything of them is loaded;
+// which memory is a loaded one's.
 #include "hostrun/host/bundle.h"
 
 #include <elf.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 
@@ -129,6 +131,16 @@ TEST_F(BundleFiles, LieInsideOfTheirFolders) {
   EXPECT_EQ(BundleFile(Path("folder")), Path("folder"));
   EXPECT_EQ(BundleFile(Write("a file")), Path("file"));
   EXPECT_EQ(BundleFile(Path("None.bundle")), Path("None.bundle"));
+}
+
+TEST(LoadedBundle, ContainsItsFirstByteAndNoneBehindItsLast) {
+  const std::array<char, 4> memory{};
+  const auto begin = reinterpret_cast<std::uintptr_t>(&memory[1]);
+  const LoadedBundle bundle{nullptr, begin, begin + 2};
+  EXPECT_FALSE(bundle.Contains(&memory[0]));
+  EXPECT_TRUE(bundle.Contains(&memory[1]));
+  EXPECT_TRUE(bundle.Contains(&memory[2]));
+  EXPECT_FALSE(bundle.Contains(&memory[3]));
 }
 
 }  // namespace
