@@ -44,7 +44,7 @@ struct Selection {
 // What was meant, or else the first names.
 std::string Suggest(const std::string& wanted, const std::vector<std::string>& names) {
   constexpr std::size_t kMost = 8;
-  const std::string meant = DidYouMean(wanted, names);
+  std::string meant = DidYouMean(wanted, names);
   if (!meant.empty()) return meant;
   std::string text = "; there are ";
   for (std::size_t i = 0; i < names.size() && i < kMost; ++i) text += (i == 0 ? "" : ", ") + names[i];
