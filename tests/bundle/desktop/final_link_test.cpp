@@ -586,7 +586,7 @@ TEST(RebaseOpcodes, CountLongRunsInANumber) {
 // symbols.
 TEST(FinalLink, NamesAnImportOnceForAllThatIsBoundToIt) {
   const Bytes bundle = Linked(small::GoodObject());
-  const std::string name("_NSCalibratedRGBColorSpace", 27);
+  const std::string name = std::string("_NSCalibratedRGBColorSpace") + '\0';
   std::size_t count = 0;
   for (auto at = bundle.begin();
        (at = std::search(at, bundle.end(), name.begin(), name.end())) != bundle.end(); ++at)

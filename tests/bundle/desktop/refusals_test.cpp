@@ -170,13 +170,13 @@ const Broken kBroken[] = {
     {"APrivateExport", [](auto& o) { o.symbols[small::kEntry].type |= desktop::kPrivateExternal; },
      "wanted the exported symbol \"_Entry\", found none"},
     {"AnotherExport", [](auto& o) { o.symbols[small::kHelper].type |= desktop::kExternal; },
-     "wanted one exported symbol, \"_Entry\", found \"_Helper\""},
+     R"(wanted one exported symbol, "_Entry", found "_Helper")"},
     {"TwoExportsOfAName",
      [](auto& o) {
        o.symbols[small::kHelper].type |= desktop::kExternal;
        o.symbols[small::kHelper].name = "_Entry";
      },
-     "wanted one exported symbol, \"_Entry\", found \"_Entry\" again"},
+     R"(wanted one exported symbol, "_Entry", found "_Entry" again)"},
     {"AnExportOfData",
      [](auto& o) {
        o.symbols[small::kEntry].section = small::kData + 1;
