@@ -30,7 +30,7 @@ struct End {
   std::string said;
 };
 
-// How a process ends that does this, and says nothing of its own at last.
+// How a process ends that does this and no more.
 End EndOf(void (*done)()) {
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) return {-1, "no pipe"};
