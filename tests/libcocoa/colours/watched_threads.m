@@ -2,6 +2,7 @@
 // a tool that watches the locks.
 #define _GNU_SOURCE
 #include <pthread.h>
+#include <unistd.h>
 
 #import "libcocoa/colours/NSColor+CoreGraphics.h"
 #import "libcocoa/colours/NSColorSpace+Predefined.h"
@@ -37,6 +38,9 @@ static void* Work(void* unused) {
     [pool release];
   }
   pthread_barrier_wait(&end);
+  // At the end of a thread GNUstep holds a lock, and the end of the process would find it held: none ends by
+  // itself.
+  for (;;) pause();
   return unused;
 }
 
