@@ -46,7 +46,9 @@ class Parser {
   // Take it, or fail: `where` says behind what it was wanted.
   void WantWord(std::string_view word, const std::string& where);
   void WantOperator(std::string_view op, const std::string& where);
-  void WantEndOfStatement(const std::string& after);
+  // Fails where the statement goes on. Its end stays: ParseStatements passes over it as over an empty
+  // statement.
+  void WantEndOfStatement(const std::string& after) const;
   // "End" and the word; `opened` is where the block begins.
   void WantEnd(std::string_view word, Position opened);
   // To the end of the block that `word` begins: for what is no statement of this language.

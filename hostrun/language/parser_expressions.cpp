@@ -106,7 +106,7 @@ bool Parser::AtEndOfStatement() const {
   return Peek().kind == TokenKind::EndOfLine || Peek().kind == TokenKind::EndOfFile || AtOperator(":");
 }
 
-void Parser::WantEndOfStatement(const std::string& after) {
+void Parser::WantEndOfStatement(const std::string& after) const {
   if (!AtEndOfStatement()) Fail("the end of the statement after " + after);
 }
 

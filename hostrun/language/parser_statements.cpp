@@ -84,7 +84,7 @@ bool Parser::TakePartOfLostBlock() {
   return true;
 }
 
-// One statement with its end, or an empty one.
+// One statement up to its end, or such an end.
 void Parser::ParseStatements(Block& into) {
   if (AtEndOfStatement()) {
     Take();

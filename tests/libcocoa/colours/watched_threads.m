@@ -38,9 +38,9 @@ static void* Work(void* unused) {
     [pool release];
   }
   pthread_barrier_wait(&end);
-  // At the end of a thread GNUstep holds a lock, and the end of the process would find it held: none ends by
-  // itself.
-  for (;;) pause();
+  // A thread that ends holds a lock of GNUstep's for a moment, which the end of the process could find held:
+  // each waits here to end with it.
+  pause();
   return unused;
 }
 
